@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Error.h"
+#include "core/OffMainThread.h"
+
+#include <QCoroTask>
+#include <exception>
+#include <optional>
+#include <utility>
+
+namespace ostrelle {
+
+/// The value of an operation, or the exception that it ended with: for callers that log a failure, or take
+/// another way, before they await something else.
+template <typename T>
+class Attempt {
+public:
+    static Attempt success(T value) {
+        Attempt attempt;
+        attempt.m_value.emplace(std::move(value));
+        return attempt;
+    }
+    static Attempt failure(std::exception_ptr error) {
+        Attempt attempt;
+        attempt.m_error = std::move(error);
+        return attempt;
+    }
+
+    explicit operator bool() const { return m_value.has_value(); }
+    const T& operator*() const { return *m_value; }
+    const T* operator->() const { return &*m_value; }
+    T valueOr(T other) const { return m_value.value_or(std::move(other)); }
+
+    [[noreturn]] void rethrow() const { std::rethrow_exception(m_error); }
+    /// The words of the failure.
+    QString words() const {
+        try {
+            rethrow();
+        } catch (const std::exception& error) {
+            return describe(error);
+        }
+    }
+    /// The failure as this type, or null.
+    template <typename E>
+    std::optional<E> failureAs() const {
+        try {
+            rethrow();
+        } catch (const E& error) {
+            return error;
+        } catch (...) {
+            return std::nullopt;
+        }
+    }
+
+private:
+    std::optional<T> m_value;
+    std::exception_ptr m_error;
+};
+
+/// Awaits the task and keeps what it throws.
+template <typename T>
+QCoro::Task<Attempt<T>> attempt(QCoro::Task<T> task) {
+    try {
+        co_return Attempt<T>::success(co_await std::move(task));
+    } catch (...) {
+        co_return Attempt<T>::failure(std::current_exception());
+    }
+}
+
+/// offMainThread() for a function that may fail.
+template <typename Function>
+auto attemptOffMainThread(Function function) {
+    return attempt(offMainThread(std::move(function)));
+}
+
+} // namespace ostrelle

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringView>
+#include <array>
+#include <span>
+
+namespace ostrelle {
+
+/// A jersey colour: the name that is stored and told to the model, and the sRGB components (0 to 1) that
+/// its swatch is painted with.
+struct TeamColor {
+    QStringView name;
+    std::array<double, 3> swatch;
+};
+
+/// All team colours, in picker order.
+std::span<const TeamColor> teamColors();
+
+/// The swatch of the colour of this name; any other name paints as Blue.
+std::array<double, 3> swatchColor(QStringView name);
+
+} // namespace ostrelle

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+namespace ostrelle {
+
+/// The number of user-perceived characters (extended grapheme clusters, Unicode Annex 29): an emoji with
+/// its modifiers is one, a decomposed "é" is one, CR LF is one.
+qsizetype characterCount(QStringView text);
+
+/// The first `count` user-perceived characters of the text, or all of it.
+QString firstCharacters(QStringView text, qsizetype count);
+
+/// The last `count` user-perceived characters of the text, or all of it.
+QString lastCharacters(QStringView text, qsizetype count);
+
+/// "1 file", "2 files": the count and the noun, with an "s" when the count is not 1.
+QString plural(qsizetype count, QStringView noun);
+
+} // namespace ostrelle

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/RawValue.h"
+
+#include <array>
+
+namespace ostrelle {
+
+/// How the remote server is spoken to.
+enum class TransferProtocol { ftp, sftp };
+
+template <>
+inline std::span<const RawValueRow<TransferProtocol>> rawValueRows<TransferProtocol>() {
+    static constexpr std::array rows = {
+        RawValueRow<TransferProtocol>{TransferProtocol::ftp, u"ftp", u"FTP"},
+        RawValueRow<TransferProtocol>{TransferProtocol::sftp, u"sftp", u"SFTP"},
+    };
+    return rows;
+}
+
+/// The TCP port that the protocol's servers listen on unless told otherwise (RFC 959, RFC 4251).
+constexpr int defaultPort(TransferProtocol protocol) {
+    return protocol == TransferProtocol::sftp ? 22 : 21;
+}
+
+} // namespace ostrelle
