@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QCoroTask>
+#include <QString>
+#include <QStringList>
+
+namespace ostrelle {
+
+/// A question or a piece of news that stops the user: an informational dialog.
+struct Alert {
+    QString title;
+    QString text;
+    QStringList buttons; ///< the first is the default
+};
+
+class Alerts {
+public:
+    virtual ~Alerts() = default;
+
+    /// Shows the alert and resumes with the index of the button that was pressed.
+    virtual QCoro::Task<int> show(Alert alert) = 0;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/DefaultsStore.h"
+
+namespace ostrelle {
+
+/// The defaults key that holds the model service's API key, as the user entered it.
+extern const QString apiKeyName;
+
+/// The current API key, read anew at each call; empty when none is stored.
+QString apiKey(const DefaultsStore& defaults);
+
+} // namespace ostrelle

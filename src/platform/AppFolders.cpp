@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/AppFolders.h"
+
+#include <QStandardPaths>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+const QString applicationIdentifier = u"com.tobinvasquel.OstrelleCaptions"_s;
+
+AppFolders AppFolders::ofDesktop() {
+    const auto below = [](QStandardPaths::StandardLocation location) {
+        return QStandardPaths::writableLocation(location) + u'/' + applicationIdentifier;
+    };
+    return {.config = below(QStandardPaths::GenericConfigLocation),
+            .data = below(QStandardPaths::GenericDataLocation),
+            .cache = below(QStandardPaths::GenericCacheLocation),
+            .runtime = below(QStandardPaths::RuntimeLocation)};
+}
+
+} // namespace ostrelle

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+namespace ostrelle {
+
+/// The name under which the desktop knows this program: folders, desktop entry, D-Bus, secrets.
+extern const QString applicationIdentifier;
+
+/// The program's own folders, one below each of the user's XDG base directories (XDG Base Directory
+/// Specification 0.8). They need not exist yet.
+struct AppFolders {
+    QString config;
+    QString data;
+    QString cache;
+    QString runtime;
+
+    /// Where the user's settings are kept.
+    QString defaultsFile() const { return config + QStringLiteral("/defaults.json"); }
+
+    /// As the environment of this process says: XDG_CONFIG_HOME, XDG_DATA_HOME, XDG_CACHE_HOME,
+    /// XDG_RUNTIME_DIR.
+    static AppFolders ofDesktop();
+};
+
+} // namespace ostrelle

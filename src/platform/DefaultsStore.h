@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QVariant>
+#include <optional>
+
+namespace ostrelle {
+
+/// A persistent table of typed values under text keys. The types are bool, qint64, double, QString,
+/// QByteArray, QDateTime and QVariantList of these; a value comes back as the type that it was set with.
+class DefaultsStore {
+public:
+    virtual ~DefaultsStore() = default;
+
+    /// The value under the key, or an invalid variant.
+    virtual QVariant value(const QString& key) const = 0;
+    /// Stores the value at once. A failure to save is logged; the value then lasts until the program ends.
+    virtual void set(const QString& key, const QVariant& value) = 0;
+    virtual void remove(const QString& key) = 0;
+
+    bool exists(const QString& key) const { return value(key).isValid(); }
+
+    /// The value under the key if it is of just this type: the text "21" is no integer.
+    template <typename T>
+    std::optional<T> get(const QString& key) const {
+        const QVariant found = value(key);
+        if (found.metaType() != QMetaType::fromType<T>()) {
+            return std::nullopt;
+        }
+        return found.value<T>();
+    }
+};
+
+} // namespace ostrelle

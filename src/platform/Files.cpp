@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/Files.h"
+
+#include "platform/FileError.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor() {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return m_number; }
+    bool isOpen() const { return m_number >= 0; }
+
+private:
+    int m_number;
+};
+
+/// A hidden file beside the one it is to replace; removed again unless it has taken that file's place.
+class TemporaryFile {
+public:
+    TemporaryFile(const std::filesystem::path& target, mode_t mode)
+        : m_path(freshName(target))
+        , m_file(::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode)) {}
+    ~TemporaryFile() {
+        if (m_file.isOpen() && !m_isInPlace) {
+            ::unlink(m_path.c_str());
+        }
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    bool isOpen() const { return m_file.isOpen(); }
+    int descriptor() const { return m_file.number(); }
+
+    bool replace(const std::filesystem::path& target) {
+        m_isInPlace = ::rename(m_path.c_str(), target.c_str()) == 0;
+        return m_isInPlace;
+    }
+
+private:
+    static std::filesystem::path freshName(const std::filesystem::path& target) {
+        constexpr std::size_t longestStem = 200; // the whole name has to stay below NAME_MAX
+        const std::string stem = target.filename().string().substr(0, longestStem);
+        const QByteArray suffix = QByteArray::number(QRandomGenerator::system()->generate64(), 36);
+        return target.parent_path() / ('.' + stem + ".ostrelle-" + suffix.toStdString());
+    }
+
+    std::filesystem::path m_path;
+    Descriptor m_file;
+    bool m_isInPlace = false;
+};
+
+bool writeAll(int descriptor, const QByteArray& bytes) {
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written =
+            ::write(descriptor, bytes.constData() + done, static_cast<std::size_t>(bytes.size() - done));
+        if (written < 0 && errno != EINTR) {
+            return false;
+        }
+        done += std::max<ssize_t>(written, 0);
+    }
+    return true;
+}
+
+/// Reads what is there, one byte more than the limit at most.
+std::optional<QByteArray> readAll(int descriptor, qint64 sizeHint, qint64 limit) {
+    QByteArray bytes;
+    bytes.resize(std::min(sizeHint, limit) + 1);
+    qsizetype done = 0;
+    for (;;) {
+        if (done == bytes.size()) {
+            if (done > limit) {
+                break;
+            }
+            bytes.resize(std::min(bytes.size() * 2, limit + 1));
+        }
+        const ssize_t got =
+            ::read(descriptor, bytes.data() + done, static_cast<std::size_t>(bytes.size() - done));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return std::nullopt;
+        }
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    bytes.truncate(done);
+    return bytes;
+}
+
+bool readsBack(int descriptor, const QByteArray& bytes) {
+    if (::lseek(descriptor, 0, SEEK_SET) != 0) {
+        return false;
+    }
+    const std::optional<QByteArray> stored = readAll(descriptor, bytes.size(), bytes.size());
+    return stored == bytes;
+}
+
+/// Owner, extended attributes (the access list is one of them) and mode. What the process may not set stays
+/// as it is: a file without them is better than no caption.
+void copyAttributes(const std::filesystem::path& from, const struct stat& status, int to) {
+    if (::fchown(to, status.st_uid, status.st_gid) != 0) {
+        [[maybe_unused]] const int groupOnly = ::fchown(to, static_cast<uid_t>(-1), status.st_gid);
+    }
+    const ssize_t listSize = ::listxattr(from.c_str(), nullptr, 0);
+    std::vector<char> names(static_cast<std::size_t>(std::max<ssize_t>(listSize, 0)));
+    const ssize_t listed = names.empty() ? 0 : ::listxattr(from.c_str(), names.data(), names.size());
+    for (ssize_t at = 0; at < listed;) {
+        const char* name = names.data() + at;
+        std::vector<char> value(
+            static_cast<std::size_t>(std::max<ssize_t>(::getxattr(from.c_str(), name, nullptr, 0), 0)));
+        const ssize_t size = ::getxattr(from.c_str(), name, value.data(), value.size());
+        if (size >= 0) {
+            [[maybe_unused]] const int set =
+                ::fsetxattr(to, name, value.data(), static_cast<std::size_t>(size), 0);
+        }
+        at += static_cast<ssize_t>(std::strlen(name)) + 1;
+    }
+    [[maybe_unused]] const int modeSet = ::fchmod(to, status.st_mode & 07777U);
+}
+
+std::filesystem::path nativePath(const QString& path) {
+    return QFile::encodeName(path).toStdString();
+}
+
+/// The file that a symbolic link leads to, so that the link itself stays.
+std::filesystem::path linkTarget(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
+    return error ? path : target;
+}
+
+} // namespace
+
+QByteArray readFile(const QString& path, qint64 limit) {
+    const Descriptor file(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status{};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
+        throw FileError(u"read"_s, path, errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        throw FileError(u"read"_s, path, EISDIR);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw FileError(u"read"_s, path, EINVAL);
+    }
+    if (status.st_size > limit) {
+        throw FileError(u"read"_s, path, EFBIG);
+    }
+    std::optional<QByteArray> bytes = readAll(file.number(), status.st_size, limit);
+    if (!bytes) {
+        throw FileError(u"read"_s, path, errno);
+    }
+    if (bytes->size() > limit) {
+        throw FileError(u"read"_s, path, EFBIG);
+    }
+    return std::move(*bytes);
+}
+
+void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode) {
+    const std::filesystem::path target = linkTarget(nativePath(path));
+    struct stat status{};
+    const bool exists = ::stat(target.c_str(), &status) == 0;
+    // A rename would take the place of a write-protected file all the same; the protection is somebody's
+    // wish.
+    if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    TemporaryFile file(target, exists ? S_IRUSR | S_IWUSR : newFileMode);
+    if (!file.isOpen() || !writeAll(file.descriptor(), bytes)) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    if (exists) {
+        copyAttributes(target, status, file.descriptor());
+    }
+    if (::fsync(file.descriptor()) != 0) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    if (!readsBack(file.descriptor(), bytes)) {
+        throw FileError(u"write"_s, path, EIO);
+    }
+    if (!file.replace(target)) {
+        throw FileError(u"write"_s, path, errno);
+    }
+}
+
+void touchFile(const QString& path) {
+    if (::utimensat(AT_FDCWD, nativePath(path).c_str(), nullptr, 0) != 0) {
+        throw FileError(u"set the date of"_s, path, errno);
+    }
+}
+
+void makeFolder(const QString& path) {
+    std::error_code error;
+    std::filesystem::create_directories(nativePath(path), error);
+    if (error) {
+        throw FileError(u"make the folder"_s, path, error.value());
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QCoroTask>
+#include <QString>
+#include <optional>
+
+namespace ostrelle {
+
+/// Passwords, kept by a service of the desktop under a service and an account name. A status is 0 when all
+/// went well and otherwise the store's own error number. No operation throws.
+class SecretStore {
+public:
+    virtual ~SecretStore() = default;
+
+    virtual QCoro::Task<int> save(QString service, QString account, QString secret) = 0;
+    /// The secret, or nothing when there is none or it cannot be had.
+    virtual QCoro::Task<std::optional<QString>> load(QString service, QString account) = 0;
+    virtual QCoro::Task<int> remove(QString service, QString account) = 0;
+};
+
+} // namespace ostrelle

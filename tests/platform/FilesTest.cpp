@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/Files.h"
+
+#include "platform/FileError.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <cerrno>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A folder whose owner and user for the length of a test is "nobody": root may write anywhere.
+class UnprivilegedFolder {
+public:
+    UnprivilegedFolder() {
+        if (::geteuid() == 0) {
+            EXPECT_EQ(::chown(m_folder.path().toLocal8Bit().constData(), nobody, nobody), 0);
+            EXPECT_EQ(::setegid(nobody), 0);
+            EXPECT_EQ(::seteuid(nobody), 0);
+            m_wasRoot = true;
+        }
+    }
+    ~UnprivilegedFolder() {
+        if (m_wasRoot) {
+            EXPECT_EQ(::seteuid(0), 0);
+            EXPECT_EQ(::setegid(0), 0);
+        }
+    }
+    QString file(const QString& name) const { return m_folder.filePath(name); }
+    QString path() const { return m_folder.path(); }
+
+private:
+    static constexpr uid_t nobody = 65534;
+    QTemporaryDir m_folder;
+    bool m_wasRoot = false;
+};
+
+int codeOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const FileError& error) {
+        return error.code();
+    }
+    return 0;
+}
+
+mode_t modeOf(const QString& path) {
+    struct stat status{};
+    EXPECT_EQ(::stat(path.toLocal8Bit().constData(), &status), 0);
+    return status.st_mode & 07777U;
+}
+
+} // namespace
+
+TEST(Files, AReplacedFileKeepsModeOwnerAndExtendedAttributes) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"IMG 1 \u00E9.xmp"_s);
+    replaceFile(path, "old");
+    const QByteArray native = QFile::encodeName(path);
+    ASSERT_EQ(::chmod(native.constData(), 0640), 0);
+    const bool hasAttributes = ::setxattr(native.constData(), "user.rating", "5", 1, 0) == 0;
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(native.constData(), 1234, 2345), 0);
+    }
+    replaceFile(path, "new");
+    EXPECT_EQ(readFile(path, 100), "new");
+    EXPECT_EQ(modeOf(path), 0640U);
+    if (hasAttributes) {
+        char value = 0;
+        EXPECT_EQ(::getxattr(native.constData(), "user.rating", &value, 1), 1);
+        EXPECT_EQ(value, '5');
+    }
+    if (::geteuid() == 0) {
+        struct stat status{};
+        ASSERT_EQ(::stat(native.constData(), &status), 0);
+        EXPECT_EQ(status.st_uid, 1234U);
+        EXPECT_EQ(status.st_gid, 2345U);
+    }
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+TEST(Files, ASymbolicLinkStaysAndItsTargetIsReplaced) {
+    const QTemporaryDir folder;
+    ASSERT_TRUE(QDir(folder.path()).mkdir(u"real"_s));
+    const QString target = folder.filePath(u"real/a.xmp"_s);
+    const QString link = folder.filePath(u"b.xmp"_s);
+    replaceFile(target, "old");
+    ASSERT_TRUE(QFile::link(u"real/a.xmp"_s, link));
+    replaceFile(link, "new");
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(readFile(target, 100), "new");
+}
+
+TEST(Files, SaysWhyAFileCannotBeReadOrWritten) {
+    const UnprivilegedFolder folder;
+    const QString path = folder.file(u"a.xmp"_s);
+    replaceFile(path, "0123456789");
+    EXPECT_EQ(codeOf([&] { readFile(path, 9); }), EFBIG);
+    EXPECT_EQ(codeOf([&] { readFile(folder.path(), 100); }), EISDIR);
+    EXPECT_EQ(codeOf([&] { readFile(folder.file(u"none"_s), 100); }), ENOENT);
+    EXPECT_EQ(codeOf([&] { readFile(u"/dev/zero"_s, 100); }), EINVAL);
+
+    ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0444), 0);
+    EXPECT_EQ(codeOf([&] { replaceFile(path, "new"); }), EACCES) << "a write-protected file";
+    ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0), 0);
+    EXPECT_EQ(codeOf([&] { readFile(path, 100); }), EACCES);
+    ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0644), 0);
+    ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0555), 0);
+    EXPECT_EQ(codeOf([&] { replaceFile(path, "new"); }), EACCES) << "a read-only folder";
+    ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0755), 0);
+    EXPECT_EQ(readFile(path, 100), "0123456789");
+}
+
+TEST(Files, ANameOfTheLargestLengthCanBeReplaced) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QString(251, u'n') + u".xmp"_s);
+    replaceFile(path, "new");
+    EXPECT_EQ(readFile(path, 100), "new");
+}
+
+} // namespace ostrelle

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/Corpus.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace ostrelle {
+
+QStringList corpusFiles(const QString& kind) {
+    const QDir folder(QStringLiteral(OSTRELLE_CORPUS) + u'/' + kind);
+    QStringList paths;
+    for (const QFileInfo& file : folder.entryInfoList(QDir::Files, QDir::Name)) {
+        paths.append(file.absoluteFilePath());
+    }
+    return paths;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/PlainLog.h"
+
+#include <QStringList>
+
+namespace ostrelle {
+
+/// Log lines kept for a test to look at.
+class RecordingLog : public PlainLog {
+public:
+    void print(const QString& line) override { lines.append(line); }
+
+    QStringList lines;
+};
+
+} // namespace ostrelle

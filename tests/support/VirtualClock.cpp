@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/VirtualClock.h"
+
+#include <QCoroSignal>
+#include <QObject>
+
+namespace ostrelle {
+
+class VirtualClock::VirtualTimer : public Timer {
+public:
+    VirtualTimer(std::shared_ptr<Due> due, Due::iterator place, std::shared_ptr<bool> fired)
+        : m_due(std::move(due)), m_place(place), m_fired(std::move(fired)) {}
+    ~VirtualTimer() override {
+        if (!*m_fired) {
+            m_due->erase(m_place);
+        }
+    }
+
+private:
+    std::shared_ptr<Due> m_due;
+    Due::iterator m_place;
+    std::shared_ptr<bool> m_fired;
+};
+
+VirtualClock::VirtualClock(QDateTime start, QTimeZone zone)
+    : m_now(std::move(start)), m_zone(std::move(zone)) {}
+
+std::unique_ptr<Timer> VirtualClock::after(std::chrono::milliseconds delay, std::function<void()> function) {
+    auto fired = std::make_shared<bool>(false);
+    const auto place = m_due->emplace(m_now.addMSecs(delay.count()), [fired, function = std::move(function)] {
+        *fired = true;
+        function();
+    });
+    return std::make_unique<VirtualTimer>(m_due, place, fired);
+}
+
+QCoro::Task<> VirtualClock::sleep(std::chrono::milliseconds delay) {
+    QObject alarm;
+    const std::unique_ptr<Timer> timer =
+        after(delay, [&alarm] { alarm.setObjectName(QStringLiteral("rung")); });
+    co_await qCoro(&alarm, &QObject::objectNameChanged);
+}
+
+void VirtualClock::advance(std::chrono::milliseconds span) {
+    const QDateTime end = m_now.addMSecs(span.count());
+    while (!m_due->empty() && m_due->begin()->first <= end) {
+        auto node = m_due->extract(m_due->begin());
+        m_now = std::max(m_now, node.key());
+        node.mapped()();
+    }
+    m_now = end;
+}
+
+} // namespace ostrelle
