@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Error.h"
+
+namespace ostrelle {
+
+/// A failure of reading or writing image metadata.
+class XMPError : public Error {
+public:
+    enum class Case {
+        fileMissing, ///< there is no sidecar, or the image cannot be opened
+        parseFailed, ///< the picture cannot be decoded
+        noPacket,    ///< an XML document without a root element
+        writeFailed, ///< the result could not be made or saved
+    };
+
+    explicit XMPError(Case kind);
+
+    Case kind() const noexcept { return m_kind; }
+
+private:
+    Case m_kind;
+};
+
+} // namespace ostrelle

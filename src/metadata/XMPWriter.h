@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "metadata/XMPContext.h"
+#include "platform/PlainLog.h"
+
+#include <QString>
+#include <QTimeZone>
+#include <optional>
+
+namespace ostrelle {
+
+/// The place of a RAW image's sidecar: the same path with the last extension replaced by "xmp".
+QString sidecarPath(const QString& imagePath);
+
+/// Reads and writes image metadata. Every operation opens the file anew and is safe on any thread. A missing
+/// file is XMPError::fileMissing and a document without root XMPError::noPacket; XML that cannot be read is
+/// an XmlError, and what the system refuses is a FileError.
+class XMPWriter {
+public:
+    /// Writes the template of a new sidecar, with an empty caption, over whatever is there.
+    void createEmptySidecar(const QString& sidecar) const;
+
+    /// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
+    std::optional<QString> readDefaultCaption(const QString& sidecar) const;
+
+    /// Puts the caption into the existing sidecar and leaves all else in it as it was. On any failure the
+    /// old file is intact. Also throws XMPError::writeFailed.
+    void writeDefaultCaption(const QString& caption, const QString& sidecar) const;
+
+    /// What is known of place, event and date. Dates in element form become days in the given zone.
+    XMPContext readContext(const QString& sidecar, const QTimeZone& zone) const;
+
+    /// The rights line in x-default, trimmed. Tells the log what it finds on the way.
+    std::optional<QString> readRights(const QString& sidecar, PlainLog& log) const;
+
+    /// The first creator, trimmed.
+    std::optional<QString> readCreator(const QString& sidecar) const;
+};
+
+} // namespace ostrelle

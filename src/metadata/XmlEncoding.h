@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+#include <QStringView>
+
+namespace ostrelle {
+
+/// How the bytes of an XML document stand for characters.
+enum class XmlEncoding { utf8, utf16LittleEndian, utf16BigEndian, latin1, ascii };
+
+/// Bytes of one code unit: 2 for UTF-16, otherwise 1.
+qsizetype unitSize(XmlEncoding encoding);
+
+/// The code unit that begins at the byte offset.
+char16_t unitAt(QByteArrayView bytes, qsizetype offset, XmlEncoding encoding);
+
+QString decodeXml(QByteArrayView bytes, XmlEncoding encoding);
+
+/// Markup in the document's encoding. Characters that the encoding lacks become character references.
+QByteArray encodeXml(QStringView markup, XmlEncoding encoding);
+
+/// The text without the characters that XML 1.0 cannot hold in any form (its production 2, Char): most
+/// control characters, U+FFFE, U+FFFF and lone surrogates.
+QString withoutForbiddenCharacters(QStringView text);
+
+/// Text as element content: "&", "<" and ">" are escaped, and a carriage return, which a reader would turn
+/// into a line feed. The text must be free of forbidden characters.
+QString escapeXmlText(QStringView text);
+
+/// Replaces character references and the five predefined entities by what they stand for.
+QString resolveXmlReferences(QStringView markup);
+
+} // namespace ostrelle

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/XmpQueries.h"
+
+#include <algorithm>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isCalled(const XmlElement& element, QByteArrayView lowerCaseName, QByteArrayView prefixedName) {
+    return element.localName().toByteArray().toLower() == lowerCaseName ||
+           element.name().contains(prefixedName);
+}
+
+bool hasEmptyAbout(const XmlElement& element) {
+    return std::ranges::any_of(element.attributes(), [](const XmlAttribute& attribute) {
+        return attribute.localName() == u"about" && attribute.value.isEmpty();
+    });
+}
+
+/// The child that is written as "rdf:Alt", or else any Alt below.
+XmlElement altBelow(const XmlElement& element) {
+    for (XmlElement child = element.firstChild(); child; child = child.nextSibling()) {
+        if (child.name() == "rdf:Alt") {
+            return child;
+        }
+    }
+    return findChildElement("Alt", element);
+}
+
+std::optional<QString> itemInLanguage(const XmlElement& alt, QStringView language) {
+    for (XmlElement item = alt.firstChild(); item; item = item.nextSibling()) {
+        if (isCalled(item, "li", ":li") && item.attribute(u"xml:lang") == language) {
+            return item.text();
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+XmlElement describedSubject(const XmlDocument& document) {
+    const XmlElement rdf = document.findFirst("RDF");
+    if (!rdf) {
+        return {};
+    }
+    const QList<XmlElement> descriptions = rdf.children("Description");
+    const auto found = std::ranges::find_if(descriptions, hasEmptyAbout);
+    return found == descriptions.end() ? XmlElement() : *found;
+}
+
+XmlElement findChildElement(QByteArrayView localName, const XmlElement& element) {
+    for (XmlElement child = element.firstChild(); child; child = child.nextSibling()) {
+        if (child.localName() == localName) {
+            return child;
+        }
+        if (const XmlElement deeper = findChildElement(localName, child)) {
+            return deeper;
+        }
+    }
+    return {};
+}
+
+std::optional<QString> findAltLangValue(const XmlElement& element, QStringView language) {
+    if (isCalled(element, "alt", ":Alt")) {
+        return itemInLanguage(element, language);
+    }
+    if (isCalled(element, "description", ":description")) {
+        const XmlElement alt = altBelow(element);
+        return alt ? itemInLanguage(alt, language) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> firstElementText(const XmlDocument& document, QByteArrayView localName,
+                                        QByteArrayView namespaceUri) {
+    const XmlElement element = document.findFirst(localName, namespaceUri);
+    return element ? trimmedOrNothing(element.text()) : std::nullopt;
+}
+
+std::optional<QString> trimmedOrNothing(const QString& text) {
+    const QString trimmed = text.trimmed();
+    return trimmed.isEmpty() ? std::nullopt : std::optional(trimmed);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "metadata/XMPWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace ostrelle {
+
+/// A sidecar in a folder of its own, for one test.
+class SidecarFile {
+public:
+    explicit SidecarFile(const QByteArray& bytes) { write(bytes); }
+
+    QString path() const { return m_folder.filePath(QStringLiteral("IMG_0001.xmp")); }
+    QByteArray bytes() const {
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    void write(const QByteArray& bytes) {
+        QFile file(path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// A packet around the given content of its rdf:RDF, on one line.
+inline QByteArray packet(const QByteArray& content) {
+    return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+           "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\""
+           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
+           "xmlns:photoshop=\"http://ns.adobe.com/photoshop/1.0/\""
+           " xmlns:xmp=\"http://ns.adobe.com/xap/1.0/\" xmlns:exif=\"http://ns.adobe.com/exif/1.0/\""
+           " xmlns:Iptc4xmpCore=\"http://iptc.org/std/Iptc4xmpCore/1.0/xmlns/\" xmlns:odd=\"urn:odd\">" +
+           content + "</rdf:RDF></x:xmpmeta>";
+}
+
+/// The same with one rdf:Description of an empty about.
+inline QByteArray subject(const QByteArray& fields, const QByteArray& attributes = {}) {
+    return packet("<rdf:Description rdf:about=\"\"" + attributes + ">" + fields + "</rdf:Description>");
+}
+
+} // namespace ostrelle
