@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <optional>
+
+namespace ostrelle {
+
+/// The tokens that one request was charged for.
+struct Usage {
+    qint64 promptTokens = 0;
+    qint64 completionTokens = 0;
+    qint64 totalTokens = 0;
+
+    bool operator==(const Usage&) const = default;
+};
+
+/// A piece of what the model said; only a piece of text has a text.
+struct ResponseBlock {
+    std::optional<QString> type;
+    std::optional<QString> text;
+};
+
+/// What the model said, as a list of blocks or as one string.
+struct ResponseMessage {
+    QString role;
+    std::optional<QList<ResponseBlock>> contentArray;
+    std::optional<QString> contentString;
+
+    /// The texts of the blocks with a blank between them, or the string, or nothing.
+    QString text() const;
+};
+
+struct Choice {
+    qint64 index = 0;
+    ResponseMessage message;
+    std::optional<QString> finishReason;
+};
+
+/// A reply of the chat completions endpoint.
+struct ChatResponse {
+    QString id;
+    QList<Choice> choices;
+    std::optional<Usage> usage;
+};
+
+/// Decodes a reply; fields that are not known are passed over. Throws OpenAIError::decoding.
+ChatResponse decodeChatResponse(const QByteArray& json);
+
+} // namespace ostrelle

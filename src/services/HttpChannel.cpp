@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "services/HttpChannel.h"
+
+#include "services/TransportError.h"
+
+#include <QCoroNetworkReply>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <algorithm>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A reply resumes its waiter from within its own signal and goes on working afterwards.
+struct DeleteLater {
+    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
+};
+using ReplyPointer = std::unique_ptr<QNetworkReply, DeleteLater>;
+
+/// A request's body that can be sent only once. Qt sends a request again, unasked, when the connection ends
+/// before the answer; but then the service may have done the work already, and charged for it.
+class OneTimeBody : public QIODevice {
+public:
+    explicit OneTimeBody(QByteArray bytes) : m_bytes(std::move(bytes)) { open(ReadOnly | Unbuffered); }
+    qint64 size() const override { return m_bytes.size(); }
+    bool seek(qint64 position) override { return position == m_sent; }
+
+protected:
+    qint64 readData(char* target, qint64 capacity) override {
+        const qint64 count = std::min(capacity, m_bytes.size() - m_sent);
+        std::copy_n(m_bytes.constData() + m_sent, count, target);
+        m_sent += count;
+        return count;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    QByteArray m_bytes;
+    qint64 m_sent = 0;
+};
+
+/// True for what Qt reports of a whole reply with an error status. The status alone does not tell: that of
+/// a half reply is there, too, when the connection was cut.
+bool isErrorOfStatus(QNetworkReply::NetworkError error, int status) {
+    const bool isOfContentOrServer =
+        error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolFailure;
+    return status >= 400 && (isOfContentOrServer || error == QNetworkReply::ProxyAuthenticationRequiredError);
+}
+
+/// Takes in one reply's body as it comes and ends the reply when there is too much or it takes too long.
+class Reception : public QObject {
+public:
+    explicit Reception(QNetworkReply* reply) : m_reply(reply) {
+        m_reply->setReadBufferSize(64 * 1024); // the network thread waits for us instead of piling up bytes
+        connect(m_reply, &QNetworkReply::readyRead, this, &Reception::takeIn);
+    }
+
+    void timeOut() {
+        m_timedOut = true;
+        endReply();
+    }
+
+    HttpReply finish() {
+        if (m_reply->bytesAvailable() > 0) {
+            takeIn();
+        }
+        if (m_tooLarge) {
+            throw TransportError::tooLarge(HttpChannel::largestReply);
+        }
+        const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        throwIfIncomplete(status);
+        return {.status = status < 100 ? std::nullopt : std::optional(status), .body = m_body};
+    }
+
+private:
+    void takeIn() {
+        m_body += m_reply->readAll();
+        if (m_body.size() > HttpChannel::largestReply) {
+            m_body.clear();
+            m_tooLarge = true;
+            endReply();
+        }
+    }
+
+    /// abort() would resume the waiter, which owns us and the timer, from within our own call.
+    void endReply() { QMetaObject::invokeMethod(m_reply, "abort", Qt::QueuedConnection); }
+
+    void throwIfIncomplete(int status) const {
+        const QNetworkReply::NetworkError error = m_reply->error();
+        if (error == QNetworkReply::OperationCanceledError && m_timedOut) {
+            throw TransportError::timedOut();
+        }
+        if (error == QNetworkReply::ContentReSendError) { // see OneTimeBody
+            throw TransportError(QNetworkReply::RemoteHostClosedError, u"The connection was closed."_s);
+        }
+        if (error != QNetworkReply::NoError && !isErrorOfStatus(error, status)) {
+            throw TransportError(error, m_reply->errorString());
+        }
+    }
+
+    QNetworkReply* m_reply;
+    QByteArray m_body;
+    bool m_timedOut = false;
+    bool m_tooLarge = false;
+};
+
+void makeStateless(QNetworkRequest& request) {
+    using Request = QNetworkRequest;
+    request.setAttribute(Request::RedirectPolicyAttribute, Request::ManualRedirectPolicy);
+    request.setAttribute(Request::CookieLoadControlAttribute, Request::Manual);
+    request.setAttribute(Request::CookieSaveControlAttribute, Request::Manual);
+    request.setAttribute(Request::AuthenticationReuseAttribute, Request::Manual);
+    // The replies are short, and a compressed one could unfold to any size.
+    request.setRawHeader("Accept-Encoding", "identity");
+}
+
+} // namespace
+
+HttpChannel::HttpChannel(Clock& clock)
+    : m_clock(clock), m_manager(std::make_unique<QNetworkAccessManager>()) {}
+
+HttpChannel::~HttpChannel() {
+    // Whoever waits for a reply would wait for ever if it were just deleted. Without the manager, nobody
+    // who is woken by this can start another request.
+    const std::unique_ptr<QNetworkAccessManager> manager = std::move(m_manager);
+    const auto replies = manager->findChildren<QNetworkReply*>();
+    for (QNetworkReply* reply : replies) {
+        reply->abort();
+    }
+}
+
+QCoro::Task<HttpReply> HttpChannel::post(QNetworkRequest request, QByteArray body) {
+    if (!m_manager) {
+        throw TransportError(QNetworkReply::OperationCanceledError, u"The program is closing."_s);
+    }
+    makeStateless(request);
+    auto upload = std::make_unique<OneTimeBody>(std::move(body));
+    const ReplyPointer reply(m_manager->post(request, upload.get()));
+    upload.release()->setParent(reply.get()); // which reads from it for as long as it lives
+    Reception reception(reply.get());
+    const std::unique_ptr<Timer> deadline = m_clock.after(timeOut, [&reception] { reception.timeOut(); });
+    co_await reply.get();
+    co_return reception.finish();
+}
+
+} // namespace ostrelle

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QNetworkRequest>
+#include <chrono>
+#include <memory>
+#include <optional>
+
+class QNetworkAccessManager;
+
+namespace ostrelle {
+
+/// A complete answer to a request, whatever its status.
+struct HttpReply {
+    std::optional<int> status; ///< absent when the answer has none that HTTP knows (100 and up)
+    QByteArray body;
+};
+
+/// Sends requests, each under one deadline and with a bounded reply. Redirects are not followed, cookies
+/// and credentials not kept. Destroying the channel fails what is in flight.
+class HttpChannel {
+public:
+    /// From the start of the request to the last byte of its reply.
+    static constexpr std::chrono::milliseconds timeOut = std::chrono::seconds(60);
+    /// In bytes. The longest reply that the services give is a thousandth of it.
+    static constexpr qsizetype largestReply = qsizetype{4} * 1024 * 1024;
+
+    explicit HttpChannel(Clock& clock);
+    ~HttpChannel();
+
+    /// Posts the body and resumes with the whole reply. Throws TransportError.
+    QCoro::Task<HttpReply> post(QNetworkRequest request, QByteArray body);
+
+private:
+    Clock& m_clock;
+    std::unique_ptr<QNetworkAccessManager> m_manager;
+};
+
+} // namespace ostrelle

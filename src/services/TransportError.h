@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Error.h"
+
+#include <QNetworkReply>
+
+namespace ostrelle {
+
+/// A request that got no complete answer: no connection, one that broke, or one that took too long.
+class TransportError : public Error {
+public:
+    TransportError(QNetworkReply::NetworkError code, QString text);
+
+    /// The request was not answered within its deadline.
+    static TransportError timedOut();
+    /// The answer is larger than anything that the service has to say.
+    static TransportError tooLarge(qint64 limit);
+
+    QNetworkReply::NetworkError code() const noexcept { return m_code; }
+    bool isTimeOut() const noexcept { return m_code == QNetworkReply::TimeoutError; }
+
+private:
+    QNetworkReply::NetworkError m_code;
+};
+
+} // namespace ostrelle

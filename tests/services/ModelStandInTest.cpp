@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/ModelStandIn.h"
+
+#include "support/Await.h"
+#include "support/StandInCompletion.h"
+
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTcpSocket>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray smallJpeg() {
+    QImage image(8, 8, QImage::Format_RGB32);
+    image.fill(Qt::gray);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG");
+    return bytes;
+}
+
+/// A request that is all right, with a placeholder for the length of its body.
+QByteArray goodRequest() {
+    return "POST /v1/chat/completions HTTP/1.1\r\n"
+           "Host: 127.0.0.1\r\n"
+           "authorization: Bearer the-key\r\n"
+           "Content-Type: application/json\r\n"
+           "Content-Length: LENGTH\r\n"
+           "\r\n"
+           R"({"model":"gpt-4o-mini","messages":[)"
+           R"({"role":"system","content":[{"type":"text","text":"Return one."}]},)"
+           R"({"role":"user","content":[{"type":"text","text":"Context:\n- Sport: Soccer\n"},)"
+           R"({"type":"image_url","image_url":{"url":"data:image/jpeg;base64,)" +
+           smallJpeg().toBase64() + R"(","detail":"low"}}]}],"temperature":0.2,"max_tokens":180})";
+}
+
+QByteArray withLength(QByteArray request) {
+    const QByteArray length = QByteArray::number(request.size() - request.indexOf("\r\n\r\n") - 4);
+    return request.replace("LENGTH", length);
+}
+
+struct Response {
+    QByteArray head;
+    QJsonObject json;
+    int status() const { return head.mid(9, 3).toInt(); }
+};
+
+/// One connection to the stand-in.
+class Visitor {
+public:
+    explicit Visitor(const ModelStandIn& standIn) {
+        m_socket.connectToHost(standIn.url().host(), static_cast<quint16>(standIn.url().port()));
+        waitUntil([this] { return m_socket.state() == QAbstractSocket::ConnectedState; });
+    }
+
+    void send(const QByteArray& bytes) {
+        m_socket.write(bytes);
+        waitUntil([this] { return m_socket.bytesToWrite() == 0; });
+    }
+
+    Response receive() {
+        qsizetype headSize = 0;
+        qsizetype bodySize = 0;
+        waitUntil([&] {
+            m_received += m_socket.readAll();
+            headSize = m_received.indexOf("\r\n\r\n") + 4;
+            const qsizetype length = m_received.indexOf("Content-Length: ") + 16;
+            bodySize = m_received.mid(length, m_received.indexOf("\r", length) - length).toLongLong();
+            return headSize > 4 && m_received.size() >= headSize + bodySize;
+        });
+        const QByteArray body = m_received.mid(headSize, bodySize);
+        const Response response{m_received.left(headSize), QJsonDocument::fromJson(body).object()};
+        m_received.remove(0, headSize + bodySize);
+        return response;
+    }
+
+private:
+    QTcpSocket m_socket;
+    QByteArray m_received;
+};
+
+} // namespace
+
+class ModelStandInTest : public testing::Test {
+protected:
+    ModelStandIn standIn{"the-key"};
+};
+
+TEST_F(ModelStandInTest, AnswersInTheFormOfTheService) {
+    Visitor visitor(standIn);
+    const QByteArray twice = withLength(goodRequest()) + withLength(goodRequest());
+    visitor.send(twice.left(30)); // in the middle of a header
+    visitor.send(twice.mid(30));
+    for (int number = 1; number <= 2; ++number) {
+        const Response response = visitor.receive();
+        EXPECT_EQ(response.status(), 200);
+        EXPECT_TRUE(response.head.contains("\r\nServer: ostrelle-model-stand-in\r\n"));
+        EXPECT_EQ(response.json[u"object"].toString(), u"chat.completion");
+        EXPECT_EQ(response.json[u"model"].toString(), u"gpt-4o-mini");
+        EXPECT_EQ(response.json[u"id"].toString(), u"chatcmpl-standin-"_s + QString::number(number));
+        EXPECT_GT(response.json[u"created"].toInteger(), 1'700'000'000);
+        const QJsonObject usage = response.json[u"usage"].toObject();
+        EXPECT_EQ(usage[u"prompt_tokens"].toInteger(), 3 + 7 + 2833);
+        EXPECT_EQ(usage[u"total_tokens"].toInteger(), 2843 + usage[u"completion_tokens"].toInteger());
+        const QJsonObject choice = response.json[u"choices"][0].toObject();
+        EXPECT_EQ(choice[u"finish_reason"].toString(), u"stop");
+        EXPECT_EQ(choice[u"message"][u"role"].toString(), u"assistant");
+        EXPECT_EQ(choice[u"message"][u"content"].toString(),
+                  u"Soccer. (caption by the stand-in model, which sees no picture)");
+    }
+}
+
+TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
+    const QByteArray base64 = smallJpeg().toBase64();
+    const QByteArray brokenBase64 = "%" + base64.mid(1);
+    const QByteArray notAJpeg = QByteArray("GIF89a, honestly").toBase64();
+    const struct {
+        QByteArray before; ///< in the good request
+        QByteArray after;
+        int status;
+        const char* parameter; ///< empty: null
+    } rows[] = {
+        {"POST", "GET", 405, ""},
+        {"/v1/chat/completions", "/v1/completions", 404, ""},
+        {"/v1/chat/completions", "/v1/chat/completions/", 404, ""},
+        {"HTTP/1.1", "HTTP/1.0", 400, ""},
+        {"authorization: Bearer the-key\r\n", "", 401, ""},
+        {"Bearer the-key", "Bearer another", 401, ""},
+        {"Bearer the-key", "the-key", 401, ""},
+        {"application/json", "text/plain", 400, ""},
+        {"Host: 127.0.0.1", "Host 127.0.0.1", 400, ""},
+        {"LENGTH", "many", 411, ""},
+        {"LENGTH", "-1", 411, ""},
+        {"LENGTH", "99999999999", 413, ""},
+        {"LENGTH", "99999999999999999999999", 413, ""},
+        {"Content-Length: LENGTH", "Transfer-Encoding: chunked", 501, ""},
+        {"Host: ", "Host: " + QByteArray(20'000, 'x'), 431, ""},
+        {R"({"model")", R"("model")", 400, ""},
+        {R"("model":"gpt-4o-mini",)", "", 400, "model"},
+        {R"("gpt-4o-mini")", "4", 400, "model"},
+        {R"("gpt-4o-mini")", R"("")", 400, ""},
+        {R"("temperature":0.2)", R"("top_k":1)", 400, "top_k"},
+        {R"("temperature":0.2)", R"("temperature":"0.2")", 400, "temperature"},
+        {R"("temperature":0.2)", R"("temperature":2.5)", 400, "temperature"},
+        {R"("temperature":0.2)", R"("temperature":-1)", 400, "temperature"},
+        {R"("max_tokens":180)", R"("max_tokens":180.5)", 400, "max_tokens"},
+        {R"("max_tokens":180)", R"("max_tokens":"180")", 400, "max_tokens"},
+        {R"("max_tokens":180)", R"("max_tokens":0)", 400, "max_tokens"},
+        {R"("messages":[)", R"("messages":[1,)", 400, "messages"},
+        {R"("messages")", R"("message")", 400, "message"},
+        {R"("role":"system")", R"("role":"user")", 400, "messages[0].role"},
+        {R"("role":"user")", R"("role":"system")", 400, "messages[1].role"},
+        {R"([{"type":"text","text":"Return one."}])", R"("Return one.")", 400, "messages[0].content"},
+        {R"("text":"Return one.")", R"("text":7)", 400, "messages[0].content[0].text"},
+        {R"({"type":"text","text":"Context)", R"({"text":"Context)", 400, "messages[1].content[0].type"},
+        {R"("type":"image_url",)", R"("type":"image",)", 400, "messages[1].content[1].type"},
+        {R"("type":"image_url",)", R"("type":"image_url","alt":"",)", 400, "messages[1].content[1].alt"},
+        {R"("detail":"low")", R"("detail":"tiny")", 400, "messages[1].content[1].image_url.detail"},
+        {R"("url")", R"("uri")", 400, "messages[1].content[1].image_url.uri"},
+        {"image/jpeg", "image/png", 400, "messages[1].content[1].image_url.url"},
+        {base64, brokenBase64, 400, "messages[1].content[1].image_url.url"},
+        {base64, base64 + "\\n", 400, "messages[1].content[1].image_url.url"},
+        {base64, notAJpeg, 400, "messages[1].content[1].image_url.url"},
+        {base64, "", 400, "messages[1].content[1].image_url.url"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE((row.before.left(40) + " -> " + row.after.left(40)).constData());
+        QByteArray request = goodRequest();
+        const qsizetype place = request.indexOf(row.before);
+        ASSERT_GE(place, 0);
+        Visitor visitor(standIn);
+        visitor.send(withLength(request.replace(place, row.before.size(), row.after)));
+        const Response response = visitor.receive();
+        EXPECT_EQ(response.status(), row.status);
+        const QJsonObject error = response.json[u"error"].toObject();
+        EXPECT_EQ(error[u"type"].toString(), u"invalid_request_error");
+        EXPECT_FALSE(error[u"message"].toString().isEmpty());
+        EXPECT_EQ(error[u"param"].toString().toStdString(), row.parameter);
+        EXPECT_TRUE(error.contains(u"code"));
+    }
+}
+
+TEST(StandInCaptionTest, RepeatsTheFactsOfThePromptOnOneLine) {
+    const QString label = u"(caption by the stand-in model, which sees no picture)"_s;
+    const QString rules = u"\nRules:\n- Event: always name it\n- Rights: copy them\n"_s;
+    EXPECT_EQ(standInCaption(u"Context:\n- Event: Harbor Classic\n- Venue: Pier Field\n- Place: Tampa, FL\n"
+                             "- Date: 2025-10-26T19:00:00Z\n- Rights: Photo by T. Vasquel\n- Sport: Soccer\n"
+                             "- DateText: Sunday, Oct. 26, 2025\n"_s +
+                             rules + u"Existing caption (may be minimal): Kick\r\n  off"_s),
+              u"Soccer during Harbor Classic at Pier Field in Tampa, FL on Sunday, Oct. 26, 2025. Kick off. "
+              "Photo by T. Vasquel "_s +
+                  label);
+    EXPECT_EQ(standInCaption(u"Context:\n- Date: 2025\n"_s + rules +
+                             u"Existing caption (may be minimal): No caption"_s),
+              u"Sports on 2025. "_s + label);
+    EXPECT_EQ(standInCaption(rules), u"Sports. "_s + label);
+}
+
+TEST(StandInCaptionTest, StopsAtTheLimitOfTokensButKeepsItsLabel) {
+    CheckedChat chat;
+    chat.prompt = u"Context:\n- Event: "_s + QString(5000, u'x');
+    chat.maximumTokens = 40;
+    const QJsonObject reply = QJsonDocument::fromJson(standInCompletion(chat, 1, 0)).object();
+    EXPECT_EQ(reply[u"choices"][0][u"finish_reason"].toString(), u"length");
+    EXPECT_EQ(reply[u"usage"][u"completion_tokens"].toInteger(), 40);
+    EXPECT_TRUE(reply[u"choices"][0][u"message"][u"content"].toString().endsWith(u"sees no picture)"));
+}
+
+} // namespace ostrelle

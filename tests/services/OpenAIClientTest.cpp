@@ -1,0 +1,425 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "services/OpenAIClient.h"
+
+#include "platform/ApiKey.h"
+#include "services/OpenAIError.h"
+#include "services/TransportError.h"
+#include "support/Await.h"
+#include "support/MemoryDefaults.h"
+#include "support/ModelStandIn.h"
+#include "support/RecordingLog.h"
+#include "support/StandInCompletion.h"
+#include "support/VirtualClock.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QImage>
+#include <QJsonDocument>
+#include <QTcpServer>
+#include <limits>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Delivery = StandInAnswer::Delivery;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+const QString key = u"sk-test-0123456789abcdef"_s;
+const QString prompt = u"Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style."_s;
+
+QByteArray smallJpeg() {
+    QImage image(16, 12, QImage::Format_RGB32);
+    image.fill(Qt::darkGreen);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG");
+    return bytes;
+}
+
+/// A reply whose first choice has this JSON as its content.
+QByteArray replyWithContent(const QByteArray& content) {
+    return R"({"id":"c-1","choices":[{"index":0,"message":{"role":"assistant","content":)" + content +
+           R"(},"finish_reason":"stop"}]})";
+}
+
+/// A reply with a good choice and this JSON as its usage.
+QByteArray replyWithUsage(const QByteArray& usage) {
+    return replyWithContent("\"A goal.\"").chopped(1) + R"(,"usage":)" + usage + '}';
+}
+
+} // namespace
+
+class OpenAIClientTest : public testing::Test {
+protected:
+    OpenAIClientTest() { defaults.set(apiKeyName, key); }
+
+    static QCoro::Task<CaptionReply> start(OpenAIClient& asked) {
+        return asked.generateCaption(smallJpeg(), prompt, u"gpt-4o-mini"_s, 180, 0.2);
+    }
+    CaptionReply ask() { return await(start(client)); }
+    CaptionReply askWith(StandInAnswer answer) {
+        standIn.enqueue(std::move(answer));
+        return ask();
+    }
+
+    /// The failure of a call, which must be of this kind.
+    template <typename Failure>
+    static Failure failureOf(QCoro::Task<CaptionReply> task) {
+        std::optional<Failure> failure;
+        EXPECT_THROW(
+            {
+                try {
+                    await(std::move(task));
+                } catch (const Failure& error) {
+                    failure.emplace(error);
+                    throw;
+                }
+            },
+            Failure);
+        return failure.value();
+    }
+    OpenAIError refusal(StandInAnswer answer) {
+        log.lines.clear();
+        standIn.enqueue(std::move(answer));
+        return failureOf<OpenAIError>(start(client));
+    }
+
+    MemoryDefaults defaults;
+    RecordingLog log;
+    VirtualClock clock;
+    ModelStandIn standIn{key.toUtf8()};
+    OpenAIClient client{standIn.url(), defaults, log, clock};
+};
+
+TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
+    const CaptionReply reply = ask();
+
+    ASSERT_EQ(standIn.requests().size(), 1);
+    const HttpRequest& request = standIn.requests().first();
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.path, "/v1/chat/completions");
+    EXPECT_EQ(request.header("Authorization"), "Bearer " + key.toUtf8());
+    EXPECT_EQ(request.header("Content-Type"), "application/json");
+    EXPECT_EQ(standIn.lastJson(), QJsonDocument::fromJson(R"({
+        "model": "gpt-4o-mini",
+        "messages": [
+            {"role": "system", "content": [{"type": "text", "text": "Return one factual sports caption."}]},
+            {"role": "user", "content": [
+                {"type": "text", "text": "Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style."},
+                {"type": "image_url",
+                 "image_url": {"url": "data:image/jpeg;base64,)" +
+                                                          smallJpeg().toBase64() + R"(", "detail": "low"}}]}],
+        "temperature": 0.2,
+        "max_tokens": 180})")
+                                      .object());
+
+    EXPECT_EQ(reply.text, standInCaption(prompt));
+    ASSERT_TRUE(reply.usage);
+    EXPECT_EQ(reply.usage->totalTokens, reply.usage->promptTokens + reply.usage->completionTokens);
+
+    const QByteArray jpeg = smallJpeg();
+    EXPECT_THAT(log.lines,
+                ElementsAre(u"[OpenAIClient] JPEG bytes: %1 (0.00 MB)"_s.arg(jpeg.size()),
+                            u"[OpenAIClient] base64 length: %1 characters"_s.arg(jpeg.toBase64().size()),
+                            u"[OpenAIClient] JSON body size: %1 bytes"_s.arg(request.body.size()),
+                            u"[OpenAIClient] Usage: %1 prompt + %2 completion = %3 total tokens"_s
+                                .arg(reply.usage->promptTokens)
+                                .arg(reply.usage->completionTokens)
+                                .arg(reply.usage->totalTokens)));
+}
+
+TEST_F(OpenAIClientTest, LogsTheSizeInMebibytes) {
+    QByteArray padded = smallJpeg();
+    padded.append(QByteArray(1'300'000 - padded.size(), '\0'));
+    await(client.generateCaption(padded, prompt, u"gpt-4o-mini"_s, 180, 0.2));
+    EXPECT_EQ(log.lines.at(0), u"[OpenAIClient] JPEG bytes: 1300000 (1.24 MB)");
+    EXPECT_EQ(log.lines.at(1), u"[OpenAIClient] base64 length: 1733336 characters");
+}
+
+TEST(ChatRequestTest, LeavesOutWhatIsAbsent) {
+    const ChatRequest request{
+        .model = u"m"_s,
+        .messages = {{.role = u"user"_s, .content = {ImageBlock{.url = u"u"_s, .detail = {}}}}},
+        .temperature = {},
+        .maximumTokens = {}};
+    EXPECT_EQ(QJsonDocument::fromJson(encode(request)), QJsonDocument::fromJson(R"({"model":"m",
+        "messages":[{"role":"user","content":[{"type":"image_url","image_url":{"url":"u"}}]}]})"));
+    EXPECT_FALSE(encode(request).contains('\n'));
+}
+
+TEST_F(OpenAIClientTest, RefusesWhatCannotBeEncodedWithoutARequest) {
+    const auto expectRefusal = [this](const QString& text, double temperature) {
+        const auto error = failureOf<OpenAIError>(
+            client.generateCaption(smallJpeg(), text, u"gpt-4o-mini"_s, 180, temperature));
+        EXPECT_EQ(error.kind(), OpenAIError::Case::encoding);
+        EXPECT_EQ(error.localizedDescription(), u"Failed to encode request.");
+    };
+    expectRefusal(prompt, std::numeric_limits<double>::quiet_NaN());
+    expectRefusal(prompt, std::numeric_limits<double>::infinity());
+    expectRefusal(prompt + QChar(0xD83D), 0.2); // half of an emoji
+    defaults.set(apiKeyName, key + u"\r\nX-Other: header"_s);
+    expectRefusal(prompt, 0.2);
+    EXPECT_THAT(standIn.requests(), IsEmpty());
+}
+
+TEST_F(OpenAIClientTest, ReadsTheKeyAnewForEachCall) {
+    defaults.remove(apiKeyName);
+    EXPECT_EQ(failureOf<OpenAIError>(start(client)).kind(), OpenAIError::Case::missingAPIKey);
+    defaults.set(apiKeyName, QString());
+    EXPECT_EQ(failureOf<OpenAIError>(start(client)).localizedDescription(), u"OpenAI API key is missing.");
+    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_THAT(standIn.requests(), IsEmpty());
+
+    defaults.set(apiKeyName, u"   "_s); // not trimmed, so not empty
+    EXPECT_EQ(failureOf<OpenAIError>(start(client)).statusCode(), 401);
+    EXPECT_EQ(standIn.requests().last().header("Authorization"), "Bearer    ");
+
+    defaults.set(apiKeyName, key);
+    EXPECT_NO_THROW(ask());
+}
+
+TEST_F(OpenAIClientTest, NeverTellsTheKey) {
+    for (const int status : {401, 200}) {
+        const OpenAIError error = refusal({.status = status, .body = "Wrong key: " + key.toUtf8()});
+        EXPECT_FALSE(error.localizedDescription().contains(key));
+        EXPECT_FALSE(error.body().contains(key));
+        EXPECT_THAT(log.lines.filter(key), IsEmpty());
+        EXPECT_TRUE(log.lines.last().endsWith(u"Wrong key: [API key]"));
+    }
+}
+
+TEST_F(OpenAIClientTest, ReadsEveryFormOfContent) {
+    struct Row {
+        const char* content;
+        const char* caption; ///< null: there is none
+    };
+    const Row rows[] = {
+        {R"("A goal.")", "A goal."},
+        {R"([{"type":"text","text":"A goal."}])", "A goal."},
+        {R"("\n A goal.\t\n\n")", "A goal."},
+        {R"([{"type":"text","text":"A"},{"type":"text","text":"goal."}])", "A goal."},
+        {R"([{"type":"image_url"},{"text":"A goal."},{"type":"text","text":null}])", "A goal."},
+        {R"([{"type":"reasoning","text":"A"},{"text":"goal."}])", "A goal."},
+        {R"("")", nullptr},
+        {R"(" \n ")", nullptr},
+        {R"([])", nullptr},
+        {R"([{"type":"image_url"}])", nullptr},
+        {R"(["A goal."])", nullptr},
+        {R"([{"type":"text","text":"A goal."},{"text":5}])", nullptr},
+        {R"(null)", nullptr},
+        {R"({"text":"A goal."})", nullptr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.content);
+        if (row.caption) {
+            EXPECT_EQ(askWith({.body = replyWithContent(row.content)}).text, QString::fromUtf8(row.caption));
+        } else {
+            const OpenAIError error = refusal({.body = replyWithContent(row.content)});
+            EXPECT_EQ(error.kind(), OpenAIError::Case::noChoices);
+            EXPECT_EQ(error.localizedDescription(), u"No caption returned.");
+        }
+    }
+    const QByteArray withoutContent = R"({"id":"c","choices":[{"index":0,"message":{"role":"assistant"}}]})";
+    EXPECT_EQ(refusal({.body = withoutContent}).kind(), OpenAIError::Case::noChoices);
+    EXPECT_EQ(refusal({.body = R"({"id":"c","choices":[]})"}).kind(), OpenAIError::Case::noChoices);
+}
+
+TEST_F(OpenAIClientTest, ReturnsNoUsageWhenTheReplyHasNone) {
+    for (const QByteArray& body : {replyWithContent("\"A goal.\""), replyWithUsage("null")}) {
+        const CaptionReply reply = askWith({.body = body});
+        EXPECT_EQ(reply.text, u"A goal.");
+        EXPECT_FALSE(reply.usage);
+    }
+    EXPECT_THAT(log.lines.filter(u"Usage"_s), IsEmpty());
+
+    const auto whole = askWith(
+        {.body = replyWithUsage(R"({"prompt_tokens":7.0,"completion_tokens":2,"total_tokens":9,"new":{}})")});
+    EXPECT_EQ(whole.usage, (Usage{.promptTokens = 7, .completionTokens = 2, .totalTokens = 9}));
+}
+
+TEST_F(OpenAIClientTest, TellsWhichFieldOfAReplyIsOff) {
+    const struct {
+        QByteArray body;
+        const char* text;
+    } rows[] = {
+        {"", "The body is not JSON: illegal value at byte 0."},
+        {"<html>busy</html>", "The body is not JSON: illegal value at byte 1."},
+        {"[]", "The body is not an object."},
+        {R"({"choices":[]})", "The field \"id\" is missing."},
+        {R"({"id":null,"choices":[]})", "The field \"id\" is missing."},
+        {R"({"id":1,"choices":[]})", "The field \"id\" is not a text."},
+        {R"({"id":"c"})", "The field \"choices\" is missing."},
+        {R"({"id":"c","choices":{}})", "The field \"choices\" is not a list."},
+        {R"({"id":"c","choices":["A goal."]})", "The field \"choices[0]\" is not an object."},
+        {R"({"id":"c","choices":[{"message":{"role":"assistant"}}]})",
+         "The field \"choices[0].index\" is missing."},
+        {R"({"id":"c","choices":[{"index":0.5,"message":{"role":"assistant"}}]})",
+         "The field \"choices[0].index\" is not an integer."},
+        {R"({"id":"c","choices":[{"index":0}]})", "The field \"choices[0].message\" is missing."},
+        {R"({"id":"c","choices":[{"index":0,"message":{"content":"A goal."}}]})",
+         "The field \"choices[0].message.role\" is missing."},
+        {R"({"id":"c","choices":[{"index":0,"message":{"role":"assistant"},"finish_reason":3}]})",
+         "The field \"choices[0].finish_reason\" is not a text."},
+        {replyWithUsage("[]"), "The field \"usage\" is not an object."},
+        {replyWithUsage(R"({"prompt_tokens":1,"completion_tokens":1})"),
+         "The field \"usage.total_tokens\" is missing."},
+        {replyWithUsage(R"({"prompt_tokens":"1","completion_tokens":1,"total_tokens":2})"),
+         "The field \"usage.prompt_tokens\" is not an integer."},
+        {replyWithUsage(R"({"prompt_tokens":1,"completion_tokens":1e30,"total_tokens":2})"),
+         "The field \"usage.completion_tokens\" is not an integer."},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.body.constData());
+        const OpenAIError error = refusal({.body = row.body});
+        EXPECT_EQ(error.kind(), OpenAIError::Case::decoding);
+        EXPECT_EQ(error.localizedDescription(),
+                  u"Failed to decode OpenAI response: "_s + QString::fromUtf8(row.text));
+        EXPECT_EQ(log.lines.last(),
+                  u"[OpenAIClient] Decode failed. Body follows:\n"_s + QString::fromUtf8(row.body));
+    }
+    EXPECT_EQ(refusal({.body = replyWithContent("\"\xff\"")}).kind(), OpenAIError::Case::decoding);
+    EXPECT_EQ(log.lines.last(), u"[OpenAIClient] Decode failed. Body follows:\n<non-utf8 body>");
+    // Deeper than any reply, and a stack's worth of brackets.
+    EXPECT_EQ(refusal({.body = QByteArray(1'000'000, '[')}).kind(), OpenAIError::Case::decoding);
+}
+
+TEST_F(OpenAIClientTest, PassesOnWhatTheServiceSaysWithAnErrorStatus) {
+    const QByteArray said = "{\"error\": {\n  \"message\": \"No “such” thing\"}}";
+    for (const int status : {199, 302, 400, 401, 403, 404, 407, 429, 500, 503, 529}) {
+        SCOPED_TRACE(status);
+        const OpenAIError error =
+            refusal({.status = status,
+                     .body = status == 199 ? QByteArray() : said,
+                     .headers = {{"Location", standIn.url().toEncoded() + "/v1/chat/completions"},
+                                 {"WWW-Authenticate", "Basic realm=\"model\""},
+                                 {"Retry-After", "1"}}});
+        const QString body = status == 199 ? QString() : QString::fromUtf8(said);
+        EXPECT_EQ(error.kind(), OpenAIError::Case::http);
+        EXPECT_EQ(error.statusCode(), status);
+        EXPECT_EQ(error.body(), body);
+        EXPECT_EQ(error.localizedDescription(), u"OpenAI HTTP %1: "_s.arg(status) + body);
+        EXPECT_EQ(log.lines.last(), u"[OpenAIClient] HTTP %1 body:\n"_s.arg(status) + body);
+    }
+    EXPECT_EQ(standIn.requests().size(), 11) << "a redirect was followed or a request repeated";
+    EXPECT_EQ(refusal({.status = 500, .body = "bad \xc3("}).localizedDescription(), u"OpenAI HTTP 500: ");
+}
+
+TEST_F(OpenAIClientTest, RefusesAnAnswerWithoutAStatusOfHttp) {
+    const OpenAIError error = refusal({.status = 99, .body = replyWithContent("\"A goal.\"")});
+    EXPECT_EQ(error.kind(), OpenAIError::Case::invalidResponse);
+    EXPECT_EQ(error.localizedDescription(), u"Invalid response from OpenAI.");
+}
+
+TEST_F(OpenAIClientTest, FailsOnceWhenTheConnectionEndsTooSoon) {
+    ask(); // so that the connection is an old one, which Qt would try again by itself
+    for (const Delivery delivery : {Delivery::reset, Delivery::cutOff}) {
+        for (const int status : {200, 401, 500}) {
+            SCOPED_TRACE(status);
+            const auto before = standIn.requests().size();
+            standIn.enqueue({.status = status, .body = replyWithUsage("null"), .delivery = delivery});
+            const auto error = failureOf<TransportError>(start(client));
+            EXPECT_EQ(error.code(), QNetworkReply::RemoteHostClosedError);
+            EXPECT_EQ(standIn.requests().size(), before + 1);
+        }
+    }
+    EXPECT_NO_THROW(ask());
+}
+
+TEST_F(OpenAIClientTest, FailsWhenNobodyListens) {
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
+    QUrl url(u"http://127.0.0.1"_s);
+    url.setPort(closed.serverPort());
+    closed.close();
+    OpenAIClient lonely(url, defaults, log, clock);
+    EXPECT_EQ(failureOf<TransportError>(start(lonely)).code(), QNetworkReply::ConnectionRefusedError);
+}
+
+TEST_F(OpenAIClientTest, TakesInNoMoreThanABoundedReply) {
+    QByteArray reply = replyWithContent("\"A goal.\"");
+    reply += QByteArray(HttpChannel::largestReply - reply.size(), ' ');
+    EXPECT_EQ(askWith({.body = reply}).text, u"A goal.");
+    standIn.enqueue({.body = reply + ' '});
+    EXPECT_EQ(failureOf<TransportError>(start(client)).localizedDescription(),
+              u"The reply is larger than 4194304 bytes.");
+}
+
+TEST_F(OpenAIClientTest, WaitsForAMinuteAndNoLonger) {
+    for (const bool isInTime : {true, false}) {
+        standIn.enqueue({.body = replyWithContent("\"A goal.\""), .delivery = Delivery::held});
+        QCoro::Task<CaptionReply> task = start(client);
+        waitUntil([this] { return standIn.isHolding(); });
+        clock.advance(isInTime ? 59'999ms : 60'000ms);
+        if (isInTime) {
+            standIn.releaseHeld();
+            EXPECT_EQ(await(std::move(task)).text, u"A goal.");
+        } else {
+            const auto error = failureOf<TransportError>(std::move(task));
+            EXPECT_TRUE(error.isTimeOut());
+            EXPECT_EQ(error.localizedDescription(), u"The request timed out.");
+        }
+        EXPECT_EQ(clock.waiting(), 0);
+    }
+}
+
+TEST_F(OpenAIClientTest, ADripDoesNotOutlastTheMinute) {
+    standIn.enqueue(
+        {.body = replyWithContent("\"A goal.\"") + QByteArray(1000, ' '), .delivery = Delivery::held});
+    QCoro::Task<CaptionReply> task = start(client);
+    waitUntil([this] { return standIn.isHolding(); });
+    for (int seconds = 0; seconds < 60; ++seconds) {
+        standIn.sendHeld(4);
+        QCoreApplication::processEvents();
+        clock.advance(1s);
+    }
+    EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
+}
+
+TEST_F(OpenAIClientTest, KeepsCallsInFlightApart) {
+    const auto startWith = [this](const QString& event) {
+        return client.generateCaption(smallJpeg(), u"Context:\n- Event: "_s + event, u"gpt-4o-mini"_s, 180,
+                                      0.2);
+    };
+    QCoro::Task<CaptionReply> first = startWith(u"Harbor Classic"_s);
+    QCoro::Task<CaptionReply> second = startWith(u"Hill Cup"_s);
+    EXPECT_TRUE(await(std::move(second)).text.contains(u"Hill Cup"));
+    EXPECT_TRUE(await(std::move(first)).text.contains(u"Harbor Classic"));
+}
+
+namespace {
+
+/// A caller that goes on to the next image after a failure, as a batch does.
+QCoro::Task<int> failuresOfTwoCalls(OpenAIClient* client) {
+    int failures = 0;
+    for (int call = 0; call < 2; ++call) {
+        try {
+            co_await client->generateCaption(smallJpeg(), prompt, u"gpt-4o-mini"_s, 180, 0.2);
+        } catch (const TransportError& error) {
+            failures += error.isTimeOut() ? 0 : 1;
+        }
+    }
+    co_return failures;
+}
+
+} // namespace
+
+TEST_F(OpenAIClientTest, FailsWhatIsInFlightWhenItIsDestroyed) {
+    auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
+    standIn.enqueue({.delivery = Delivery::held});
+    QCoro::Task<int> task = failuresOfTwoCalls(dying.get());
+    waitUntil([this] { return standIn.isHolding(); });
+    dying.reset();
+    EXPECT_EQ(await(std::move(task)), 2);
+    EXPECT_EQ(standIn.requests().size(), 1);
+    EXPECT_EQ(clock.waiting(), 0);
+}
+
+} // namespace ostrelle

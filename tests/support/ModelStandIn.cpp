@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/ModelStandIn.h"
+
+#include "support/ApiFault.h"
+#include "support/ChatRequestCheck.h"
+#include "support/StandInCompletion.h"
+
+#include <sys/socket.h>
+
+#include <QDateTime>
+#include <QHostAddress>
+#include <QJsonDocument>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <algorithm>
+#include <limits>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray encodedHead(const StandInAnswer& answer) {
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) +
+                      " Stand-in\r\n"
+                      "Server: ostrelle-model-stand-in\r\n"
+                      "Content-Type: application/json\r\n"
+                      "Content-Length: " +
+                      QByteArray::number(answer.body.size()) + "\r\n";
+    for (const auto& [name, value] : answer.headers) {
+        head += name + ": " + value + "\r\n";
+    }
+    return head + "\r\n";
+}
+
+void resetConnection(QTcpSocket& socket) {
+    const linger atOnce{.l_onoff = 1, .l_linger = 0};
+    ::setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    socket.abort();
+}
+
+} // namespace
+
+/// One client: its requests are answered one after the other.
+class ModelStandIn::Connection : public QObject {
+public:
+    Connection(ModelStandIn& standIn, QTcpSocket* socket)
+        : QObject(&standIn), m_standIn(standIn), m_socket(socket) {
+        m_socket->setParent(this);
+        connect(m_socket, &QTcpSocket::readyRead, this, &Connection::takeIn);
+        connect(m_socket, &QTcpSocket::disconnected, this, &Connection::leave);
+    }
+
+    bool isHolding() const { return !m_held.isEmpty(); }
+
+    void sendHeld(qsizetype count) {
+        m_socket->write(m_held.left(count));
+        m_held.remove(0, count);
+        if (m_held.isEmpty()) {
+            answerRequests();
+        }
+    }
+
+private:
+    void takeIn() {
+        m_reader.feed(m_socket->readAll());
+        answerRequests();
+    }
+
+    void leave() {
+        m_standIn.m_connections.removeAll(this);
+        deleteLater();
+    }
+
+    void answerRequests() {
+        try {
+            while (!isHolding() && m_socket->isOpen()) {
+                const std::optional<HttpRequest> request = m_reader.next();
+                if (!request) {
+                    return;
+                }
+                deliver(m_standIn.answer(*request));
+            }
+        } catch (const ApiFault& fault) { // what follows such a request cannot be told apart from it
+            deliver({.status = fault.status(), .body = fault.body(), .headers = {{"Connection", "close"}}});
+            m_socket->disconnectFromHost();
+        }
+    }
+
+    void deliver(const StandInAnswer& answer) {
+        using Delivery = StandInAnswer::Delivery;
+        switch (answer.delivery) {
+        case Delivery::whole:
+            m_socket->write(encodedHead(answer) + answer.body);
+            break;
+        case Delivery::held:
+            m_held = encodedHead(answer) + answer.body;
+            break;
+        case Delivery::cutOff:
+            m_socket->write(encodedHead(answer) + answer.body.left(answer.body.size() / 2));
+            m_socket->disconnectFromHost();
+            break;
+        case Delivery::reset:
+            resetConnection(*m_socket);
+            break;
+        }
+    }
+
+    ModelStandIn& m_standIn;
+    QTcpSocket* m_socket;
+    HttpRequestReader m_reader;
+    QByteArray m_held;
+};
+
+ModelStandIn::ModelStandIn(QByteArray apiKey) : m_apiKey(std::move(apiKey)), m_server(new QTcpServer(this)) {
+    connect(m_server, &QTcpServer::newConnection, this, &ModelStandIn::accept);
+    if (!m_server->listen(QHostAddress::LocalHost)) {
+        throw Error(u"The stand-in model cannot listen: "_s + m_server->errorString());
+    }
+}
+
+QUrl ModelStandIn::url() const {
+    QUrl url(u"http://127.0.0.1"_s);
+    url.setPort(m_server->serverPort());
+    return url;
+}
+
+QJsonObject ModelStandIn::lastJson() const {
+    return m_requests.isEmpty() ? QJsonObject() : QJsonDocument::fromJson(m_requests.last().body).object();
+}
+
+bool ModelStandIn::isHolding() const {
+    return std::any_of(m_connections.begin(), m_connections.end(),
+                       [](const Connection* connection) { return connection->isHolding(); });
+}
+
+void ModelStandIn::sendHeld(qsizetype count) {
+    const auto connections = m_connections; // one may leave meanwhile
+    for (Connection* connection : connections) {
+        if (connection->isHolding()) {
+            connection->sendHeld(count);
+        }
+    }
+}
+
+void ModelStandIn::releaseHeld() {
+    sendHeld(std::numeric_limits<qsizetype>::max());
+}
+
+void ModelStandIn::accept() {
+    while (QTcpSocket* socket = m_server->nextPendingConnection()) {
+        m_connections.append(new Connection(*this, socket));
+    }
+}
+
+StandInAnswer ModelStandIn::answer(const HttpRequest& request) {
+    m_requests.append(request);
+    try {
+        checkHead(request);
+        const CheckedChat chat = checkChatRequest(request.body);
+        return m_answers.isEmpty()
+                   ? StandInAnswer{.status = 200,
+                                   .body = standInCompletion(chat, m_requests.size(),
+                                                             QDateTime::currentSecsSinceEpoch())}
+                   : m_answers.takeFirst();
+    } catch (const ApiFault& fault) {
+        return {.status = fault.status(), .body = fault.body()};
+    }
+}
+
+void ModelStandIn::checkHead(const HttpRequest& request) const {
+    const QString method = QString::fromLatin1(request.method);
+    const QString path = QString::fromLatin1(request.path);
+    if (path != u"/v1/chat/completions") {
+        throw ApiFault(404, u"Invalid URL ("_s + method + u' ' + path + u')');
+    }
+    if (method != u"POST") {
+        throw ApiFault(405, u"Not allowed to "_s + method + u" on "_s + path + u'.', {},
+                       u"method_not_supported"_s);
+    }
+    const QByteArray credentials = request.header("Authorization");
+    if (credentials.isNull()) {
+        throw ApiFault(401, u"You didn't provide an API key."_s);
+    }
+    if (credentials.trimmed() != ("Bearer " + m_apiKey).trimmed()) {
+        throw ApiFault(401, u"Incorrect API key provided."_s, {}, u"invalid_api_key"_s);
+    }
+    const QByteArray type = request.header("Content-Type");
+    if (type != "application/json") {
+        throw ApiFault(400, u"Unsupported content type: '"_s + QString::fromLatin1(type) + u"'."_s, {},
+                       u"unsupported_content_type"_s);
+    }
+}
+
+} // namespace ostrelle
