@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/CaptionCommand.h"
+
+#include "cli/ExitStatus.h"
+#include "cli/NoSecrets.h"
+#include "cli/ProgressBar.h"
+#include "cli/ReportPrinter.h"
+#include "cli/RunOnlyDefaults.h"
+#include "cli/TerminalAlerts.h"
+#include "pipeline/Analyzer.h"
+#include "platform/ApiKey.h"
+#include "platform/ConsoleLog.h"
+#include "platform/JsonDefaultsStore.h"
+#include "platform/PathReferences.h"
+#include "platform/SystemClock.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QMetaObject>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The composition root of a run: every object of the pipeline, made once and handed on.
+class CaptionRun : public QObject {
+public:
+    CaptionRun(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints)
+        : m_options(options)
+        , m_stored(folders.defaultsFile(), m_errors)
+        , m_defaults(m_stored)
+        , m_log(folders.data, consoleLog(), m_clock)
+        , m_previews(folders.data + u"/OpenAI_Previews"_s)
+        , m_keychain(m_secrets, m_errors)
+        , m_settings(withRunOnlyValues(), m_keychain, m_references, consoleLog())
+        , m_status(m_defaults, m_clock)
+        , m_usage(m_defaults, m_clock, consoleLog())
+        , m_openAI(endpoints.model, m_defaults, consoleLog(), m_clock)
+        , m_analyzer({.settings = m_settings,
+                      .status = m_status,
+                      .usage = m_usage,
+                      .openAI = m_openAI,
+                      .defaults = m_defaults,
+                      .log = m_log,
+                      .previews = m_previews,
+                      .access = m_access,
+                      .alerts = m_alerts,
+                      .events = m_events,
+                      .clock = m_clock,
+                      .progressLinger = std::chrono::milliseconds(0)}) {
+        connect(&m_analyzer, &Analyzer::imageFinished, this, &CaptionRun::tell);
+    }
+
+    /// What is missing before anything can be captioned; empty when nothing is.
+    QString missingConfiguration() const {
+        if (m_options.roster && !QFileInfo(*m_options.roster).isFile()) {
+            return u"There is no Code Replacements file at %1."_s.arg(*m_options.roster);
+        }
+        if (apiKey(m_defaults).isEmpty()) {
+            return u"No API key is stored. Store it with: ostrelle-caption key"_s;
+        }
+        if (!m_settings.codeReplacementsFile()) {
+            return u"No Code Replacements file is set. Name one with: --roster FILE"_s;
+        }
+        return {};
+    }
+
+    QCoro::Task<> captionAll() {
+        const QStringList files = m_options.files;
+        for (qsizetype index = 0; index < files.size(); ++index) {
+            m_bar.show(index, QFileInfo(files[index]).fileName());
+            if (!QFileInfo(files[index]).isFile()) {
+                ImageReport report;
+                report.file = files[index];
+                report.reason = u"There is no such file."_s;
+                tell(report);
+                continue;
+            }
+            m_status.setTotalFiles(files.size());
+            m_status.setCurrentFileIndex(index + 1);
+            co_await m_analyzer.analyzeSingle(files[index]);
+        }
+        m_bar.clear();
+        QCoreApplication::exit(m_hasFailure ? ExitStatus::fileFailed : ExitStatus::success);
+    }
+
+private:
+    PlainLog& consoleLog() { return m_options.verbose ? static_cast<PlainLog&>(m_output) : m_silent; }
+
+    /// Before the settings are read, the options take the place of what is stored.
+    DefaultsStore& withRunOnlyValues() {
+        if (m_options.style) {
+            m_defaults.replace(u"captionStyle"_s, rawValue(*m_options.style));
+        }
+        if (m_options.sport) {
+            m_defaults.replace(u"sport"_s, rawValue(*m_options.sport));
+        }
+        if (m_options.roster && QFileInfo(*m_options.roster).isFile()) {
+            m_defaults.replace(u"codeReplacementsFile"_s, m_references.make(*m_options.roster));
+        }
+        if (m_options.overwrite != Options::Overwrite::asSet) {
+            m_defaults.replace(u"alwaysOverwriteCaptions"_s,
+                               m_options.overwrite == Options::Overwrite::always);
+        }
+        return m_defaults;
+    }
+
+    void tell(const ImageReport& report) {
+        m_hasFailure = m_hasFailure || report.outcome == ImageReport::Outcome::failed;
+        m_bar.clear();
+        m_output.print(m_options.json ? reportJson(report) : reportText(report));
+    }
+
+    Options m_options;
+    ConsoleLog m_output;
+    ConsoleLog m_errors{stderr};
+    SilentLog m_silent;
+    ProgressBar m_bar{stderr, m_options.files.size()};
+    bool m_hasFailure = false;
+
+    SystemClock m_clock;
+    JsonDefaultsStore m_stored;
+    RunOnlyDefaults m_defaults;
+    PathReferences m_references;
+    NoSecrets m_secrets;
+    UnsandboxedAccess m_access;
+    AppEvents m_events;
+    TerminalAlerts m_alerts{m_errors};
+    AnalyzerLog m_log;
+    PreviewCopies m_previews;
+    KeychainHelper m_keychain;
+    SettingsStore m_settings;
+    StatusStore m_status;
+    UsageTracker m_usage;
+    OpenAIClient m_openAI;
+    Analyzer m_analyzer;
+};
+
+} // namespace
+
+int runCaptionCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
+    CaptionRun run(options, folders, endpoints);
+    const QString missing = run.missingConfiguration();
+    if (!missing.isEmpty()) {
+        ConsoleLog(stderr).print(u"ostrelle-caption: "_s + missing);
+        return ExitStatus::usageOrConfiguration;
+    }
+    // From inside the event loop, so that a run that needs no waiting can end it.
+    QMetaObject::invokeMethod(&run, [&run] { run.captionAll(); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}
+
+} // namespace ostrelle

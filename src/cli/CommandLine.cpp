@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/CommandLine.h"
+
+#include "cli/CaptionCommand.h"
+#include "cli/ExitStatus.h"
+#include "cli/KeyCommand.h"
+#include "cli/Options.h"
+#include "platform/AppFolders.h"
+#include "platform/ConsoleLog.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoints) {
+    ConsoleLog output;
+    ConsoleLog errors(stderr);
+    const ParsedOptions parsed = parseOptions(arguments);
+    if (!parsed.error.isEmpty()) {
+        errors.print(u"ostrelle-caption: "_s + parsed.error);
+        errors.print(u"Try: ostrelle-caption --help"_s);
+        return ExitStatus::usageOrConfiguration;
+    }
+    const AppFolders folders = AppFolders::ofDesktop();
+    const QString defaultsPath = folders.defaultsFile();
+    switch (parsed.options.command) {
+    case Options::Command::help:
+        output.print(helpText().trimmed());
+        return ExitStatus::success;
+    case Options::Command::version:
+        output.print(u"ostrelle-caption "_s + QStringLiteral(OSTRELLE_VERSION));
+        return ExitStatus::success;
+    case Options::Command::storeKey:
+        return storeKey(defaultsPath, stdin, output, errors);
+    case Options::Command::clearKey:
+        return clearKey(defaultsPath, output, errors);
+    case Options::Command::caption:
+        break;
+    }
+    return runCaptionCommand(parsed.options, folders, endpoints);
+}
+
+} // namespace ostrelle

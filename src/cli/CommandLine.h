@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/ServiceEndpoints.h"
+
+#include <QStringList>
+
+namespace ostrelle {
+
+/// Runs `ostrelle-caption` with the arguments behind the program's name, to its exit status. Needs the
+/// application object and runs its event loop.
+int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoints);
+
+} // namespace ostrelle

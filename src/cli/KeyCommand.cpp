@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/KeyCommand.h"
+
+#include "cli/ExitStatus.h"
+#include "platform/ApiKey.h"
+#include "platform/ConsoleLog.h"
+#include "platform/JsonDefaultsStore.h"
+
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A terminal that does not show what is typed, for the length of a scope.
+class HiddenInput {
+public:
+    explicit HiddenInput(int terminal)
+        : m_terminal(terminal), m_isTerminal(::tcgetattr(terminal, &m_former) == 0) {
+        if (m_isTerminal) {
+            termios hidden = m_former;
+            hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+            ::tcsetattr(m_terminal, TCSAFLUSH, &hidden);
+        }
+    }
+    ~HiddenInput() {
+        if (m_isTerminal) {
+            ::tcsetattr(m_terminal, TCSAFLUSH, &m_former);
+        }
+    }
+    HiddenInput(const HiddenInput&) = delete;
+    HiddenInput& operator=(const HiddenInput&) = delete;
+
+private:
+    int m_terminal;
+    termios m_former{};
+    bool m_isTerminal;
+};
+
+QString readLine(std::FILE* input) {
+    constexpr std::size_t longestLine = 4096;
+    std::array<char, longestLine> line{};
+    return std::fgets(line.data(), static_cast<int>(line.size()), input) != nullptr
+               ? QString::fromUtf8(line.data()).trimmed()
+               : QString();
+}
+
+/// True when another program that opens the file now finds this key: the store itself would go on with what
+/// it could not save.
+bool isStored(const QString& defaultsPath, const QString& key) {
+    SilentLog silent;
+    const JsonDefaultsStore reader(defaultsPath, silent);
+    return apiKey(reader) == key;
+}
+
+} // namespace
+
+int storeKey(const QString& defaultsPath, std::FILE* input, PlainLog& output, PlainLog& errors) {
+    const bool isTerminal = ::isatty(::fileno(input)) == 1;
+    if (isTerminal) {
+        output.print(u"API key (it is not shown):"_s);
+    }
+    const HiddenInput hidden(::fileno(input));
+    const QString key = readLine(input);
+    if (key.isEmpty()) {
+        errors.print(
+            u"ostrelle-caption: No key was given, and the stored one is as it was. To forget it: ostrelle-caption key --clear"_s);
+        return ExitStatus::usageOrConfiguration;
+    }
+    JsonDefaultsStore defaults(defaultsPath, errors);
+    defaults.set(apiKeyName, key);
+    if (!isStored(defaultsPath, key)) {
+        errors.print(u"ostrelle-caption: The key could not be stored in %1."_s.arg(defaultsPath));
+        return ExitStatus::fileFailed;
+    }
+    output.print(u"The API key is stored."_s);
+    return ExitStatus::success;
+}
+
+int clearKey(const QString& defaultsPath, PlainLog& output, PlainLog& errors) {
+    JsonDefaultsStore defaults(defaultsPath, errors);
+    defaults.remove(apiKeyName);
+    if (!isStored(defaultsPath, {})) {
+        errors.print(u"ostrelle-caption: The key could not be removed from %1."_s.arg(defaultsPath));
+        return ExitStatus::fileFailed;
+    }
+    output.print(u"No API key is stored now."_s);
+    return ExitStatus::success;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/Options.h"
+
+#include <QCommandLineParser>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct StyleName {
+    QString name;
+    CaptionStyle style;
+};
+
+QList<StyleName> styleNames() {
+    return {{u"ap"_s, CaptionStyle::apSports},
+            {u"getty"_s, CaptionStyle::gettySports},
+            {u"imagn"_s, CaptionStyle::imagnImages},
+            {u"simple"_s, CaptionStyle::simple}};
+}
+
+QString sportNames() {
+    QStringList names;
+    for (const RawValueRow<Sport>& row : rawValueRows<Sport>()) {
+        names.append(row.rawValue.toString());
+    }
+    return names.join(u", "_s);
+}
+
+void addOptions(QCommandLineParser& parser) {
+    parser.addOptions({
+        {u"style"_s, {}, u"ap|getty|imagn|simple"_s},
+        {u"sport"_s, {}, u"name"_s},
+        {u"roster"_s, {}, u"file"_s},
+        {u"overwrite"_s, {}},
+        {u"keep"_s, {}},
+        {u"json"_s, {}},
+        {u"verbose"_s, {}},
+        {u"clear"_s, {}},
+        {{u"h"_s, u"help"_s}, {}},
+        {u"version"_s, {}},
+    });
+}
+
+/// What is wrong with the values, or nothing; fills in the options on the way.
+QString readValues(const QCommandLineParser& parser, Options& options) {
+    if (parser.isSet(u"style"_s)) {
+        for (const StyleName& row : styleNames()) {
+            if (row.name == parser.value(u"style"_s)) {
+                options.style = row.style;
+            }
+        }
+        if (!options.style) {
+            return u"There is no style \"%1\"; the styles are ap, getty, imagn and simple."_s.arg(
+                parser.value(u"style"_s));
+        }
+    }
+    if (parser.isSet(u"sport"_s)) {
+        options.sport = fromRawValue<Sport>(parser.value(u"sport"_s));
+        if (!options.sport) {
+            return u"There is no sport \"%1\"; the sports are %2."_s.arg(parser.value(u"sport"_s),
+                                                                         sportNames());
+        }
+    }
+    if (parser.isSet(u"roster"_s)) {
+        options.roster = parser.value(u"roster"_s);
+    }
+    if (parser.isSet(u"overwrite"_s) && parser.isSet(u"keep"_s)) {
+        return u"--overwrite and --keep exclude each other."_s;
+    }
+    if (parser.isSet(u"overwrite"_s)) {
+        options.overwrite = Options::Overwrite::always;
+    } else if (parser.isSet(u"keep"_s)) {
+        options.overwrite = Options::Overwrite::never;
+    }
+    options.json = parser.isSet(u"json"_s);
+    options.verbose = parser.isSet(u"verbose"_s);
+    if (options.json && options.verbose) {
+        return u"--json and --verbose exclude each other: both write to standard output."_s;
+    }
+    return {};
+}
+
+/// `key` as the first word is a command; a file of that name can be given as ./key.
+QString readCommand(const QCommandLineParser& parser, Options& options) {
+    options.files = parser.positionalArguments();
+    const bool clear = parser.isSet(u"clear"_s);
+    if (options.files.value(0) == u"key") {
+        options.command = clear ? Options::Command::clearKey : Options::Command::storeKey;
+        return options.files.size() == 1
+                   ? QString()
+                   : u"\"key\" takes no argument: the API key is read from standard input, where nobody else can see it."_s;
+    }
+    if (clear) {
+        return u"--clear belongs to \"key\"."_s;
+    }
+    return options.files.isEmpty() ? u"No file was given."_s : QString();
+}
+
+} // namespace
+
+ParsedOptions parseOptions(const QStringList& arguments) {
+    QCommandLineParser parser;
+    addOptions(parser);
+    ParsedOptions parsed;
+    const bool isParsed = parser.parse(QStringList(u"ostrelle-caption"_s) + arguments);
+    if (!isParsed) {
+        parsed.error = parser.errorText() + u'.';
+    } else if (parser.isSet(u"help"_s)) {
+        parsed.options.command = Options::Command::help;
+    } else if (parser.isSet(u"version"_s)) {
+        parsed.options.command = Options::Command::version;
+    } else {
+        parsed.error = readValues(parser, parsed.options);
+        if (parsed.error.isEmpty()) {
+            parsed.error = readCommand(parser, parsed.options);
+        }
+    }
+    return parsed;
+}
+
+QString helpText() {
+    return u"Usage: ostrelle-caption [options] FILE...\n"
+           "       ostrelle-caption key [--clear]\n"
+           "\n"
+           "Writes a caption for each RAW image into the XMP sidecar beside it.\n"
+           "\n"
+           "Options, for this run only:\n"
+           "  --style STYLE   ap, getty, imagn or simple\n"
+           "  --sport NAME    "_s +
+           sportNames().replace(u"lacrosse"_s, u"\n                  lacrosse"_s) +
+           u"\n"
+           "  --roster FILE   the Code Replacements file of the game\n"
+           "  --overwrite     replace captions that are there already\n"
+           "  --keep          leave images with a caption of 51 characters or more alone\n"
+           "  --json          one line of JSON for each file\n"
+           "  --verbose       also show the log lines of the pipeline\n"
+           "  -h, --help      this text\n"
+           "  --version       the program's version\n"
+           "\n"
+           "ostrelle-caption key stores the API key that it reads from standard input; with --clear it\n"
+           "forgets the stored one.\n"
+           "\n"
+           "Exit status: 0 all is well, 1 a file failed, 2 wrong usage or missing configuration.\n"_s;
+}
+
+} // namespace ostrelle

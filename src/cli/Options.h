@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/CaptionStyle.h"
+#include "core/Sport.h"
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace ostrelle {
+
+/// What the command line asks for.
+struct Options {
+    enum class Command { caption, storeKey, clearKey, help, version };
+    enum class Overwrite { asSet, always, never };
+
+    Command command = Command::caption;
+    QStringList files;
+    std::optional<CaptionStyle> style;
+    std::optional<Sport> sport;
+    std::optional<QString> roster;
+    Overwrite overwrite = Overwrite::asSet;
+    bool json = false;
+    bool verbose = false;
+};
+
+/// The options, or what is wrong with them.
+struct ParsedOptions {
+    Options options;
+    QString error; ///< empty when all is well
+};
+
+/// Reads the arguments behind the program's name.
+ParsedOptions parseOptions(const QStringList& arguments);
+
+/// The text of --help.
+QString helpText();
+
+} // namespace ostrelle

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/ProgressBar.h"
+
+#include "core/Text.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+qsizetype columnsOf(std::FILE* stream) {
+    winsize size{};
+    constexpr qsizetype usualWidth = 80;
+    return ::ioctl(::fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualWidth;
+}
+
+} // namespace
+
+QString progressLine(qsizetype done, qsizetype steps, const QString& label, qsizetype columns) {
+    constexpr qsizetype width = 20;
+    const qsizetype filled = steps > 0 ? done * width / steps : 0;
+    const QString bar = QString(filled, u'#') + QString(width - filled, u'-');
+    const QString line = u"[%1]  %2/%3  %4"_s.arg(bar, QString::number(done), QString::number(steps), label);
+    return firstCharacters(line, columns - 1);
+}
+
+ProgressBar::ProgressBar(std::FILE* stream, qsizetype steps)
+    : m_stream(stream), m_steps(steps), m_isEnabled(steps > 1 && ::isatty(::fileno(stream)) == 1) {}
+
+void ProgressBar::show(qsizetype done, const QString& label) {
+    if (!m_isEnabled) {
+        return;
+    }
+    clear();
+    const QByteArray line = progressLine(done, m_steps, label, columnsOf(m_stream)).toUtf8();
+    std::fputs(line.constData(), m_stream);
+    std::fflush(m_stream);
+    m_isDrawn = true;
+}
+
+void ProgressBar::clear() {
+    if (m_isDrawn) {
+        std::fputs("\r\x1B[K", m_stream); // back to the margin and erase to the end of the line (ECMA-48, EL)
+        std::fflush(m_stream);
+        m_isDrawn = false;
+    }
+}
+
+} // namespace ostrelle

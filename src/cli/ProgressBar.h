@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <cstdio>
+
+namespace ostrelle {
+
+/// One line that is drawn over itself on a terminal, and nothing at all elsewhere.
+class ProgressBar {
+public:
+    /// Draws on the stream if that is a terminal and there is more than one step.
+    ProgressBar(std::FILE* stream, qsizetype steps);
+    ~ProgressBar() { clear(); }
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    /// Shows how many steps are done and what is in hand.
+    void show(qsizetype done, const QString& label);
+    /// Takes the line away, so that other output finds a clean one.
+    void clear();
+
+private:
+    std::FILE* m_stream;
+    qsizetype m_steps;
+    bool m_isDrawn = false;
+    bool m_isEnabled;
+};
+
+/// "[######----]  6/10  label", at most `columns` wide.
+QString progressLine(qsizetype done, qsizetype steps, const QString& label, qsizetype columns);
+
+} // namespace ostrelle

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "pipeline/ImageReport.h"
+
+#include <QString>
+
+namespace ostrelle {
+
+/// What became of an image, in lines for a person: the outcome, the captions before and after, the rendition
+/// and the cost.
+QString reportText(const ImageReport& report);
+
+/// The same as one line of JSON.
+QString reportJson(const ImageReport& report);
+
+} // namespace ostrelle

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Alerts.h"
+#include "platform/PlainLog.h"
+
+namespace ostrelle {
+
+/// Alerts of a program without windows: told, and answered with the last button.
+class TerminalAlerts : public Alerts {
+public:
+    /// The log has to outlive the alerts.
+    explicit TerminalAlerts(PlainLog& errors) : m_errors(errors) {}
+
+    QCoro::Task<int> show(Alert alert) override {
+        m_errors.print(alert.title + QStringLiteral(": ") + alert.text);
+        co_return static_cast<int>(alert.buttons.size()) - 1;
+    }
+
+private:
+    PlainLog& m_errors;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Error.h"
+
+namespace ostrelle {
+
+/// A failure of the caption run itself, as opposed to one of the parts that it uses.
+class AnalyzerError : public Error {
+public:
+    /// No API key is stored.
+    static constexpr int missingKey = -2;
+
+    AnalyzerError(int code, const QString& description) : Error(description), m_code(code) {}
+
+    int code() const noexcept { return m_code; }
+
+private:
+    int m_code;
+};
+
+} // namespace ostrelle

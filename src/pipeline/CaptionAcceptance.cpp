@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/CaptionAcceptance.h"
+
+#include "core/Text.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+QString firstNonEmptyLine(const QString& text) {
+    static const QRegularExpression lineEnd(u"[\n\v\f\r\u0085\u2028\u2029]"_s);
+    for (const QString& line : text.split(lineEnd)) {
+        if (const QString trimmed = line.trimmed(); !trimmed.isEmpty()) {
+            return trimmed;
+        }
+    }
+    return text.trimmed();
+}
+
+bool hasPlaceholder(const QString& caption) {
+    return caption.contains(u"City, State"_s, Qt::CaseInsensitive) ||
+           caption.contains(u"City,State"_s, Qt::CaseInsensitive);
+}
+
+bool isRealCaption(const QString& caption) {
+    constexpr qsizetype shortestCaption = 51;
+    return characterCount(caption.trimmed()) >= shortestCaption;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+namespace ostrelle {
+
+/// The first line that is not blank, trimmed; of a text without one, the text trimmed.
+QString firstNonEmptyLine(const QString& text);
+
+/// True when the caption still holds "City, State" or "City,State", in any case.
+bool hasPlaceholder(const QString& caption);
+
+/// True when the caption is long enough to be a person's and not a preset's stub: 51 user-perceived
+/// characters without the blanks around them.
+bool isRealCaption(const QString& caption);
+
+} // namespace ostrelle

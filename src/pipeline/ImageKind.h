@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+namespace ostrelle {
+
+/// True when the program captions files of this extension: RAW kinds and JPEG, in any case.
+bool isSupportedImage(const QString& path);
+
+/// True for a JPEG, which keeps its metadata inside; every other image has a sidecar.
+bool isJpegImage(const QString& path);
+
+} // namespace ostrelle

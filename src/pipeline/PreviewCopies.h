@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace ostrelle {
+
+/// The folder in which the JPEGs that went to the model are kept, to see what it saw.
+class PreviewCopies {
+public:
+    explicit PreviewCopies(QString folder) : m_folder(std::move(folder)) {}
+
+    /// Where the copy for an image lies: named after the image without its extension.
+    QString path(const QString& imagePath) const;
+    /// Writes the copy over an earlier one of the same name. Safe on any thread. Throws FileError.
+    void save(const QByteArray& jpeg, const QString& imagePath) const;
+
+private:
+    QString m_folder;
+};
+
+} // namespace ostrelle
