@@ -16,7 +16,10 @@ AppFolders AppFolders::ofDesktop() {
     return {.config = below(QStandardPaths::GenericConfigLocation),
             .data = below(QStandardPaths::GenericDataLocation),
             .cache = below(QStandardPaths::GenericCacheLocation),
-            .runtime = below(QStandardPaths::RuntimeLocation)};
+            // Qt would make one up, and say so on standard error.
+            .runtime = qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")
+                           ? QString()
+                           : below(QStandardPaths::RuntimeLocation)};
 }
 
 } // namespace ostrelle

@@ -14,7 +14,7 @@ struct AppFolders {
     QString config;
     QString data;
     QString cache;
-    QString runtime;
+    QString runtime; ///< empty when the session has none
 
     /// Where the user's settings are kept.
     QString defaultsFile() const { return config + QStringLiteral("/defaults.json"); }

@@ -2,6 +2,7 @@
 #include "platform/Files.h"
 
 #include "platform/FileError.h"
+#include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -19,32 +20,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// A folder whose owner and user for the length of a test is "nobody": root may write anywhere.
-class UnprivilegedFolder {
-public:
-    UnprivilegedFolder() {
-        if (::geteuid() == 0) {
-            EXPECT_EQ(::chown(m_folder.path().toLocal8Bit().constData(), nobody, nobody), 0);
-            EXPECT_EQ(::setegid(nobody), 0);
-            EXPECT_EQ(::seteuid(nobody), 0);
-            m_wasRoot = true;
-        }
-    }
-    ~UnprivilegedFolder() {
-        if (m_wasRoot) {
-            EXPECT_EQ(::seteuid(0), 0);
-            EXPECT_EQ(::setegid(0), 0);
-        }
-    }
-    QString file(const QString& name) const { return m_folder.filePath(name); }
-    QString path() const { return m_folder.path(); }
-
-private:
-    static constexpr uid_t nobody = 65534;
-    QTemporaryDir m_folder;
-    bool m_wasRoot = false;
-};
 
 int codeOf(const std::function<void()>& operation) {
     try {
@@ -104,11 +79,11 @@ TEST(Files, ASymbolicLinkStaysAndItsTargetIsReplaced) {
 
 TEST(Files, SaysWhyAFileCannotBeReadOrWritten) {
     const UnprivilegedFolder folder;
-    const QString path = folder.file(u"a.xmp"_s);
+    const QString path = folder.filePath(u"a.xmp"_s);
     replaceFile(path, "0123456789");
     EXPECT_EQ(codeOf([&] { readFile(path, 9); }), EFBIG);
     EXPECT_EQ(codeOf([&] { readFile(folder.path(), 100); }), EISDIR);
-    EXPECT_EQ(codeOf([&] { readFile(folder.file(u"none"_s), 100); }), ENOENT);
+    EXPECT_EQ(codeOf([&] { readFile(folder.filePath(u"none"_s), 100); }), ENOENT);
     EXPECT_EQ(codeOf([&] { readFile(u"/dev/zero"_s, 100); }), EINVAL);
 
     ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0444), 0);

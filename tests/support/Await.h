@@ -58,7 +58,7 @@ T await(QCoro::Task<T> task) {
         if (finished.error) {
             std::rethrow_exception(finished.error);
         }
-        return std::move(*value);
+        return std::move(value).value();
     }
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/VirtualClock.h"
 
-#include <QCoroSignal>
-#include <QObject>
+#include <QCoroFuture>
+#include <QPromise>
 
 namespace ostrelle {
 
@@ -35,10 +35,11 @@ std::unique_ptr<Timer> VirtualClock::after(std::chrono::milliseconds delay, std:
 }
 
 QCoro::Task<> VirtualClock::sleep(std::chrono::milliseconds delay) {
-    QObject alarm;
-    const std::unique_ptr<Timer> timer =
-        after(delay, [&alarm] { alarm.setObjectName(QStringLiteral("rung")); });
-    co_await qCoro(&alarm, &QObject::objectNameChanged);
+    const auto alarm = std::make_shared<QPromise<void>>();
+    alarm->start();
+    QFuture<void> rung = alarm->future();
+    const std::unique_ptr<Timer> timer = after(delay, [alarm] { alarm->finish(); });
+    co_await rung;
 }
 
 void VirtualClock::advance(std::chrono::milliseconds span) {

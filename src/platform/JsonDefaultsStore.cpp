@@ -1,0 +1,385 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/JsonDefaultsStore.h"
+
+#include "platform/FileError.h"
+#include "platform/Files.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QVariantList>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 largestFile = 4LL * 1024 * 1024;
+constexpr int deepestList = 16; // lists within lists
+constexpr mode_t privateFile = S_IRUSR | S_IWUSR;
+constexpr mode_t privateFolder = S_IRWXU;
+
+QJsonValue encode(const QVariant& value, int depth = 0);
+QVariant decode(const QJsonValue& tagged, int depth = 0);
+
+QJsonValue encodeReal(double number) {
+    // JSON has no infinities and no NaN, and Qt writes the negative zero as 0.
+    if (!std::isfinite(number)) {
+        return QString::number(number);
+    }
+    return number == 0.0 && std::signbit(number) ? QJsonValue(u"-0"_s) : QJsonValue(number);
+}
+
+QVariant decodeReal(const QJsonValue& stored) {
+    bool isNumber = stored.isDouble();
+    const double number = stored.isString() ? stored.toString().toDouble(&isNumber) : stored.toDouble();
+    return isNumber ? QVariant(number) : QVariant();
+}
+
+QVariant decodeInteger(const QJsonValue& stored) {
+    const QVariant number = stored.toVariant();
+    return number.typeId() == QMetaType::LongLong ? number : QVariant();
+}
+
+QVariant decodeData(const QJsonValue& stored) {
+    const auto data =
+        QByteArray::fromBase64Encoding(stored.toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    return stored.isString() && data ? QVariant(*data) : QVariant();
+}
+
+QString dateText(const QDateTime& moment) {
+    return moment.toUTC().toString(Qt::ISODateWithMs);
+}
+
+QVariant decodeDate(const QJsonValue& stored) {
+    const QDateTime moment = QDateTime::fromString(stored.toString(), Qt::ISODateWithMs);
+    return moment.isValid() && dateText(moment) == stored.toString() ? QVariant(moment.toUTC()) : QVariant();
+}
+
+QJsonValue encodeList(const QVariantList& list, int depth) {
+    QJsonArray elements;
+    for (const QVariant& element : list) {
+        const QJsonValue tagged = depth < deepestList ? encode(element, depth + 1) : QJsonValue::Undefined;
+        if (tagged.isUndefined()) {
+            return tagged;
+        }
+        elements.append(tagged);
+    }
+    return QJsonObject{{u"list"_s, elements}};
+}
+
+QVariant decodeList(const QJsonValue& stored, int depth) {
+    QVariantList list;
+    const QJsonArray elements = stored.toArray();
+    for (const QJsonValue tagged : elements) {
+        list.append(depth < deepestList ? decode(tagged, depth + 1) : QVariant());
+        if (!list.last().isValid()) {
+            return {};
+        }
+    }
+    return stored.isArray() ? QVariant(list) : QVariant();
+}
+
+/// The value under the name of its type; undefined when it cannot be stored.
+QJsonValue encode(const QVariant& value, int depth) {
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return QJsonObject{{u"bool"_s, value.toBool()}};
+    case QMetaType::LongLong:
+        return QJsonObject{{u"integer"_s, value.toLongLong()}};
+    case QMetaType::Double:
+        return QJsonObject{{u"real"_s, encodeReal(value.toDouble())}};
+    case QMetaType::QString:
+        return QJsonObject{{u"text"_s, value.toString()}};
+    case QMetaType::QByteArray:
+        return QJsonObject{{u"data"_s, QString::fromLatin1(value.toByteArray().toBase64())}};
+    case QMetaType::QDateTime: {
+        const QString text = dateText(value.toDateTime());
+        return text.isEmpty() ? QJsonValue(QJsonValue::Undefined) : QJsonObject{{u"date"_s, text}};
+    }
+    case QMetaType::QVariantList:
+        return encodeList(value.toList(), depth);
+    default:
+        return QJsonValue::Undefined;
+    }
+}
+
+/// The reverse; an invalid variant when it is nothing that encode() makes.
+QVariant decode(const QJsonValue& tagged, int depth) {
+    const QJsonObject object = tagged.toObject();
+    if (object.size() != 1) {
+        return {};
+    }
+    const QString type = object.constBegin().key();
+    const QJsonValue stored = object.constBegin().value();
+    if (type == "bool"_L1) {
+        return stored.isBool() ? QVariant(stored.toBool()) : QVariant();
+    }
+    if (type == "integer"_L1) {
+        return decodeInteger(stored);
+    }
+    if (type == "real"_L1) {
+        return decodeReal(stored);
+    }
+    if (type == "text"_L1) {
+        return stored.isString() ? QVariant(stored.toString()) : QVariant();
+    }
+    if (type == "data"_L1) {
+        return decodeData(stored);
+    }
+    if (type == "date"_L1) {
+        return decodeDate(stored);
+    }
+    return type == "list"_L1 ? decodeList(stored, depth) : QVariant();
+}
+
+/// All keys of the file with their tagged values, or nothing when any of it is not valid.
+std::optional<QJsonObject> parse(const QByteArray& bytes) {
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    if (!document.isObject()) {
+        return std::nullopt;
+    }
+    QJsonObject contents = document.object();
+    for (const QJsonValue tagged : std::as_const(contents)) {
+        if (!decode(tagged).isValid()) {
+            return std::nullopt;
+        }
+    }
+    return contents;
+}
+
+QJsonObject merged(QJsonObject stored, const QJsonObject& changes) {
+    for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
+        if (change.value().isNull()) {
+            stored.remove(change.key());
+        } else {
+            stored.insert(change.key(), change.value());
+        }
+    }
+    return stored;
+}
+
+void makePrivateFolder(const QString& path) {
+    makeFolder(QFileInfo(path).path());
+    if (::mkdir(QFile::encodeName(path).constData(), privateFolder) != 0 && errno != EEXIST) {
+        throw FileError(u"make the folder"_s, path, errno);
+    }
+}
+
+/// A name for a damaged file that no other file has: when it was last written, and a number if need be.
+QString asideName(const QString& path) {
+    const QDateTime written = QFileInfo(path).lastModified().toUTC();
+    const QString stem = path + u".broken-"_s + written.toString(u"yyyyMMdd'T'HHmmss.zzz'Z'");
+    QString name = stem;
+    for (int number = 2; QFileInfo::exists(name); ++number) {
+        name = stem + u'-' + QString::number(number);
+    }
+    return name;
+}
+
+/// Keeps the other processes from writing while it lives. The kernel releases it when a process is killed;
+/// the lock file itself stays, as removing it would pull it away from under somebody who waits for it.
+class WriteLock {
+public:
+    explicit WriteLock(const QString& path) : m_path(path + u".lock"_s) {
+        m_descriptor =
+            ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, privateFile);
+        while (m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX) != 0) {
+            if (errno != EINTR) {
+                const int reason = errno;
+                ::close(m_descriptor);
+                errno = reason;
+                m_descriptor = -1;
+            }
+        }
+        if (m_descriptor < 0) {
+            throw FileError(u"lock"_s, m_path, errno);
+        }
+    }
+    ~WriteLock() { ::close(m_descriptor); }
+    WriteLock(const WriteLock&) = delete;
+    WriteLock& operator=(const WriteLock&) = delete;
+
+private:
+    QString m_path;
+    int m_descriptor;
+};
+
+} // namespace
+
+/// One state of the file. It stays open as long as it is remembered, which keeps its inode number from being
+/// given to a later state: no two states that follow within one tick of the file system's clock look alike.
+class JsonDefaultsStore::Snapshot {
+public:
+    /// Throws FileError when the file can neither be looked at nor is missing.
+    explicit Snapshot(const QString& path)
+        : m_descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC)) {
+        if (m_descriptor < 0 && errno != ENOENT) {
+            throw FileError(u"read"_s, path, errno);
+        }
+        if (m_descriptor >= 0) {
+            ::fstat(m_descriptor, &m_status);
+        }
+    }
+    ~Snapshot() {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+
+    bool exists() const { return m_descriptor >= 0; }
+    bool isOpenToOthers() const { return (m_status.st_mode & (S_IRWXG | S_IRWXO)) != 0; }
+    bool isSameAs(const Snapshot& other) const {
+        return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino &&
+               m_status.st_size == other.m_status.st_size &&
+               m_status.st_mtim.tv_sec == other.m_status.st_mtim.tv_sec &&
+               m_status.st_mtim.tv_nsec == other.m_status.st_mtim.tv_nsec;
+    }
+
+private:
+    int m_descriptor;
+    struct stat m_status{};
+};
+
+JsonDefaultsStore::JsonDefaultsStore(QString path, PlainLog& log) : m_path(std::move(path)), m_log(log) {}
+
+JsonDefaultsStore::~JsonDefaultsStore() = default;
+
+QVariant JsonDefaultsStore::value(const QString& key) const {
+    refresh();
+    return decode(m_unsaved.contains(key) ? m_unsaved.value(key) : m_stored.value(key));
+}
+
+void JsonDefaultsStore::set(const QString& key, const QVariant& value) {
+    const QJsonValue tagged = encode(value);
+    if (tagged.isUndefined()) {
+        m_log.print(u"[DefaultsStore] The value for %1 cannot be stored, its type is %2"_s.arg(
+            key, QString::fromUtf8(value.typeName())));
+        return;
+    }
+    change(key, tagged);
+}
+
+void JsonDefaultsStore::remove(const QString& key) {
+    change(key, QJsonValue::Null);
+}
+
+void JsonDefaultsStore::change(const QString& key, const QJsonValue& tagged) {
+    refresh();
+    const bool isHeld = tagged.isNull() ? !m_stored.contains(key) : m_stored.value(key) == tagged;
+    if (isHeld && m_unsaved.isEmpty()) {
+        return;
+    }
+    m_unsaved.insert(key, tagged);
+    if (m_isFileOffLimits) {
+        return;
+    }
+    try {
+        save();
+    } catch (const FileError& error) {
+        m_log.print(u"[DefaultsStore] %1 The change is kept in memory until a later one can be saved."_s.arg(
+            error.localizedDescription()));
+    }
+}
+
+/// Writes all that is unsaved on top of what the file holds by now.
+void JsonDefaultsStore::save() {
+    makePrivateFolder(QFileInfo(m_path).path());
+    const WriteLock lock(m_path);
+    if (!reload()) {
+        setAside();
+    }
+    if (m_isFileOffLimits) {
+        return;
+    }
+    const QJsonObject contents = merged(m_stored, m_unsaved);
+    if (contents != m_stored) {
+        const QByteArray bytes = QJsonDocument(contents).toJson();
+        if (bytes.size() > largestFile) {
+            throw FileError(u"write"_s, m_path, EFBIG); // it would count as damaged when it is read again
+        }
+        replaceFile(m_path, bytes, privateFile);
+        m_stored = contents;
+        m_snapshot = std::make_unique<const Snapshot>(m_path);
+    }
+    m_unsaved = {};
+}
+
+void JsonDefaultsStore::refresh() const {
+    if (m_isFileOffLimits || reload()) {
+        return;
+    }
+    try {
+        const WriteLock lock(m_path);
+        if (!reload()) { // still damaged, and nobody else can have set it aside
+            setAside();
+        }
+    } catch (const FileError& error) {
+        leaveFileAlone(error);
+    }
+}
+
+/// Reads the file if it is not in the state that was last seen. False when its contents are not valid.
+bool JsonDefaultsStore::reload() const {
+    try {
+        auto snapshot = std::make_unique<const Snapshot>(m_path);
+        if (m_snapshot && m_snapshot->isSameAs(*snapshot)) {
+            return true;
+        }
+        const std::optional<QJsonObject> contents =
+            snapshot->exists() ? parse(readFile(m_path, largestFile)) : QJsonObject();
+        if (!contents) {
+            return false;
+        }
+        if (snapshot->isOpenToOthers()) { // the model service's key is in it
+            [[maybe_unused]] const int closed = ::chmod(QFile::encodeName(m_path).constData(), privateFile);
+        }
+        m_stored = *contents;
+        m_snapshot = std::move(snapshot);
+    } catch (const FileError& error) {
+        if (error.code() == EFBIG) {
+            return false;
+        }
+        if (error.code() != ENOENT) { // which it is when another process has set it aside just now
+            leaveFileAlone(error);
+        }
+    }
+    return true;
+}
+
+void JsonDefaultsStore::setAside() const {
+    const QString name = asideName(m_path);
+    if (std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(name).constData()) != 0) {
+        leaveFileAlone(FileError(u"set aside"_s, m_path, errno));
+        return;
+    }
+    m_log.print(
+        u"[DefaultsStore] The settings in %1 are damaged and start anew; the old file is now %2"_s.arg(m_path,
+                                                                                                       name));
+    m_stored = {};
+    m_snapshot.reset();
+}
+
+void JsonDefaultsStore::leaveFileAlone(const std::exception& reason) const {
+    m_isFileOffLimits = true;
+    m_log.print(u"[DefaultsStore] %1 Settings are kept in memory until the program ends."_s.arg(
+        QString::fromUtf8(reason.what())));
+}
+
+} // namespace ostrelle

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/KeychainHelper.h"
+
+#include "platform/AppFolders.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+/// What the operations use. It lives on while one is under way, but its references may not be used any more
+/// once the helper is gone.
+struct KeychainHelper::Context {
+    SecretStore& secrets;
+    PlainLog& log;
+    bool isOpen = true;
+};
+
+namespace {
+
+QCoro::Task<> nothing() {
+    co_return;
+}
+
+/// Awaits the task and lets go of it, so that no operation keeps all those before it alive.
+QCoro::Task<> end(QCoro::Task<> task) {
+    const QCoro::Task<> owned = std::move(task);
+    if (!owned.isReady()) {
+        co_await owned;
+    }
+}
+
+} // namespace
+
+KeychainHelper::KeychainHelper(SecretStore& secrets, PlainLog& log)
+    : m_context(std::make_shared<Context>(Context{.secrets = secrets, .log = log})), m_last(nothing()) {}
+
+KeychainHelper::~KeychainHelper() {
+    m_context->isOpen = false;
+}
+
+void KeychainHelper::save(QString password, QString account) {
+    if (!password.isValidUtf16()) {
+        return; // it has no UTF-8 form
+    }
+    m_last = saveAfter(std::move(m_last), m_context, std::move(password), std::move(account));
+}
+
+QCoro::Task<std::optional<QString>> KeychainHelper::load(QString account) {
+    const auto password = std::make_shared<std::optional<QString>>();
+    m_last = loadAfter(std::move(m_last), m_context, std::move(account), password);
+    co_await m_last; // from here on, the helper may be gone
+    co_return *password;
+}
+
+void KeychainHelper::remove(QString account) {
+    m_last = removeAfter(std::move(m_last), m_context, std::move(account));
+}
+
+QCoro::Task<> KeychainHelper::finishPending() {
+    co_await m_last;
+}
+
+QCoro::Task<> KeychainHelper::saveAfter(QCoro::Task<> previous, std::shared_ptr<Context> context,
+                                        QString password, QString account) {
+    co_await end(std::move(previous));
+    if (!context->isOpen) {
+        co_return;
+    }
+    // Deleting first, so that the new item cannot collide with an older one.
+    co_await context->secrets.remove(applicationIdentifier, account);
+    if (!context->isOpen) {
+        co_return;
+    }
+    const int status = co_await context->secrets.save(applicationIdentifier, account, password);
+    if (status != 0 && context->isOpen) {
+        context->log.print(u"[KeychainHelper] Failed to save password: %1"_s.arg(status));
+    }
+}
+
+QCoro::Task<> KeychainHelper::loadAfter(QCoro::Task<> previous, std::shared_ptr<Context> context,
+                                        QString account, std::shared_ptr<std::optional<QString>> password) {
+    co_await end(std::move(previous));
+    if (context->isOpen) {
+        *password = co_await context->secrets.load(applicationIdentifier, account);
+    }
+}
+
+QCoro::Task<> KeychainHelper::removeAfter(QCoro::Task<> previous, std::shared_ptr<Context> context,
+                                          QString account) {
+    co_await end(std::move(previous));
+    if (context->isOpen) {
+        co_await context->secrets.remove(applicationIdentifier, account);
+    }
+}
+
+} // namespace ostrelle

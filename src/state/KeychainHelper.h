@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/PlainLog.h"
+#include "platform/SecretStore.h"
+
+#include <QCoroTask>
+#include <QString>
+#include <memory>
+#include <optional>
+
+namespace ostrelle {
+
+/// The program's own passwords in a secret store, one under each account name. Operations run one after
+/// the other, in the order of their calls: a load sees the save before it.
+class KeychainHelper {
+public:
+    /// Both must outlive the helper.
+    KeychainHelper(SecretStore& secrets, PlainLog& log);
+    /// What has not begun is dropped; an operation under way ends by itself. See finishPending().
+    ~KeychainHelper();
+    KeychainHelper(const KeychainHelper&) = delete;
+    KeychainHelper& operator=(const KeychainHelper&) = delete;
+
+    /// Replaces the account's password. A failure is logged, and leaves the account without one.
+    void save(QString password, QString account);
+    /// The account's password, or nothing when there is none or it cannot be had.
+    QCoro::Task<std::optional<QString>> load(QString account);
+    /// A missing password is no error.
+    void remove(QString account);
+
+    /// Ends when all operations called so far have ended. To be awaited before the program ends.
+    QCoro::Task<> finishPending();
+
+private:
+    struct Context;
+
+    static QCoro::Task<> saveAfter(QCoro::Task<> previous, std::shared_ptr<Context> context, QString password,
+                                   QString account);
+    static QCoro::Task<> loadAfter(QCoro::Task<> previous, std::shared_ptr<Context> context, QString account,
+                                   std::shared_ptr<std::optional<QString>> password);
+    static QCoro::Task<> removeAfter(QCoro::Task<> previous, std::shared_ptr<Context> context,
+                                     QString account);
+
+    std::shared_ptr<Context> m_context;
+    QCoro::Task<> m_last; // the operation called last, which awaits the one before it
+};
+
+} // namespace ostrelle

@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/SettingsStore.h"
+
+#include "core/Error.h"
+#include "platform/ApiKey.h"
+#include "state/Publish.h"
+
+#include <QByteArray>
+#include <QFileInfo>
+#include <QMetaObject>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString passwordAccount = u"FTPPassword"_s;
+
+QVariant toStored(bool value) {
+    return value;
+}
+
+QVariant toStored(qint64 value) {
+    return value;
+}
+
+QVariant toStored(const QString& value) {
+    return value;
+}
+
+template <typename Enum>
+    requires std::is_enum_v<Enum>
+QVariant toStored(Enum value) {
+    return rawValue(value);
+}
+
+bool loadSwitch(const DefaultsStore& defaults, const QString& key) {
+    return defaults.get<bool>(key).value_or(false);
+}
+
+QString loadText(const DefaultsStore& defaults, const QString& key, const QString& absent = {}) {
+    return defaults.get<QString>(key).value_or(absent);
+}
+
+/// The case of the stored raw value. An unknown one counts as absent and stays in the store.
+template <typename Enum>
+Enum loadCase(const DefaultsStore& defaults, const QString& key, Enum absent) {
+    return fromRawValue<Enum>(loadText(defaults, key)).value_or(absent);
+}
+
+} // namespace
+
+template <typename T>
+void SettingsStore::store(T& field, const std::type_identity_t<T>& value, const QString& key,
+                          Signal changed) {
+    m_defaults.set(key, toStored(value));
+    publish(this, field, value, changed);
+}
+
+SettingsStore::SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain,
+                             const FileReferences& references, PlainLog& log)
+    : m_defaults(defaults), m_keychain(keychain), m_references(references), m_log(log) {
+    load();
+}
+
+// The order counts: what is written back at the end depends on what is read before.
+void SettingsStore::load() {
+    m_ingestFolder = loadBookmark(u"ingestFolder"_s);
+    m_codeReplacementsFile = loadBookmark(u"codeReplacementsFile"_s);
+    m_captionStyle = loadCase(m_defaults, u"captionStyle"_s, CaptionStyle::apSports);
+    m_fallbackBehavior = loadCase(m_defaults, u"fallbackBehavior"_s, FallbackBehavior::attemptCaption);
+    m_sport = loadCase(m_defaults, u"sport"_s, Sport::football);
+    m_hasAPIKey = !apiKey(m_defaults).isEmpty();
+    loadSwitches();
+    loadTexts();
+    m_sourceType = loadCase(m_defaults, u"sourceType"_s, SourceType::local);
+    m_transferProtocol = loadCase(m_defaults, u"transferProtocol"_s, TransferProtocol::ftp);
+    const std::optional<qint64> port = m_defaults.get<qint64>(u"ftpPort"_s);
+    m_ftpPort = port.value_or(defaultPort(TransferProtocol::ftp));
+    loadPassword(this);
+
+    // Through its setter: unlike the other two, the reference to this folder is renewed at each start.
+    setDestinationFolder(loadBookmark(u"destinationFolder"_s));
+    if (!port) {
+        setFtpPort(defaultPort(m_transferProtocol));
+    }
+    // A choice of SFTP lasts beyond a restart only while the source is the local folder.
+    if (m_sourceType == SourceType::ftp && m_transferProtocol == TransferProtocol::sftp) {
+        setTransferProtocol(TransferProtocol::ftp);
+    }
+}
+
+void SettingsStore::loadSwitches() {
+    m_autoMode = loadSwitch(m_defaults, u"autoMode"_s);
+    m_useTeamIdentification = loadSwitch(m_defaults, u"useTeamIdentification"_s);
+    m_includeOffenseDefense = loadSwitch(m_defaults, u"includeOffenseDefense"_s);
+    m_prioritizeAudioFiles = loadSwitch(m_defaults, u"prioritizeAudioFiles"_s);
+    m_alwaysOverwriteCaptions = loadOrWriteTrue(u"alwaysOverwriteCaptions"_s);
+    m_appendCreditToCaption = loadOrWriteTrue(u"appendCreditToCaption"_s);
+    m_launchWithPhotoMechanic = loadSwitch(m_defaults, u"launchWithPhotoMechanic"_s);
+}
+
+void SettingsStore::loadTexts() {
+    m_team1Name = loadText(m_defaults, u"team1Name"_s);
+    m_team1Color = loadText(m_defaults, u"team1Color"_s, u"Blue"_s);
+    m_team2Name = loadText(m_defaults, u"team2Name"_s);
+    m_team2Color = loadText(m_defaults, u"team2Color"_s, u"White"_s);
+    m_defaultRightsFallback = loadText(m_defaults, u"defaultRightsFallback"_s);
+    m_ftpHost = loadText(m_defaults, u"ftpHost"_s);
+    m_ftpUsername = loadText(m_defaults, u"ftpUsername"_s);
+    m_ftpPath = loadText(m_defaults, u"ftpPath"_s, u"/"_s);
+}
+
+bool SettingsStore::loadOrWriteTrue(const QString& key) {
+    if (m_defaults.exists(key)) {
+        return loadSwitch(m_defaults, key);
+    }
+    m_defaults.set(key, true);
+    return true;
+}
+
+QCoro::Task<> SettingsStore::loadPassword(QPointer<SettingsStore> store) {
+    const std::optional<QString> password = co_await store->m_keychain.load(passwordAccount);
+    if (store && password && !store->m_isPasswordSet) {
+        publish(store.data(), store->m_ftpPassword, *password, &SettingsStore::ftpPasswordChanged);
+    }
+}
+
+void SettingsStore::setIngestFolder(const Path& path) {
+    setPath(&SettingsStore::m_ingestFolder, path, u"ingestFolder"_s, &SettingsStore::ingestFolderChanged);
+}
+
+void SettingsStore::setCodeReplacementsFile(const Path& path) {
+    setPath(&SettingsStore::m_codeReplacementsFile, path, u"codeReplacementsFile"_s,
+            &SettingsStore::codeReplacementsFileChanged);
+}
+
+void SettingsStore::setDestinationFolder(const Path& path) {
+    setPath(&SettingsStore::m_destinationFolder, path, u"destinationFolder"_s,
+            &SettingsStore::destinationFolderChanged);
+}
+
+void SettingsStore::setHasAPIKey(bool has) {
+    publish(this, m_hasAPIKey, has, &SettingsStore::hasAPIKeyChanged);
+}
+
+void SettingsStore::setCaptionStyle(CaptionStyle style) {
+    publish(this, m_captionStyle, style, &SettingsStore::captionStyleChanged);
+}
+
+void SettingsStore::setFallbackBehavior(FallbackBehavior behavior) {
+    store(m_fallbackBehavior, behavior, u"fallbackBehavior"_s, &SettingsStore::fallbackBehaviorChanged);
+}
+
+void SettingsStore::setSport(Sport sport) {
+    store(m_sport, sport, u"sport"_s, &SettingsStore::sportChanged);
+    if (sport != Sport::football && m_includeOffenseDefense) {
+        setIncludeOffenseDefense(false);
+    }
+}
+
+void SettingsStore::setAutoMode(bool on) {
+    store(m_autoMode, on, u"autoMode"_s, &SettingsStore::autoModeChanged);
+}
+
+void SettingsStore::setUseTeamIdentification(bool on) {
+    store(m_useTeamIdentification, on, u"useTeamIdentification"_s,
+          &SettingsStore::useTeamIdentificationChanged);
+}
+
+void SettingsStore::setTeam1Name(const QString& name) {
+    store(m_team1Name, name, u"team1Name"_s, &SettingsStore::team1NameChanged);
+}
+
+void SettingsStore::setTeam1Color(const QString& color) {
+    store(m_team1Color, color, u"team1Color"_s, &SettingsStore::team1ColorChanged);
+}
+
+void SettingsStore::setTeam2Name(const QString& name) {
+    store(m_team2Name, name, u"team2Name"_s, &SettingsStore::team2NameChanged);
+}
+
+void SettingsStore::setTeam2Color(const QString& color) {
+    store(m_team2Color, color, u"team2Color"_s, &SettingsStore::team2ColorChanged);
+}
+
+void SettingsStore::setIncludeOffenseDefense(bool on) {
+    store(m_includeOffenseDefense, on, u"includeOffenseDefense"_s,
+          &SettingsStore::includeOffenseDefenseChanged);
+}
+
+void SettingsStore::setPrioritizeAudioFiles(bool on) {
+    store(m_prioritizeAudioFiles, on, u"prioritizeAudioFiles"_s, &SettingsStore::prioritizeAudioFilesChanged);
+}
+
+void SettingsStore::setAlwaysOverwriteCaptions(bool on) {
+    store(m_alwaysOverwriteCaptions, on, u"alwaysOverwriteCaptions"_s,
+          &SettingsStore::alwaysOverwriteCaptionsChanged);
+}
+
+void SettingsStore::setAppendCreditToCaption(bool on) {
+    store(m_appendCreditToCaption, on, u"appendCreditToCaption"_s,
+          &SettingsStore::appendCreditToCaptionChanged);
+}
+
+void SettingsStore::setLaunchWithPhotoMechanic(bool on) {
+    store(m_launchWithPhotoMechanic, on, u"launchWithPhotoMechanic"_s,
+          &SettingsStore::launchWithPhotoMechanicChanged);
+}
+
+void SettingsStore::setDefaultRightsFallback(const QString& rights) {
+    store(m_defaultRightsFallback, rights, u"defaultRightsFallback"_s,
+          &SettingsStore::defaultRightsFallbackChanged);
+}
+
+void SettingsStore::setSourceType(SourceType type) {
+    store(m_sourceType, type, u"sourceType"_s, &SettingsStore::sourceTypeChanged);
+    if (type == SourceType::local) {
+        setFtpConnectionStatus(std::nullopt);
+    }
+}
+
+void SettingsStore::setTransferProtocol(TransferProtocol protocol) {
+    store(m_transferProtocol, protocol, u"transferProtocol"_s, &SettingsStore::transferProtocolChanged);
+    const TransferProtocol other =
+        protocol == TransferProtocol::sftp ? TransferProtocol::ftp : TransferProtocol::sftp;
+    if (m_ftpPort == defaultPort(other)) { // any other port is the user's own choice
+        setFtpPort(defaultPort(protocol));
+    }
+}
+
+void SettingsStore::setFtpHost(const QString& host) {
+    store(m_ftpHost, host, u"ftpHost"_s, &SettingsStore::ftpHostChanged);
+}
+
+void SettingsStore::setFtpUsername(const QString& name) {
+    store(m_ftpUsername, name, u"ftpUsername"_s, &SettingsStore::ftpUsernameChanged);
+}
+
+void SettingsStore::setFtpPassword(const QString& password) {
+    m_isPasswordSet = true;
+    if (password.isEmpty()) {
+        m_keychain.remove(passwordAccount);
+    } else {
+        m_keychain.save(password, passwordAccount);
+    }
+    publish(this, m_ftpPassword, password, &SettingsStore::ftpPasswordChanged);
+}
+
+void SettingsStore::setFtpPath(const QString& path) {
+    store(m_ftpPath, path, u"ftpPath"_s, &SettingsStore::ftpPathChanged);
+}
+
+void SettingsStore::setFtpPort(qint64 port) {
+    store(m_ftpPort, port, u"ftpPort"_s, &SettingsStore::ftpPortChanged);
+}
+
+void SettingsStore::setFtpConnectionStatus(const std::optional<QString>& status) {
+    publish(this, m_ftpConnectionStatus, status, &SettingsStore::ftpConnectionStatusChanged);
+}
+
+void SettingsStore::setPath(Path SettingsStore::* field, const Path& path, const QString& key,
+                            Signal changed) {
+    publish(this, this->*field, path, changed);
+    // In the next turn of the event loop, which stores the final value when it is set several times in this
+    // one.
+    QMetaObject::invokeMethod(
+        this, [this, field, key] { saveBookmark(this->*field, key); }, Qt::QueuedConnection);
+}
+
+void SettingsStore::saveBookmark(const Path& path, const QString& key) {
+    if (!path) {
+        m_defaults.remove(key);
+        return;
+    }
+    try {
+        m_defaults.set(key, m_references.make(*path));
+    } catch (const Error& error) {
+        m_log.print(
+            u"[SettingsStore] Failed to save bookmark for %1: %2"_s.arg(key, error.localizedDescription()));
+    }
+}
+
+SettingsStore::Path SettingsStore::loadBookmark(const QString& key) {
+    const std::optional<QByteArray> reference = m_defaults.get<QByteArray>(key);
+    if (!reference) {
+        return std::nullopt;
+    }
+    const auto clear = [this, &key](const QString& line) {
+        m_log.print(line);
+        m_defaults.remove(key);
+        return std::nullopt;
+    };
+    try {
+        const ResolvedFile file = m_references.resolve(*reference);
+        if (file.isStale) {
+            return clear(u"[SettingsStore] Bookmark for %1 is stale - clearing"_s.arg(key));
+        }
+        if (file.path.isEmpty() || !QFileInfo::exists(file.path)) {
+            return clear(
+                u"[SettingsStore] URL for %1 is no longer accessible: %2 - clearing"_s.arg(key, file.path));
+        }
+        return file.path;
+    } catch (const Error& error) {
+        return clear(u"[SettingsStore] Failed to load bookmark for %1: %2 - clearing"_s.arg(
+            key, error.localizedDescription()));
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QtGlobal>
+
+namespace ostrelle {
+
+/// The sum of two counts. One that does not fit ends the program: a wrapped count would be stored for ever.
+inline qint64 sumOf(qint64 a, qint64 b) {
+    qint64 sum = 0;
+    if (__builtin_add_overflow(a, b, &sum)) {
+        qFatal("A count has become too large.");
+    }
+    return sum;
+}
+
+} // namespace ostrelle

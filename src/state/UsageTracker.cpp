@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/UsageTracker.h"
+
+#include "state/Publish.h"
+#include "state/Sum.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString costKey = u"UsageTracker_TodaysCost"_s;
+const QString tokensKey = u"UsageTracker_TodaysTokens"_s;
+const QString dayKey = u"UsageTracker_LastDate"_s;
+const QString totalCostKey = u"UsageTracker_TotalCostAllTime"_s;
+
+constexpr double inputDollarsPerMillion = 0.15;
+constexpr double outputDollarsPerMillion = 0.6;
+
+QString dollars(double amount) {
+    return u'$' + QString::number(amount, 'f', 4);
+}
+
+} // namespace
+
+UsageTracker::UsageTracker(DefaultsStore& defaults, Clock& clock, PlainLog& log)
+    : m_defaults(defaults)
+    , m_clock(clock)
+    , m_log(log)
+    , m_totalCostAllTime(defaults.get<double>(totalCostKey).value_or(0)) {
+    if (isStoredDayToday()) {
+        m_todaysCost = defaults.get<double>(costKey).value_or(0);
+        m_todaysTokens = defaults.get<qint64>(tokensKey).value_or(0);
+    } else {
+        saveToday();
+    }
+}
+
+double UsageTracker::costOf(qint64 inputTokens, qint64 outputTokens) {
+    constexpr double million = 1'000'000;
+    return static_cast<double>(inputTokens) / million * inputDollarsPerMillion +
+           static_cast<double>(outputTokens) / million * outputDollarsPerMillion;
+}
+
+void UsageTracker::recordUsage(qint64 inputTokens, qint64 outputTokens) {
+    if (!isStoredDayToday()) {
+        m_log.print(u"[UsageTracker] New day detected, resetting counters"_s);
+        setToday(0, 0);
+    }
+    const double cost = costOf(inputTokens, outputTokens);
+    setToday(m_todaysCost + cost, sumOf(m_todaysTokens, sumOf(inputTokens, outputTokens)));
+    publish(this, m_totalCostAllTime, m_totalCostAllTime + cost, &UsageTracker::totalCostAllTimeChanged);
+    m_defaults.set(totalCostKey, m_totalCostAllTime);
+    saveToday();
+    m_log.print(u"[UsageTracker] Recorded: %1 in + %2 out = %3. Today: %4, All time: %5"_s.arg(
+        QString::number(inputTokens), QString::number(outputTokens), dollars(cost), dollars(m_todaysCost),
+        dollars(m_totalCostAllTime)));
+}
+
+/// The date where the user is.
+QString UsageTracker::today() const {
+    return m_clock.now().toTimeZone(m_clock.timeZone()).date().toString(u"yyyy-MM-dd");
+}
+
+bool UsageTracker::isStoredDayToday() const {
+    return m_defaults.get<QString>(dayKey) == today();
+}
+
+void UsageTracker::setToday(double cost, qint64 tokens) {
+    publish(this, m_todaysCost, cost, &UsageTracker::todaysCostChanged);
+    publish(this, m_todaysTokens, tokens, &UsageTracker::todaysTokensChanged);
+}
+
+void UsageTracker::saveToday() {
+    m_defaults.set(costKey, m_todaysCost);
+    m_defaults.set(tokensKey, m_todaysTokens);
+    m_defaults.set(dayKey, today());
+}
+
+} // namespace ostrelle

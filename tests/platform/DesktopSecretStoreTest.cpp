@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DesktopSecretStore.h"
+
+#include "support/Await.h"
+
+#include <gtest/gtest.h>
+#include <qt6keychain/keychain.h>
+
+#include <QCoroSignal>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString service = u"com.example.OstrelleTest"_s;
+const QString account = u"FTPPassword"_s;
+
+/// Only ever on a bus of its own: see with-keyring and without-secret-service beside this file.
+class DesktopSecretStoreTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!qEnvironmentVariableIsSet("OSTRELLE_PRIVATE_SESSION")) {
+            GTEST_SKIP() << "this is the user's own session";
+        }
+    }
+
+    int save(const QString& secret) { return await(store.save(service, account, secret)); }
+    std::optional<QString> load() { return await(store.load(service, account)); }
+    int remove() { return await(store.remove(service, account)); }
+
+    DesktopSecretStore store;
+};
+
+class WithKeyring : public DesktopSecretStoreTest {};
+class WithoutService : public DesktopSecretStoreTest {};
+
+QCoro::Task<> saveBytes(QByteArray bytes) {
+    QKeychain::WritePasswordJob job(service);
+    job.setAutoDelete(false);
+    job.setKey(account);
+    job.setBinaryData(bytes);
+    job.start();
+    co_await qCoro(&job, &QKeychain::WritePasswordJob::finished);
+}
+
+TEST_F(WithKeyring, KeepsTheLastPasswordUntilItIsRemoved) {
+    EXPECT_EQ(load(), std::nullopt);
+    EXPECT_EQ(save(u"first"_s), 0);
+    EXPECT_EQ(save(u"second"_s), 0);
+    EXPECT_EQ(load(), u"second"_s);
+    EXPECT_EQ(remove(), 0);
+    EXPECT_EQ(load(), std::nullopt); // so there was one item only
+    EXPECT_EQ(remove(), 0);          // and a missing one is no error
+}
+
+TEST_F(WithKeyring, AnyTextComesBackAsItWas) {
+    for (const QString& secret : {u"p\u00e4ss \U0001F511"_s, u" blanks around "_s, u"two\nlines"_s,
+                                  u"%1 %s \\ \""_s, QString(10'000, u'x')}) {
+        EXPECT_EQ(save(secret), 0);
+        EXPECT_EQ(load(), secret);
+    }
+    remove();
+}
+
+TEST_F(WithKeyring, ServicesAndAccountsAreApart) {
+    save(u"secret"_s);
+    EXPECT_EQ(await(store.load(service, u"Other"_s)), std::nullopt);
+    EXPECT_EQ(await(store.load(u"com.example.Other"_s, account)), std::nullopt);
+    EXPECT_EQ(await(store.remove(u"com.example.Other"_s, account)), 0);
+    EXPECT_EQ(load(), u"secret"_s);
+    remove();
+}
+
+TEST_F(WithKeyring, WhatIsNoTextIsNoPassword) {
+    await(saveBytes("\xff\xfe\x00\x01"));
+    EXPECT_EQ(load(), std::nullopt);
+    remove();
+}
+
+TEST_F(WithKeyring, ADroppedOperationGoesOn) {
+    {
+        const auto dropped = store.save(service, account, u"secret"_s);
+    }
+    waitUntil([this] { return load() == u"secret"_s; });
+    remove();
+}
+
+TEST_F(WithoutService, NothingIsStoredAndWritersAreTold) {
+    EXPECT_EQ(save(u"secret"_s), QKeychain::OtherError);
+    EXPECT_EQ(load(), std::nullopt);
+    EXPECT_EQ(remove(), QKeychain::OtherError);
+}
+
+} // namespace
+
+} // namespace ostrelle

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "support/MemorySecrets.h"
+#include "support/VirtualClock.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+#include <chrono>
+
+namespace ostrelle {
+
+/// A secret store that takes a second of a virtual clock for each operation, and notes when it begins one.
+class SlowSecrets : public MemorySecrets {
+public:
+    explicit SlowSecrets(VirtualClock& clock) : m_clock(clock) {}
+
+    /// Lets so many operations end, or all that there are.
+    void end(int operations = 100) {
+        for (; operations > 0 && m_clock.waiting() > 0; --operations) {
+            m_clock.advance(std::chrono::seconds(1));
+            QCoreApplication::sendPostedEvents();
+        }
+    }
+
+    QCoro::Task<int> save(QString service, QString account, QString secret) override {
+        begun.append(QStringLiteral("save ") + secret);
+        co_await m_clock.sleep(std::chrono::seconds(1));
+        if (saveStatus != 0) {
+            co_return saveStatus;
+        }
+        co_return co_await MemorySecrets::save(service, account, secret);
+    }
+    QCoro::Task<std::optional<QString>> load(QString service, QString account) override {
+        begun.append(QStringLiteral("load"));
+        co_await m_clock.sleep(std::chrono::seconds(1));
+        co_return co_await MemorySecrets::load(service, account);
+    }
+    QCoro::Task<int> remove(QString service, QString account) override {
+        begun.append(QStringLiteral("remove"));
+        co_await m_clock.sleep(std::chrono::seconds(1));
+        co_return co_await MemorySecrets::remove(service, account);
+    }
+
+    QStringList begun;
+    int saveStatus = 0;
+
+private:
+    VirtualClock& m_clock;
+};
+
+} // namespace ostrelle
