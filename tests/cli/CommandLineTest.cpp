@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/ProgressBar.h"
+#include "metadata/XMPWriter.h"
+#include "support/DngBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Result {
+    int status = -1;
+    QString output;
+    QString errors;
+};
+
+/// The program as a user of its own runs it.
+class CommandLineTest : public testing::Test {
+protected:
+    Result run(const QStringList& arguments, const QByteArray& input = {}) const {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
+        environment.insert(u"XDG_DATA_HOME"_s, folder.filePath(u"data"_s));
+        QProcess program;
+        program.setProcessEnvironment(environment);
+        program.setWorkingDirectory(folder.path());
+        program.start(QStringLiteral(CAPTION_PROGRAM), arguments);
+        program.write(input);
+        program.closeWriteChannel();
+        EXPECT_TRUE(program.waitForFinished(60'000));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
+                QString::fromUtf8(program.readAllStandardError())};
+    }
+    QString write(const QString& name, const QByteArray& bytes) const {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return name;
+    }
+    QString rawImage(const QString& name) const { return write(name, dngFile(SportsScene(300, 200, 1))); }
+    QString roster() const { return write(u"roster.txt"_s, "12\tSam Abel\n"); }
+    void storeKey() const { ASSERT_EQ(run({u"key"_s}, "demo-key\n").status, 0); }
+    QByteArray settingsFile() const {
+        QFile file(folder.filePath(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    QTemporaryDir folder;
+};
+
+} // namespace
+
+TEST_F(CommandLineTest, WrongUsageAndMissingConfigurationEndWithTwoAndASentence) {
+    const QString image = rawImage(u"a.dng"_s);
+    const struct {
+        QStringList arguments;
+        QString words;
+    } rows[] = {
+        {{}, u"No file was given."_s},
+        {{u"--nonsense"_s, image}, u"Unknown option 'nonsense'."_s},
+        {{u"--style"_s, u"vogue"_s, image}, u"There is no style \"vogue\""_s},
+        {{u"--sport"_s, u"chess"_s, image}, u"the sports are baseball, "_s},
+        {{u"--overwrite"_s, u"--keep"_s, image}, u"exclude each other"_s},
+        {{u"--json"_s, u"--verbose"_s, image}, u"exclude each other"_s},
+        {{u"--clear"_s, image}, u"--clear belongs to \"key\"."_s},
+        {{u"key"_s, u"sk-123"_s}, u"read from standard input"_s},
+        {{u"key"_s}, u"No key was given"_s},
+        {{image}, u"No API key is stored."_s},
+    };
+    for (const auto& row : rows) {
+        const Result result = run(row.arguments);
+        EXPECT_EQ(result.status, 2) << row.arguments.join(u' ').toStdString();
+        EXPECT_TRUE(result.errors.contains(row.words)) << result.errors.toStdString();
+        EXPECT_EQ(result.output, QString());
+    }
+    storeKey();
+    EXPECT_TRUE(run({image}).errors.contains(u"No Code Replacements file is set."_s));
+    EXPECT_TRUE(run({u"--roster"_s, u"none.txt"_s, image})
+                    .errors.contains(u"There is no Code Replacements file at none.txt."_s));
+    EXPECT_EQ(run({u"--help"_s}).status, 0);
+    EXPECT_EQ(run({u"--version"_s}).status, 0);
+}
+
+TEST_F(CommandLineTest, TheKeyIsReadFromStandardInputAndNeverShown) {
+    const Result stored = run({u"key"_s}, "  sk-secret-1 \nsecond line\n");
+    EXPECT_EQ(stored.status, 0);
+    EXPECT_FALSE((stored.output + stored.errors).contains(u"sk-secret"_s));
+    EXPECT_TRUE(settingsFile().contains("\"sk-secret-1\""));
+    EXPECT_EQ(
+        QFile::permissions(folder.filePath(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s)) &
+            (QFile::ReadGroup | QFile::ReadOther),
+        QFile::Permissions());
+    EXPECT_EQ(run({u"key"_s, u"--clear"_s}).status, 0);
+    EXPECT_FALSE(settingsFile().contains("OPENAI_API_KEY"));
+
+    write(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s, "");
+    ASSERT_TRUE(QDir(folder.path()).rename(u"config"_s, u"elsewhere"_s));
+    write(u"config"_s, "a file in the place of the folder");
+    const Result refused = run({u"key"_s}, "sk-secret-2\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.errors.contains(u"The key could not be stored in "_s));
+}
+
+TEST_F(CommandLineTest, TellsForEachFileWhatHappened) {
+    storeKey();
+    const QString good = rawImage(u"good.dng"_s);
+    const QString captioned = rawImage(u"captioned.dng"_s);
+    XMPWriter().createEmptySidecar(folder.filePath(u"captioned.xmp"_s));
+    XMPWriter().writeDefaultCaption(QString(51, u'x'), folder.filePath(u"captioned.xmp"_s));
+    const QString broken = write(u"broken.dng"_s, "no picture");
+    const Result result =
+        run({u"--json"_s, u"--keep"_s, u"--style"_s, u"getty"_s, u"--sport"_s, u"soccer"_s, u"--roster"_s,
+             roster(), good, captioned, broken, u"absent.dng"_s, write(u"a.jpg"_s, "x")});
+    EXPECT_EQ(result.status, 1);
+    QList<QJsonObject> lines;
+    for (const QString& line : result.output.split(u'\n', Qt::SkipEmptyParts)) {
+        lines.append(QJsonDocument::fromJson(line.toUtf8()).object());
+    }
+    ASSERT_EQ(lines.size(), 5) << result.output.toStdString();
+    const QStringList outcomes = {u"captioned"_s, u"skipped"_s, u"failed"_s, u"failed"_s, u"failed"_s};
+    for (qsizetype index = 0; index < lines.size(); ++index) {
+        EXPECT_EQ(lines[index][u"result"_s].toString(), outcomes[index]);
+        EXPECT_EQ(lines[index][u"reason"_s].isNull(), index == 0);
+    }
+    EXPECT_EQ(lines[0][u"after"_s].toString(),
+              XMPWriter().readDefaultCaption(folder.filePath(u"good.xmp"_s)));
+    EXPECT_TRUE(lines[0][u"after"_s].toString().startsWith(u"Soccer"_s));
+    EXPECT_GT(lines[0][u"cost"_s].toDouble(), 0);
+    EXPECT_TRUE(QFile::exists(lines[0][u"rendition"_s].toString()));
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"absent.xmp"_s)));
+    for (const char* key : {"sport", "captionStyle", "codeReplacementsFile"}) {
+        EXPECT_FALSE(settingsFile().contains(key)) << key << " was for this run only";
+    }
+}
+
+TEST_F(CommandLineTest, LogLinesGoToTheFileAndOnRequestToStandardOutput) {
+    storeKey();
+    const QString image = rawImage(u"a.dng"_s);
+    EXPECT_FALSE(run({u"--roster"_s, roster(), image}).output.contains(u"[Analyzer]"_s));
+    const Result verbose = run({u"--verbose"_s, u"--roster"_s, roster(), image});
+    EXPECT_EQ(verbose.status, 0);
+    EXPECT_TRUE(verbose.output.contains(u"[Analyzer] Auto mode: processing a.dng"_s));
+    EXPECT_TRUE(verbose.output.contains(u"[OpenAIClient] Usage: "_s));
+    EXPECT_TRUE(QFile::exists(folder.filePath(u"data/com.tobinvasquel.OstrelleCaptions/Analyzer.log"_s)));
+}
+
+TEST(ProgressBar, FitsItsLine) {
+    EXPECT_EQ(progressLine(0, 4, u"a.dng"_s, 80), u"[--------------------]  0/4  a.dng"_s);
+    EXPECT_EQ(progressLine(3, 4, u"a.dng"_s, 80), u"[###############-----]  3/4  a.dng"_s);
+    EXPECT_EQ(progressLine(4, 4, QString(200, u'n'), 40).size(), 39);
+}
+
+} // namespace ostrelle
