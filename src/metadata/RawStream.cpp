@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/RawStream.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ostrelle {
+
+int RawStream::read(void* buffer, std::size_t size, std::size_t count) {
+    const int got = LibRaw_file_datastream::read(buffer, size, count);
+    m_missing += static_cast<std::int64_t>(size * count) - static_cast<std::int64_t>(size) * std::max(got, 0);
+    return got;
+}
+
+int RawStream::get_char() {
+    const int byte = LibRaw_file_datastream::get_char();
+    m_missing += byte < 0 ? 1 : 0;
+    return byte;
+}
+
+std::int64_t RawStream::takeMissingBytes() {
+    return std::exchange(m_missing, 0);
+}
+
+} // namespace ostrelle
