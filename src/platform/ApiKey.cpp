@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 const QString apiKeyName = u"OPENAI_API_KEY"_s;
 
-QString apiKey(const DefaultsStore &defaults) {
+QString apiKey(const DefaultsStore& defaults) {
     return defaults.get<QString>(apiKeyName).value_or(QString());
 }
 

@@ -8,7 +8,7 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-FileError::FileError(const QString &action, const QString &path, int code)
+FileError::FileError(const QString& action, const QString& path, int code)
     : Error(u"Could not %1 %2: %3."_s.arg(action, path,
                                           QString::fromStdString(std::generic_category().message(code))))
     , m_code(code) {}

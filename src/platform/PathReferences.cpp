@@ -11,7 +11,7 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-QByteArray PathReferences::make(const QString &path) const {
+QByteArray PathReferences::make(const QString& path) const {
     const QFileInfo info(path);
     if (!info.exists()) {
         throw Error(u"There is no file or folder at %1."_s.arg(path));
@@ -20,7 +20,7 @@ QByteArray PathReferences::make(const QString &path) const {
     return QJsonDocument(reference).toJson(QJsonDocument::Compact);
 }
 
-ResolvedFile PathReferences::resolve(const QByteArray &reference) const {
+ResolvedFile PathReferences::resolve(const QByteArray& reference) const {
     const QJsonObject stored = QJsonDocument::fromJson(reference).object();
     const QJsonValue path = stored.value("path"_L1);
     const QJsonValue folder = stored.value("folder"_L1);
