@@ -97,7 +97,7 @@ private:
     /// oldest writers left the prefix away; readers refuse a packet that has the attribute in both forms.
     void clearAbout(const XmlElement& description) {
         for (const XmlAttribute& attribute : description.attributes()) {
-            if (attribute.localName() == u"about" && isRdfAttribute(description, attribute)) {
+            if (attribute.hasLocalName(u"about") && isRdfAttribute(description, attribute)) {
                 m_editor.setAttributeValue(attribute, {});
                 return;
             }
@@ -106,8 +106,8 @@ private:
     }
 
     static bool isRdfAttribute(const XmlElement& element, const XmlAttribute& attribute) {
-        const qsizetype colon = attribute.name.indexOf(u':');
-        return colon < 0 || element.resolvePrefix(attribute.name.first(colon)) == QLatin1StringView(xmp::rdf);
+        const QString prefix = attribute.prefix();
+        return prefix.isEmpty() || element.resolvePrefix(prefix) == QLatin1StringView(xmp::rdf);
     }
 
     /// Writes the caption below the subject; the result is the dc:description that holds it, if it was there.
@@ -164,7 +164,7 @@ private:
 
     void removeKeepMark(const XmlElement& caption) {
         for (const XmlAttribute& attribute : caption.attributes()) {
-            if (attribute.name == u"pm-keep") {
+            if (attribute.isCalled(u"pm-keep")) {
                 m_editor.removeAttribute(attribute);
             }
         }

@@ -49,17 +49,17 @@ XmlDocument openSidecar(const QString& sidecar) {
 std::optional<QString> dateFromAttributes(const XmlElement& subject) {
     using Test = std::function<bool(const XmlAttribute&)>;
     static const std::array<Test, 4> order = {
-        [](const XmlAttribute& attribute) { return attribute.name == u"photoshop:DateCreated"; },
-        [](const XmlAttribute& attribute) { return attribute.localName() == u"DateCreated"; },
-        [](const XmlAttribute& attribute) { return attribute.name == u"xmp:CreateDate"; },
-        [](const XmlAttribute& attribute) { return attribute.localName() == u"CreateDate"; }};
+        [](const XmlAttribute& attribute) { return attribute.isCalled(u"photoshop:DateCreated"); },
+        [](const XmlAttribute& attribute) { return attribute.hasLocalName(u"DateCreated"); },
+        [](const XmlAttribute& attribute) { return attribute.isCalled(u"xmp:CreateDate"); },
+        [](const XmlAttribute& attribute) { return attribute.hasLocalName(u"CreateDate"); }};
     const QList<XmlAttribute> attributes = subject.attributes();
     for (const Test& isWanted : order) {
         const auto found = std::ranges::find_if(attributes, isWanted);
         if (found == attributes.end()) {
             continue;
         }
-        if (const std::optional<QString> value = trimmedOrNothing(found->value)) {
+        if (const std::optional<QString> value = trimmedOrNothing(found->value())) {
             return roundTripIso8601(*value);
         }
     }

@@ -9,90 +9,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isBlank(char16_t unit) {
-    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
-}
-
-/// Walks over the attributes of a start tag that is known to be well formed.
-class StartTagReader {
-public:
-    StartTagReader(const QByteArray& bytes, XmlSpan tag, XmlEncoding encoding)
-        : m_bytes(bytes), m_encoding(encoding), m_unit(unitSize(encoding)), m_at(tag.begin), m_end(tag.end) {
-        skipName();
-    }
-
-    std::optional<XmlAttribute> next() {
-        XmlAttribute attribute;
-        attribute.span.begin = m_at;
-        skipBlanks();
-        const qsizetype nameBegin = m_at;
-        skipName();
-        if (m_at == nameBegin || m_at >= m_end) {
-            return std::nullopt;
-        }
-        attribute.name = decoded({nameBegin, m_at});
-        skipPast(u'=');
-        skipBlanks();
-        const char16_t quote = unitAt(m_bytes, m_at, m_encoding);
-        attribute.valueSpan.begin = m_at + m_unit;
-        m_at += m_unit;
-        skipPast(quote);
-        attribute.valueSpan.end = m_at - m_unit;
-        attribute.span.end = m_at;
-        attribute.value = normalized(decoded(attribute.valueSpan));
-        return attribute;
-    }
-
-private:
-    bool isAt(char16_t unit) const { return unitAt(m_bytes, m_at, m_encoding) == unit; }
-    void skipBlanks() {
-        while (m_at < m_end && isBlank(unitAt(m_bytes, m_at, m_encoding))) {
-            m_at += m_unit;
-        }
-    }
-    void skipName() {
-        while (m_at < m_end && !isBlank(unitAt(m_bytes, m_at, m_encoding)) && !isAt(u'=') && !isAt(u'>') &&
-               !isAt(u'/')) {
-            m_at += m_unit;
-        }
-    }
-    void skipPast(char16_t unit) {
-        while (m_at < m_end && !isAt(unit)) {
-            m_at += m_unit;
-        }
-        m_at += m_unit;
-    }
-    QString decoded(XmlSpan span) const {
-        return decodeXml(QByteArrayView(m_bytes).sliced(span.begin, span.size()), m_encoding);
-    }
-    /// Attribute-value normalization (XML 1.0, section 3.3.3): written line ends and tabs are blanks.
-    static QString normalized(QString value) {
-        value.replace("\r\n"_L1, " "_L1);
-        for (QChar& character : value) {
-            if (isBlank(character.unicode())) {
-                character = u' ';
-            }
-        }
-        return resolveXmlReferences(value);
-    }
-
-    const QByteArray& m_bytes;
-    XmlEncoding m_encoding;
-    qsizetype m_unit;
-    qsizetype m_at;
-    qsizetype m_end;
-};
-
 bool matches(QByteArrayView localName, QByteArrayView uri, QByteArrayView wantedName,
              std::optional<QByteArrayView> wantedUri) {
     return localName == wantedName && (!wantedUri || uri == *wantedUri);
 }
 
 } // namespace
-
-QStringView XmlAttribute::localName() const {
-    return QStringView(name).sliced(name.indexOf(u':') + 1);
-}
 
 XmlDocument XmlDocument::parse(QByteArray bytes) {
     XmlDocument document;
@@ -196,19 +118,19 @@ QString XmlElement::text() const {
 }
 
 QList<XmlAttribute> XmlElement::attributes() const {
-    StartTagReader reader(m_document->m_bytes, startTag(), m_document->m_encoding);
+    XmlStartTagReader reader(m_document->m_bytes, startTag(), m_document->m_encoding);
     QList<XmlAttribute> all;
-    while (std::optional<XmlAttribute> attribute = reader.next()) {
-        all.append(std::move(*attribute));
+    while (const std::optional<XmlAttribute> attribute = reader.next()) {
+        all.append(*attribute);
     }
     return all;
 }
 
 std::optional<QString> XmlElement::attribute(QStringView name) const {
-    StartTagReader reader(m_document->m_bytes, startTag(), m_document->m_encoding);
-    while (std::optional<XmlAttribute> attribute = reader.next()) {
-        if (attribute->name == name) {
-            return attribute->value;
+    XmlStartTagReader reader(m_document->m_bytes, startTag(), m_document->m_encoding);
+    while (const std::optional<XmlAttribute> attribute = reader.next()) {
+        if (attribute->isCalled(name)) {
+            return attribute->value();
         }
     }
     return std::nullopt;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/XmlAttribute.h"
 #include "metadata/XmlEncoding.h"
 
 #include <QByteArray>
@@ -13,25 +14,6 @@
 namespace ostrelle {
 
 class XmlDocument;
-
-/// A range of byte offsets into a document.
-struct XmlSpan {
-    qsizetype begin = 0;
-    qsizetype end = 0;
-
-    qsizetype size() const { return end - begin; }
-};
-
-/// An attribute as it stands in its start tag.
-struct XmlAttribute {
-    QString name;      ///< qualified, as written: "rdf:about"
-    QString value;     ///< with references resolved
-    XmlSpan span;      ///< the blanks in front, the name and the quoted value
-    XmlSpan valueSpan; ///< what stands between the quotes
-
-    /// The name without its prefix.
-    QStringView localName() const;
-};
 
 /// A view of one element of a document, which has to outlive it. The null element stands for "none".
 class XmlElement {

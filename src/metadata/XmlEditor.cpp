@@ -26,11 +26,11 @@ void XmlEditor::addAttribute(const XmlElement& element, const QString& markup) {
 }
 
 void XmlEditor::removeAttribute(const XmlAttribute& attribute) {
-    splice(attribute.span, {});
+    splice(attribute.span(), {});
 }
 
 void XmlEditor::setAttributeValue(const XmlAttribute& attribute, const QString& markup) {
-    splice(attribute.valueSpan, markup);
+    splice(attribute.valueSpan(), markup);
 }
 
 void XmlEditor::clearStandalone() {

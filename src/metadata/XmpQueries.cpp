@@ -16,7 +16,7 @@ bool isCalled(const XmlElement& element, QByteArrayView lowerCaseName, QByteArra
 
 bool hasEmptyAbout(const XmlElement& element) {
     return std::ranges::any_of(element.attributes(), [](const XmlAttribute& attribute) {
-        return attribute.localName() == u"about" && attribute.value.isEmpty();
+        return attribute.hasLocalName(u"about") && attribute.valueSpan().size() == 0;
     });
 }
 

@@ -39,8 +39,8 @@ QString foreignText(const QByteArray& bytes) {
     const XmlElement rdf = document.findFirst("RDF");
     const XmlElement first = rdf ? rdf.child("Description") : XmlElement();
     for (const XmlAttribute& attribute : first ? first.attributes() : QList<XmlAttribute>()) {
-        if (attribute.localName() == u"about") {
-            skip(attribute.valueSpan);
+        if (attribute.hasLocalName(u"about")) {
+            skip(attribute.valueSpan());
         }
     }
     for (const XmlElement& description : document.find("description", xmp::dc)) {
