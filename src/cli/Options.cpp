@@ -130,7 +130,7 @@ QString helpText() {
            "Options, for this run only:\n"
            "  --style STYLE   ap, getty, imagn or simple\n"
            "  --sport NAME    "_s +
-           sportNames().replace(u"lacrosse"_s, u"\n                  lacrosse"_s) +
+           sportNames().replace(u", lacrosse"_s, u",\n                  lacrosse"_s) +
            u"\n"
            "  --roster FILE   the Code Replacements file of the game\n"
            "  --overwrite     replace captions that are there already\n"
