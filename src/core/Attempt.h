@@ -8,6 +8,7 @@
 #include <exception>
 #include <optional>
 #include <utility>
+#include <variant>
 
 namespace ostrelle {
 
@@ -39,6 +40,8 @@ public:
             rethrow();
         } catch (const std::exception& error) {
             return describe(error);
+        } catch (...) {
+            return QStringLiteral("Unknown failure.");
         }
     }
     /// The failure as this type, or null.
@@ -58,7 +61,16 @@ private:
     std::exception_ptr m_error;
 };
 
-/// Awaits the task and keeps what it throws.
+/// Awaits the task and keeps what it throws. A task without a result gives a std::monostate.
+inline QCoro::Task<Attempt<std::monostate>> attempt(QCoro::Task<> task) {
+    try {
+        co_await std::move(task);
+        co_return Attempt<std::monostate>::success({});
+    } catch (...) {
+        co_return Attempt<std::monostate>::failure(std::current_exception());
+    }
+}
+
 template <typename T>
 QCoro::Task<Attempt<T>> attempt(QCoro::Task<T> task) {
     try {

@@ -5,8 +5,6 @@
 
 namespace ostrelle {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 QTextBoundaryFinder characterFinder(QStringView text) {
@@ -49,10 +47,6 @@ QString lastCharacters(QStringView text, qsizetype count) {
         begin = previous;
     }
     return text.sliced(begin).toString();
-}
-
-QString plural(qsizetype count, QStringView noun) {
-    return u"%1 %2%3"_s.arg(QString::number(count), noun, count == 1 ? u""_s : u"s"_s);
 }
 
 } // namespace ostrelle

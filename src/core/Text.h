@@ -16,7 +16,4 @@ QString firstCharacters(QStringView text, qsizetype count);
 /// The last `count` user-perceived characters of the text, or all of it.
 QString lastCharacters(QStringView text, qsizetype count);
 
-/// "1 file", "2 files": the count and the noun, with an "s" when the count is not 1.
-QString plural(qsizetype count, QStringView noun);
-
 } // namespace ostrelle

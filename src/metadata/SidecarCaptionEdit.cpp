@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 namespace ostrelle {
 
@@ -172,9 +173,10 @@ private:
 
     /// Of several RDF elements below one parent only the first is the packet.
     void detachSurplusRdf() {
-        for (const XmlElement& rdf : m_document.find("RDF")) {
+        std::set<quint32> parents;
+        for (const XmlElement& rdf : m_document.find("RDF")) { // in document order
             const XmlElement parent = rdf.parent();
-            if (parent && parent.child("RDF") != rdf) {
+            if (parent && !parents.insert(parent.index()).second) {
                 m_editor.detach(rdf);
             }
         }

@@ -5,11 +5,14 @@
 #include "metadata/SidecarCaptionEdit.h"
 #include "metadata/XMPError.h"
 #include "metadata/XmlDocument.h"
+#include "metadata/XmlError.h"
 #include "metadata/XmpNamespaces.h"
 #include "metadata/XmpQueries.h"
 #include "platform/Files.h"
 
 #include <QFileInfo>
+#include <algorithm>
+#include <array>
 #include <functional>
 
 namespace ostrelle {
@@ -76,11 +79,16 @@ std::optional<QString> dateFromElements(const XmlDocument& document, const QTime
 
 QStringList keywordsOf(const XmlDocument& document) {
     QStringList keywords;
+    qsizetype size = 0;
     for (const XmlElement& subject : document.find("subject", xmp::dc)) {
         const XmlElement bag = subject.child("Bag", xmp::rdf);
         for (const XmlElement& item : bag ? bag.children("li", xmp::rdf) : QList<XmlElement>()) {
             if (const std::optional<QString> keyword = trimmedOrNothing(item.text())) {
                 keywords.append(*keyword);
+                size += keyword->size();
+            }
+            if (size > document.bytes().size()) { // lists within lists tell the same text again and again
+                throw XmlError(u"The XML was refused: its keywords are longer than itself."_s);
             }
         }
     }
@@ -97,6 +105,10 @@ QString sidecarPath(const QString& imagePath) {
 
 void XMPWriter::createEmptySidecar(const QString& sidecar) const {
     replaceFile(sidecar, sidecarTemplate.toByteArray());
+}
+
+bool XMPWriter::createMissingSidecar(const QString& sidecar) const {
+    return createFile(sidecar, sidecarTemplate.toByteArray());
 }
 
 std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) const {

@@ -21,6 +21,10 @@ public:
     /// Writes the template of a new sidecar, with an empty caption, over whatever is there.
     void createEmptySidecar(const QString& sidecar) const;
 
+    /// Writes that template only if there is no sidecar. False when there is one by now: another program may
+    /// write it at any moment, and what it knows of the picture must not be lost.
+    bool createMissingSidecar(const QString& sidecar) const;
+
     /// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
     std::optional<QString> readDefaultCaption(const QString& sidecar) const;
 

@@ -5,8 +5,6 @@
 
 namespace ostrelle {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 bool isCalled(const XmlElement& element, QByteArrayView lowerCaseName, QByteArrayView prefixedName) {

@@ -49,7 +49,7 @@ QCoro::Task<Analyzer::Gate> Analyzer::passGates(QString file, ImageReport* repor
         co_return Gate::closed;
     }
     if (!isJpegImage(file) && !QFileInfo::exists(sidecarPath(file))) {
-        const Attempt<bool> created = co_await attempt(createSidecar(m_parts, file));
+        const auto created = co_await attempt(createSidecar(m_parts, file));
         if (!created) {
             m_parts.log.printAndAppend(
                 u"[Analyzer] Auto mode: failed to create XMP sidecar for RAW file %1: %2"_s.arg(
@@ -82,21 +82,22 @@ QCoro::Task<bool> Analyzer::hasRealCaption(QString file) {
 QCoro::Task<bool> Analyzer::runImage(QString file, ImageReport* report) {
     const QString name = nameOf(file);
     setProgress(name);
-    const Attempt<ImageReport> run = co_await attempt(analyzeImage(file));
-    if (!run) {
-        report->reason = run.words();
-        const auto analyzerError = run.failureAs<AnalyzerError>();
+    ImageRun run(m_parts, file);
+    const auto executed = co_await attempt(run.execute());
+    *report = run.report(); // what was found and spent up to a failure, too
+    if (!executed) {
+        report->reason = executed.words();
+        const auto analyzerError = executed.failureAs<AnalyzerError>();
         if (analyzerError && analyzerError->code() == AnalyzerError::missingKey) {
             co_await askForKey();
         } else {
-            co_await countFailure(name, run.words());
+            co_await countFailure(name, executed.words());
         }
         co_return false;
     }
-    *report = *run;
     m_parts.status.setProcessed(m_parts.status.processed() + 1);
     m_parts.status.setLastMessage(u"Auto: Processed "_s + name);
-    if (run->outcome == ImageReport::Outcome::captioned) {
+    if (report->outcome == ImageReport::Outcome::captioned) {
         m_parts.status.recordImageProcessed();
     }
     if (m_parts.status.totalFiles() == 1) { // nobody else counts this run

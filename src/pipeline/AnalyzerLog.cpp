@@ -23,14 +23,13 @@ void AnalyzerLog::appendToLog(const QString& message) {
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) {
         try {
             makeFolder(m_folder);
-        } catch (const Error& error) {
-            print(u"[Analyzer] Failed to write error log: "_s + error.localizedDescription());
-            return;
+        } catch (const Error&) {
+            return; // there is no place for a log
         }
         file.open(QIODevice::WriteOnly | QIODevice::Append);
     }
     const QByteArray line = (formatIso8601(m_clock.now()) + u' ' + message + u'\n').toUtf8();
-    if (file.write(line) != line.size() || !file.flush()) {
+    if (!file.isOpen() || file.write(line) != line.size() || !file.flush()) {
         print(u"[Analyzer] Failed to write error log: "_s + file.errorString());
     }
 }

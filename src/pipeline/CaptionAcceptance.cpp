@@ -30,4 +30,8 @@ bool isRealCaption(const QString& caption) {
     return characterCount(caption.trimmed()) >= shortestCaption;
 }
 
+bool isSameText(const QString& left, const QString& right) {
+    return left.normalized(QString::NormalizationForm_C) == right.normalized(QString::NormalizationForm_C);
+}
+
 } // namespace ostrelle

@@ -15,4 +15,7 @@ bool hasPlaceholder(const QString& caption);
 /// characters without the blanks around them.
 bool isRealCaption(const QString& caption);
 
+/// True when the texts are the same characters, however these are composed (Unicode canonical equivalence).
+bool isSameText(const QString& left, const QString& right);
+
 } // namespace ostrelle

@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QLocale>
 #include <QStringList>
+#include <algorithm>
 #include <array>
 
 namespace ostrelle {

@@ -3,6 +3,7 @@
 
 #include "core/Attempt.h"
 #include "core/Text.h"
+#include "metadata/XmlDocument.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/ImageKind.h"
@@ -38,9 +39,8 @@ private:
 
 /// The beginning of a sidecar as a log line of its own kind.
 QString sidecarDump(const QString& sidecar, const QString& name) {
-    constexpr qint64 largestDump = 64 * 1024 * 1024;
     constexpr qsizetype shownCharacters = 2000;
-    const QByteArray bytes = readFile(sidecar, largestDump);
+    const QByteArray bytes = readFile(sidecar, XmlDocument::maximumSize);
     QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
     QString text = decoder.decode(bytes);
     if (decoder.hasError()) {
@@ -101,7 +101,7 @@ QCoro::Task<> ImageRun::ensureSidecar() {
     if (QFileInfo::exists(m_sidecar)) {
         co_return;
     }
-    const Attempt<bool> created = co_await attempt(createSidecar(m_parts, m_file));
+    const auto created = co_await attempt(createSidecar(m_parts, m_file));
     if (created) {
         co_return;
     }
@@ -139,11 +139,13 @@ QCoro::Task<> ImageRun::recreateSidecar() {
     const ScopedAccess fileAccess(m_parts.access, m_sidecar);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_sidecar).path());
     auto recreate = [xmp = m_parts.xmp, sidecar = m_sidecar] {
-        QFile::remove(sidecar);
+        // Not removed but put aside, if that can be: its owner may still want to know what is in it.
+        if (!QFile::rename(sidecar, sidecar + u".unreadable"_s)) {
+            QFile::remove(sidecar);
+        }
         xmp.createEmptySidecar(sidecar);
-        return true;
     };
-    const Attempt<bool> recreated = co_await attemptOffMainThread(recreate);
+    const auto recreated = co_await attemptOffMainThread(recreate);
     if (!recreated) {
         m_parts.log.printAndAppend(
             u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, recreated.words()));
@@ -173,12 +175,12 @@ QCoro::Task<> ImageRun::dumpSidecar() {
 }
 
 QCoro::Task<> ImageRun::readRightsAndCreator() {
-    KeptLines lines;
-    auto readRights = [xmp = m_parts.xmp, sidecar = m_sidecar, &lines] {
-        return xmp.readRights(sidecar, lines);
+    const auto lines = std::make_shared<KeptLines>();
+    auto readRights = [xmp = m_parts.xmp, sidecar = m_sidecar, lines] {
+        return xmp.readRights(sidecar, *lines);
     };
     const auto rights = co_await attemptOffMainThread(readRights);
-    lines.tell(m_parts.log.console());
+    lines->tell(m_parts.log.console());
     auto readCreator = [xmp = m_parts.xmp, sidecar = m_sidecar] { return xmp.readCreator(sidecar); };
     const auto creator = co_await attemptOffMainThread(readCreator);
     m_rights = rights.valueOr(std::nullopt);
@@ -202,7 +204,7 @@ QCoro::Task<> ImageRun::extractPreview() {
 
 /// A copy to look at later; the run goes on without it.
 QCoro::Task<> ImageRun::savePreview() {
-    auto save = [&previews = m_parts.previews, jpeg = m_jpeg, file = m_file] {
+    auto save = [previews = m_parts.previews, jpeg = m_jpeg, file = m_file] {
         previews.save(jpeg, file);
         return previews.path(file);
     };
@@ -277,7 +279,7 @@ QCoro::Task<QString> ImageRun::askModel(QString prompt) {
 
 QCoro::Task<> ImageRun::acceptCaption(QString reply) {
     const QString caption = firstNonEmptyLine(reply);
-    if (caption == defaultCaption()) {
+    if (isSameText(caption, defaultCaption())) {
         if (!hasPlaceholder(caption)) {
             m_parts.log.printAndAppend(
                 u"[Analyzer] Model returned default caption unchanged for %1; leaving XMP as-is."_s.arg(
@@ -311,9 +313,8 @@ QCoro::Task<> ImageRun::writeCaption(QString caption) {
     auto write = [xmp = m_parts.xmp, sidecar = m_sidecar, caption] {
         xmp.writeDefaultCaption(caption, sidecar);
         touchFile(sidecar);
-        return true;
     };
-    const Attempt<bool> written = co_await attemptOffMainThread(write);
+    const auto written = co_await attemptOffMainThread(write);
     if (!written) {
         log.printAndAppend(u"[Analyzer] Failed to write XMP for %1: %2"_s.arg(m_name, written.words()));
         written.rethrow();

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "metadata/XMPContext.h"
-#include "pipeline/Analyzer.h"
+#include "pipeline/AnalyzerParts.h"
+#include "pipeline/ImageReport.h"
 
 #include <QByteArray>
 #include <QCoroTask>

@@ -9,14 +9,17 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-QCoro::Task<bool> createSidecar(AnalyzerParts parts, QString file) {
+QCoro::Task<> createSidecar(AnalyzerParts parts, QString file) {
     const QFileInfo image(file);
     const ScopedAccess fileAccess(parts.access, file);
     const ScopedAccess folderAccess(parts.access, image.path());
-    auto create = [xmp = parts.xmp, sidecar = sidecarPath(file)] { xmp.createEmptySidecar(sidecar); };
-    co_await offMainThread(create);
-    parts.log.print(u"[Analyzer] Created XMP sidecar for "_s + image.fileName());
-    co_return true;
+    auto create = [xmp = parts.xmp, sidecar = sidecarPath(file)] {
+        return xmp.createMissingSidecar(sidecar);
+    };
+    const bool isNew = co_await offMainThread(create);
+    if (isNew) {
+        parts.log.print(u"[Analyzer] Created XMP sidecar for "_s + image.fileName());
+    }
 }
 
 } // namespace ostrelle

@@ -12,8 +12,12 @@
 #include <QFile>
 #include <QRandomGenerator>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <functional>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace ostrelle {
@@ -30,8 +34,11 @@ public:
             ::close(m_number);
         }
     }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
 
     int number() const { return m_number; }
     bool isOpen() const { return m_number >= 0; }
@@ -40,15 +47,20 @@ private:
     int m_number;
 };
 
-/// A hidden file beside the one it is to replace; removed again unless it has taken that file's place.
+/// A file beside the one it is to become, nameless where the file system knows that, so that a killed process
+/// leaves nothing behind; otherwise hidden, and removed unless it has taken its place.
 class TemporaryFile {
 public:
     TemporaryFile(const std::filesystem::path& target, mode_t mode)
-        : m_path(freshName(target))
-        , m_file(::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode)) {}
+        : m_target(target), m_name(hiddenName(target)), m_file(openNameless(target, mode)) {
+        if (!m_file.isOpen()) {
+            m_file = Descriptor(::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+            m_hasName = m_file.isOpen();
+        }
+    }
     ~TemporaryFile() {
-        if (m_file.isOpen() && !m_isInPlace) {
-            ::unlink(m_path.c_str());
+        if (m_hasName) {
+            ::unlink(m_name.c_str());
         }
     }
     TemporaryFile(const TemporaryFile&) = delete;
@@ -57,22 +69,57 @@ public:
     bool isOpen() const { return m_file.isOpen(); }
     int descriptor() const { return m_file.number(); }
 
-    bool replace(const std::filesystem::path& target) {
-        m_isInPlace = ::rename(m_path.c_str(), target.c_str()) == 0;
-        return m_isInPlace;
+    /// Takes the target's place, whether there is one or not.
+    bool replaceTarget() {
+        if (!m_hasName) {
+            m_hasName = giveName(m_name);
+        }
+        if (!m_hasName || ::rename(m_name.c_str(), m_target.c_str()) != 0) {
+            return false;
+        }
+        m_hasName = false;
+        return true;
+    }
+
+    /// Becomes the target; fails with EEXIST when there is one by now.
+    bool becomeTarget() {
+        if (!m_hasName) {
+            return giveName(m_target);
+        }
+        // A file system without nameless files often has no hard links either.
+        if (::link(m_name.c_str(), m_target.c_str()) == 0) {
+            return true;
+        }
+        if (errno == EEXIST ||
+            ::renameat2(AT_FDCWD, m_name.c_str(), AT_FDCWD, m_target.c_str(), RENAME_NOREPLACE) != 0) {
+            return false;
+        }
+        m_hasName = false;
+        return true;
     }
 
 private:
-    static std::filesystem::path freshName(const std::filesystem::path& target) {
+    static Descriptor openNameless(const std::filesystem::path& target, mode_t mode) {
+        const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
+        return Descriptor(::open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode));
+    }
+
+    static std::filesystem::path hiddenName(const std::filesystem::path& target) {
         constexpr std::size_t longestStem = 200; // the whole name has to stay below NAME_MAX
         const std::string stem = target.filename().string().substr(0, longestStem);
         const QByteArray suffix = QByteArray::number(QRandomGenerator::system()->generate64(), 36);
         return target.parent_path() / ('.' + stem + ".ostrelle-" + suffix.toStdString());
     }
 
-    std::filesystem::path m_path;
+    bool giveName(const std::filesystem::path& name) const {
+        const std::string self = "/proc/self/fd/" + std::to_string(m_file.number());
+        return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    }
+
+    std::filesystem::path m_target;
+    std::filesystem::path m_name; ///< hidden, in the target's folder
     Descriptor m_file;
-    bool m_isInPlace = false;
+    bool m_hasName = false;
 };
 
 bool writeAll(int descriptor, const QByteArray& bytes) {
@@ -152,6 +199,21 @@ std::filesystem::path nativePath(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
+/// Writes the bytes, lets the caller dress the file, flushes it and checks that it reads back.
+void fill(const TemporaryFile& file, const QByteArray& bytes, const QString& path,
+          const std::function<void()>& dress) {
+    if (!file.isOpen() || !writeAll(file.descriptor(), bytes)) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    dress();
+    if (::fsync(file.descriptor()) != 0) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    if (!readsBack(file.descriptor(), bytes)) {
+        throw FileError(u"write"_s, path, EIO);
+    }
+}
+
 /// The file that a symbolic link leads to, so that the link itself stays.
 std::filesystem::path linkTarget(const std::filesystem::path& path) {
     std::error_code error;
@@ -196,21 +258,26 @@ void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMod
         throw FileError(u"write"_s, path, errno);
     }
     TemporaryFile file(target, exists ? S_IRUSR | S_IWUSR : newFileMode);
-    if (!file.isOpen() || !writeAll(file.descriptor(), bytes)) {
+    fill(file, bytes, path, [&] {
+        if (exists) {
+            copyAttributes(target, status, file.descriptor());
+        }
+    });
+    if (!file.replaceTarget()) {
         throw FileError(u"write"_s, path, errno);
     }
-    if (exists) {
-        copyAttributes(target, status, file.descriptor());
+}
+
+bool createFile(const QString& path, const QByteArray& bytes) {
+    TemporaryFile file(nativePath(path), 0666);
+    fill(file, bytes, path, [] {});
+    if (file.becomeTarget()) {
+        return true;
     }
-    if (::fsync(file.descriptor()) != 0) {
+    if (errno != EEXIST) {
         throw FileError(u"write"_s, path, errno);
     }
-    if (!readsBack(file.descriptor(), bytes)) {
-        throw FileError(u"write"_s, path, EIO);
-    }
-    if (!file.replace(target)) {
-        throw FileError(u"write"_s, path, errno);
-    }
+    return false;
 }
 
 void touchFile(const QString& path) {

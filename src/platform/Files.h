@@ -5,7 +5,6 @@
 
 #include <QByteArray>
 #include <QString>
-#include <optional>
 
 namespace ostrelle {
 
@@ -13,11 +12,15 @@ namespace ostrelle {
 QByteArray readFile(const QString& path, qint64 limit);
 
 /// Puts the bytes in the file's place so that a killed process, a failure or a full disk at any instant
-/// leaves the old file or the new one, whole: writes a hidden temporary file beside it, flushes it to disk,
+/// leaves the old file or the new one, whole: writes a temporary file beside it, flushes it to disk,
 /// checks that it reads back and renames it over the path. A symbolic link stays and its target is
 /// replaced. Mode, owner, extended attributes and access list of an existing file are kept as far as the
 /// process may set them; a new file gets `newFileMode`, less the umask. Throws FileError.
 void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0666);
+
+/// Writes a new file as safely as replaceFile(). False when there is a file by now, which stays as it is.
+/// Throws FileError.
+bool createFile(const QString& path, const QByteArray& bytes);
 
 /// Sets the file's modification time to now. Throws FileError.
 void touchFile(const QString& path);

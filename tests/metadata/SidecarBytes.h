@@ -16,6 +16,7 @@ public:
     explicit SidecarFile(const QByteArray& bytes) { write(bytes); }
 
     QString path() const { return m_folder.filePath(QStringLiteral("IMG_0001.xmp")); }
+    QString folder() const { return m_folder.path(); }
     QByteArray bytes() const {
         QFile file(path());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

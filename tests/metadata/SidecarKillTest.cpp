@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <csignal>
 
 namespace ostrelle {
@@ -35,6 +37,11 @@ TEST(SidecarKill, AKilledWriterLeavesTheOldFileOrTheNewOne) {
     const QByteArray one = file.bytes();
     XMPWriter().writeDefaultCaption(otherCaption, file.path());
     const QByteArray other = file.bytes();
+    QElapsedTimer timer;
+    timer.start();
+    XMPWriter().writeDefaultCaption(otherCaption, file.path());
+    const quint32 longestLife =
+        static_cast<quint32>(timer.nsecsElapsed() / 1000) * 6 + 1000; // of a writer, in microseconds
     int ones = 0;
     for (int kill = 0; kill < kills; ++kill) {
         const pid_t writer = ::fork();
@@ -42,7 +49,7 @@ TEST(SidecarKill, AKilledWriterLeavesTheOldFileOrTheNewOne) {
         if (writer == 0) {
             writeForEver(file.path());
         }
-        ::usleep(QRandomGenerator::global()->bounded(8'000U));
+        ::usleep(QRandomGenerator::global()->bounded(longestLife));
         ::kill(writer, SIGKILL);
         ::waitpid(writer, nullptr, 0);
         const QByteArray found = file.bytes();
@@ -50,6 +57,11 @@ TEST(SidecarKill, AKilledWriterLeavesTheOldFileOrTheNewOne) {
             << "after kill " << kill << ": " << found.size() << " bytes";
         ones += found == one ? 1 : 0;
     }
+    const QStringList others =
+        QDir(file.folder())
+            .entryList(QDir::Files | QDir::Hidden)
+            .filter(QRegularExpression(u"^(?!IMG_0001.xmp$|[.]IMG_0001[.]xmp[.]ostrelle-)"_s));
+    EXPECT_TRUE(others.isEmpty()) << others.join(u' ').toStdString();
     EXPECT_GT(ones, 0) << "the writer never got to write";
     EXPECT_LT(ones, kills) << "the writer never got to write";
 }

@@ -168,6 +168,13 @@ TEST(XMPWriterContext, SaysWhatIsWrongWithAFile) {
     EXPECT_THROW(xmp.readContext(broken.path(), QTimeZone::utc()), XmlError);
 }
 
+TEST(XMPWriterContext, KeywordsWithinKeywordsAreRefusedBeforeTheyFillTheMemory) {
+    const QByteArray open = "<dc:subject><rdf:Bag><rdf:li>";
+    const QByteArray close = "</rdf:li></rdf:Bag></dc:subject>";
+    const SidecarFile file(subject(open.repeated(300) + QByteArray(100'000, 'x') + close.repeated(300)));
+    EXPECT_THROW(XMPWriter().readContext(file.path(), QTimeZone::utc()), XmlError);
+}
+
 TEST(XMPWriterContext, TheSidecarHasTheNameOfTheImageWithoutItsLastExtension) {
     EXPECT_EQ(sidecarPath(u"/shoot/IMG_0001.CR3"_s), u"/shoot/IMG_0001.xmp"_s);
     EXPECT_EQ(sidecarPath(u"/shoot.day/a.b.NEF"_s), u"/shoot.day/a.b.xmp"_s);

@@ -32,7 +32,9 @@ TEST(AnalyzerLog, AFolderThatCannotBeWrittenCostsALineOnTheConsoleForEachMessage
     ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0555), 0);
     const VirtualClock clock;
     RecordingLog console;
-    AnalyzerLog log(folder.filePath(u"log"_s), console, clock);
+    AnalyzerLog(folder.filePath(u"new"_s), console, clock).appendToLog(u"no place for it"_s);
+    EXPECT_TRUE(console.lines.isEmpty());
+    AnalyzerLog log(folder.path(), console, clock);
     log.appendToLog(u"one"_s);
     log.appendToLog(u"two"_s);
     EXPECT_EQ(console.lines.filter(u"[Analyzer] Failed to write error log: "_s).size(), 2);

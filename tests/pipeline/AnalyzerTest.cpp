@@ -6,7 +6,10 @@
 #include <utime.h>
 
 #include <QFileInfo>
+#include <QSemaphore>
 #include <QSignalSpy>
+#include <QThreadPool>
+#include <QtConcurrentRun>
 #include <vector>
 
 namespace ostrelle {
@@ -142,6 +145,8 @@ TEST_F(PipelineTest, AReplyIsWrittenUnlessItIsTheOldCaption) {
     } rows[] = {
         {"Same", u" Same \n"_s, u"Same"_s, Outcome::skipped, u"Model returned default caption unchanged"_s},
         {" Same ", u"Same"_s, u" Same "_s, Outcome::skipped, u"Model returned default caption unchanged"_s},
+        {"Zo\xC3\xAB", u"Zoe\u0308"_s, u"Zoë"_s, Outcome::skipped,
+         u"Model returned default caption unchanged"_s},
         {"Shot in city, state", u"Shot in city, state"_s, u"Shot in city, state"_s, Outcome::captioned,
          u"Model returned caption with placeholders unchanged"_s},
         {"Stub", u"New in City,State"_s, u"New in City,State"_s, Outcome::captioned,
@@ -158,7 +163,7 @@ TEST_F(PipelineTest, AReplyIsWrittenUnlessItIsTheOldCaption) {
         EXPECT_EQ(reports.last().outcome, row.outcome);
         EXPECT_TRUE(hasLogged(row.line));
     }
-    EXPECT_EQ(status.processed(), 4);
+    EXPECT_EQ(status.processed(), 5);
     EXPECT_EQ(status.lifetimeImagesProcessed(), 2) << "only what was written counts as captioned";
 }
 
@@ -226,6 +231,7 @@ TEST_F(PipelineTest, ASidecarThatNobodyMayReadIsMadeAnew) {
     model.enqueue(reply(u"Sam Abel scores."_s));
     EXPECT_TRUE(run(image));
     EXPECT_EQ(caption(), u"Sam Abel scores."_s);
+    EXPECT_TRUE(QFile::exists(folder.filePath(u"IMG_1.xmp.unreadable"_s)));
     EXPECT_TRUE(console.lines.contains(u"[Analyzer] Recreated unreadable XMP sidecar for IMG_1.DNG"_s));
     EXPECT_FALSE(reports.last().captionBefore);
 }
@@ -244,11 +250,29 @@ TEST_F(PipelineTest, AReadOnlyFolderIsAFailureThatLosesNothing) {
     EXPECT_EQ(access.begun, access.ended);
 }
 
+TEST_F(PipelineTest, ASidecarThatComesWhileOursIsWaitingToBeMadeIsKept) {
+    const QString image = rawImage();
+    QSemaphore isBusy;
+    const auto occupyWorker = [&isBusy] { isBusy.acquire(); };
+    const int workers = QThreadPool::globalInstance()->maxThreadCount();
+    QList<QFuture<void>> busy;
+    for (int worker = 0; worker < workers; ++worker) {
+        busy.append(QtConcurrent::run(occupyWorker));
+    }
+    auto task = analyzer.analyzeImage(image);
+    sidecar("The preset's stub"); // as the ingest tool writes it, just now
+    isBusy.release(workers);
+    EXPECT_EQ(await(std::move(task)).captionBefore, u"The preset's stub"_s);
+    EXPECT_TRUE(read(u"IMG_1.xmp"_s).contains("Herons vs. Foxes"));
+}
+
 TEST_F(PipelineTest, AReplyWithoutUsageCostsNothing) {
     const QString image = rawImage();
+    access.isGranting = false;
     model.enqueue(reply(u"Sam Abel scores."_s, false));
     EXPECT_TRUE(run(image));
     EXPECT_EQ(usage.todaysTokens(), 0);
+    EXPECT_TRUE(hasLogged(u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s));
     EXPECT_FALSE(reports.last().cost);
 }
 

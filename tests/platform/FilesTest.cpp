@@ -97,6 +97,16 @@ TEST(Files, SaysWhyAFileCannotBeReadOrWritten) {
     EXPECT_EQ(readFile(path, 100), "0123456789");
 }
 
+TEST(Files, ANewFileNeverTakesThePlaceOfAnother) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"a.xmp"_s);
+    EXPECT_TRUE(createFile(path, "first"));
+    EXPECT_FALSE(createFile(path, "second"));
+    EXPECT_EQ(readFile(path, 100), "first");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    EXPECT_EQ(codeOf([&] { createFile(folder.filePath(u"none/a.xmp"_s), "x"); }), ENOENT);
+}
+
 TEST(Files, ANameOfTheLargestLengthCanBeReplaced) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QString(251, u'n') + u".xmp"_s);
