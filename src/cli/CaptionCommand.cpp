@@ -7,6 +7,7 @@
 #include "cli/ReportPrinter.h"
 #include "cli/RunOnlyDefaults.h"
 #include "cli/TerminalAlerts.h"
+#include "core/Attempt.h"
 #include "pipeline/Analyzer.h"
 #include "platform/ApiKey.h"
 #include "platform/ConsoleLog.h"
@@ -17,6 +18,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QMetaObject>
+#include <cstdio>
 
 namespace ostrelle {
 
@@ -29,8 +31,7 @@ class CaptionRun : public QObject {
 public:
     CaptionRun(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints)
         : m_options(options)
-        , m_stored(folders.defaultsFile(), m_errors)
-        , m_defaults(m_stored)
+        , m_defaults(folders.defaultsFile(), m_errors)
         , m_log(folders.data, consoleLog(), m_clock)
         , m_previews(folders.data + u"/OpenAI_Previews"_s)
         , m_keychain(m_secrets, m_errors)
@@ -67,14 +68,32 @@ public:
         return {};
     }
 
+    /// Captions all files and ends the event loop with the exit status.
+    QCoro::Task<> run() {
+        const auto done = co_await attempt(captionAll());
+        m_bar.clear();
+        if (!done) {
+            m_errors.print(u"ostrelle-caption: "_s + done.words());
+        }
+        const bool isTold = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+        if (!isTold) {
+            m_errors.print(u"ostrelle-caption: Not all results could be written to standard output."_s);
+        }
+        const bool isSuccess = done && isTold && !m_hasFailure;
+        QCoreApplication::exit(isSuccess ? ExitStatus::success : ExitStatus::fileFailed);
+    }
+
+private:
     QCoro::Task<> captionAll() {
         const QStringList files = m_options.files;
         for (qsizetype index = 0; index < files.size(); ++index) {
-            m_bar.show(index, QFileInfo(files[index]).fileName());
-            if (!QFileInfo(files[index]).isFile()) {
+            const QFileInfo file(files[index]);
+            m_bar.show(index, file.fileName());
+            if (!file.isFile()) {
                 ImageReport report;
                 report.file = files[index];
-                report.reason = u"There is no such file."_s;
+                report.reason =
+                    file.isDir() ? u"It is a folder, not an image."_s : u"There is no such file."_s;
                 tell(report);
                 continue;
             }
@@ -82,29 +101,26 @@ public:
             m_status.setCurrentFileIndex(index + 1);
             co_await m_analyzer.analyzeSingle(files[index]);
         }
-        m_bar.clear();
-        QCoreApplication::exit(m_hasFailure ? ExitStatus::fileFailed : ExitStatus::success);
     }
 
-private:
     PlainLog& consoleLog() { return m_options.verbose ? static_cast<PlainLog&>(m_output) : m_silent; }
 
-    /// Before the settings are read, the options take the place of what is stored.
+    /// Before the settings are read, the options take the place of what is stored. What the settings store
+    /// tidies up at its start stays in this run: that is the desktop program's to do.
     DefaultsStore& withRunOnlyValues() {
         if (m_options.style) {
-            m_defaults.replace(u"captionStyle"_s, rawValue(*m_options.style));
+            m_runOnly.set(u"captionStyle"_s, rawValue(*m_options.style));
         }
         if (m_options.sport) {
-            m_defaults.replace(u"sport"_s, rawValue(*m_options.sport));
+            m_runOnly.set(u"sport"_s, rawValue(*m_options.sport));
         }
         if (m_options.roster && QFileInfo(*m_options.roster).isFile()) {
-            m_defaults.replace(u"codeReplacementsFile"_s, m_references.make(*m_options.roster));
+            m_runOnly.set(u"codeReplacementsFile"_s, m_references.make(*m_options.roster));
         }
         if (m_options.overwrite != Options::Overwrite::asSet) {
-            m_defaults.replace(u"alwaysOverwriteCaptions"_s,
-                               m_options.overwrite == Options::Overwrite::always);
+            m_runOnly.set(u"alwaysOverwriteCaptions"_s, m_options.overwrite == Options::Overwrite::always);
         }
-        return m_defaults;
+        return m_runOnly;
     }
 
     void tell(const ImageReport& report) {
@@ -117,12 +133,12 @@ private:
     ConsoleLog m_output;
     ConsoleLog m_errors{stderr};
     SilentLog m_silent;
-    ProgressBar m_bar{stderr, m_options.files.size()};
+    ProgressBar m_bar{stderr, m_options.verbose ? 0 : m_options.files.size()}; // log lines tell as much
     bool m_hasFailure = false;
 
     SystemClock m_clock;
-    JsonDefaultsStore m_stored;
-    RunOnlyDefaults m_defaults;
+    JsonDefaultsStore m_defaults;
+    RunOnlyDefaults m_runOnly{m_defaults};
     PathReferences m_references;
     NoSecrets m_secrets;
     UnsandboxedAccess m_access;
@@ -148,7 +164,7 @@ int runCaptionCommand(const Options& options, const AppFolders& folders, const S
         return ExitStatus::usageOrConfiguration;
     }
     // From inside the event loop, so that a run that needs no waiting can end it.
-    QMetaObject::invokeMethod(&run, [&run] { run.captionAll(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&run, [&run] { run.run(); }, Qt::QueuedConnection);
     return QCoreApplication::exec();
 }
 

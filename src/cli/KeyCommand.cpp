@@ -4,12 +4,17 @@
 #include "cli/ExitStatus.h"
 #include "platform/ApiKey.h"
 #include "platform/ConsoleLog.h"
+#include "platform/FileError.h"
+#include "platform/Files.h"
 #include "platform/JsonDefaultsStore.h"
 
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
+#include <limits>
 
 namespace ostrelle {
 
@@ -17,14 +22,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A terminal that does not show what is typed, for the length of a scope.
+/// A terminal that does not show what is typed, for the length of a scope. Ctrl+C arrives as a character
+/// meanwhile: as a signal it would leave the terminal as it is.
 class HiddenInput {
 public:
     explicit HiddenInput(int terminal)
         : m_terminal(terminal), m_isTerminal(::tcgetattr(terminal, &m_former) == 0) {
         if (m_isTerminal) {
             termios hidden = m_former;
-            hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+            hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
             ::tcsetattr(m_terminal, TCSAFLUSH, &hidden);
         }
     }
@@ -45,14 +51,22 @@ private:
 QString readLine(std::FILE* input) {
     constexpr std::size_t longestLine = 4096;
     std::array<char, longestLine> line{};
-    return std::fgets(line.data(), static_cast<int>(line.size()), input) != nullptr
-               ? QString::fromUtf8(line.data()).trimmed()
-               : QString();
+    const bool isRead = std::fgets(line.data(), static_cast<int>(line.size()), input) != nullptr;
+    const QString key = isRead ? QString::fromUtf8(line.data()).trimmed() : QString();
+    const bool hasControl =
+        std::ranges::any_of(key, [](QChar c) { return c.category() == QChar::Other_Control; });
+    return hasControl ? QString() : key;
 }
 
-/// True when another program that opens the file now finds this key: the store itself would go on with what
-/// it could not save.
+/// True when another program that opens the file now finds this key, or none when it is empty. The store
+/// itself would go on with what it could not save, and takes a file that it cannot read for an empty one.
 bool isStored(const QString& defaultsPath, const QString& key) {
+    constexpr qint64 anySize = std::numeric_limits<qint64>::max() - 1;
+    try {
+        readFile(defaultsPath, anySize);
+    } catch (const FileError& error) {
+        return error.code() == ENOENT && key.isEmpty();
+    }
     SilentLog silent;
     const JsonDefaultsStore reader(defaultsPath, silent);
     return apiKey(reader) == key;

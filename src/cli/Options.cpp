@@ -88,6 +88,10 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
     const bool clear = parser.isSet(u"clear"_s);
     if (options.files.value(0) == u"key") {
+        const qsizetype clearOptions = clear ? 1 : 0;
+        if (parser.optionNames().size() != clearOptions) {
+            return u"\"key\" takes no options but --clear."_s;
+        }
         options.command = clear ? Options::Command::clearKey : Options::Command::storeKey;
         return options.files.size() == 1
                    ? QString()

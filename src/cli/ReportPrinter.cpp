@@ -26,6 +26,16 @@ QString detail(const QString& label, const QString& text) {
     return u"\n  %1%2"_s.arg(label.leftJustified(11), text);
 }
 
+/// Captions and names are other people's: what a terminal would obey is shown as a mark.
+QString printable(QString text) {
+    for (QChar& character : text) {
+        if (character.category() == QChar::Other_Control && character != u'\n') {
+            character = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
+}
+
 QJsonValue textOrNull(const std::optional<QString>& text) {
     return text ? QJsonValue(*text) : QJsonValue(QJsonValue::Null);
 }
@@ -49,7 +59,7 @@ QString reportText(const ImageReport& report) {
     if (report.cost) {
         text += detail(u"cost"_s, u"$%1"_s.arg(*report.cost, 0, 'f', 6));
     }
-    return text;
+    return printable(text);
 }
 
 QString reportJson(const ImageReport& report) {

@@ -7,22 +7,23 @@
 
 namespace ostrelle {
 
-/// The user's defaults with some values replaced for this run. What is replaced is never stored, neither its
-/// first value nor a later one; every other key goes through to the store below.
+/// The user's defaults for reading; whatever is set or removed here lasts for this run only and is never
+/// stored. A settings store that is loaded over it leaves the settings of the desktop program alone.
 class RunOnlyDefaults : public DefaultsStore {
 public:
     /// The store has to outlive this one.
-    explicit RunOnlyDefaults(DefaultsStore& stored) : m_stored(stored) {}
+    explicit RunOnlyDefaults(const DefaultsStore& stored) : m_stored(stored) {}
 
-    void replace(const QString& key, const QVariant& value) { m_replaced.insert(key, value); }
-
-    QVariant value(const QString& key) const override;
-    void set(const QString& key, const QVariant& value) override;
-    void remove(const QString& key) override;
+    QVariant value(const QString& key) const override {
+        const auto changed = m_changed.constFind(key);
+        return changed != m_changed.constEnd() ? *changed : m_stored.value(key);
+    }
+    void set(const QString& key, const QVariant& value) override { m_changed.insert(key, value); }
+    void remove(const QString& key) override { m_changed.insert(key, QVariant()); }
 
 private:
-    DefaultsStore& m_stored;
-    QHash<QString, QVariant> m_replaced;
+    const DefaultsStore& m_stored;
+    QHash<QString, QVariant> m_changed;
 };
 
 } // namespace ostrelle

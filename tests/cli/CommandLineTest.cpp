@@ -77,6 +77,7 @@ TEST_F(CommandLineTest, WrongUsageAndMissingConfigurationEndWithTwoAndASentence)
         {{u"--clear"_s, image}, u"--clear belongs to \"key\"."_s},
         {{u"key"_s, u"sk-123"_s}, u"read from standard input"_s},
         {{u"key"_s}, u"No key was given"_s},
+        {{u"--json"_s, u"key"_s}, u"takes no options but --clear"_s},
         {{image}, u"No API key is stored."_s},
     };
     for (const auto& row : rows) {
@@ -108,6 +109,8 @@ TEST_F(CommandLineTest, TheKeyIsReadFromStandardInputAndNeverShown) {
     write(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s, "");
     ASSERT_TRUE(QDir(folder.path()).rename(u"config"_s, u"elsewhere"_s));
     write(u"config"_s, "a file in the place of the folder");
+    const Result uncleared = run({u"key"_s, u"--clear"_s});
+    EXPECT_EQ(uncleared.status, 1) << uncleared.output.toStdString();
     const Result refused = run({u"key"_s}, "sk-secret-2\n");
     EXPECT_EQ(refused.status, 1);
     EXPECT_TRUE(refused.errors.contains(u"The key could not be stored in "_s));
@@ -140,9 +143,37 @@ TEST_F(CommandLineTest, TellsForEachFileWhatHappened) {
     EXPECT_GT(lines[0][u"cost"_s].toDouble(), 0);
     EXPECT_TRUE(QFile::exists(lines[0][u"rendition"_s].toString()));
     EXPECT_FALSE(QFile::exists(folder.filePath(u"absent.xmp"_s)));
-    for (const char* key : {"sport", "captionStyle", "codeReplacementsFile"}) {
-        EXPECT_FALSE(settingsFile().contains(key)) << key << " was for this run only";
+}
+
+TEST_F(CommandLineTest, ARunLeavesTheSettingsOfTheDesktopProgramAlone) {
+    const QByteArray settings = R"({
+        "OPENAI_API_KEY": {"text": "demo-key"}, "sourceType": {"text": "ftp"}, "transferProtocol": {"text": "sftp"},
+        "ftpPort": {"integer": 22}, "ingestFolder": {"data": "eyJmb2xkZXIiOnRydWUsInBhdGgiOiIvbW50L2NhcmQifQ=="}})";
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u"config/com.tobinvasquel.OstrelleCaptions"_s));
+    write(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s, settings);
+    const QString image = rawImage(u"a.dng"_s);
+    EXPECT_EQ(run({u"--sport"_s, u"soccer"_s, u"--keep"_s, u"--roster"_s, roster(), image}).status, 0);
+    QJsonObject after = QJsonDocument::fromJson(settingsFile()).object();
+    for (const char* counter :
+         {"UsageTracker_LastDate", "UsageTracker_TodaysCost", "UsageTracker_TodaysTokens",
+          "UsageTracker_TotalCostAllTime", "lifetime_imagesProcessed", "stats_totalProcessed"}) {
+        EXPECT_FALSE(after.take(QString::fromLatin1(counter)).isUndefined()) << counter;
     }
+    EXPECT_EQ(after, QJsonDocument::fromJson(settings).object());
+}
+
+TEST_F(CommandLineTest, ResultsThatNobodyCouldReadAreAFailure) {
+    storeKey();
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
+    environment.insert(u"XDG_DATA_HOME"_s, folder.filePath(u"data"_s));
+    program.setProcessEnvironment(environment);
+    program.setWorkingDirectory(folder.path());
+    program.setStandardOutputFile(u"/dev/full"_s);
+    program.start(QStringLiteral(CAPTION_PROGRAM), {u"--roster"_s, roster(), rawImage(u"a.dng"_s)});
+    ASSERT_TRUE(program.waitForFinished(60'000));
+    EXPECT_EQ(program.exitCode(), 1);
 }
 
 TEST_F(CommandLineTest, LogLinesGoToTheFileAndOnRequestToStandardOutput) {
