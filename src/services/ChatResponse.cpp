@@ -48,10 +48,20 @@ Choice decodeChoice(const JsonFields& fields) {
             .finishReason = fields.optionalText(u"finish_reason"_s)};
 }
 
+/// A count that some text and a picture can have; what is not would be added to the user's costs for ever.
+qint64 tokenCount(const JsonFields& fields, const QString& name) {
+    constexpr qint64 mostTokens = 1'000'000'000;
+    const qint64 count = fields.integer(name);
+    if (count < 0 || count > mostTokens) {
+        throw OpenAIError::decoding(u"%1 is no number of tokens: %2"_s.arg(name, QString::number(count)));
+    }
+    return count;
+}
+
 Usage decodeUsage(const JsonFields& fields) {
-    return {.promptTokens = fields.integer(u"prompt_tokens"_s),
-            .completionTokens = fields.integer(u"completion_tokens"_s),
-            .totalTokens = fields.integer(u"total_tokens"_s)};
+    return {.promptTokens = tokenCount(fields, u"prompt_tokens"_s),
+            .completionTokens = tokenCount(fields, u"completion_tokens"_s),
+            .totalTokens = tokenCount(fields, u"total_tokens"_s)};
 }
 
 } // namespace

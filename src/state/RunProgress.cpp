@@ -47,8 +47,11 @@ double batchProgress(const RunProgress& run) {
 }
 
 double batchedRunProgress(const RunProgress& run) {
-    if (run.totalBatchCount < 1 || run.totalFiles < 1) {
+    if (run.totalBatchCount < 1) {
         return 0;
+    }
+    if (run.totalFiles < 1) { // the fields of a run that has just ended are cleared one by one
+        return done(run) > 0 ? 1 : 0;
     }
     const double total = real(run.totalFiles);
     if (run.isWaitingForAPI && run.currentBatchNumber >= 1) {
