@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QVariant>
+#include <QVariantMap>
 #include <optional>
 
 namespace ostrelle {
@@ -18,6 +19,12 @@ public:
     /// Stores the value at once. A failure to save is logged; the value then lasts until the program ends.
     virtual void set(const QString& key, const QVariant& value) = 0;
     virtual void remove(const QString& key) = 0;
+    /// Stores several values that belong together, in one go where the store can.
+    virtual void setAll(const QVariantMap& values) {
+        for (auto value = values.begin(); value != values.end(); ++value) {
+            set(value.key(), *value);
+        }
+    }
 
     bool exists(const QString& key) const { return value(key).isValid(); }
 

@@ -17,9 +17,11 @@
 #include <QJsonDocument>
 #include <QVariantList>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace ostrelle {
@@ -147,19 +149,11 @@ QVariant decode(const QJsonValue& tagged, int depth) {
     return type == "list"_L1 ? decodeList(stored, depth) : QVariant();
 }
 
-/// All keys of the file with their tagged values, or nothing when any of it is not valid.
+/// All keys of the file with their tagged values, or nothing when it is not JSON of that shape. An entry that
+/// this version does not understand is nothing to read but stays in the file.
 std::optional<QJsonObject> parse(const QByteArray& bytes) {
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
-    if (!document.isObject()) {
-        return std::nullopt;
-    }
-    QJsonObject contents = document.object();
-    for (const QJsonValue tagged : std::as_const(contents)) {
-        if (!decode(tagged).isValid()) {
-            return std::nullopt;
-        }
-    }
-    return contents;
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
 }
 
 QJsonObject merged(QJsonObject stored, const QJsonObject& changes) {
@@ -171,6 +165,14 @@ QJsonObject merged(QJsonObject stored, const QJsonObject& changes) {
         }
     }
     return stored;
+}
+
+/// Both sets of changes, the later ones on top.
+QJsonObject joined(QJsonObject earlier, const QJsonObject& later) {
+    for (auto change = later.constBegin(); change != later.constEnd(); ++change) {
+        earlier.insert(change.key(), change.value());
+    }
+    return earlier;
 }
 
 void makePrivateFolder(const QString& path) {
@@ -195,15 +197,20 @@ QString asideName(const QString& path) {
 /// the lock file itself stays, as removing it would pull it away from under somebody who waits for it.
 class WriteLock {
 public:
+    /// Waits a tenth of a second at most: a write takes far less, and a process that has been stopped in the
+    /// middle of one must not stop the others. Throws FileError.
     explicit WriteLock(const QString& path) : m_path(path + u".lock"_s) {
         m_descriptor =
             ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, privateFile);
-        while (m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX) != 0) {
-            if (errno != EINTR) {
+        constexpr int tries = 50;
+        for (int left = tries; m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0; --left) {
+            if (left == 0 || (errno != EWOULDBLOCK && errno != EINTR)) {
                 const int reason = errno;
                 ::close(m_descriptor);
                 errno = reason;
                 m_descriptor = -1;
+            } else {
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
             }
         }
         if (m_descriptor < 0) {
@@ -267,26 +274,33 @@ QVariant JsonDefaultsStore::value(const QString& key) const {
 }
 
 void JsonDefaultsStore::set(const QString& key, const QVariant& value) {
-    const QJsonValue tagged = encode(value);
-    if (tagged.isUndefined()) {
-        m_log.print(u"[DefaultsStore] The value for %1 cannot be stored, its type is %2"_s.arg(
-            key, QString::fromUtf8(value.typeName())));
-        return;
+    setAll({{key, value}});
+}
+
+void JsonDefaultsStore::setAll(const QVariantMap& values) {
+    QJsonObject changes;
+    for (auto value = values.begin(); value != values.end(); ++value) {
+        const QJsonValue tagged = encode(*value);
+        if (tagged.isUndefined()) {
+            m_log.print(u"[DefaultsStore] The value for %1 cannot be stored, its type is %2"_s.arg(
+                value.key(), QString::fromUtf8(value->typeName())));
+        } else {
+            changes.insert(value.key(), tagged);
+        }
     }
-    change(key, tagged);
+    change(changes);
 }
 
 void JsonDefaultsStore::remove(const QString& key) {
-    change(key, QJsonValue::Null);
+    change({{key, QJsonValue::Null}});
 }
 
-void JsonDefaultsStore::change(const QString& key, const QJsonValue& tagged) {
+void JsonDefaultsStore::change(const QJsonObject& changes) {
     refresh();
-    const bool isHeld = tagged.isNull() ? !m_stored.contains(key) : m_stored.value(key) == tagged;
-    if (isHeld && m_unsaved.isEmpty()) {
+    if (merged(m_stored, changes) == m_stored && m_unsaved.isEmpty()) {
         return;
     }
-    m_unsaved.insert(key, tagged);
+    m_unsaved = joined(m_unsaved, changes);
     if (m_isFileOffLimits) {
         return;
     }

@@ -26,11 +26,13 @@ public:
     QVariant value(const QString& key) const override;
     void set(const QString& key, const QVariant& value) override;
     void remove(const QString& key) override;
+    void setAll(const QVariantMap& values) override;
 
 private:
     class Snapshot;
 
-    void change(const QString& key, const QJsonValue& tagged);
+    /// `changes` has null for a removed key.
+    void change(const QJsonObject& changes);
     void save();
     void refresh() const;
     bool reload() const;

@@ -113,6 +113,7 @@ void makeStateless(QNetworkRequest& request) {
     request.setAttribute(Request::CookieLoadControlAttribute, Request::Manual);
     request.setAttribute(Request::CookieSaveControlAttribute, Request::Manual);
     request.setAttribute(Request::AuthenticationReuseAttribute, Request::Manual);
+    request.setHeader(Request::UserAgentHeader, u"OstrelleCaptions"_s);
     // The replies are short, and a compressed one could unfold to any size.
     request.setRawHeader("Accept-Encoding", "identity");
 }
@@ -125,6 +126,7 @@ HttpChannel::HttpChannel(Clock& clock)
 HttpChannel::~HttpChannel() {
     // Whoever waits for a reply would wait for ever if it were just deleted. Without the manager, nobody
     // who is woken by this can start another request.
+    m_gate->close();
     const std::unique_ptr<QNetworkAccessManager> manager = std::move(m_manager);
     const auto replies = manager->findChildren<QNetworkReply*>();
     for (QNetworkReply* reply : replies) {
@@ -133,9 +135,12 @@ HttpChannel::~HttpChannel() {
 }
 
 QCoro::Task<HttpReply> HttpChannel::post(QNetworkRequest request, QByteArray body) {
-    if (!m_manager) {
+    const std::shared_ptr<RequestGate> gate = m_gate;
+    const bool mayPass = co_await RequestGate::enter(gate);
+    if (!mayPass) { // the channel is gone, or about to be
         throw TransportError(QNetworkReply::OperationCanceledError, u"The program is closing."_s);
     }
+    const RequestGate::Pass pass(gate);
     makeStateless(request);
     auto upload = std::make_unique<OneTimeBody>(std::move(body));
     const ReplyPointer reply(m_manager->post(request, upload.get()));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "services/RequestGate.h"
 
 #include <QByteArray>
 #include <QCoroTask>
@@ -20,14 +21,17 @@ struct HttpReply {
     QByteArray body;
 };
 
-/// Sends requests, each under one deadline and with a bounded reply. Redirects are not followed, cookies
-/// and credentials not kept. Destroying the channel fails what is in flight.
+/// Sends requests, so many at once, each under one deadline and with a bounded reply. Redirects are not
+/// followed, cookies and credentials not kept. Destroying the channel fails what is in flight.
 class HttpChannel {
 public:
     /// From the start of the request to the last byte of its reply.
     static constexpr std::chrono::milliseconds timeOut = std::chrono::seconds(60);
     /// In bytes. The longest reply that the services give is a thousandth of it.
     static constexpr qsizetype largestReply = qsizetype{4} * 1024 * 1024;
+
+    /// As many as Qt keeps connections to one host: more would only wait inside Qt, on their own time.
+    static constexpr int mostAtOnce = 6;
 
     explicit HttpChannel(Clock& clock);
     ~HttpChannel();
@@ -38,6 +42,7 @@ public:
 private:
     Clock& m_clock;
     std::unique_ptr<QNetworkAccessManager> m_manager;
+    std::shared_ptr<RequestGate> m_gate = std::make_shared<RequestGate>(mostAtOnce);
 };
 
 } // namespace ostrelle

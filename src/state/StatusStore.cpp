@@ -20,6 +20,10 @@ const QString processingTimesKey = u"stats_processingTimes"_s;
 
 constexpr qsizetype rememberedRuns = 100; // few enough to write the whole list after each run
 
+qint64 storedCount(const DefaultsStore& defaults, const QString& key) {
+    return defaults.get<qint64>(key).value_or(0);
+}
+
 /// The stored list, or an empty one when it holds anything but numbers.
 QList<double> loadTimes(const DefaultsStore& defaults) {
     QList<double> times;
@@ -38,14 +42,18 @@ QList<double> loadTimes(const DefaultsStore& defaults) {
 StatusStore::StatusStore(DefaultsStore& defaults, Clock& clock)
     : m_defaults(defaults)
     , m_clock(clock)
-    , m_totalProcessedAllTime(defaults.get<qint64>(totalProcessedKey).value_or(0))
-    , m_totalFailedAllTime(defaults.get<qint64>(totalFailedKey).value_or(0))
-    , m_lifetimeImagesProcessed(defaults.get<qint64>(lifetimeKey).value_or(0))
+    , m_totalProcessedAllTime(storedCount(defaults, totalProcessedKey))
+    , m_totalFailedAllTime(storedCount(defaults, totalFailedKey))
+    , m_lifetimeImagesProcessed(storedCount(defaults, lifetimeKey))
     , m_processingTimes(loadTimes(defaults)) {}
 
 void StatusStore::recordImageProcessed() {
-    setTotalProcessedAllTime(sumOf(m_totalProcessedAllTime, 1));
-    setLifetimeImagesProcessed(sumOf(m_lifetimeImagesProcessed, 1));
+    // On top of what is stored by now: another process may have counted, too.
+    const qint64 total = sumOf(storedCount(m_defaults, totalProcessedKey), 1);
+    const qint64 lifetime = sumOf(storedCount(m_defaults, lifetimeKey), 1);
+    publish(this, m_totalProcessedAllTime, total, &StatusStore::totalProcessedAllTimeChanged);
+    publish(this, m_lifetimeImagesProcessed, lifetime, &StatusStore::lifetimeImagesProcessedChanged);
+    m_defaults.setAll({{totalProcessedKey, total}, {lifetimeKey, lifetime}});
     Q_EMIT imageProcessed();
 }
 

@@ -25,16 +25,20 @@ QString dollars(double amount) {
 } // namespace
 
 UsageTracker::UsageTracker(DefaultsStore& defaults, Clock& clock, PlainLog& log)
-    : m_defaults(defaults)
-    , m_clock(clock)
-    , m_log(log)
-    , m_totalCostAllTime(defaults.get<double>(totalCostKey).value_or(0)) {
-    if (isStoredDayToday()) {
-        m_todaysCost = defaults.get<double>(costKey).value_or(0);
-        m_todaysTokens = defaults.get<qint64>(tokensKey).value_or(0);
-    } else {
-        saveToday();
+    : m_defaults(defaults), m_clock(clock), m_log(log) {
+    readTotals();
+    if (!isStoredDayToday()) {
+        m_defaults.setAll(todaysValues());
     }
+}
+
+/// What is stored by now: another process may have added to it.
+void UsageTracker::readTotals() {
+    const bool isToday = isStoredDayToday();
+    setToday(isToday ? m_defaults.get<double>(costKey).value_or(0) : 0,
+             isToday ? m_defaults.get<qint64>(tokensKey).value_or(0) : 0);
+    publish(this, m_totalCostAllTime, m_defaults.get<double>(totalCostKey).value_or(0),
+            &UsageTracker::totalCostAllTimeChanged);
 }
 
 double UsageTracker::costOf(qint64 inputTokens, qint64 outputTokens) {
@@ -46,13 +50,14 @@ double UsageTracker::costOf(qint64 inputTokens, qint64 outputTokens) {
 void UsageTracker::recordUsage(qint64 inputTokens, qint64 outputTokens) {
     if (!isStoredDayToday()) {
         m_log.print(u"[UsageTracker] New day detected, resetting counters"_s);
-        setToday(0, 0);
     }
+    readTotals();
     const double cost = costOf(inputTokens, outputTokens);
     setToday(m_todaysCost + cost, sumOf(m_todaysTokens, sumOf(inputTokens, outputTokens)));
     publish(this, m_totalCostAllTime, m_totalCostAllTime + cost, &UsageTracker::totalCostAllTimeChanged);
-    m_defaults.set(totalCostKey, m_totalCostAllTime);
-    saveToday();
+    QVariantMap values = todaysValues();
+    values.insert(totalCostKey, m_totalCostAllTime);
+    m_defaults.setAll(values);
     m_log.print(u"[UsageTracker] Recorded: %1 in + %2 out = %3. Today: %4, All time: %5"_s.arg(
         QString::number(inputTokens), QString::number(outputTokens), dollars(cost), dollars(m_todaysCost),
         dollars(m_totalCostAllTime)));
@@ -72,10 +77,8 @@ void UsageTracker::setToday(double cost, qint64 tokens) {
     publish(this, m_todaysTokens, tokens, &UsageTracker::todaysTokensChanged);
 }
 
-void UsageTracker::saveToday() {
-    m_defaults.set(costKey, m_todaysCost);
-    m_defaults.set(tokensKey, m_todaysTokens);
-    m_defaults.set(dayKey, today());
+QVariantMap UsageTracker::todaysValues() const {
+    return {{costKey, m_todaysCost}, {tokensKey, m_todaysTokens}, {dayKey, today()}};
 }
 
 } // namespace ostrelle

@@ -43,7 +43,8 @@ private:
     QString today() const;
     bool isStoredDayToday() const;
     void setToday(double cost, qint64 tokens);
-    void saveToday();
+    QVariantMap todaysValues() const;
+    void readTotals();
 
     DefaultsStore& m_defaults;
     Clock& m_clock;

@@ -5,18 +5,18 @@
 #include "services/OpenAIError.h"
 #include "services/TransportError.h"
 #include "support/Await.h"
+#include "support/JpegBuilder.h"
 #include "support/MemoryDefaults.h"
 #include "support/ModelStandIn.h"
 #include "support/RecordingLog.h"
+#include "support/SportsScene.h"
 #include "support/StandInCompletion.h"
 #include "support/VirtualClock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QBuffer>
 #include <QCoreApplication>
-#include <QImage>
 #include <QJsonDocument>
 #include <QTcpServer>
 #include <limits>
@@ -35,13 +35,7 @@ const QString key = u"sk-test-0123456789abcdef"_s;
 const QString prompt = u"Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style."_s;
 
 QByteArray smallJpeg() {
-    QImage image(16, 12, QImage::Format_RGB32);
-    image.fill(Qt::darkGreen);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPEG");
-    return bytes;
+    return jpegFile(SportsScene(16, 12, 1).image());
 }
 
 /// A reply whose first choice has this JSON as its content.
@@ -73,18 +67,12 @@ protected:
     /// The failure of a call, which must be of this kind.
     template <typename Failure>
     static Failure failureOf(QCoro::Task<CaptionReply> task) {
-        std::optional<Failure> failure;
-        EXPECT_THROW(
-            {
-                try {
-                    await(std::move(task));
-                } catch (const Failure& error) {
-                    failure.emplace(error);
-                    throw;
-                }
-            },
-            Failure);
-        return failure.value();
+        try {
+            await(std::move(task));
+        } catch (const Failure& error) {
+            return error;
+        }
+        throw std::runtime_error("the call has not failed");
     }
     OpenAIError refusal(StandInAnswer answer) {
         log.lines.clear();
@@ -100,7 +88,8 @@ protected:
 };
 
 TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
-    const CaptionReply reply = ask();
+    const QByteArray jpeg = smallJpeg() + QByteArray(1'300'000, '\0');
+    const CaptionReply reply = await(client.generateCaption(jpeg, prompt, u"gpt-4o-mini"_s, 180, 0.2));
 
     ASSERT_EQ(standIn.requests().size(), 1);
     const HttpRequest& request = standIn.requests().first();
@@ -108,40 +97,28 @@ TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
     EXPECT_EQ(request.path, "/v1/chat/completions");
     EXPECT_EQ(request.header("Authorization"), "Bearer " + key.toUtf8());
     EXPECT_EQ(request.header("Content-Type"), "application/json");
-    EXPECT_EQ(standIn.lastJson(), QJsonDocument::fromJson(R"({
+    const QByteArray expected = R"({
         "model": "gpt-4o-mini",
         "messages": [
             {"role": "system", "content": [{"type": "text", "text": "Return one factual sports caption."}]},
             {"role": "user", "content": [
                 {"type": "text", "text": "Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style."},
-                {"type": "image_url",
-                 "image_url": {"url": "data:image/jpeg;base64,)" +
-                                                          smallJpeg().toBase64() + R"(", "detail": "low"}}]}],
+                {"type": "image_url", "image_url": {"url": "data:image/jpeg;base64,JPEG", "detail": "low"}}]}],
         "temperature": 0.2,
-        "max_tokens": 180})")
-                                      .object());
+        "max_tokens": 180})";
+    EXPECT_EQ(standIn.lastJson(),
+              QJsonDocument::fromJson(QByteArray(expected).replace("JPEG", jpeg.toBase64())).object());
 
     EXPECT_EQ(reply.text, standInCaption(prompt));
     ASSERT_TRUE(reply.usage);
-    EXPECT_EQ(reply.usage->totalTokens, reply.usage->promptTokens + reply.usage->completionTokens);
-
-    const QByteArray jpeg = smallJpeg();
     EXPECT_THAT(log.lines,
-                ElementsAre(u"[OpenAIClient] JPEG bytes: %1 (0.00 MB)"_s.arg(jpeg.size()),
+                ElementsAre(u"[OpenAIClient] JPEG bytes: %1 (1.24 MB)"_s.arg(jpeg.size()),
                             u"[OpenAIClient] base64 length: %1 characters"_s.arg(jpeg.toBase64().size()),
                             u"[OpenAIClient] JSON body size: %1 bytes"_s.arg(request.body.size()),
                             u"[OpenAIClient] Usage: %1 prompt + %2 completion = %3 total tokens"_s
                                 .arg(reply.usage->promptTokens)
                                 .arg(reply.usage->completionTokens)
                                 .arg(reply.usage->totalTokens)));
-}
-
-TEST_F(OpenAIClientTest, LogsTheSizeInMebibytes) {
-    QByteArray padded = smallJpeg();
-    padded.append(QByteArray(1'300'000 - padded.size(), '\0'));
-    await(client.generateCaption(padded, prompt, u"gpt-4o-mini"_s, 180, 0.2));
-    EXPECT_EQ(log.lines.at(0), u"[OpenAIClient] JPEG bytes: 1300000 (1.24 MB)");
-    EXPECT_EQ(log.lines.at(1), u"[OpenAIClient] base64 length: 1733336 characters");
 }
 
 TEST(ChatRequestTest, LeavesOutWhatIsAbsent) {
@@ -197,27 +174,23 @@ TEST_F(OpenAIClientTest, NeverTellsTheKey) {
 }
 
 TEST_F(OpenAIClientTest, ReadsEveryFormOfContent) {
-    struct Row {
+    const struct {
         const char* content;
         const char* caption; ///< null: there is none
-    };
-    const Row rows[] = {
+    } rows[] = {
         {R"("A goal.")", "A goal."},
-        {R"([{"type":"text","text":"A goal."}])", "A goal."},
-        {R"("\n A goal.\t\n\n")", "A goal."},
+        {R"("\n A  goal.\t\n\n")", "A  goal."},
         {R"([{"type":"text","text":"A"},{"type":"text","text":"goal."}])", "A goal."},
-        {R"([{"type":"image_url"},{"text":"A goal."},{"type":"text","text":null}])", "A goal."},
-        {R"([{"type":"reasoning","text":"A"},{"text":"goal."}])", "A goal."},
-        {R"("")", nullptr},
+        {R"([{"type":"image_url"},{"text":"A"},{"type":"reasoning","text":"goal."},{"text":null}])",
+         "A goal."},
         {R"(" \n ")", nullptr},
         {R"([])", nullptr},
-        {R"([{"type":"image_url"}])", nullptr},
         {R"(["A goal."])", nullptr},
         {R"([{"type":"text","text":"A goal."},{"text":5}])", nullptr},
         {R"(null)", nullptr},
         {R"({"text":"A goal."})", nullptr},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.content);
         if (row.caption) {
             EXPECT_EQ(askWith({.body = replyWithContent(row.content)}).text, QString::fromUtf8(row.caption));
@@ -227,8 +200,6 @@ TEST_F(OpenAIClientTest, ReadsEveryFormOfContent) {
             EXPECT_EQ(error.localizedDescription(), u"No caption returned.");
         }
     }
-    const QByteArray withoutContent = R"({"id":"c","choices":[{"index":0,"message":{"role":"assistant"}}]})";
-    EXPECT_EQ(refusal({.body = withoutContent}).kind(), OpenAIError::Case::noChoices);
     EXPECT_EQ(refusal({.body = R"({"id":"c","choices":[]})"}).kind(), OpenAIError::Case::noChoices);
 }
 
@@ -250,20 +221,14 @@ TEST_F(OpenAIClientTest, TellsWhichFieldOfAReplyIsOff) {
         QByteArray body;
         const char* text;
     } rows[] = {
-        {"", "The body is not JSON: illegal value at byte 0."},
         {"<html>busy</html>", "The body is not JSON: illegal value at byte 1."},
         {"[]", "The body is not an object."},
-        {R"({"choices":[]})", "The field \"id\" is missing."},
         {R"({"id":null,"choices":[]})", "The field \"id\" is missing."},
         {R"({"id":1,"choices":[]})", "The field \"id\" is not a text."},
-        {R"({"id":"c"})", "The field \"choices\" is missing."},
         {R"({"id":"c","choices":{}})", "The field \"choices\" is not a list."},
         {R"({"id":"c","choices":["A goal."]})", "The field \"choices[0]\" is not an object."},
-        {R"({"id":"c","choices":[{"message":{"role":"assistant"}}]})",
-         "The field \"choices[0].index\" is missing."},
         {R"({"id":"c","choices":[{"index":0.5,"message":{"role":"assistant"}}]})",
          "The field \"choices[0].index\" is not an integer."},
-        {R"({"id":"c","choices":[{"index":0}]})", "The field \"choices[0].message\" is missing."},
         {R"({"id":"c","choices":[{"index":0,"message":{"content":"A goal."}}]})",
          "The field \"choices[0].message.role\" is missing."},
         {R"({"id":"c","choices":[{"index":0,"message":{"role":"assistant"},"finish_reason":3}]})",
@@ -271,10 +236,12 @@ TEST_F(OpenAIClientTest, TellsWhichFieldOfAReplyIsOff) {
         {replyWithUsage("[]"), "The field \"usage\" is not an object."},
         {replyWithUsage(R"({"prompt_tokens":1,"completion_tokens":1})"),
          "The field \"usage.total_tokens\" is missing."},
-        {replyWithUsage(R"({"prompt_tokens":"1","completion_tokens":1,"total_tokens":2})"),
-         "The field \"usage.prompt_tokens\" is not an integer."},
         {replyWithUsage(R"({"prompt_tokens":1,"completion_tokens":1e30,"total_tokens":2})"),
          "The field \"usage.completion_tokens\" is not an integer."},
+        {replyWithUsage(R"({"prompt_tokens":-1,"completion_tokens":1,"total_tokens":0})"),
+         "prompt_tokens is no number of tokens: -1"},
+        {replyWithUsage(R"({"prompt_tokens":1,"completion_tokens":1000000001,"total_tokens":2})"),
+         "completion_tokens is no number of tokens: 1000000001"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.body.constData());
@@ -293,15 +260,15 @@ TEST_F(OpenAIClientTest, TellsWhichFieldOfAReplyIsOff) {
 
 TEST_F(OpenAIClientTest, PassesOnWhatTheServiceSaysWithAnErrorStatus) {
     const QByteArray said = "{\"error\": {\n  \"message\": \"No “such” thing\"}}";
-    for (const int status : {199, 302, 400, 401, 403, 404, 407, 429, 500, 503, 529}) {
+    for (const int status : {300, 302, 400, 401, 403, 404, 407, 429, 500, 503, 529}) {
         SCOPED_TRACE(status);
         const OpenAIError error =
             refusal({.status = status,
-                     .body = status == 199 ? QByteArray() : said,
+                     .body = said,
                      .headers = {{"Location", standIn.url().toEncoded() + "/v1/chat/completions"},
                                  {"WWW-Authenticate", "Basic realm=\"model\""},
                                  {"Retry-After", "1"}}});
-        const QString body = status == 199 ? QString() : QString::fromUtf8(said);
+        const QString body = QString::fromUtf8(said);
         EXPECT_EQ(error.kind(), OpenAIError::Case::http);
         EXPECT_EQ(error.statusCode(), status);
         EXPECT_EQ(error.body(), body);

@@ -3,126 +3,37 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace ostrelle {
 
-namespace {
-
-struct Row {
-    const char* name;
-    RunProgress run;
-    double expected;
-};
-
-TEST(RunProgressTest, Overall) {
-    const std::vector<Row> rows = {
-        {"no run", {.processed = 3}, 0},
-        {"failures count", {.processed = 2, .failed = 1, .totalFiles = 10}, 0.3},
-        {"the index may be ahead", {.processed = 2, .totalFiles = 10, .currentFileIndex = 4}, 0.4},
-        {"or behind", {.processed = 5, .totalFiles = 10, .currentFileIndex = 4}, 0.5},
-        {"70 % into the batch in flight",
-         {.totalFiles = 10, .isWaitingForAPI = true, .currentBatchStartIndex = 0, .currentBatchSize = 5},
-         0.35},
-        {"later batch",
-         {.processed = 5,
-          .totalFiles = 10,
-          .isWaitingForAPI = true,
-          .currentBatchStartIndex = 5,
-          .currentBatchSize = 5},
-         0.85},
-        {"more is done than assumed",
-         {.processed = 5,
-          .totalFiles = 10,
-          .isWaitingForAPI = true,
-          .currentBatchStartIndex = 0,
-          .currentBatchSize = 5},
-         0.5},
-        {"no batch in flight",
-         {.processed = 1,
-          .totalFiles = 10,
-          .isWaitingForAPI = true,
-          .currentBatchStartIndex = -1,
-          .currentBatchSize = 9},
-         0.1},
-        {"short of the end",
-         {.processed = 9,
-          .totalFiles = 10,
-          .isWaitingForAPI = true,
-          .currentBatchStartIndex = 9,
-          .currentBatchSize = 9},
-         0.99},
-        {"unless all is done",
-         {.processed = 10,
-          .totalFiles = 10,
-          .isWaitingForAPI = true,
-          .currentBatchStartIndex = 9,
-          .currentBatchSize = 9},
-         1},
+TEST(RunProgressTest, FractionsOfTheRunTheBatchAndTheRunInBatches) {
+    const struct {
+        const char* name;
+        RunProgress run; // processed, failed, of how many, index; in flight; batch's start, size, number, of
+        double overall;
+        double batch;
+        double batchedRun;
+    } rows[] = {
+        {"no run", {0, 0, 0, 4, true, 0, 5, 1, 2}, 0, 0, 0},
+        {"fields of an ended run, half cleared", {3, 1, 0, 0, false, 0, 5, 1, 2}, 0, 0, 1},
+        {"not in batches", {5, 0, 10, 0, false, 0, 0, 0, 0}, 0.5, 0, 0},
+        {"failures count", {2, 1, 10, 0, false, 0, 4, 1, 3}, 0.3, 0.75, 0.3},
+        {"the index is ahead", {2, 0, 10, 4, false, 0, 4, 1, 3}, 0.4, 0.5, 0.2},
+        {"the index is behind", {5, 0, 10, 4, false, 4, 4, 2, 3}, 0.5, 0.25, 0.5},
+        {"the batch is over", {9, 0, 10, 0, false, 0, 4, 1, 3}, 0.9, 1, 0.9},
+        {"more than was to be done", {11, 0, 10, 0, false, 9, 1, 3, 3}, 1.1, 1, 1},
+        {"first batch in flight", {0, 0, 10, 0, true, 0, 5, 1, 2}, 0.35, 0.8, 0.4},
+        {"later batch in flight", {5, 0, 20, 0, true, 5, 5, 2, 4}, 0.425, 0.8, 0.45},
+        {"more is done than assumed", {9, 0, 100, 0, true, 0, 10, 1, 10}, 0.09, 0.9, 0.17},
+        {"all of the batch is done", {4, 0, 10, 0, true, 0, 4, 1, 3}, 0.4, 0.99, 0.72},
+        {"in flight, but before a batch", {1, 0, 10, 0, true, -1, 9, 0, 2}, 0.1, 0.8, 0.1},
+        {"short of the end", {9, 0, 10, 0, true, 9, 9, 2, 2}, 0.99, 0.8, 0.99},
+        {"unless all is done", {10, 0, 10, 0, true, 9, 9, 2, 2}, 1, 0.8, 0.99},
     };
-    for (const Row& row : rows) {
-        EXPECT_DOUBLE_EQ(overallProgress(row.run), row.expected) << row.name;
+    for (const auto& row : rows) {
+        EXPECT_DOUBLE_EQ(overallProgress(row.run), row.overall) << row.name;
+        EXPECT_DOUBLE_EQ(batchProgress(row.run), row.batch) << row.name;
+        EXPECT_DOUBLE_EQ(batchedRunProgress(row.run), row.batchedRun) << row.name;
     }
 }
-
-TEST(RunProgressTest, BatchInHand) {
-    const std::vector<Row> rows = {
-        {"no run", {.processed = 1, .currentBatchSize = 5}, 0},
-        {"no batch", {.processed = 1, .totalFiles = 10}, 0},
-        {"counted",
-         {.processed = 6, .failed = 1, .totalFiles = 10, .currentBatchStartIndex = 5, .currentBatchSize = 4},
-         0.5},
-        {"at most all",
-         {.processed = 9, .totalFiles = 10, .currentBatchStartIndex = 0, .currentBatchSize = 4},
-         1},
-        {"waiting", {.totalFiles = 10, .isWaitingForAPI = true, .currentBatchSize = 4}, 0.8},
-        {"waiting for the last",
-         {.processed = 9, .totalFiles = 100, .isWaitingForAPI = true, .currentBatchSize = 10},
-         0.9},
-        {"waiting though all is done",
-         {.processed = 4, .totalFiles = 10, .isWaitingForAPI = true, .currentBatchSize = 4},
-         0.99},
-    };
-    for (const Row& row : rows) {
-        EXPECT_DOUBLE_EQ(batchProgress(row.run), row.expected) << row.name;
-    }
-}
-
-TEST(RunProgressTest, RunInBatches) {
-    const std::vector<Row> rows = {
-        {"not in batches", {.processed = 5, .totalFiles = 10}, 0},
-        {"no files", {.totalFiles = 0, .totalBatchCount = 2}, 0},
-        {"counted", {.processed = 4, .failed = 1, .totalFiles = 10, .totalBatchCount = 2}, 0.5},
-        {"at most all", {.processed = 11, .totalFiles = 10, .totalBatchCount = 2}, 1},
-        {"waiting",
-         {.processed = 5,
-          .totalFiles = 20,
-          .isWaitingForAPI = true,
-          .currentBatchSize = 5,
-          .currentBatchNumber = 2,
-          .totalBatchCount = 4},
-         0.45},
-        {"waiting, before the first batch",
-         {.processed = 5,
-          .totalFiles = 20,
-          .isWaitingForAPI = true,
-          .currentBatchSize = 5,
-          .totalBatchCount = 4},
-         0.25},
-        {"waiting for the last",
-         {.processed = 19,
-          .totalFiles = 20,
-          .isWaitingForAPI = true,
-          .currentBatchSize = 5,
-          .currentBatchNumber = 4,
-          .totalBatchCount = 4},
-         0.99},
-    };
-    for (const Row& row : rows) {
-        EXPECT_DOUBLE_EQ(batchedRunProgress(row.run), row.expected) << row.name;
-    }
-}
-
-} // namespace
 
 } // namespace ostrelle

@@ -24,28 +24,26 @@ public:
     }
 
     QCoro::Task<int> save(QString service, QString account, QString secret) override {
-        begun.append(QStringLiteral("save ") + secret);
-        co_await m_clock.sleep(std::chrono::seconds(1));
-        if (saveStatus != 0) {
-            co_return saveStatus;
-        }
+        co_await begin(QStringLiteral("save ") + secret);
         co_return co_await MemorySecrets::save(service, account, secret);
     }
     QCoro::Task<std::optional<QString>> load(QString service, QString account) override {
-        begun.append(QStringLiteral("load"));
-        co_await m_clock.sleep(std::chrono::seconds(1));
+        co_await begin(QStringLiteral("load"));
         co_return co_await MemorySecrets::load(service, account);
     }
     QCoro::Task<int> remove(QString service, QString account) override {
-        begun.append(QStringLiteral("remove"));
-        co_await m_clock.sleep(std::chrono::seconds(1));
+        co_await begin(QStringLiteral("remove"));
         co_return co_await MemorySecrets::remove(service, account);
     }
 
     QStringList begun;
-    int saveStatus = 0;
 
 private:
+    QCoro::Task<> begin(QString operation) {
+        begun.append(operation);
+        return m_clock.sleep(std::chrono::seconds(1));
+    }
+
     VirtualClock& m_clock;
 };
 

@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStringList>
+#include <cmath>
 
 namespace ostrelle {
 
@@ -15,13 +16,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-[[noreturn]] void refuseType(const QString& path, const QString& expected) {
-    throw ApiFault(400, u"Invalid type for '"_s + path + u"': expected "_s + expected + u'.', path,
-                   u"invalid_type"_s);
-}
-
-[[noreturn]] void refuseValue(const QString& path, const QString& reason) {
-    throw ApiFault(400, u"Invalid value for '"_s + path + u"': "_s + reason, path, u"invalid_value"_s);
+[[noreturn]] void refuse(const QString& path, const QString& reason) {
+    throw ApiFault(400, u"Invalid value for '"_s + path + u"': "_s + reason, path);
 }
 
 /// An object of the request and where it stands; what is asked of it is refused by its full path.
@@ -30,12 +26,11 @@ public:
     Fields(const QJsonValue& value, QString path, const QStringList& known)
         : m_object(value.toObject()), m_path(std::move(path)) {
         if (!value.isObject()) {
-            refuseType(m_path, u"an object"_s);
+            refuse(m_path, u"expected an object."_s);
         }
         for (const QString& name : m_object.keys()) {
             if (!known.contains(name)) {
-                throw ApiFault(400, u"Unknown parameter: '"_s + pathOf(name) + u"'."_s, pathOf(name),
-                               u"unknown_parameter"_s);
+                throw ApiFault(400, u"Unknown parameter: '"_s + pathOf(name) + u"'."_s, pathOf(name));
             }
         }
     }
@@ -45,36 +40,29 @@ public:
 
     QJsonValue value(const QString& name) const {
         if (!has(name)) {
-            throw ApiFault(400, u"Missing required parameter: '"_s + pathOf(name) + u"'."_s, pathOf(name),
-                           u"missing_required_parameter"_s);
+            throw ApiFault(400, u"Missing required parameter: '"_s + pathOf(name) + u"'."_s, pathOf(name));
         }
         return m_object.value(name);
     }
 
     QString text(const QString& name) const {
         if (!value(name).isString()) {
-            refuseType(pathOf(name), u"a string"_s);
+            refuse(pathOf(name), u"expected a string."_s);
         }
         return value(name).toString();
     }
 
-    QString text(const QString& name, const QStringList& allowed) const {
-        const QString found = text(name);
-        if (!allowed.contains(found)) {
-            refuseValue(pathOf(name), u"Supported values are: "_s + allowed.join(u", "));
+    void check(const QString& name, const QStringList& allowed) const {
+        if (!allowed.contains(text(name))) {
+            refuse(pathOf(name), u"supported values are: "_s + allowed.join(u", "));
         }
-        return found;
     }
 
     QJsonArray list(const QString& name, qsizetype size) const {
-        if (!value(name).isArray()) {
-            refuseType(pathOf(name), u"an array"_s);
+        if (value(name).toArray().size() != size) {
+            refuse(pathOf(name), u"expected an array of %1 elements."_s.arg(size));
         }
-        const QJsonArray found = value(name).toArray();
-        if (found.size() != size) {
-            refuseValue(pathOf(name), QString::number(size) + u" elements are expected."_s);
-        }
-        return found;
+        return value(name).toArray();
     }
 
 private:
@@ -84,70 +72,43 @@ private:
 
 QString checkTextBlock(const QJsonValue& value, const QString& path) {
     const Fields block(value, path, {u"type"_s, u"text"_s});
-    block.text(u"type"_s, {u"text"_s});
+    block.check(u"type"_s, {u"text"_s});
     return block.text(u"text"_s);
 }
 
-QSize checkJpegUrl(const QString& url, const QString& path) {
+void checkJpegUrl(const QString& url, const QString& path) {
     const QString prefix = u"data:image/jpeg;base64,"_s;
-    if (!url.startsWith(prefix)) {
-        refuseValue(path, u"Expected a base64-encoded data URL of an image."_s);
-    }
     const QByteArray base64 = url.mid(prefix.size()).toLatin1();
-    const auto decoded = QByteArray::fromBase64Encoding(base64, QByteArray::AbortOnBase64DecodingErrors);
-    // The decoder lets missing padding and stray low bits pass.
-    if (!decoded || decoded.decoded.toBase64() != base64) {
-        throw ApiFault(400, u"Invalid base64 image_url."_s, path, u"invalid_base64"_s);
+    const QByteArray jpeg = QByteArray::fromBase64(base64);
+    // The decoder skips what it does not know.
+    if (!url.startsWith(prefix) || jpeg.toBase64() != base64) {
+        refuse(path, u"expected a base64-encoded data URL of an image."_s);
     }
-    const QImage image = QImage::fromData(decoded.decoded, "JPEG");
-    if (image.isNull()) {
-        throw ApiFault(400, u"You uploaded an unsupported image."_s, path, u"invalid_image_format"_s);
+    if (QImage::fromData(jpeg, "JPEG").isNull()) {
+        refuse(path, u"you uploaded an unsupported image."_s);
     }
-    return image.size();
 }
 
-void checkSystemMessage(const QJsonValue& value, CheckedChat& chat) {
+QString checkSystemMessage(const QJsonValue& value) {
     const QString path = u"messages[0]"_s;
     const Fields message(value, path, {u"role"_s, u"content"_s});
-    message.text(u"role"_s, {u"system"_s});
-    chat.system = checkTextBlock(message.list(u"content"_s, 1).at(0), path + u".content[0]"_s);
+    message.check(u"role"_s, {u"system"_s});
+    return checkTextBlock(message.list(u"content"_s, 1).at(0), path + u".content[0]"_s);
 }
 
-void checkUserMessage(const QJsonValue& value, CheckedChat& chat) {
+QString checkUserMessage(const QJsonValue& value) {
     const QString path = u"messages[1]"_s;
     const Fields message(value, path, {u"role"_s, u"content"_s});
-    message.text(u"role"_s, {u"user"_s});
+    message.check(u"role"_s, {u"user"_s});
     const QJsonArray content = message.list(u"content"_s, 2);
-    chat.prompt = checkTextBlock(content.at(0), path + u".content[0]"_s);
-
     const Fields block(content.at(1), path + u".content[1]"_s, {u"type"_s, u"image_url"_s});
-    block.text(u"type"_s, {u"image_url"_s});
+    block.check(u"type"_s, {u"image_url"_s});
     const Fields image(block.value(u"image_url"_s), block.pathOf(u"image_url"_s), {u"url"_s, u"detail"_s});
-    chat.imageSize = checkJpegUrl(image.text(u"url"_s), image.pathOf(u"url"_s));
-    chat.detail =
-        image.has(u"detail"_s) ? image.text(u"detail"_s, {u"low"_s, u"high"_s, u"auto"_s}) : u"auto"_s;
-}
-
-qint64 checkMaximumTokens(const QJsonValue& value) {
-    const QString path = u"max_tokens"_s;
-    if (value.toInteger(0) != value.toInteger(1)) {
-        refuseType(path, u"an integer"_s);
+    checkJpegUrl(image.text(u"url"_s), image.pathOf(u"url"_s));
+    if (image.has(u"detail"_s)) {
+        image.check(u"detail"_s, {u"low"_s, u"high"_s, u"auto"_s});
     }
-    if (value.toInteger() < 1) {
-        throw ApiFault(400, u"Invalid 'max_tokens': integer below minimum value."_s, path,
-                       u"integer_below_min_value"_s);
-    }
-    return value.toInteger();
-}
-
-void checkTemperature(const QJsonValue& value) {
-    const QString path = u"temperature"_s;
-    if (!value.isDouble()) {
-        refuseType(path, u"a decimal"_s);
-    }
-    if (value.toDouble() < 0 || value.toDouble() > 2) {
-        refuseValue(path, u"Expected a value between 0 and 2."_s);
-    }
+    return checkTextBlock(content.at(0), path + u".content[0]"_s);
 }
 
 } // namespace
@@ -157,23 +118,20 @@ CheckedChat checkChatRequest(const QByteArray& body) {
     if (!document.isObject()) {
         throw ApiFault(400, u"We could not parse the JSON body of your request."_s);
     }
-    const Fields fields(document.object(), {},
-                        {u"model"_s, u"messages"_s, u"temperature"_s, u"max_tokens"_s});
-    CheckedChat chat;
-    chat.model = fields.text(u"model"_s);
-    if (chat.model.isEmpty()) {
-        throw ApiFault(400, u"you must provide a model parameter"_s);
+    const QString temperature = u"temperature"_s;
+    const QString limit = u"max_tokens"_s;
+    const Fields fields(document.object(), {}, {u"model"_s, u"messages"_s, temperature, limit});
+    // What is no number is not within the range, either.
+    if (fields.has(temperature) && std::abs(fields.value(temperature).toDouble(-1) - 1) > 1) {
+        refuse(temperature, u"expected a number between 0 and 2."_s);
+    }
+    if (fields.has(limit) && fields.value(limit).toInteger() < 1) {
+        refuse(limit, u"expected an integer above 0."_s);
     }
     const QJsonArray messages = fields.list(u"messages"_s, 2);
-    checkSystemMessage(messages.at(0), chat);
-    checkUserMessage(messages.at(1), chat);
-    if (fields.has(u"max_tokens"_s)) {
-        chat.maximumTokens = checkMaximumTokens(fields.value(u"max_tokens"_s));
-    }
-    if (fields.has(u"temperature"_s)) {
-        checkTemperature(fields.value(u"temperature"_s));
-    }
-    return chat;
+    return {.model = fields.text(u"model"_s),
+            .system = checkSystemMessage(messages.at(0)),
+            .prompt = checkUserMessage(messages.at(1))};
 }
 
 } // namespace ostrelle

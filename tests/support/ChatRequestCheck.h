@@ -2,9 +2,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QSize>
 #include <QString>
-#include <optional>
 
 namespace ostrelle {
 
@@ -13,9 +11,6 @@ struct CheckedChat {
     QString model;
     QString system;
     QString prompt;
-    QString detail;
-    QSize imageSize; ///< in pixels
-    std::optional<qint64> maximumTokens;
 };
 
 /// Checks the body of a request to the chat completions endpoint as the real service does, and in addition

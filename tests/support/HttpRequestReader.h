@@ -12,7 +12,7 @@ namespace ostrelle {
 struct HttpRequest {
     QByteArray method;
     QByteArray path;
-    QList<QPair<QByteArray, QByteArray>> headers; ///< names as sent, values without the blanks in front
+    QList<QPair<QByteArray, QByteArray>> headers; ///< names and values as sent
     QByteArray body;
 
     /// The first value under the name, whatever its case, or a null array.

@@ -12,8 +12,8 @@ namespace ostrelle {
 /// and the caption so far. It ends with the statement that no model has looked at the picture.
 QString standInCaption(const QString& prompt);
 
-/// The reply of the chat completions endpoint for the request, with a stand-in's caption, cut off at the
-/// request's limit, and token counts like those of the real service.
+/// The reply of the chat completions endpoint for the request, with a stand-in's caption and token
+/// counts like those of the real service.
 QByteArray standInCompletion(const CheckedChat& chat, qsizetype number, qint64 createdSeconds);
 
 } // namespace ostrelle
