@@ -14,7 +14,7 @@ if(OSTRELLE_SANITIZE)
 endif()
 
 # ostrelle_library(NAME SOURCES... [LINKS targets...]): one folder of src/ as a static library.
-# The LINKS to other folders are the only includes that the layer check lets through.
+# The LINKS to other folders follow the layers that scripts/check-layers holds the includes to.
 function(ostrelle_library name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LINKS")
   add_library(ostrelle_${name} STATIC ${ARG_SOURCES})

@@ -7,6 +7,9 @@
 namespace ostrelle {
 
 QStringList corpusFiles(const QString& kind) {
+    if (QStringView(QStringLiteral(OSTRELLE_CORPUS)).isEmpty()) {
+        return {};
+    }
     const QDir folder(QStringLiteral(OSTRELLE_CORPUS) + u'/' + kind);
     QStringList paths;
     for (const QFileInfo& file : folder.entryInfoList(QDir::Files, QDir::Name)) {
