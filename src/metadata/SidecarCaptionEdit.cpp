@@ -197,19 +197,24 @@ bool holdsCaption(const XmlDocument& document, const QString& caption) {
            });
 }
 
+/// True when the bytes may take the place of a good file.
+bool isGood(const QByteArray& edited, const QString& caption) {
+    try {
+        return holdsCaption(XmlDocument::parse(edited), caption);
+    } catch (const XmlError&) {
+        return false;
+    }
+}
+
 } // namespace
 
 QByteArray withCaption(const XmlDocument& document, const QString& caption) {
     const QString writable = withoutForbiddenCharacters(caption);
-    const QByteArray edited = CaptionEdit(document, writable).run();
-    try {
-        if (holdsCaption(XmlDocument::parse(edited), writable)) {
-            return edited;
-        }
-    } catch (const XmlError&) {
-        // The same verdict: what was made is nothing to put in the place of a good file.
+    QByteArray edited = CaptionEdit(document, writable).run();
+    if (!isGood(edited, writable)) {
+        throw XMPError(XMPError::Case::writeFailed);
     }
-    throw XMPError(XMPError::Case::writeFailed);
+    return edited;
 }
 
 } // namespace ostrelle

@@ -63,7 +63,7 @@ private:
 class XmlDocument {
 public:
     /// Largest document that is read, in bytes.
-    static constexpr qint64 maximumSize = 64 * 1024 * 1024;
+    static constexpr qint64 maximumSize = qint64{64} * 1024 * 1024;
     static constexpr int maximumDepth = 1000;
     static constexpr std::size_t maximumElements = 1'000'000;
 

@@ -34,8 +34,8 @@ void XmlEditor::setAttributeValue(const XmlAttribute& attribute, const QString& 
 }
 
 void XmlEditor::clearStandalone() {
-    if (m_document.standaloneYes()) {
-        splice(*m_document.standaloneYes(), u"no"_s);
+    if (const std::optional<XmlSpan> yes = m_document.standaloneYes()) {
+        splice(*yes, u"no"_s);
     }
 }
 

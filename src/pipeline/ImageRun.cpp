@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
+#include <algorithm>
 
 namespace ostrelle {
 
@@ -46,7 +47,9 @@ QString sidecarDump(const QString& sidecar, const QString& name) {
     if (decoder.hasError()) {
         text = u"<non-UTF8 XMP>"_s;
     }
-    const QString shown = firstCharacters(text, shownCharacters);
+    // Counting characters looks at the whole text, and a sidecar can be very long.
+    const QStringView beginning = QStringView(text).first(std::min<qsizetype>(text.size(), 64 * 1024));
+    const QString shown = firstCharacters(beginning, shownCharacters);
     return u"[Analyzer] XMP dump for %1 — size: %2 bytes; first %3 chars:\n%4"_s.arg(
         name, QString::number(bytes.size()), QString::number(characterCount(shown)), shown);
 }
