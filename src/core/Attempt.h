@@ -29,8 +29,8 @@ public:
     }
 
     explicit operator bool() const { return m_value.has_value(); }
-    const T& operator*() const { return *m_value; }
-    const T* operator->() const { return &*m_value; }
+    const T& operator*() const { return m_value.value(); }
+    const T* operator->() const { return &m_value.value(); }
     T valueOr(T other) const { return m_value.value_or(std::move(other)); }
 
     [[noreturn]] void rethrow() const { std::rethrow_exception(m_error); }

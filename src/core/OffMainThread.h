@@ -43,7 +43,7 @@ QCoro::Task<std::invoke_result_t<Function>> offMainThread(Function function) {
         std::rethrow_exception(outcome->error);
     }
     if constexpr (!std::is_void_v<Value>) {
-        co_return std::move(*outcome->value);
+        co_return std::move(outcome->value).value();
     }
 }
 

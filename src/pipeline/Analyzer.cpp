@@ -22,7 +22,7 @@ QString nameOf(const QString& file) {
 
 } // namespace
 
-Analyzer::Analyzer(AnalyzerParts parts) : m_parts(std::move(parts)) {}
+Analyzer::Analyzer(AnalyzerParts parts) : m_parts(parts) {}
 
 QCoro::Task<bool> Analyzer::analyzeSingle(QString file) {
     ImageReport report;

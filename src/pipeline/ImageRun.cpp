@@ -57,7 +57,7 @@ QString sidecarDump(const QString& sidecar, const QString& name) {
 } // namespace
 
 ImageRun::ImageRun(AnalyzerParts parts, QString file)
-    : m_parts(std::move(parts))
+    : m_parts(parts)
     , m_file(std::move(file))
     , m_name(QFileInfo(m_file).fileName())
     , m_sidecar(sidecarPath(m_file)) {

@@ -25,7 +25,7 @@ std::optional<QList<ResponseBlock>> decodeBlocks(const QJsonValue& value) {
     QList<ResponseBlock> blocks;
     try {
         const QJsonArray elements = value.toArray();
-        for (const QJsonValue& element : elements) {
+        for (const QJsonValue element : elements) {
             blocks.append(decodeBlock(element));
         }
     } catch (const OpenAIError&) {
