@@ -15,6 +15,8 @@ AppFolders AppFolders::ofDesktop() {
     };
     return {.config = below(QStandardPaths::GenericConfigLocation),
             .data = below(QStandardPaths::GenericDataLocation),
+            .promptCache = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                           u"/OstrelleCaptions"_s,
             .cache = below(QStandardPaths::GenericCacheLocation),
             // Qt would make one up, and say so on standard error.
             .runtime = qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")

@@ -13,6 +13,7 @@ extern const QString applicationIdentifier;
 struct AppFolders {
     QString config;
     QString data;
+    QString promptCache; ///< of the prompt templates, a folder of its own beside the data
     QString cache;
     QString runtime; ///< empty when the session has none
 

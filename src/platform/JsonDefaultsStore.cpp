@@ -80,12 +80,12 @@ QString asideName(const QString& path) {
 /// the lock file itself stays, as removing it would pull it away from under somebody who waits for it.
 class WriteLock {
 public:
-    /// Waits a tenth of a second at most: a write takes far less, and a process that has been stopped in the
-    /// middle of one must not stop the others. Throws FileError.
+    /// Waits two seconds at most: a write takes far less, and a process that has been stopped in the middle
+    /// of one must not stop the others for good. Throws FileError.
     explicit WriteLock(const QString& path) : m_path(path + u".lock"_s) {
         m_descriptor =
             ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, privateFile);
-        constexpr int tries = 50;
+        constexpr int tries = 2000;
         for (int left = tries; m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0; --left) {
             if (left == 0 || (errno != EWOULDBLOCK && errno != EINTR)) {
                 const int reason = errno;
@@ -93,7 +93,7 @@ public:
                 errno = reason;
                 m_descriptor = -1;
             } else {
-                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
             }
         }
         if (m_descriptor < 0) {

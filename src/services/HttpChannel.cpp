@@ -135,6 +135,23 @@ HttpChannel::~HttpChannel() {
 }
 
 QCoro::Task<HttpReply> HttpChannel::post(QNetworkRequest request, QByteArray body) {
+    return exchange(std::move(request), timeOut,
+                    [body = std::move(body)](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
+                        auto upload = std::make_unique<OneTimeBody>(body);
+                        QNetworkReply* reply = manager.post(toSend, upload.get());
+                        upload.release()->setParent(reply); // which reads from it for as long as it lives
+                        return reply;
+                    });
+}
+
+QCoro::Task<HttpReply> HttpChannel::get(QNetworkRequest request, std::chrono::milliseconds deadline) {
+    return exchange(
+        std::move(request), deadline,
+        [](QNetworkAccessManager& manager, const QNetworkRequest& toSend) { return manager.get(toSend); });
+}
+
+QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chrono::milliseconds deadline,
+                                             Send send) {
     const std::shared_ptr<RequestGate> gate = m_gate;
     const bool mayPass = co_await RequestGate::enter(gate);
     if (!mayPass) { // the channel is gone, or about to be
@@ -142,11 +159,9 @@ QCoro::Task<HttpReply> HttpChannel::post(QNetworkRequest request, QByteArray bod
     }
     const RequestGate::Pass pass(gate);
     makeStateless(request);
-    auto upload = std::make_unique<OneTimeBody>(std::move(body));
-    const ReplyPointer reply(m_manager->post(request, upload.get()));
-    upload.release()->setParent(reply.get()); // which reads from it for as long as it lives
+    const ReplyPointer reply(send(*m_manager, request));
     Reception reception(reply.get());
-    const std::unique_ptr<Timer> deadline = m_clock.after(timeOut, [&reception] { reception.timeOut(); });
+    const std::unique_ptr<Timer> timer = m_clock.after(deadline, [&reception] { reception.timeOut(); });
     co_await reply.get();
     co_return reception.finish();
 }

@@ -8,10 +8,12 @@
 #include <QCoroTask>
 #include <QNetworkRequest>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
 class QNetworkAccessManager;
+class QNetworkReply;
 
 namespace ostrelle {
 
@@ -38,8 +40,14 @@ public:
 
     /// Posts the body and resumes with the whole reply. Throws TransportError.
     QCoro::Task<HttpReply> post(QNetworkRequest request, QByteArray body);
+    /// Gets under a deadline of the caller's and resumes with the whole reply. Throws TransportError.
+    QCoro::Task<HttpReply> get(QNetworkRequest request, std::chrono::milliseconds deadline);
 
 private:
+    using Send = std::function<QNetworkReply*(QNetworkAccessManager&, const QNetworkRequest&)>;
+
+    QCoro::Task<HttpReply> exchange(QNetworkRequest request, std::chrono::milliseconds deadline, Send send);
+
     Clock& m_clock;
     std::unique_ptr<QNetworkAccessManager> m_manager;
     std::shared_ptr<RequestGate> m_gate = std::make_shared<RequestGate>(mostAtOnce);

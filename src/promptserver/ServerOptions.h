@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace ostrelle {
+
+/// What the command line of ostrelle-prompt-server asks for.
+struct ServerOptions {
+    enum class Command { serve, help, version };
+
+    Command command = Command::serve;
+    QString address = QStringLiteral("127.0.0.1");
+    int port = 8470;
+    QString templateFolder; ///< empty: the built-in texts
+    QString keyFile;        ///< empty: the key that the programs are built with
+};
+
+/// Reads the arguments behind the program's name. Throws Error with what is wrong with them.
+ServerOptions parseServerOptions(const QStringList& arguments);
+
+/// The text of --help.
+QString serverHelpText();
+
+/// The key in the first line of the file. Throws Error when there is none.
+QString readKeyFile(const QString& path);
+
+} // namespace ostrelle
