@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Makes a small shoot in a folder: RAW files with painted pictures, sidecars as ingest tools write them, and
-// the Code Replacements file of the game.
+// Makes a small shoot in a folder: RAW files with painted pictures, sidecars as ingest tools write them, a
+// JPEG with the same fields inside, and the Code Replacements file of the game.
 #include "core/Error.h"
 #include "platform/Files.h"
 #include "support/DngBuilder.h"
+#include "support/JpegBuilder.h"
 #include "support/SportsScene.h"
 
 #include <QByteArray>
@@ -77,6 +78,10 @@ void makeShoot(const QString& folder) {
             ostrelle::replaceFile(folder + u'/' + picture.name + u".xmp"_s, sidecar(*picture.caption));
         }
     }
+    const ostrelle::SportsScene scene(width, height, ++seed);
+    ostrelle::replaceFile(
+        folder + u"/DEMO_0005.jpg"_s,
+        ostrelle::jpegWithXmp(ostrelle::jpegFile(scene.image()), sidecar("Herons vs. Foxes")));
     ostrelle::replaceFile(folder + u"/code-replacements.txt"_s, roster);
 }
 

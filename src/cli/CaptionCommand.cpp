@@ -14,11 +14,13 @@
 #include "platform/JsonDefaultsStore.h"
 #include "platform/PathReferences.h"
 #include "platform/SystemClock.h"
+#include "promptserver/PromptServer.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QMetaObject>
 #include <cstdio>
+#include <optional>
 
 namespace ostrelle {
 
@@ -38,11 +40,14 @@ public:
         , m_settings(withRunOnlyValues(), m_keychain, m_references, consoleLog())
         , m_status(m_defaults, m_clock)
         , m_usage(m_defaults, m_clock, consoleLog())
+        , m_promptAccess(promptAccess(endpoints))
+        , m_prompts(m_promptAccess, folders.promptCache + u"/prompt-cache.json"_s, consoleLog(), m_clock)
         , m_openAI(endpoints.model, m_defaults, consoleLog(), m_clock)
         , m_analyzer({.settings = m_settings,
                       .status = m_status,
                       .usage = m_usage,
                       .openAI = m_openAI,
+                      .prompts = m_prompts,
                       .defaults = m_defaults,
                       .log = m_log,
                       .previews = m_previews,
@@ -59,6 +64,9 @@ public:
         if (m_options.roster && !QFileInfo(*m_options.roster).isFile()) {
             return u"There is no Code Replacements file at %1."_s.arg(*m_options.roster);
         }
+        if (m_options.command == Options::Command::showPrompt) {
+            return {}; // nothing is sent, and a roster may lie in the ingest folder
+        }
         if (apiKey(m_defaults).isEmpty()) {
             return u"No API key is stored. Store it with: ostrelle-caption key"_s;
         }
@@ -71,6 +79,7 @@ public:
     /// Captions all files and ends the event loop with the exit status.
     QCoro::Task<> run() {
         const auto done = co_await attempt(captionAll());
+        co_await m_prompts.finishPending();
         m_bar.clear();
         if (!done) {
             m_errors.print(u"ostrelle-caption: "_s + done.words());
@@ -97,10 +106,36 @@ private:
                 tell(report);
                 continue;
             }
+            if (m_options.command == Options::Command::showPrompt) {
+                co_await showPrompt(files[index]);
+                continue;
+            }
             m_status.setTotalFiles(files.size());
             m_status.setCurrentFileIndex(index + 1);
             co_await m_analyzer.analyzeSingle(files[index]);
         }
+    }
+
+    QCoro::Task<> showPrompt(QString file) {
+        const auto prompt = co_await attempt(m_analyzer.promptFor(file));
+        m_bar.clear();
+        if (prompt) {
+            m_output.print(*prompt);
+        } else {
+            m_hasFailure = true;
+            m_errors.print(u"ostrelle-caption: %1: %2"_s.arg(file, prompt.words()));
+        }
+    }
+
+    /// Without a prompt service of somebody's own, the program serves the built-in templates to itself.
+    PromptAccess promptAccess(const ServiceEndpoints& endpoints) {
+        if (!endpoints.prompt.isEmpty()) {
+            return {.url = endpoints.prompt, .key = endpoints.promptKey};
+        }
+        PromptServerOptions options;
+        options.apiKey = endpoints.promptKey;
+        m_promptServer.emplace(options, builtInTemplates());
+        return {.url = m_promptServer->url(), .key = endpoints.promptKey};
     }
 
     PlainLog& consoleLog() { return m_options.verbose ? static_cast<PlainLog&>(m_output) : m_silent; }
@@ -150,6 +185,9 @@ private:
     SettingsStore m_settings;
     StatusStore m_status;
     UsageTracker m_usage;
+    std::optional<PromptServer> m_promptServer;
+    PromptAccess m_promptAccess;
+    PromptService m_prompts;
     OpenAIClient m_openAI;
     Analyzer m_analyzer;
 };

@@ -35,6 +35,7 @@ int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoin
     case Options::Command::clearKey:
         return clearKey(defaultsPath, output, errors);
     case Options::Command::caption:
+    case Options::Command::showPrompt:
         break;
     }
     return runCaptionCommand(parsed.options, folders, endpoints);

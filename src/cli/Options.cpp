@@ -39,6 +39,7 @@ void addOptions(QCommandLineParser& parser) {
         {u"json"_s, {}},
         {u"verbose"_s, {}},
         {u"clear"_s, {}},
+        {u"show-prompt"_s, {}},
         {{u"h"_s, u"help"_s}, {}},
         {u"version"_s, {}},
     });
@@ -100,6 +101,12 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
     if (clear) {
         return u"--clear belongs to \"key\"."_s;
     }
+    if (parser.isSet(u"show-prompt"_s)) {
+        options.command = Options::Command::showPrompt;
+        if (options.json) {
+            return u"--show-prompt and --json exclude each other."_s;
+        }
+    }
     return options.files.isEmpty() ? u"No file was given."_s : QString();
 }
 
@@ -111,7 +118,7 @@ ParsedOptions parseOptions(const QStringList& arguments) {
     ParsedOptions parsed;
     const bool isParsed = parser.parse(QStringList(u"ostrelle-caption"_s) + arguments);
     if (!isParsed) {
-        parsed.error = parser.errorText() + u'.';
+        parsed.error = parser.errorText();
     } else if (parser.isSet(u"help"_s)) {
         parsed.options.command = Options::Command::help;
     } else if (parser.isSet(u"version"_s)) {
@@ -129,7 +136,7 @@ QString helpText() {
     return u"Usage: ostrelle-caption [options] FILE...\n"
            "       ostrelle-caption key [--clear]\n"
            "\n"
-           "Writes a caption for each RAW image into the XMP sidecar beside it.\n"
+           "Writes a caption into the XMP sidecar of each RAW image and into each JPEG.\n"
            "\n"
            "Options, for this run only:\n"
            "  --style STYLE   ap, getty, imagn or simple\n"
@@ -140,6 +147,7 @@ QString helpText() {
            "  --overwrite     replace captions that are there already\n"
            "  --keep          leave images with a caption of 51 characters or more alone\n"
            "  --json          one line of JSON for each file\n"
+           "  --show-prompt   print the text that the model would be sent, and send and write nothing\n"
            "  --verbose       also show the log lines of the pipeline\n"
            "  -h, --help      this text\n"
            "  --version       the program's version\n"

@@ -12,7 +12,7 @@ namespace ostrelle {
 
 /// What the command line asks for.
 struct Options {
-    enum class Command { caption, storeKey, clearKey, help, version };
+    enum class Command { caption, showPrompt, storeKey, clearKey, help, version };
     enum class Overwrite { asSet, always, never };
 
     Command command = Command::caption;

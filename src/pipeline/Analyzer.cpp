@@ -71,11 +71,8 @@ QCoro::Task<Analyzer::Gate> Analyzer::passGates(QString file, ImageReport* repor
 }
 
 QCoro::Task<bool> Analyzer::hasRealCaption(QString file) {
-    if (isJpegImage(file)) {
-        co_return false;
-    }
-    auto read = [xmp = m_parts.xmp, sidecar = sidecarPath(file)] { return xmp.readDefaultCaption(sidecar); };
-    const auto caption = co_await attemptOffMainThread(read);
+    const ImageMetadata metadata(file, m_parts.xmp, m_parts.log.console());
+    const auto caption = co_await attempt(metadata.readCaption());
     co_return caption&& isRealCaption(caption->value_or(QString()));
 }
 
@@ -112,6 +109,11 @@ QCoro::Task<ImageReport> Analyzer::analyzeImage(QString file) {
     ImageRun run(m_parts, file);
     co_await run.execute();
     co_return run.report();
+}
+
+QCoro::Task<QString> Analyzer::promptFor(QString file) {
+    ImageRun run(m_parts, file);
+    co_return co_await run.composePrompt();
 }
 
 QCoro::Task<> Analyzer::askForKey() {

@@ -25,6 +25,10 @@ public:
     /// an AnalyzerError with the code missingKey when no API key is stored.
     QCoro::Task<ImageReport> analyzeImage(QString file);
 
+    /// The text that the model would be sent for the image as it is. Writes nothing and asks no model. Throws
+    /// what went wrong.
+    QCoro::Task<QString> promptFor(QString file);
+
 Q_SIGNALS:
     /// An image that was handed to analyzeSingle() is done with.
     void imageFinished(const ostrelle::ImageReport& report);

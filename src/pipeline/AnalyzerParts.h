@@ -11,6 +11,7 @@
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
 #include "services/OpenAIClient.h"
+#include "services/PromptService.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
@@ -25,6 +26,7 @@ struct AnalyzerParts {
     StatusStore& status;
     UsageTracker& usage;
     OpenAIClient& openAI;
+    PromptService& prompts;
     const DefaultsStore& defaults;
     AnalyzerLog& log;
     const PreviewCopies& previews;

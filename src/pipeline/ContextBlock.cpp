@@ -89,10 +89,19 @@ QString contextBlock(const CaptionFacts& facts, const QTimeZone& zone) {
     add(u"Rights"_s, rightsLine(facts));
     add(u"Sport"_s, label(facts.sport));
     add(u"Teams"_s, teamsLine(facts));
+    add(u"Audio Note"_s, present(facts.audioNote));
     add(u"DateText"_s, present(dateText(date, facts.captionStyle, zone)));
     add(u"Keywords"_s,
         context.keywords.first(std::min<qsizetype>(context.keywords.size(), 10)).join(u", "_s));
     return u"Context:\n- "_s + lines.join(u"\n- "_s) + u'\n';
+}
+
+QString existingCaptionLine(const CaptionFacts& facts) {
+    return u"Existing caption (may be minimal): "_s + facts.defaultCaption;
+}
+
+QString buildBatchContext(const CaptionFacts& facts, const QTimeZone& zone) {
+    return contextBlock(facts, zone) + u'\n' + existingCaptionLine(facts);
 }
 
 } // namespace ostrelle

@@ -27,7 +27,8 @@ struct CaptionFacts {
     bool useTeamIdentification = false;
     TeamIdentity team1;
     TeamIdentity team2;
-    QString defaultCaption; ///< the caption that the image has now
+    std::optional<QString> audioNote; ///< what the photographer said, in writing
+    QString defaultCaption;           ///< the caption that the image has now
 };
 
 /// The date in the style's own form, for the day that the instant has in the zone; nothing when the text is
@@ -36,5 +37,11 @@ std::optional<QString> dateText(const QString& dateISO8601, CaptionStyle style, 
 
 /// The fact sheet for the model: "Context:" and one labelled line for each fact.
 QString contextBlock(const CaptionFacts& facts, const QTimeZone& zone);
+
+/// The line that tells the model which caption the image has now.
+QString existingCaptionLine(const CaptionFacts& facts);
+
+/// What goes with one image of a batch, whose rules all its images share: fact sheet and existing caption.
+QString buildBatchContext(const CaptionFacts& facts, const QTimeZone& zone);
 
 } // namespace ostrelle

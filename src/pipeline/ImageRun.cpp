@@ -6,7 +6,7 @@
 #include "metadata/XmlDocument.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
-#include "pipeline/ImageKind.h"
+#include "pipeline/CodeReplacementsReading.h"
 #include "pipeline/PromptBuilder.h"
 #include "pipeline/SidecarCreation.h"
 #include "platform/ApiKey.h"
@@ -24,20 +24,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Log lines of a worker thread, to be told on the log's own thread.
-class KeptLines : public PlainLog {
-public:
-    void print(const QString& line) override { m_lines.append(line); }
-    void tell(PlainLog& log) const {
-        for (const QString& line : m_lines) {
-            log.print(line);
-        }
-    }
-
-private:
-    QStringList m_lines;
-};
-
 /// The beginning of a sidecar as a log line of its own kind.
 QString sidecarDump(const QString& sidecar, const QString& name) {
     constexpr qsizetype shownCharacters = 2000;
@@ -54,13 +40,40 @@ QString sidecarDump(const QString& sidecar, const QString& name) {
         name, QString::number(bytes.size()), QString::number(characterCount(shown)), shown);
 }
 
+/// What the log says around a write, for each place that a caption is written to.
+struct WriteLines {
+    QString before;
+    QString after;
+    QString failed; ///< of the image's name and the error
+    QString mismatch;
+    QString done; ///< of the image's name
+};
+
+const WriteLines sidecarWrite = {
+    .before = u"[Analyzer] XMP before write (x-default): "_s,
+    .after = u"[Analyzer] XMP after write (x-default): "_s,
+    .failed = u"[Analyzer] Failed to write XMP for %1: %2"_s,
+    .mismatch =
+        u"[Analyzer] Mismatch after write. The sidecar did not reflect the intended caption. We may need to "
+        "adjust XMPWriter to target the correct dc:description or language variants."_s,
+    .done = u"[Analyzer] Wrote caption to XMP and touched mtime for %1."_s,
+};
+
+const WriteLines embeddedWrite = {
+    .before = u"[Analyzer] JPEG metadata before write: "_s,
+    .after = u"[Analyzer] JPEG metadata after write: "_s,
+    .failed = u"[Analyzer] Failed to write caption to JPEG for %1: %2"_s,
+    .mismatch = u"[Analyzer] Warning: Caption mismatch after writing to JPEG."_s,
+    .done = u"[Analyzer] Successfully wrote caption to JPEG embedded metadata for %1."_s,
+};
+
 } // namespace
 
 ImageRun::ImageRun(AnalyzerParts parts, QString file)
     : m_parts(parts)
     , m_file(std::move(file))
     , m_name(QFileInfo(m_file).fileName())
-    , m_sidecar(sidecarPath(m_file)) {
+    , m_metadata(m_file, parts.xmp, parts.log.console()) {
     m_report.file = m_file;
 }
 
@@ -70,10 +83,9 @@ QString ImageRun::defaultCaption() const {
 
 QCoro::Task<> ImageRun::execute() {
     requireKey();
-    if (isJpegImage(m_file)) {
-        throw Error(u"JPEG images cannot be captioned yet, only RAW images with a sidecar."_s);
+    if (!m_metadata.isEmbedded()) {
+        co_await ensureSidecar();
     }
-    co_await ensureSidecar();
     co_await readCaption();
     if (!m_parts.settings.alwaysOverwriteCaptions() && isRealCaption(m_readCaption.value_or(QString()))) {
         m_parts.log.printAndAppend(
@@ -85,12 +97,23 @@ QCoro::Task<> ImageRun::execute() {
     co_await readContext();
     co_await dumpSidecar();
     co_await readRightsAndCreator();
+    m_roster = co_await readRoster(m_parts);
     co_await extractPreview();
     co_await savePreview();
-    const QString request = prompt();
+    const QString request = co_await prompt();
     logRequest(request);
     const QString reply = co_await askModel(request);
     co_await acceptCaption(reply);
+}
+
+QCoro::Task<QString> ImageRun::composePrompt() {
+    if (m_metadata.isEmbedded() || QFileInfo::exists(m_metadata.sidecar())) {
+        co_await readCaption();
+        co_await readContext();
+        co_await readRightsAndCreator();
+    }
+    m_roster = co_await readRoster(m_parts);
+    co_return co_await prompt();
 }
 
 void ImageRun::requireKey() const {
@@ -101,7 +124,7 @@ void ImageRun::requireKey() const {
 }
 
 QCoro::Task<> ImageRun::ensureSidecar() {
-    if (QFileInfo::exists(m_sidecar)) {
+    if (QFileInfo::exists(m_metadata.sidecar())) {
         co_return;
     }
     const auto created = co_await attempt(createSidecar(m_parts, m_file));
@@ -117,15 +140,14 @@ QCoro::Task<> ImageRun::ensureSidecar() {
 }
 
 QCoro::Task<> ImageRun::readCaption() {
-    auto read = [xmp = m_parts.xmp, sidecar = m_sidecar] { return xmp.readDefaultCaption(sidecar); };
-    const auto caption = co_await attemptOffMainThread(read);
+    const auto caption = co_await attempt(m_metadata.readCaption());
     if (caption) {
         m_readCaption = *caption ? std::optional((*caption)->trimmed()) : std::nullopt;
         m_report.captionBefore = m_readCaption;
         co_return;
     }
     const auto fileError = caption.failureAs<FileError>();
-    if (fileError && fileError->isPermissionDenied()) {
+    if (!m_metadata.isEmbedded() && fileError && fileError->isPermissionDenied()) {
         co_await recreateSidecar();
         co_return;
     }
@@ -139,9 +161,9 @@ QCoro::Task<> ImageRun::recreateSidecar() {
     m_parts.log.print(
         u"[Analyzer] Permission error reading default caption from XMP for %1, attempting to recreate "
         "sidecar..."_s.arg(m_name));
-    const ScopedAccess fileAccess(m_parts.access, m_sidecar);
-    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_sidecar).path());
-    auto recreate = [xmp = m_parts.xmp, sidecar = m_sidecar] {
+    const ScopedAccess fileAccess(m_parts.access, m_metadata.sidecar());
+    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_metadata.sidecar()).path());
+    auto recreate = [xmp = m_parts.xmp, sidecar = m_metadata.sidecar()] {
         // Not removed but put aside, if that can be: its owner may still want to know what is in it.
         if (!QFile::rename(sidecar, sidecar + u".unreadable"_s)) {
             QFile::remove(sidecar);
@@ -158,10 +180,7 @@ QCoro::Task<> ImageRun::recreateSidecar() {
 }
 
 QCoro::Task<> ImageRun::readContext() {
-    auto read = [xmp = m_parts.xmp, sidecar = m_sidecar, zone = m_parts.clock.timeZone()] {
-        return xmp.readContext(sidecar, zone);
-    };
-    const auto context = co_await attemptOffMainThread(read);
+    const auto context = co_await attempt(m_metadata.readContext(m_parts.clock.timeZone()));
     if (!context) {
         m_parts.log.printAndAppend(
             u"[Analyzer] Could not read context for %1: %2"_s.arg(m_name, context.words()));
@@ -170,31 +189,35 @@ QCoro::Task<> ImageRun::readContext() {
     m_context = *context;
 }
 
+/// For diagnosis only, also of a sidecar that lies beside a JPEG and is not used.
 QCoro::Task<> ImageRun::dumpSidecar() {
-    auto dump = [sidecar = m_sidecar, name = m_name] { return sidecarDump(sidecar, name); };
+    if (!QFileInfo::exists(m_metadata.sidecar())) {
+        if (m_metadata.isEmbedded()) {
+            m_parts.log.printAndAppend(
+                u"[Analyzer] JPEG file %1 has no XMP sidecar (will use embedded metadata)"_s.arg(m_name));
+        }
+        co_return;
+    }
+    auto dump = [sidecar = m_metadata.sidecar(), name = m_name] { return sidecarDump(sidecar, name); };
     const auto text = co_await attemptOffMainThread(dump);
     m_parts.log.printAndAppend(
         text ? *text : u"[Analyzer] Failed to dump XMP for %1: %2"_s.arg(m_name, text.words()));
 }
 
 QCoro::Task<> ImageRun::readRightsAndCreator() {
-    const auto lines = std::make_shared<KeptLines>();
-    auto readRights = [xmp = m_parts.xmp, sidecar = m_sidecar, lines] {
-        return xmp.readRights(sidecar, *lines);
-    };
-    const auto rights = co_await attemptOffMainThread(readRights);
-    lines->tell(m_parts.log.console());
-    auto readCreator = [xmp = m_parts.xmp, sidecar = m_sidecar] { return xmp.readCreator(sidecar); };
-    const auto creator = co_await attemptOffMainThread(readCreator);
+    const auto rights = co_await attempt(m_metadata.readRights());
+    const auto creator = co_await attempt(m_metadata.readCreator());
     m_rights = rights.valueOr(std::nullopt);
     m_creator = creator.valueOr(std::nullopt);
 }
 
 QCoro::Task<> ImageRun::extractPreview() {
     constexpr double longestSide = 1024; // pixels
+    constexpr double jpegQuality = 0.6;
     constexpr double rawQuality = 0.85;
-    auto extract = [previewer = m_parts.previewer, file = m_file] {
-        return previewer.extractPreview(file, longestSide, rawQuality);
+    const double quality = m_metadata.isEmbedded() ? jpegQuality : rawQuality;
+    auto extract = [previewer = m_parts.previewer, file = m_file, quality] {
+        return previewer.extractPreview(file, longestSide, quality);
     };
     const auto jpeg = co_await attemptOffMainThread(extract);
     if (!jpeg) {
@@ -218,10 +241,26 @@ QCoro::Task<> ImageRun::savePreview() {
     }
 }
 
-QString ImageRun::prompt() {
-    m_parts.log.appendToLog(m_context.event
-                                ? u"[Analyzer] ✓ Event found in context: '%1'"_s.arg(*m_context.event)
-                                : u"[Analyzer] ✗ WARNING: No event found in context"_s);
+QCoro::Task<QString> ImageRun::prompt() {
+    const SettingsStore& settings = m_parts.settings;
+    PromptQuery query;
+    query.style = settings.captionStyle();
+    query.sport = settings.sport();
+    query.fallback = settings.fallbackBehavior();
+    query.includeOffenseDefense = settings.includeOffenseDefense();
+    query.prioritizeAudioFiles = settings.prioritizeAudioFiles();
+    const PromptTemplates templates = co_await m_parts.prompts.fetchPrompts(query);
+    AnalyzerLog& log = m_parts.log;
+    log.appendToLog(m_context.event ? u"[Analyzer] ✓ Event found in context: '%1'"_s.arg(*m_context.event)
+                                    : u"[Analyzer] ✗ WARNING: No event found in context"_s);
+    if (m_roster.isTruncated()) {
+        log.print(truncationWarning(m_roster));
+        log.appendToLog(truncationLogLine(m_roster));
+    }
+    co_return buildPrompt(facts(), query, templates, m_roster, m_parts.clock.timeZone());
+}
+
+CaptionFacts ImageRun::facts() const {
     const SettingsStore& settings = m_parts.settings;
     CaptionFacts facts;
     facts.context = m_context;
@@ -233,7 +272,7 @@ QString ImageRun::prompt() {
     facts.team1 = {settings.team1Name(), settings.team1Color()};
     facts.team2 = {settings.team2Name(), settings.team2Color()};
     facts.defaultCaption = defaultCaption();
-    return buildPrompt(facts, m_parts.clock.timeZone());
+    return facts;
 }
 
 void ImageRun::logRequest(const QString& prompt) {
@@ -243,7 +282,9 @@ void ImageRun::logRequest(const QString& prompt) {
     log.appendToLog(contextIsEmpty(m_context)
                         ? u"[Analyzer] Context present: NO"_s
                         : u"[Analyzer] Context present: YES — "_s + contextDescription(m_context));
-    log.appendToLog(u"[Analyzer] Code Replacements present: NO"_s);
+    for (const QString& line : logLines(m_roster)) {
+        log.appendToLog(line);
+    }
     log.appendToLog(m_creator ? u"[Analyzer] XMP creator present: YES — "_s + *m_creator
                               : u"[Analyzer] XMP creator present: NO"_s);
     if (m_rights) {
@@ -311,29 +352,21 @@ QCoro::Task<> ImageRun::writeCaption(QString caption) {
                         ? u"[Analyzer] Security-scoped access: file=%1, folder=%2"_s.arg(
                               words(fileAccess.isGranted()), words(folderAccess.isGranted()))
                         : u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s);
+    const WriteLines& lines = m_metadata.isEmbedded() ? embeddedWrite : sidecarWrite;
     const QString before = co_await captionForLog();
-    log.appendToLog(u"[Analyzer] XMP before write (x-default): "_s + before);
-    auto write = [xmp = m_parts.xmp, sidecar = m_sidecar, caption] {
-        xmp.writeDefaultCaption(caption, sidecar);
-        touchFile(sidecar);
-    };
-    const auto written = co_await attemptOffMainThread(write);
+    log.appendToLog(lines.before + before);
+    const auto written = co_await attempt(m_metadata.writeCaption(caption));
     if (!written) {
-        log.printAndAppend(u"[Analyzer] Failed to write XMP for %1: %2"_s.arg(m_name, written.words()));
+        log.printAndAppend(lines.failed.arg(m_name, written.words()));
         written.rethrow();
     }
     const QString after = co_await captionForLog();
-    log.appendToLog(u"[Analyzer] XMP after write (x-default): "_s + after);
-    log.appendToLog(
-        after == caption
-            ? u"[Analyzer] Wrote caption to XMP and touched mtime for %1."_s.arg(m_name)
-            : u"[Analyzer] Mismatch after write. The sidecar did not reflect the intended caption. We may "
-              "need to adjust XMPWriter to target the correct dc:description or language variants."_s);
+    log.appendToLog(lines.after + after);
+    log.appendToLog(isSameText(after, caption) ? lines.done.arg(m_name) : lines.mismatch);
 }
 
 QCoro::Task<QString> ImageRun::captionForLog() {
-    auto read = [xmp = m_parts.xmp, sidecar = m_sidecar] { return xmp.readDefaultCaption(sidecar); };
-    const auto caption = co_await attemptOffMainThread(read);
+    const auto caption = co_await attempt(m_metadata.readCaption());
     const std::optional<QString> text = caption.valueOr(std::nullopt);
     co_return text ? text->trimmed() : u"<nil>"_s;
 }

@@ -3,6 +3,9 @@
 
 #include "metadata/XMPContext.h"
 #include "pipeline/AnalyzerParts.h"
+#include "pipeline/CodeReplacements.h"
+#include "pipeline/ContextBlock.h"
+#include "pipeline/ImageMetadata.h"
 #include "pipeline/ImageReport.h"
 
 #include <QByteArray>
@@ -22,6 +25,8 @@ public:
 
     /// Throws what went wrong, an AnalyzerError with the code missingKey first of all.
     QCoro::Task<> execute();
+    /// The text that the model would be sent for the image as it is. Writes nothing and asks no model.
+    QCoro::Task<QString> composePrompt();
     const ImageReport& report() const { return m_report; }
 
 private:
@@ -34,7 +39,8 @@ private:
     QCoro::Task<> readRightsAndCreator();
     QCoro::Task<> extractPreview();
     QCoro::Task<> savePreview();
-    QString prompt();
+    QCoro::Task<QString> prompt();
+    CaptionFacts facts() const;
     void logRequest(const QString& prompt);
     QCoro::Task<QString> askModel(QString prompt);
     QCoro::Task<> acceptCaption(QString reply);
@@ -44,12 +50,13 @@ private:
     AnalyzerParts m_parts;
     QString m_file;
     QString m_name;
-    QString m_sidecar;
+    ImageMetadata m_metadata;
     ImageReport m_report;
     std::optional<QString> m_readCaption; ///< trimmed
     XMPContext m_context;
     std::optional<QString> m_rights;
     std::optional<QString> m_creator;
+    CodeReplacements m_roster;
     QByteArray m_jpeg;
 
     QString defaultCaption() const;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/PipelineFixture.h"
+#include "support/JpegBuilder.h"
 
 #include <sys/stat.h>
 #include <utime.h>
@@ -31,9 +32,11 @@ TEST_F(PipelineTest, ARawImageGoesInAndItsCaptionStandsInTheSidecar) {
     EXPECT_TRUE(read(u"IMG_1.xmp"_s).contains("<photoshop:Headline>Herons vs. Foxes</photoshop:Headline>"));
     EXPECT_GT(QFileInfo(sidecarFile).lastModified().toSecsSinceEpoch(), 1'000'000'000);
     const QJsonArray content = model.lastJson()[u"messages"_s][1][u"content"_s].toArray();
-    EXPECT_EQ(content[0][u"text"_s].toString(),
-              u"Context:\n- Event: Herons vs. Foxes\n- Rights: (A. Photographer)\n"
-              "- Sport: Football\n\nExisting caption (may be minimal): Stub"_s);
+    const QString prompt = content[0][u"text"_s].toString();
+    EXPECT_TRUE(prompt.startsWith(
+        u"Context:\n- Event: Herons vs. Foxes\n- Rights: (A. Photographer)\n- Sport: Football\n"_s));
+    EXPECT_TRUE(prompt.contains(u"\nCode Replacements:\n12\tSam Abel\n"_s));
+    EXPECT_TRUE(prompt.endsWith(u"\n\nExisting caption (may be minimal): Stub"_s));
     const QByteArray copy = read(u"data/OpenAI_Previews/IMG_1_preview.jpg"_s);
     EXPECT_EQ(content[1][u"image_url"_s][u"url"_s].toString(),
               u"data:image/jpeg;base64,"_s + QString::fromLatin1(copy.toBase64()));
@@ -59,9 +62,12 @@ TEST_F(PipelineTest, TheLogTellsTheRunInItsOrder) {
     const QStringList order = {
         u"[Analyzer] Auto mode: processing IMG_1.DNG"_s,
         u"[Analyzer] XMP dump for IMG_1.DNG — size: "_s,
+        u"[Analyzer] Using manually selected code replacements file: "_s,
         u"[Analyzer] ✓ Event found in context: 'Herons vs. Foxes'"_s,
         u"[Analyzer] Context present: YES — Event: Herons vs. Foxes"_s,
-        u"[Analyzer] Code Replacements present: NO"_s,
+        u"[Analyzer] Code Replacements present: YES — 1 lines, 12 characters, 1 unique keys"_s,
+        u"[Analyzer] Code Replacements sample keys: 12"_s,
+        u"[Analyzer] Code Replacements preview (first 500 chars):"_s,
         u"[Analyzer] XMP creator present: YES — A. Photographer"_s,
         u"[Analyzer] XMP rights present: YES"_s,
         u"[Analyzer] XMP rights FULL VALUE: \"(A. Photographer)\""_s,
@@ -264,6 +270,33 @@ TEST_F(PipelineTest, ASidecarThatComesWhileOursIsWaitingToBeMadeIsKept) {
     isBusy.release(workers);
     EXPECT_EQ(await(std::move(task)).captionBefore, u"The preset's stub"_s);
     EXPECT_TRUE(read(u"IMG_1.xmp"_s).contains("Herons vs. Foxes"));
+}
+
+TEST_F(PipelineTest, AJpegIsCaptionedInsideAndItsSidecarIsLeftAlone) {
+    sidecar("In the sidecar");
+    const QByteArray beside = read(u"IMG_1.xmp"_s);
+    QByteArray packet = beside;
+    packet.replace("In the sidecar", "In the picture");
+    const QString image =
+        write(u"IMG_1.JPG"_s, jpegWithXmp(jpegFile(SportsScene(300, 200, 1).image()), packet));
+    model.enqueue(reply(u"Sam Abel scores."_s));
+    EXPECT_TRUE(run(image));
+    RecordingLog lines;
+    EXPECT_EQ(XMPWriter().readEmbeddedCaption(image, lines), u"Sam Abel scores."_s);
+    EXPECT_EQ(read(u"IMG_1.xmp"_s), beside);
+    EXPECT_EQ(reports.last().captionBefore, u"In the picture"_s);
+    EXPECT_TRUE(hasLogged(u"[Analyzer] XMP dump for IMG_1.JPG"_s));
+    EXPECT_TRUE(hasLogged(u"[Analyzer] JPEG metadata before write: In the picture"_s));
+    EXPECT_TRUE(
+        hasLogged(u"[Analyzer] Successfully wrote caption to JPEG embedded metadata for IMG_1.JPG."_s));
+}
+
+TEST_F(PipelineTest, ThePromptOfAnImageIsToldWithoutTouchingAnything) {
+    const QString image = rawImage();
+    const QString prompt = await(analyzer.promptFor(image));
+    EXPECT_TRUE(prompt.endsWith(u"Existing caption (may be minimal): No caption"_s));
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"IMG_1.xmp"_s)));
+    EXPECT_TRUE(model.requests().isEmpty());
 }
 
 TEST_F(PipelineTest, AReplyWithoutUsageCostsNothing) {

@@ -23,11 +23,13 @@ TEST(ContextBlock, HasALineForEachFactInItsOrder) {
     facts.useTeamIdentification = true;
     facts.team1 = {u"Herons"_s, u"Navy"_s};
     facts.team2 = {u"Foxes"_s, QString()};
-    EXPECT_EQ(contextBlock(facts, QTimeZone("America/New_York")),
-              u"Context:\n- Event: Herons vs. Foxes\n- Venue: Heron Stadium\n- Place: Norwick, USA\n"
-              "- Date: 2025-10-25T19:30:00-04:00\n- Rights: (A. Photographer)\n- Sport: Track & Field\n"
-              "- Teams: Herons (wearing navy jerseys) vs. Foxes (wearing  jerseys)\n"
-              "- DateText: Saturday, Oct. 25, 2025\n- Keywords: 1, 2, 3, 4, 5, 6, 7, 8, 9, 10\n"_s);
+    facts.audioNote = u"Number 7, a catch"_s;
+    EXPECT_EQ(
+        contextBlock(facts, QTimeZone("America/New_York")),
+        u"Context:\n- Event: Herons vs. Foxes\n- Venue: Heron Stadium\n- Place: Norwick, USA\n"
+        "- Date: 2025-10-25T19:30:00-04:00\n- Rights: (A. Photographer)\n- Sport: Track & Field\n"
+        "- Teams: Herons (wearing navy jerseys) vs. Foxes (wearing  jerseys)\n"
+        "- Audio Note: Number 7, a catch\n- DateText: Saturday, Oct. 25, 2025\n- Keywords: 1, 2, 3, 4, 5, 6, 7, 8, 9, 10\n"_s);
     EXPECT_EQ(contextBlock({}, QTimeZone::utc()), u"Context:\n- Sport: Football\n"_s);
 }
 

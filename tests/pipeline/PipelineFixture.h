@@ -4,6 +4,7 @@
 #include "pipeline/Analyzer.h"
 #include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
+#include "promptserver/PromptServer.h"
 #include "support/Await.h"
 #include "support/DngBuilder.h"
 #include "support/MemoryDefaults.h"
@@ -149,12 +150,16 @@ protected:
     StatusStore status{defaults, clock};
     UsageTracker usage{defaults, clock, console};
     OpenAIClient openAI{model.url(), defaults, console, clock};
+    PromptServer promptServer{{}, builtInTemplates()};
+    PromptService prompts{
+        {promptServer.url(), {}}, folder.filePath(QStringLiteral("prompt-cache.json")), console, clock};
     AnalyzerLog log{folder.filePath(QStringLiteral("data")), console, clock};
     PreviewCopies previews{folder.filePath(QStringLiteral("data/OpenAI_Previews"))};
     Analyzer analyzer{{.settings = settings,
                        .status = status,
                        .usage = usage,
                        .openAI = openAI,
+                       .prompts = prompts,
                        .defaults = defaults,
                        .log = log,
                        .previews = previews,

@@ -144,4 +144,13 @@ QByteArray jpegFile(const QImage& picture, const JpegOptions& options) {
     return result;
 }
 
+QByteArray jpegWithXmp(const QByteArray& jpeg, const QByteArray& packet) {
+    const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
+    const auto length = static_cast<quint16>(payload.size() + 2); // the length counts itself
+    QByteArray segment("\xFF\xE1");
+    segment.append(static_cast<char>(length >> 8));
+    segment.append(static_cast<char>(length & 0xFF));
+    return jpeg.first(2) + segment + payload + jpeg.sliced(2);
+}
+
 } // namespace ostrelle

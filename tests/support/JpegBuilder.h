@@ -28,4 +28,7 @@ struct JpegOptions {
 /// The picture as a JPEG file. CMYK is made of the complements of its colours, with the black taken out.
 QByteArray jpegFile(const QImage& picture, const JpegOptions& options = {});
 
+/// The file with an XMP packet of at most 65,000 bytes in an APP1 segment of its own, ahead of all others.
+QByteArray jpegWithXmp(const QByteArray& jpeg, const QByteArray& packet);
+
 } // namespace ostrelle

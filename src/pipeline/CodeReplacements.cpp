@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/CodeReplacements.h"
+
+#include "core/CharacterSpan.h"
+#include "platform/Files.h"
+
+#include <QFileInfo>
+#include <QSet>
+#include <QStringDecoder>
+#include <algorithm>
+#include <array>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array discoveredNames = {u"code-replacements.txt", u"code_replacements.txt",
+                                        u"codereplacements.txt"};
+
+/// In bytes; some thousand times a real roster.
+constexpr qint64 largestFile = qint64{16} * 1024 * 1024;
+
+bool endsLine(QChar character) {
+    const char16_t unit = character.unicode();
+    return (unit >= u'\n' && unit <= u'\r') || unit == 0x0085 || unit == 0x2028 || unit == 0x2029;
+}
+
+/// Calls the function with each line that is not empty.
+template <typename Function>
+void forEachLine(QStringView text, Function function) {
+    for (const QChar* begin = text.begin(); begin != text.end();) {
+        const QChar* end = std::find_if(begin, text.end(), endsLine);
+        if (end != begin) {
+            function(QStringView(begin, end));
+        }
+        begin = end == text.end() ? end : end + 1;
+    }
+}
+
+/// What stands before the line's first tab; empty without a tab.
+QStringView keyOf(QStringView line) {
+    return line.first(std::max<qsizetype>(line.indexOf(u'\t'), 0)).trimmed();
+}
+
+void countEntries(QStringView text, CodeReplacements& replacements) {
+    constexpr qsizetype mostSamples = 6;
+    QSet<QStringView> keys;
+    forEachLine(text, [&](QStringView) { ++replacements.lineCount; });
+    keys.reserve(replacements.lineCount);
+    forEachLine(text, [&](QStringView line) {
+        const QStringView key = keyOf(line);
+        const qsizetype known = keys.size();
+        if (!key.isEmpty()) {
+            keys.insert(key);
+        }
+        if (keys.size() > known && known < mostSamples) {
+            replacements.sampleKeys.append(key.toString());
+        }
+    });
+    replacements.uniqueKeyCount = keys.size();
+}
+
+/// The text's first characters, up to the last whole line among them. A line end of CR LF is one character:
+/// it goes as a whole.
+QStringView cutToLines(QStringView text, qsizetype most) {
+    const QStringView kept = text.first(spanOfCharacters(text, most).codeUnits);
+    const qsizetype lineFeed = kept.lastIndexOf(u'\n');
+    if (lineFeed < 0) {
+        return kept;
+    }
+    const QStringView lines = kept.first(lineFeed);
+    return lines.endsWith(u'\r') ? lines.chopped(1) : lines;
+}
+
+} // namespace
+
+std::optional<QString> findCodeReplacementsFile(const QString& folder) {
+    for (const char16_t* name : discoveredNames) {
+        QString path = folder + u'/' + QString::fromUtf16(name);
+        if (QFileInfo::exists(path)) {
+            return path;
+        }
+    }
+    return std::nullopt;
+}
+
+bool hasCodeReplacementsFile(const std::optional<QString>& selectedFile, const QString& folder) {
+    return selectedFile || findCodeReplacementsFile(folder);
+}
+
+std::optional<CodeReplacementsFile> resolveCodeReplacementsFile(const std::optional<QString>& selectedFile,
+                                                                const std::optional<QString>& ingestFolder) {
+    if (selectedFile) {
+        return CodeReplacementsFile{*selectedFile, true};
+    }
+    const std::optional<QString> found =
+        ingestFolder ? findCodeReplacementsFile(*ingestFolder) : std::nullopt;
+    return found ? std::optional(CodeReplacementsFile{*found, false}) : std::nullopt;
+}
+
+CodeReplacements parseCodeReplacements(const QByteArray& bytes) {
+    constexpr qsizetype previewCharacters = 500;
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
+    const QString text = decoder.decode(bytes);
+    CodeReplacements replacements;
+    if (decoder.hasError() || text.isEmpty()) {
+        return replacements;
+    }
+    countEntries(text, replacements);
+    replacements.characterCount = spanOfCharacters(text).characters;
+    replacements.preview = text.first(spanOfCharacters(text, previewCharacters).codeUnits);
+    replacements.roster =
+        replacements.isTruncated() ? cutToLines(text, CodeReplacements::mostCharacters).toString() : text;
+    replacements.rosterCharacterCount = spanOfCharacters(replacements.roster).characters;
+    return replacements;
+}
+
+CodeReplacements readCodeReplacements(const QString& path) {
+    return parseCodeReplacements(readFile(path, largestFile));
+}
+
+QStringList logLines(const CodeReplacements& replacements) {
+    if (replacements.characterCount == 0) {
+        return {u"[Analyzer] Code Replacements present: NO"_s};
+    }
+    return {u"[Analyzer] Code Replacements present: YES — %1 lines, %2 characters, %3 unique keys"_s.arg(
+                QString::number(replacements.lineCount), QString::number(replacements.characterCount),
+                QString::number(replacements.uniqueKeyCount)),
+            u"[Analyzer] Code Replacements sample keys: "_s + replacements.sampleKeys.join(u", "_s),
+            u"[Analyzer] Code Replacements preview (first 500 chars):\n"_s + replacements.preview};
+}
+
+QString truncationWarning(const CodeReplacements& replacements) {
+    return u"[Analyzer] WARNING: Code Replacements file is very large (%1 chars). Truncated to %2 chars to "
+           "prevent token limit issues."_s.arg(QString::number(replacements.characterCount),
+                                               QString::number(replacements.rosterCharacterCount));
+}
+
+QString truncationLogLine(const CodeReplacements& replacements) {
+    return u"[Analyzer] Code Replacements truncated from %1 to %2 characters"_s.arg(
+        QString::number(replacements.characterCount), QString::number(replacements.rosterCharacterCount));
+}
+
+QString codeReplacementsBlock(const CodeReplacements& replacements, PromptLibrary::Prompt prompt,
+                              bool includeOffenseDefense) {
+    if (replacements.characterCount == 0) {
+        return {};
+    }
+    const PromptLibrary library;
+    return library.rosterHead() + (replacements.isTruncated() ? library.rosterTruncationNote() : QString()) +
+           (includeOffenseDefense ? library.rosterOffenseDefense(prompt) : QString()) +
+           u"\nCode Replacements:\n"_s + replacements.roster + u'\n';
+}
+
+} // namespace ostrelle

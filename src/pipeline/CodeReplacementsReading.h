@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "pipeline/AnalyzerParts.h"
+#include "pipeline/CodeReplacements.h"
+
+#include <QCoroTask>
+
+namespace ostrelle {
+
+/// Finds the roster that the settings lead to, reads it on a worker thread and says in the log which one it
+/// is. Never throws: without a roster, or with one that cannot be read, the run goes on with none.
+QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts);
+
+} // namespace ostrelle
