@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/XMPWriter.h"
 
+#include "metadata/EmbeddedCaptionWrite.h"
+#include "metadata/EmbeddedReading.h"
 #include "metadata/MetadataDates.h"
 #include "metadata/SidecarCaptionEdit.h"
 #include "metadata/XMPError.h"
@@ -198,6 +200,30 @@ std::optional<QString> XMPWriter::readCreator(const QString& sidecar) const {
         }
     }
     return std::nullopt;
+}
+
+std::optional<QString> XMPWriter::readEmbeddedCaption(const QString& image, PlainLog& log) const {
+    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
+    return metadata ? embeddedCaption(*metadata, log) : std::nullopt;
+}
+
+XMPContext XMPWriter::readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const {
+    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
+    return metadata ? embeddedContext(*metadata, zone, log) : XMPContext();
+}
+
+std::optional<QString> XMPWriter::readEmbeddedRights(const QString& image) const {
+    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
+    return metadata ? embeddedRights(*metadata) : std::nullopt;
+}
+
+std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) const {
+    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
+    return metadata ? embeddedCreator(*metadata) : std::nullopt;
+}
+
+void XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log) const {
+    writeCaptionIntoJpeg(image, caption, log);
 }
 
 } // namespace ostrelle

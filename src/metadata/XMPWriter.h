@@ -40,6 +40,27 @@ public:
 
     /// The first creator, trimmed.
     std::optional<QString> readCreator(const QString& sidecar) const;
+
+    // The same of a JPEG image, whose metadata are in the file itself. An image that cannot be opened is
+    // XMPError::fileMissing; one that is no JPEG has no metadata.
+
+    /// The caption, trimmed. Empty when the file's IPTC data have none, which a photographer may have
+    /// cleared; nothing when it has no such data and no other field with a caption.
+    std::optional<QString> readEmbeddedCaption(const QString& image, PlainLog& log) const;
+
+    /// What is known of place, event and date. Dates become days in the given zone.
+    XMPContext readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const;
+
+    /// The rights line, trimmed.
+    std::optional<QString> readEmbeddedRights(const QString& image) const;
+
+    /// The photographer, trimmed.
+    std::optional<QString> readEmbeddedCreator(const QString& image) const;
+
+    /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
+    /// On any failure the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded
+    /// and XMPError::writeFailed when the file cannot be changed without harm or not be replaced.
+    void writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log) const;
 };
 
 } // namespace ostrelle

@@ -3,7 +3,7 @@
 
 #include <QByteArrayView>
 
-/// Namespace URIs of XMP (ISO 16684-1, section 8) and of the IPTC Core schema for XMP, version 1.0.
+/// Namespace URIs of XMP (ISO 16684-1, section 8) and of the IPTC Core and Extension schemas for XMP.
 namespace ostrelle::xmp {
 
 inline constexpr QByteArrayView rdf = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
@@ -12,5 +12,6 @@ inline constexpr QByteArrayView photoshop = "http://ns.adobe.com/photoshop/1.0/"
 inline constexpr QByteArrayView exif = "http://ns.adobe.com/exif/1.0/";
 inline constexpr QByteArrayView basic = "http://ns.adobe.com/xap/1.0/";
 inline constexpr QByteArrayView iptcCore = "http://iptc.org/std/Iptc4xmpCore/1.0/xmlns/";
+inline constexpr QByteArrayView iptcExtension = "http://iptc.org/std/Iptc4xmpExt/2008-02-29/";
 
 } // namespace ostrelle::xmp

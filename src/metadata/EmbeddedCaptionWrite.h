@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/PlainLog.h"
+
+#include <QString>
+
+namespace ostrelle {
+
+/// Writes the caption into the JPEG file's own metadata; on any failure the old file is intact. The picture
+/// is decoded first, and the file is read again when another program replaces it meanwhile. Tells the log
+/// what goes wrong. Throws XMPError: fileMissing, parseFailed or writeFailed.
+void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log);
+
+} // namespace ostrelle

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/JpegMetadataBytes.h"
+#include "metadata/SidecarBytes.h"
+#include "metadata/XMPError.h"
+#include "support/RecordingLog.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::optional<QString> captionOf(const QByteArray& segments, RecordingLog& log) {
+    const ImageFile file(jpegWith(segments));
+    return XMPWriter().readEmbeddedCaption(file.path(), log);
+}
+
+std::optional<QString> captionOf(const QByteArray& segments) {
+    RecordingLog log;
+    return captionOf(segments, log);
+}
+
+XMPContext contextOf(const QByteArray& segments, RecordingLog& log) {
+    const ImageFile file(jpegWith(segments));
+    return XMPWriter().readEmbeddedContext(file.path(), QTimeZone::utc(), log);
+}
+
+QByteArray ascii(const QByteArray& text) {
+    return QByteArray("ASCII\0\0\0", 8) + text;
+}
+
+} // namespace
+
+TEST(EmbeddedCaption, IsTakenFromTheFirstPlaceThatDecidesAndEachStepIsTold) {
+    const QByteArray described = exifSegment({description("A try")}, {comment(ascii("A comment"))});
+    const struct {
+        const char* name;
+        QByteArray segments;
+        std::optional<QString> caption;
+        QStringList lines;
+    } rows[] = {
+        {"records without a caption decide",
+         iptcSegment(iptc(90, "Dallas")) + described,
+         u""_s,
+         {u"[XMPWriter] IPTC dictionary exists but no Caption Abstract field - treating as cleared/empty"_s}},
+        {"blank records decide",
+         iptcSegment(iptc(120, "   ")) + described,
+         u""_s,
+         {u"[XMPWriter] IPTC Caption Abstract found: \"   \" (raw length: 3, trimmed length: 0, isEmpty: true)"_s}},
+        {"records",
+         iptcSegment(iptc(120, " Zo\xC3\xAB scores\n")) + described,
+         u"Zoë scores"_s,
+         {u"[XMPWriter] IPTC Caption Abstract found: \" Zoë scores\n\" (raw length: 12, trimmed length: 10, "
+          "isEmpty: false)"_s}},
+        {"a record version is no field",
+         iptcSegment(iptc(0, QByteArray("\0\4", 2))) + described,
+         u"A try"_s,
+         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
+          u"[XMPWriter] TIFF Image Description found: \"A try\" (raw length: 5, trimmed length: 5)"_s}},
+        {"a blank description is passed over",
+         exifSegment({description(" ")}, {comment(ascii(" A comment"))}),
+         u"A comment"_s,
+         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
+          u"[XMPWriter] TIFF Image Description found: \" \" (raw length: 1, trimmed length: 0)"_s,
+          u"[XMPWriter] EXIF User Comment found: \" A comment\" (raw length: 10, trimmed length: 9)"_s}},
+        {"all are blank",
+         exifSegment({description("  ")}, {comment(QByteArray(12, '\0'))}),
+         std::nullopt,
+         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
+          u"[XMPWriter] TIFF Image Description found: \"  \" (raw length: 2, trimmed length: 0)"_s,
+          u"[XMPWriter] EXIF User Comment found: \"\" (raw length: 0, trimmed length: 0)"_s,
+          u"[XMPWriter] Found fallback metadata fields but all were empty after trimming: "
+          "TIFF Image Description: \"  \" (raw: 2 chars); EXIF User Comment: \"\" (raw: 0 chars)"_s}},
+        {"the fields are missing",
+         exifSegment({{0x010F, 2, "Camera"}}, {{0x9003, 2, "2024:03:05 19:02:33"}}),
+         std::nullopt,
+         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
+          u"[XMPWriter] TIFF dictionary exists but no Image Description field"_s,
+          u"[XMPWriter] EXIF dictionary exists but no User Comment field"_s,
+          u"[XMPWriter] No caption metadata fields found in JPEG"_s}},
+        {"there is no metadata",
+         "",
+         std::nullopt,
+         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
+          u"[XMPWriter] No TIFF dictionary in metadata"_s, u"[XMPWriter] No EXIF dictionary in metadata"_s,
+          u"[XMPWriter] No caption metadata fields found in JPEG"_s}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        RecordingLog log;
+        EXPECT_EQ(captionOf(row.segments, log), row.caption);
+        EXPECT_EQ(log.lines, row.lines);
+    }
+}
+
+TEST(EmbeddedCaption, ComesFromThePacketWhereTheRecordsHaveNone) {
+    const QByteArray described = exifSegment({description("From TIFF")});
+    const auto alt = [](const QByteArray& items) {
+        return packetSegment(subject("<dc:description><rdf:Alt>" + items + "</rdf:Alt></dc:description>"));
+    };
+    const QByteArray usual =
+        alt("<rdf:li xml:lang='en-US'>Other</rdf:li><rdf:li xml:lang='x-default'>Packet</rdf:li>");
+    EXPECT_EQ(captionOf(usual + described), u"Packet"_s);
+    EXPECT_EQ(captionOf(usual + iptcSegment(iptc(90, "Dallas"))), u"Packet"_s);
+    EXPECT_EQ(captionOf(usual + iptcSegment(iptc(120, "Records"))), u"Records"_s);
+    EXPECT_EQ(captionOf(usual + iptcSegment(iptc(120, ""))), u""_s);
+    EXPECT_EQ(captionOf(alt("<rdf:li>Only</rdf:li>") + described), u"Only"_s);
+    EXPECT_EQ(captionOf(packetSegment(subject("", " dc:description='Attribute'")) + described),
+              u"Attribute"_s);
+    EXPECT_EQ(captionOf(packetSegment(subject("<xmp:Rating>5</xmp:Rating>")) + described), u"From TIFF"_s);
+    EXPECT_EQ(captionOf(packetSegment("<broken") + described), u"From TIFF"_s);
+}
+
+TEST(EmbeddedCaption, IsReadInEveryEncodingThatProgramsWrite) {
+    const QByteArray utf16 = QByteArray("Z\0o\0\xEB\0 \0\x3C\xD8\xC8\xDF", 12);
+    const auto commented = [](const QByteArray& value) { return exifSegment({}, {comment(value)}); };
+    const struct {
+        const char* name;
+        QByteArray segments;
+        QString caption;
+    } rows[] = {
+        {"records in UTF-8", iptcSegment(utf8Declared + iptc(120, "Zo\xC3\xAB \xF0\x9F\x8F\x88")),
+         u"Zoë \U0001F3C8"_s},
+        {"records in undeclared UTF-8", iptcSegment(iptc(120, "Zo\xC3\xAB")), u"Zoë"_s},
+        {"records in Windows-1252", iptcSegment(iptc(120, "Zo\xEB\x92s")), u"Zoë’s"_s},
+        {"records in Latin-1", iptcSegment(dataSet(1, 90, "\x1B.A") + iptc(120, "\xC3\xAB")), u"Ã«"_s},
+        {"a description in Windows-1252", exifSegment({description("Zo\xEB")}), u"Zoë"_s},
+        {"a comment in ASCII", commented(ascii("Zoe")), u"Zoe"_s},
+        {"a comment of the other byte order", commented(QByteArray("UNICODE\0", 8) + utf16),
+         u"Zoë \U0001F3C8"_s},
+        {"a comment with a byte order mark", commented(QByteArray("UNICODE\0\xFF\xFE", 10) + utf16),
+         u"Zoë \U0001F3C8"_s},
+        {"a comment in JIS", commented(QByteArray("JIS\0\0\0\0\0", 8) + "\x1B$B4A;z\x1B(B"), u"漢字"_s},
+        {"a comment in no declared charset", commented(QByteArray(8, '\0') + "Zo\xC3\xAB"), u"Zoë"_s},
+        {"a comment without the prefix", commented("No prefix at all"), u"No prefix at all"_s},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(captionOf(row.segments), row.caption) << row.name;
+    }
+}
+
+TEST(EmbeddedCaption, RecordsAreFoundWhereverTheyAre) {
+    const QByteArray big = photoshopResource(0x03ED, QByteArray(70'000, 'x'));
+    const QByteArray all = big + photoshopResource(0x0404, iptc(120, "Behind"));
+    EXPECT_EQ(captionOf(photoshopSegment(all.first(60'000)) + photoshopSegment(all.sliced(60'000))),
+              u"Behind"_s)
+        << "a resource that runs over two segments";
+    EXPECT_EQ(captionOf(iptcSegment(iptc(90, "Dallas")) + iptcSegment(iptc(120, "Second"))), u"Second"_s);
+    EXPECT_EQ(captionOf(photoshopSegment("rubbish") + iptcSegment(iptc(120, "Second"))), u"Second"_s);
+    EXPECT_EQ(captionOf("stray \xFF" + QByteArray(1, '\0') + iptcSegment(iptc(120, "Behind stray bytes"))),
+              u"Behind stray bytes"_s);
+}
+
+TEST(EmbeddedContext, TellsEachFieldThatItFinds) {
+    RecordingLog log;
+    const XMPContext context =
+        contextOf(iptcSegment(iptc(55, "20240305") + iptc(90, " Dallas ") + iptc(95, "Texas") +
+                              iptc(101, "USA") + iptc(92, "Stadium") + iptc(105, "Cup final") +
+                              iptc(5, "Title") + iptc(25, "football") + iptc(25, " ") + iptc(25, "cup")),
+                  log);
+    EXPECT_EQ(context, (XMPContext{.city = u"Dallas"_s,
+                                   .state = u"Texas"_s,
+                                   .country = u"USA"_s,
+                                   .location = u"Stadium"_s,
+                                   .dateISO8601 = u"20240305"_s,
+                                   .event = u"Cup final"_s,
+                                   .keywords = {u"football"_s, u"cup"_s}}));
+    EXPECT_EQ(log.lines,
+              (QStringList{
+                  u"[XMPWriter] IPTC dictionary keys found: City, Country/PrimaryLocationName, DateCreated, "
+                  "Headline, Keywords, ObjectName, Province/State, Sub-location"_s,
+                  u"[XMPWriter] IPTC City found: Dallas"_s, u"[XMPWriter] IPTC State/Province found: Texas"_s,
+                  u"[XMPWriter] IPTC Country found: USA"_s, u"[XMPWriter] IPTC Sublocation found: Stadium"_s,
+                  u"[XMPWriter] IPTC Headline found: Cup final"_s,
+                  u"[XMPWriter] IPTC DateCreated found: 20240305 -> 20240305"_s,
+                  u"[XMPWriter] IPTC Keywords found: 2 keywords"_s,
+                  u"[XMPWriter] JPEG context extracted: "_s + contextDescription(context)}));
+}
+
+TEST(EmbeddedContext, FallsBackForDatesAndFromRecordsToThePacketOnly) {
+    const QByteArray packet = packetSegment(
+        subject("<Iptc4xmpCore:Location>Field</Iptc4xmpCore:Location>"
+                "<dc:subject><rdf:Bag><rdf:li>a</rdf:li><rdf:li>b</rdf:li></rdf:Bag></dc:subject>"
+                "<ext:Event xmlns:ext='http://iptc.org/std/Iptc4xmpExt/2008-02-29/'><rdf:Alt>"
+                "<rdf:li xml:lang='x-default'>Derby</rdf:li></rdf:Alt></ext:Event>",
+                " photoshop:City='Austin' photoshop:State='Texas' "
+                "photoshop:DateCreated='2024-03-05T23:30:00-05:00'"));
+    RecordingLog log;
+    EXPECT_EQ(contextOf(iptcSegment(iptc(90, "Dallas")) + packet, log),
+              (XMPContext{.city = u"Dallas"_s,
+                          .state = u"Texas"_s,
+                          .country = {},
+                          .location = u"Field"_s,
+                          .dateISO8601 = u"2024-03-06"_s,
+                          .event = u"Derby"_s,
+                          .keywords = {u"a"_s, u"b"_s}}));
+    EXPECT_TRUE(log.lines.contains(u"[XMPWriter] IPTC Event (string key) found: Derby"_s));
+    const TestEntry changed{0x0132, 2, "2023:01:02 03:04:05"};
+    const TestEntry taken{0x9003, 2, "2024:03:05 19:02:33"};
+    EXPECT_EQ(contextOf(exifSegment({changed}, {taken}), log).dateISO8601, u"2024-03-05"_s);
+    EXPECT_TRUE(
+        log.lines.contains(u"[XMPWriter] EXIF DateTimeOriginal found: 2024:03:05 19:02:33 -> 2024-03-05"_s));
+    EXPECT_EQ(contextOf(exifSegment({changed}), log).dateISO8601, u"2023-01-02"_s);
+    EXPECT_TRUE(log.lines.contains(u"[XMPWriter] TIFF DateTime found: 2023:01:02 03:04:05 -> 2023-01-02"_s));
+    log.lines.clear();
+    EXPECT_EQ(contextOf("", log), XMPContext());
+    EXPECT_EQ(log.lines, QStringList(u"[XMPWriter] No context found in JPEG embedded metadata"_s));
+}
+
+TEST(EmbeddedRights, AndCreatorAreTheFirstThatIsNotBlank) {
+    const TestEntry copyright{0x8298, 2, "(c) TIFF"};
+    const TestEntry artist{0x013B, 2, "Tina TIFF"};
+    const QByteArray contact =
+        packetSegment(subject("<Iptc4xmpCore:CreatorContactInfo "
+                              "rdf:parseType='Resource'><Iptc4xmpCore:Name>Cora Contact</Iptc4xmpCore:Name>"
+                              "</Iptc4xmpCore:CreatorContactInfo>"));
+    const struct {
+        QByteArray segments;
+        std::optional<QString> rights;
+        std::optional<QString> creator;
+    } rows[] = {
+        {iptcSegment(iptc(80, "Ina") + iptc(116, "(c) IPTC")) + exifSegment({artist, copyright}),
+         u"(c) IPTC"_s, u"Ina"_s},
+        {iptcSegment(iptc(80, " ") + iptc(116, "")) + contact +
+             exifSegment({artist, copyright}, {comment(ascii("(c) EXIF"))}),
+         u"(c) EXIF"_s, u"Cora Contact"_s},
+        {exifSegment({artist, copyright}), u"(c) TIFF"_s, u"Tina TIFF"_s},
+        {"", std::nullopt, std::nullopt},
+    };
+    for (const auto& row : rows) {
+        const ImageFile file(jpegWith(row.segments));
+        EXPECT_EQ(XMPWriter().readEmbeddedRights(file.path()), row.rights);
+        EXPECT_EQ(XMPWriter().readEmbeddedCreator(file.path()), row.creator);
+    }
+}
+
+TEST(EmbeddedMetadata, AFileThatCannotBeOpenedIsMissingAndOneThatIsNoJpegHasNone) {
+    const ImageFile file("no picture at all");
+    RecordingLog log;
+    EXPECT_EQ(XMPWriter().readEmbeddedCaption(file.path(), log), std::nullopt);
+    EXPECT_TRUE(log.lines.isEmpty());
+    for (const QString& path : {file.folder(), file.path() + u'x'}) {
+        try {
+            XMPWriter().readEmbeddedCreator(path);
+            ADD_FAILURE() << path.toStdString();
+        } catch (const XMPError& error) {
+            EXPECT_EQ(error.kind(), XMPError::Case::fileMissing);
+        }
+    }
+}
+
+TEST(EmbeddedMetadata, IsReadBehindSegmentsOfAnySize) {
+    QByteArray bulk;
+    for (int count = 0; count < 40; ++count) {
+        bulk += segment(0xE2, QByteArray(65'000, 'x'));
+    }
+    EXPECT_EQ(captionOf(bulk + iptcSegment(iptc(120, "Behind 2.6 MB"))), u"Behind 2.6 MB"_s);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/JpegMetadataBytes.h"
+#include "metadata/SidecarBytes.h"
+#include "metadata/XMPError.h"
+#include "support/RecordingLog.h"
+#include "support/Unprivileged.h"
+
+#include <sys/stat.h>
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <functional>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString caption = u"Zoë O'Neil \U0001F3C8 漢字 & <co> \"wins\"\nagain"_s;
+
+/// The bytes from the first scan on.
+QByteArray pictureOf(const QByteArray& jpeg) {
+    return jpeg.sliced(jpeg.indexOf(QByteArray("\xFF\xDA\0\x0C", 4)));
+}
+
+QByteArray written(const QByteArray& jpeg, const QString& text, RecordingLog& log) {
+    const ImageFile file(jpeg);
+    XMPWriter().writeEmbeddedCaption(text, file.path(), log);
+    return file.bytes();
+}
+
+QByteArray written(const QByteArray& jpeg, const QString& text = caption) {
+    RecordingLog log;
+    return written(jpeg, text, log);
+}
+
+std::optional<QString> readBack(const QByteArray& jpeg) {
+    RecordingLog log;
+    const ImageFile file(jpeg);
+    return XMPWriter().readEmbeddedCaption(file.path(), log);
+}
+
+XMPError::Case failureOf(const QByteArray& jpeg, RecordingLog& log) {
+    const ImageFile file(jpeg);
+    try {
+        XMPWriter().writeEmbeddedCaption(caption, file.path(), log);
+    } catch (const XMPError& error) {
+        EXPECT_EQ(file.bytes(), jpeg) << "a refused file stays as it was";
+        EXPECT_EQ(QDir(file.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+        return error.kind();
+    }
+    ADD_FAILURE() << "nothing was refused";
+    return {};
+}
+
+/// A log that lets a test act when a line comes.
+class ActingLog : public RecordingLog {
+public:
+    explicit ActingLog(std::function<void(const QString&)> act) : m_act(std::move(act)) {}
+    void print(const QString& line) override {
+        RecordingLog::print(line);
+        m_act(line);
+    }
+
+private:
+    std::function<void(const QString&)> m_act;
+};
+
+} // namespace
+
+TEST(EmbeddedWrite, PutsTheSameTextIntoAllPlacesAndKeepsThePicture) {
+    const QByteArray bare = jpegWith("");
+    const QByteArray jpeg = written(bare);
+    EXPECT_EQ(pictureOf(jpeg), pictureOf(bare));
+    EXPECT_EQ(readBack(jpeg), caption);
+    const QByteArray utf8 = caption.toUtf8();
+    EXPECT_TRUE(jpeg.contains(iptc(120, utf8)));
+    EXPECT_TRUE(jpeg.contains(utf8Declared));
+    EXPECT_TRUE(jpeg.contains(utf8 + '\0')) << "the image description";
+    EXPECT_EQ(jpeg.count("UNICODE"), 1) << "one user comment";
+    EXPECT_FALSE(jpeg.contains("ns.adobe.com")) << "no packet is made";
+    EXPECT_EQ(jpeg.indexOf("Exif"), bare.indexOf("JFIF") + 14 + 4) << "EXIF behind JFIF";
+    const QByteArray plain = written(bare, u"Plain"_s);
+    EXPECT_TRUE(plain.contains(QByteArray("ASCII\0\0\0Plain", 13)));
+    EXPECT_FALSE(plain.contains("\x1B%G")) << "plain text needs no encoding";
+}
+
+TEST(EmbeddedWrite, ASecondWriteIsTheSameAsTheFirst) {
+    const QByteArray once = written(jpegWith(""));
+    EXPECT_EQ(written(once), once);
+    EXPECT_EQ(written(written(once, u"Something that is much longer than the caption was, much longer."_s)),
+              once);
+    EXPECT_EQ(written(written(once, u"S"_s)), once);
+}
+
+TEST(EmbeddedWrite, CaptionsOfAnyLengthReadBack) {
+    for (const QString& text : {QString(), u"S"_s, u"Sho"_s, QString(1250, u'ë'), QString(20'000, u'x')}) {
+        EXPECT_EQ(readBack(written(jpegWith(""), text)), text) << text.size();
+    }
+    RecordingLog log;
+    const ImageFile file(jpegWith(""));
+    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(QString(70'000, u'x'), file.path(), log), XMPError);
+    EXPECT_EQ(file.bytes(), jpegWith(""));
+}
+
+TEST(EmbeddedWrite, KeepsTheOtherFieldsAndConvertsTheirTextWithTheEncoding) {
+    const QByteArray digest = photoshopResource(0x0425, QByteArray(16, 'd'));
+    const QByteArray thumbnail = photoshopResource(0x040C, "odd");
+    const QByteArray segments = photoshopSegment(
+        thumbnail +
+        photoshopResource(0x0404, iptc(80, "Andr\xE9") + iptc(120, "Old") + iptc(90, "K\xC3\xB6ln") +
+                                      iptc(120, "Older") + dataSet(3, 10, "\xE9") + "\0\0") +
+        digest);
+    RecordingLog log;
+    const QByteArray jpeg = written(jpegWith(segments), caption, log);
+    EXPECT_EQ(log.lines,
+              QStringList(u"[XMPWriter] Preserving IPTC fields: Byline, Caption/Abstract, City"_s));
+    EXPECT_TRUE(jpeg.contains(utf8Declared + iptc(80, "Andr\xC3\xA9") + iptc(120, caption.toUtf8()) +
+                              iptc(90, "K\xC3\xB6ln") + dataSet(3, 10, "\xE9")));
+    EXPECT_TRUE(jpeg.contains(thumbnail));
+    EXPECT_TRUE(jpeg.contains(digest)) << "a digest that did not match stays";
+    EXPECT_TRUE(written(jpegWith(segments), u"Plain"_s).contains(iptc(80, "Andr\xE9") + iptc(120, "Plain")))
+        << "plain text leaves the encoding alone";
+}
+
+TEST(EmbeddedWrite, KeepsTheDigestOfTheRecordsTrue) {
+    const QByteArray records = iptc(120, "Old");
+    const auto digestOf = [](const QByteArray& bytes) {
+        return photoshopResource(0x0425, QCryptographicHash::hash(bytes, QCryptographicHash::Md5));
+    };
+    const QByteArray jpeg =
+        written(jpegWith(photoshopSegment(photoshopResource(0x0404, records) + digestOf(records))), u"New"_s);
+    EXPECT_TRUE(jpeg.contains(digestOf(iptc(120, "New"))));
+}
+
+TEST(EmbeddedWrite, SetsTheDescriptionOfThePacketAndNothingElseInIt) {
+    const QByteArray before = "<dc:title>T</dc:title>";
+    const QByteArray escaped =
+        "Zo\xC3\xAB O'Neil \xF0\x9F\x8F\x88 \xE6\xBC\xA2\xE5\xAD\x97 &amp; &lt;co&gt; \"wins\"\nagain";
+    const auto alt = [](const QByteArray& items) {
+        return "<dc:description><rdf:Alt>" + items + "</rdf:Alt></dc:description>";
+    };
+    const auto item = [](const QByteArray& language, const QByteArray& text) {
+        return "<rdf:li xml:lang='" + language + "'>" + text + "</rdf:li>";
+    };
+    const QByteArray padding = "\n   \n<?xpacket end='w'?>";
+    const QByteArray packet = subject(before + alt(item("de", "Alt") + item("x-default", "Old"))) + padding;
+    EXPECT_TRUE(written(jpegWith(packetSegment(packet)))
+                    .contains(packetSegment(
+                        subject(before + alt(item("de", "Alt") + item("x-default", escaped))) + padding)));
+    const QByteArray attribute = written(jpegWith(packetSegment(subject(before, " dc:description='Old'"))));
+    EXPECT_EQ(readBack(attribute), caption);
+    EXPECT_FALSE(attribute.contains("Old"));
+    const QByteArray without = packetSegment(subject(before));
+    EXPECT_TRUE(written(jpegWith(without)).contains(without)) << "no description is added";
+}
+
+TEST(EmbeddedWrite, LetsThePaddingOfAFullPacketGo) {
+    const auto packet = [](const QByteArray& text, const QByteArray& behind) {
+        return subject("<dc:description><rdf:Alt><rdf:li xml:lang='x-default'>" + text +
+                       "</rdf:li></rdf:Alt></dc:description>") +
+               behind + "<?xpacket end='w'?>";
+    };
+    const qsizetype room = 65'533 - 29 - packet("", "").size();
+    const QByteArray jpeg =
+        written(jpegWith(packetSegment(packet("", QByteArray(room, ' ')))), u"Much longer"_s);
+    EXPECT_TRUE(jpeg.contains(packetSegment(packet("Much longer", QByteArray(room - 11, ' ')))));
+    RecordingLog log;
+    const QByteArray full = packet("", "<!--" + QByteArray(room - 7, 'x') + "-->");
+    EXPECT_EQ(failureOf(jpegWith(packetSegment(full)), log), XMPError::Case::writeFailed);
+    EXPECT_TRUE(log.lines.last().contains(u"a metadata segment has no room for the caption"));
+}
+
+TEST(EmbeddedWrite, LeavesEveryByteOfTheExifBlockInPlace) {
+    const QByteArray exif =
+        exifSegment({{0x010F, 2, "Camera maker"}, {0x0132, 2, "2024:03:05 19:02:33"}},
+                    {{0x9003, 2, "2024:03:05 19:02:33"}, {0x927C, 7, "maker note with offsets"}});
+    const QByteArray jpeg = written(jpegWith(exif));
+    // Behind the offset of the first directory, which moves to the end for its new entry.
+    EXPECT_EQ(jpeg.indexOf(exif.sliced(18)), jpegWith(exif).indexOf(exif.sliced(18)));
+    RecordingLog log;
+    const ImageFile file(jpeg);
+    EXPECT_EQ(XMPWriter().readEmbeddedContext(file.path(), QTimeZone::utc(), log).dateISO8601,
+              u"2024-03-05"_s);
+}
+
+TEST(EmbeddedWrite, RefusesWhatItCouldOnlyHarm) {
+    const QByteArray exif = exifSegment({description("Old")});
+    QByteArray outside = exifSegment({{0x010F, 2, "Camera maker"}});
+    outside.replace(bigEndian(quint32{12}), bigEndian(quint32{60}));
+    const struct {
+        QByteArray jpeg;
+        QString reason;
+    } rows[] = {
+        {jpegWith(exif + exif), u"it has several EXIF segments"_s},
+        {jpegWith(segment(0xE1, QByteArray("Exif\0\0rubbish", 13))),
+         u"its EXIF segment has no TIFF header"_s},
+        {jpegWith(exif.first(16) + bigEndian(quint16{0xFFFF}) + exif.sliced(18)),
+         u"an EXIF directory is damaged"_s},
+        {jpegWith(outside), u"EXIF data lie outside their segment"_s},
+        {jpegWith(iptcSegment(dataSet(1, 90, "\x1B/odd") + iptc(90, "\xE9"))),
+         u"its IPTC texts are in an unknown encoding"_s},
+        {jpegWith(packetSegment("<x:xmpmeta><dc:description>")), u"its XMP packet is damaged"_s},
+        {jpegWith("") + "trailer" + QByteArray("AXS!12345678", 12),
+         u"its AFCP trailer would point elsewhere"_s},
+    };
+    for (const auto& row : rows) {
+        RecordingLog log;
+        EXPECT_EQ(failureOf(row.jpeg, log), XMPError::Case::writeFailed);
+        EXPECT_TRUE(log.lines.contains(u"[XMPWriter] ERROR: Failed to finalize image to temp file"_s));
+        EXPECT_EQ(log.lines.last(),
+                  u"[XMPWriter] Nothing was written into IMG_0001.JPG, because %1."_s.arg(row.reason));
+    }
+}
+
+TEST(EmbeddedWrite, RefusesAPictureThatCannotBeDecoded) {
+    RecordingLog log;
+    const QByteArray jpeg = jpegWith("");
+    EXPECT_EQ(failureOf(jpeg.first(jpeg.size() / 2), log), XMPError::Case::parseFailed);
+    EXPECT_EQ(failureOf("no picture at all", log), XMPError::Case::parseFailed);
+    try {
+        XMPWriter().writeEmbeddedCaption(caption, u"/nowhere/IMG_0001.JPG"_s, log);
+        ADD_FAILURE() << "there is no such file";
+    } catch (const XMPError& error) {
+        EXPECT_EQ(error.kind(), XMPError::Case::fileMissing);
+    }
+}
+
+TEST(EmbeddedWrite, KeepsWhatFollowsThePictureAndFindsItAgain) {
+    // An index as phones write it: of the file's own picture and of a second one behind it.
+    const QByteArray second = jpegFile(SportsScene(16, 16, 2).image());
+    const auto index = [](quint32 firstSize, quint32 secondOffset) {
+        const QByteArray entries = bigEndian(quint32{0x20030000}) + bigEndian(firstSize) +
+                                   QByteArray(8, '\0') + bigEndian(quint32{0}) + bigEndian(quint32{1}) +
+                                   bigEndian(secondOffset) + QByteArray(4, '\0');
+        return segment(0xE2,
+                       QByteArray("MPF\0MM\0*\0\0\0\x08", 12) + tiffDirectory({{0xB002, 7, entries}}, 8));
+    };
+    // The packet stands behind the index and the new segments in front of it.
+    const QByteArray packet = packetSegment(subject("", " dc:description='Old'"));
+    const auto size = static_cast<quint32>(jpegWith(index(0, 0) + packet).size());
+    const auto header = static_cast<quint32>(20 + 4 + 4);
+    const QByteArray jpeg = written(jpegWith(index(size, size - header) + packet) + second + "audio");
+    EXPECT_TRUE(jpeg.endsWith(second + "audio"));
+    const auto newSize = static_cast<quint32>(jpeg.size() - second.size() - 5);
+    const auto newHeader = static_cast<quint32>(jpeg.indexOf(QByteArray("MPF\0", 4)) + 4);
+    EXPECT_TRUE(jpeg.contains(index(newSize, newSize - newHeader)));
+}
+
+TEST(EmbeddedWrite, KeepsASignedManifestAndSaysOnceThatItDoesNotMatch) {
+    const QByteArray manifest = segment(0xEB, QByteArray("JP\0\1\0\0\0\1", 8) + "jumb c2pa manifest") +
+                                segment(0xEB, QByteArray("JP\0\1\0\0\0\2", 8) + "more of the c2pa manifest");
+    RecordingLog log;
+    EXPECT_TRUE(written(jpegWith(manifest), caption, log).contains(manifest));
+    EXPECT_EQ(log.lines,
+              QStringList(u"[XMPWriter] IMG_0001.JPG carries content credentials (C2PA), whose signature "
+                          "does not match the file any more."_s));
+}
+
+TEST(EmbeddedWrite, WritesThroughALinkAndKeepsTheMode) {
+    const ImageFile file(jpegWith(""));
+    ASSERT_TRUE(QFile::setPermissions(file.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+    const QString link = file.folder() + u"/link.jpg"_s;
+    ASSERT_TRUE(QFile::link(file.path(), link));
+    RecordingLog log;
+    XMPWriter().writeEmbeddedCaption(caption, link, log);
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(readBack(file.bytes()), caption);
+    struct stat status{};
+    ASSERT_EQ(::stat(file.path().toLocal8Bit().constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode_t{0604});
+}
+
+TEST(EmbeddedWrite, TellsOfAFolderThatMayNotBeWritten) {
+    const UnprivilegedFolder folder;
+    const QString path = folder.filePath(u"IMG_0001.JPG"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(jpegWith(""));
+    file.close();
+    ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::ExeOwner));
+    RecordingLog log;
+    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, path, log), XMPError);
+    ASSERT_EQ(log.lines.size(), 4);
+    EXPECT_EQ(log.lines[0], u"[XMPWriter] ERROR: File coordination failed for IMG_0001.JPG"_s);
+    EXPECT_EQ(log.lines[1], u"[XMPWriter] Parent directory: "_s + folder.path());
+    EXPECT_TRUE(log.lines[2].startsWith(u"[XMPWriter] Error: "_s));
+    EXPECT_EQ(
+        log.lines[3],
+        u"[XMPWriter] This usually indicates a permission issue. Please grant folder access permissions."_s);
+    ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), jpegWith(""));
+}
+
+TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhile) {
+    ImageFile file(jpegWith(iptcSegment(iptc(90, "Dallas"))));
+    int changes = 0;
+    ActingLog log([&](const QString& line) {
+        if (line.contains(u"Preserving") && changes == 0) {
+            ++changes;
+            file.write(jpegWith(iptcSegment(iptc(90, "Austin, Texas"))));
+        }
+    });
+    XMPWriter().writeEmbeddedCaption(caption, file.path(), log);
+    EXPECT_TRUE(file.bytes().contains(iptc(90, "Austin, Texas")));
+    EXPECT_EQ(readBack(file.bytes()), caption);
+}
+
+} // namespace ostrelle
