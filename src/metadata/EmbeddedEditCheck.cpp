@@ -21,7 +21,7 @@ using Kind = JpegSegment::Kind;
 
 /// All of a file that is not a caption's to change, in a form that is compared.
 struct ForeignContent {
-    QByteArray picture; ///< from the first scan to the end of the file
+    QByteArrayView picture; ///< from the first scan to the end of the file, which has to outlive this
     QList<QByteArray> segments;
     QList<std::pair<quint16, QByteArray>> resources;
     QList<std::pair<int, QString>> iptcTexts;
@@ -97,7 +97,7 @@ ForeignContent foreignContentOf(QByteArrayView file) {
     if (!jpeg) {
         return foreign;
     }
-    foreign.picture = file.sliced(jpeg->pictureBegin).toByteArray();
+    foreign.picture = file.sliced(jpeg->pictureBegin);
     for (const JpegSegment& segment : jpeg->segments) {
         if (segment.is(Kind::other) || segment.is(Kind::xmpExtension)) {
             foreign.segments.append(segment.range.of(file).toByteArray());

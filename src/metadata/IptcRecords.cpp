@@ -18,6 +18,8 @@ namespace {
 
 constexpr char tagMarker = 0x1C;
 constexpr qsizetype headerSize = 5;
+/// Bounds time and memory; no program writes a tenth of it.
+constexpr std::size_t maximumDataSets = 10'000;
 constexpr quint8 envelopeRecord = 1;
 constexpr quint8 charsetNumber = 90;
 constexpr QByteArrayView utf8Escape = "\x1B%G";
@@ -70,7 +72,11 @@ bool IptcDataSet::isText() const {
 
 IptcRecords IptcRecords::parse(QByteArrayView bytes) {
     IptcRecords records;
-    while (const std::optional<Lengths> lengths = lengthsOf(bytes)) {
+    while (records.m_dataSets.size() < maximumDataSets) {
+        const std::optional<Lengths> lengths = lengthsOf(bytes);
+        if (!lengths) {
+            break;
+        }
         const qsizetype size = lengths->header + lengths->value;
         records.m_dataSets.push_back({static_cast<quint8>(bytes[1]), static_cast<quint8>(bytes[2]),
                                       bytes.sliced(lengths->header, lengths->value).toByteArray(),
@@ -113,6 +119,9 @@ bool IptcRecords::hasCaption() const {
 }
 
 void IptcRecords::setCaption(const QString& caption) {
+    if (m_dataSets.size() == maximumDataSets) { // what was not read may hold a caption
+        throw EditRefusal(u"it has too many IPTC data sets"_s);
+    }
     const auto isCaption = [](const IptcDataSet& dataSet) {
         return dataSet.is(applicationRecord, captionNumber);
     };

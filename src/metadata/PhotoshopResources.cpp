@@ -12,6 +12,8 @@ namespace {
 
 constexpr qsizetype signatureSize = 4;
 constexpr qsizetype nameAt = signatureSize + 2;
+/// Bounds time and memory; programs write a few dozen.
+constexpr std::size_t maximumResources = 10'000;
 
 bool beginsResource(QByteArrayView bytes) {
     static constexpr std::array<QByteArrayView, 5> signatures = {"8BIM", "AgHg", "DCSR", "MeSa", "PHUT"};
@@ -66,9 +68,11 @@ std::vector<PhotoshopResource> PhotoshopData::resources() const {
     qsizetype at = 0;
     for (const qsizetype begin : segmentBegins) {
         at = std::max(at, begin);
-        while (const std::optional<PhotoshopResource> resource = resourceAt(bytes, at)) {
+        std::optional<PhotoshopResource> resource = resourceAt(bytes, at);
+        while (resource && found.size() < maximumResources) {
             found.push_back(*resource);
             at = resource->range.end;
+            resource = resourceAt(bytes, at);
         }
     }
     return found;

@@ -8,8 +8,8 @@ namespace ostrelle {
 /// The name under which the desktop knows this program: folders, desktop entry, D-Bus, secrets.
 extern const QString applicationIdentifier;
 
-/// The program's own folders, one below each of the user's XDG base directories (XDG Base Directory
-/// Specification 0.8). They need not exist yet.
+/// The program's own folders, one below each of the user's XDG base directories (the XDG base
+/// directories of freedesktop.org, version 0.8). They need not exist yet.
 struct AppFolders {
     QString config;
     QString data;
