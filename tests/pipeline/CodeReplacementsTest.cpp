@@ -148,20 +148,7 @@ TEST(CodeReplacements, AreDiscoveredUnderThreeNames) {
 
 class RosterTest : public PipelineTest {
 protected:
-    CodeReplacements read() {
-        return await(readRoster({.settings = settings,
-                                 .status = status,
-                                 .usage = usage,
-                                 .openAI = openAI,
-                                 .prompts = prompts,
-                                 .defaults = defaults,
-                                 .log = log,
-                                 .previews = previews,
-                                 .access = access,
-                                 .alerts = alerts,
-                                 .events = events,
-                                 .clock = clock}));
-    }
+    CodeReplacements read() { return await(readRoster(parts)); }
 };
 
 TEST_F(RosterTest, IsReadFromTheSelectedFileAndElseFromTheIngestFolder) {

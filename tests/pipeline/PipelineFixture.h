@@ -155,18 +155,19 @@ protected:
         {promptServer.url(), {}}, folder.filePath(QStringLiteral("prompt-cache.json")), console, clock};
     AnalyzerLog log{folder.filePath(QStringLiteral("data")), console, clock};
     PreviewCopies previews{folder.filePath(QStringLiteral("data/OpenAI_Previews"))};
-    Analyzer analyzer{{.settings = settings,
-                       .status = status,
-                       .usage = usage,
-                       .openAI = openAI,
-                       .prompts = prompts,
-                       .defaults = defaults,
-                       .log = log,
-                       .previews = previews,
-                       .access = access,
-                       .alerts = alerts,
-                       .events = events,
-                       .clock = clock}};
+    AnalyzerParts parts{.settings = settings,
+                        .status = status,
+                        .usage = usage,
+                        .openAI = openAI,
+                        .prompts = prompts,
+                        .defaults = defaults,
+                        .log = log,
+                        .previews = previews,
+                        .access = access,
+                        .alerts = alerts,
+                        .events = events,
+                        .clock = clock};
+    Analyzer analyzer{parts};
     QList<ImageReport> reports;
 };
 
