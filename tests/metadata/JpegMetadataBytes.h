@@ -1,37 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "support/FileInFolder.h"
 #include "support/JpegBuilder.h"
 #include "support/SportsScene.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtEndian>
 #include <optional>
 
 namespace ostrelle {
 
 /// A JPEG image in a folder of its own, for one test.
-class ImageFile {
+class ImageFile : public FileInFolder {
 public:
-    explicit ImageFile(const QByteArray& bytes) { write(bytes); }
-
-    QString path() const { return m_folder.filePath(QStringLiteral("IMG_0001.JPG")); }
-    QString folder() const { return m_folder.path(); }
-    QByteArray bytes() const {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    void write(const QByteArray& bytes) {
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes), bytes.size());
-    }
-
-private:
-    QTemporaryDir m_folder;
+    explicit ImageFile(const QByteArray& bytes) : FileInFolder(QStringLiteral("IMG_0001.JPG"), bytes) {}
 };
 
 template <typename Integer>

@@ -2,33 +2,16 @@
 #pragma once
 
 #include "metadata/XMPWriter.h"
+#include "support/FileInFolder.h"
 
 #include <gtest/gtest.h>
-
-#include <QFile>
-#include <QTemporaryDir>
 
 namespace ostrelle {
 
 /// A sidecar in a folder of its own, for one test.
-class SidecarFile {
+class SidecarFile : public FileInFolder {
 public:
-    explicit SidecarFile(const QByteArray& bytes) { write(bytes); }
-
-    QString path() const { return m_folder.filePath(QStringLiteral("IMG_0001.xmp")); }
-    QString folder() const { return m_folder.path(); }
-    QByteArray bytes() const {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    void write(const QByteArray& bytes) {
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes), bytes.size());
-    }
-
-private:
-    QTemporaryDir m_folder;
+    explicit SidecarFile(const QByteArray& bytes) : FileInFolder(QStringLiteral("IMG_0001.xmp"), bytes) {}
 };
 
 /// A packet around the given content of its rdf:RDF, on one line.
