@@ -9,8 +9,9 @@ namespace ostrelle {
 
 namespace {
 
-bool isCombiningMark(char16_t unit) {
-    return unit >= 0x0300 && unit <= 0x036F;
+/// Combining marks and the selectors of a character's form.
+bool isMark(char16_t unit) {
+    return (unit >= 0x0300 && unit <= 0x036F) || (unit >= 0xFE00 && unit <= 0xFE0F);
 }
 
 /// Line ends, other controls and the soft hyphen: no mark joins them.
@@ -18,26 +19,73 @@ bool isControl(char16_t unit) {
     return unit < 0x0020 || (unit >= 0x007F && unit <= 0x009F) || unit == 0x00AD;
 }
 
-/// True for code units among which only combining marks, and CR with LF, make one character of several.
+/// True for code units among which only marks, and CR with LF, make one character of several.
 bool isPlain(char16_t unit) {
     return unit <= 0x036F || (unit >= 0x0400 && unit <= 0x0482) // Latin, marks, Cyrillic
            || (unit >= 0x2010 && unit <= 0x2027)                // dashes and quotes
+           || (unit >= 0x2100 && unit <= 0x2BFF)                // symbols
            || (unit >= 0x4E00 && unit <= 0x9FFF)                // CJK ideographs
-           || (unit >= 0xAC00 && unit <= 0xD7A3);               // Hangul syllables
+           || (unit >= 0xAC00 && unit <= 0xD7A3)                // Hangul syllables
+           || (unit >= 0xFE00 && unit <= 0xFE0F);               // selectors
+}
+
+/// The first half of a pictograph, U+1F000 to U+1FBFF.
+bool leadsPictograph(char16_t unit) {
+    return unit >= 0xD83C && unit <= 0xD83E;
+}
+
+/// Pictographs are plain too, but for the letters that make up flags.
+bool isPlainPictograph(char16_t lead, char16_t trail) {
+    return leadsPictograph(lead) && trail >= 0xDC00 && trail <= 0xDFFF &&
+           !(lead == 0xD83C && trail >= 0xDDE6 && trail <= 0xDDFF);
+}
+
+bool isSkinTone(char16_t lead, char16_t trail) {
+    return lead == 0xD83C && trail >= 0xDFFB && trail <= 0xDFFF;
 }
 
 bool joins(char16_t unit, char16_t previous) {
-    return (isCombiningMark(unit) && !isControl(previous)) || (unit == u'\n' && previous == u'\r');
+    return (isMark(unit) && !isControl(previous)) || (unit == u'\n' && previous == u'\r');
 }
 
-CharacterSpan spanInPlainText(QStringView text, qsizetype most) {
+CharacterSpan spanInPlainText(std::u16string_view text, qsizetype most) {
     CharacterSpan span;
     char16_t previous = u'\n';
-    for (const char16_t unit : std::u16string_view(text.utf16(), static_cast<std::size_t>(text.size()))) {
+    for (const char16_t unit : text) {
         if (!joins(unit, previous) && span.characters++ == most) {
             return {most, span.codeUnits};
         }
         ++span.codeUnits;
+        previous = unit;
+    }
+    return span;
+}
+
+/// Whether all that is not plain are plain pictographs.
+bool isPlainAroundPictographs(std::u16string_view text) {
+    auto at = std::ranges::find_if_not(text, isPlain);
+    while (at != text.end()) {
+        if (text.end() - at < 2 || !isPlainPictograph(at[0], at[1])) {
+            return false;
+        }
+        at = std::find_if_not(at + 2, text.end(), isPlain);
+    }
+    return true;
+}
+
+CharacterSpan spanAroundPictographs(std::u16string_view text, qsizetype most) {
+    CharacterSpan span;
+    char16_t previous = u'\n';
+    for (std::size_t at = 0; at < text.size();) {
+        const char16_t unit = text[at];
+        const bool isPair = leadsPictograph(unit);
+        const bool isJoined =
+            isPair ? isSkinTone(unit, text[at + 1]) && !isControl(previous) : joins(unit, previous);
+        if (!isJoined && span.characters++ == most) {
+            return {most, span.codeUnits};
+        }
+        at += isPair ? 2 : 1;
+        span.codeUnits = static_cast<qsizetype>(at);
         previous = unit;
     }
     return span;
@@ -59,8 +107,11 @@ QStringView firstLine(QStringView text) {
 }
 
 CharacterSpan spanInLine(QStringView line, qsizetype most) {
-    const bool isPlainText = std::all_of(line.utf16(), line.utf16() + line.size(), isPlain);
-    return isPlainText ? spanInPlainText(line, most) : spanInAnyText(line, most);
+    const std::u16string_view units(line.utf16(), static_cast<std::size_t>(line.size()));
+    if (std::ranges::all_of(units, isPlain)) {
+        return spanInPlainText(units, most);
+    }
+    return isPlainAroundPictographs(units) ? spanAroundPictographs(units, most) : spanInAnyText(line, most);
 }
 
 } // namespace

@@ -1,42 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/Text.h"
 
+#include "core/CharacterSpan.h"
+
 #include <QTextBoundaryFinder>
 
 namespace ostrelle {
 
-namespace {
-
-QTextBoundaryFinder characterFinder(QStringView text) {
-    return {QTextBoundaryFinder::Grapheme, text.data(), text.size()};
-}
-
-} // namespace
-
 qsizetype characterCount(QStringView text) {
-    QTextBoundaryFinder finder = characterFinder(text);
-    qsizetype count = 0;
-    while (finder.toNextBoundary() > 0) {
-        ++count;
-    }
-    return count;
+    return spanOfCharacters(text).characters;
 }
 
 QString firstCharacters(QStringView text, qsizetype count) {
-    QTextBoundaryFinder finder = characterFinder(text);
-    qsizetype end = 0;
-    for (qsizetype seen = 0; seen < count; ++seen) {
-        const qsizetype next = finder.toNextBoundary();
-        if (next < 0) {
-            break;
-        }
-        end = next;
-    }
-    return text.first(end).toString();
+    return text.first(spanOfCharacters(text, count).codeUnits).toString();
 }
 
 QString lastCharacters(QStringView text, qsizetype count) {
-    QTextBoundaryFinder finder = characterFinder(text);
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
     finder.toEnd();
     qsizetype begin = text.size();
     for (qsizetype seen = 0; seen < count; ++seen) {
@@ -47,6 +27,19 @@ QString lastCharacters(QStringView text, qsizetype count) {
         begin = previous;
     }
     return text.sliced(begin).toString();
+}
+
+QString plural(qint64 count) {
+    return count == 1 ? QString() : QStringLiteral("s");
+}
+
+QString shortNameList(const QStringList& names) {
+    constexpr qsizetype named = 3;
+    const QString list = names.mid(0, named).join(QStringLiteral(", "));
+    if (names.size() <= named) {
+        return list;
+    }
+    return list + QStringLiteral(" and ") + QString::number(names.size() - named) + QStringLiteral(" more");
 }
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 namespace ostrelle {
@@ -15,5 +16,11 @@ QString firstCharacters(QStringView text, qsizetype count);
 
 /// The last `count` user-perceived characters of the text, or all of it.
 QString lastCharacters(QStringView text, qsizetype count);
+
+/// What a noun that is counted ends with: nothing for 1, otherwise "s".
+QString plural(qint64 count);
+
+/// The first three names, and how many more there are: "a.jpg, b.jpg, c.jpg and 2 more".
+QString shortNameList(const QStringList& names);
 
 } // namespace ostrelle

@@ -7,11 +7,14 @@
 
 namespace ostrelle {
 
-/// A question or a piece of news that stops the user: an informational dialog.
+/// A question or a piece of news that stops the user.
 struct Alert {
+    enum class Style { informational, warning };
+
     QString title;
     QString text;
     QStringList buttons; ///< the first is the default
+    Style style = Style::informational;
 };
 
 class Alerts {

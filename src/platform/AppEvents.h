@@ -11,6 +11,8 @@ class AppEvents : public QObject {
 
 Q_SIGNALS:
     void showSettingsWindow();
+    /// The manifest of processed files has a new entry.
+    void manifestUpdated();
 };
 
 } // namespace ostrelle

@@ -17,6 +17,8 @@ AppFolders AppFolders::ofDesktop() {
             .data = below(QStandardPaths::GenericDataLocation),
             .promptCache = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                            u"/OstrelleCaptions"_s,
+            .manifest = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                        u"/Ostrelle Captions"_s,
             .cache = below(QStandardPaths::GenericCacheLocation),
             // Qt would make one up, and say so on standard error.
             .runtime = qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")

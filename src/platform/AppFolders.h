@@ -14,11 +14,14 @@ struct AppFolders {
     QString config;
     QString data;
     QString promptCache; ///< of the prompt templates, a folder of its own beside the data
+    QString manifest;    ///< of the processed files, another one
     QString cache;
     QString runtime; ///< empty when the session has none
 
     /// Where the user's settings are kept.
     QString defaultsFile() const { return config + QStringLiteral("/defaults.json"); }
+    /// Where it is kept which files have been captioned.
+    QString manifestFile() const { return manifest + QStringLiteral("/processed_files.json"); }
 
     /// As the environment of this process says: XDG_CONFIG_HOME, XDG_DATA_HOME, XDG_CACHE_HOME,
     /// XDG_RUNTIME_DIR.

@@ -29,6 +29,9 @@ public:
     virtual QCoro::Task<> sleep(std::chrono::milliseconds delay) = 0;
     /// Calls the function once after the delay, unless the timer is destroyed first.
     virtual std::unique_ptr<Timer> after(std::chrono::milliseconds delay, std::function<void()> function) = 0;
+    /// Calls the function after each period until the timer is destroyed, which the function may do. Calls
+    /// that a machine slept through are not made up for.
+    virtual std::unique_ptr<Timer> every(std::chrono::milliseconds period, std::function<void()> function) = 0;
 };
 
 } // namespace ostrelle

@@ -69,12 +69,17 @@ public:
     bool isOpen() const { return m_file.isOpen(); }
     int descriptor() const { return m_file.number(); }
 
-    /// Takes the target's place, whether there is one or not.
-    bool replaceTarget() {
+    /// Takes a name in the folder, so that nothing but a rename is left to be done.
+    bool prepare() {
         if (!m_hasName) {
             m_hasName = giveName(m_name);
         }
-        if (!m_hasName || ::rename(m_name.c_str(), m_target.c_str()) != 0) {
+        return m_hasName;
+    }
+
+    /// Takes the target's place, whether there is one or not.
+    bool replaceTarget() {
+        if (!prepare() || ::rename(m_name.c_str(), m_target.c_str()) != 0) {
             return false;
         }
         m_hasName = false;
@@ -221,9 +226,37 @@ std::filesystem::path linkTarget(const std::filesystem::path& path) {
     return error ? path : target;
 }
 
-} // namespace
+/// What changes when a program writes a file, replaces it or sets its dates: some put the date of the last
+/// change back, but nobody sets that of the file's own record.
+struct FileStamp {
+    explicit FileStamp(const struct stat& status)
+        : device(status.st_dev)
+        , number(status.st_ino)
+        , size(status.st_size)
+        , contentChanged(status.st_mtim.tv_sec, status.st_mtim.tv_nsec)
+        , recordChanged(status.st_ctim.tv_sec, status.st_ctim.tv_nsec) {}
 
-QByteArray readFile(const QString& path, qint64 limit) {
+    /// Of the file that is at the path now.
+    static std::optional<FileStamp> at(const std::filesystem::path& path) {
+        struct stat status{};
+        return ::stat(path.c_str(), &status) == 0 ? std::optional(FileStamp(status)) : std::nullopt;
+    }
+
+    bool operator==(const FileStamp&) const = default;
+
+    dev_t device;
+    ino_t number;
+    off_t size;
+    std::pair<time_t, long> contentChanged;
+    std::pair<time_t, long> recordChanged;
+};
+
+struct StampedFile {
+    QByteArray bytes;
+    FileStamp stamp; ///< from before the bytes were read, so that a change during the reading shows too
+};
+
+StampedFile readStampedFile(const QString& path, qint64 limit) {
     const Descriptor file(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status{};
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
@@ -245,10 +278,15 @@ QByteArray readFile(const QString& path, qint64 limit) {
     if (bytes->size() > limit) {
         throw FileError(u"read"_s, path, EFBIG);
     }
-    return std::move(*bytes);
+    return {std::move(*bytes), FileStamp(status)};
 }
 
-void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode) {
+enum class Replacement { done, outdated };
+
+/// As replaceFile(). With a stamp, only the file that has it is replaced, which is looked at when nothing but
+/// the rename is left.
+Replacement replace(const QString& path, const QByteArray& bytes, mode_t newFileMode,
+                    const std::optional<FileStamp>& expected) {
     const std::filesystem::path target = linkTarget(nativePath(path));
     struct stat status{};
     const bool exists = ::stat(target.c_str(), &status) == 0;
@@ -263,9 +301,37 @@ void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMod
             copyAttributes(target, status, file.descriptor());
         }
     });
+    if (!file.prepare()) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    if (expected && FileStamp::at(target) != expected) {
+        return Replacement::outdated;
+    }
     if (!file.replaceTarget()) {
         throw FileError(u"write"_s, path, errno);
     }
+    return Replacement::done;
+}
+
+} // namespace
+
+QByteArray readFile(const QString& path, qint64 limit) {
+    return readStampedFile(path, limit).bytes;
+}
+
+void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode) {
+    replace(path, bytes, newFileMode, std::nullopt);
+}
+
+void editFile(const QString& path, qint64 limit, const FileEdit& edit) {
+    constexpr int attempts = 3;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const StampedFile file = readStampedFile(path, limit);
+        if (replace(path, edit(file.bytes), S_IRUSR | S_IWUSR, file.stamp) == Replacement::done) {
+            return;
+        }
+    }
+    throw FileError(u"keep up with another program's changes to"_s, path, EBUSY);
 }
 
 bool createFile(const QString& path, const QByteArray& bytes) {

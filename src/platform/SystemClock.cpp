@@ -10,8 +10,10 @@ namespace {
 
 class QtTimer : public Timer {
 public:
-    QtTimer(std::chrono::milliseconds delay, std::function<void()> function) {
-        m_timer.setSingleShot(true);
+    enum class Repetition { once, forever };
+
+    QtTimer(std::chrono::milliseconds delay, Repetition repetition, std::function<void()> function) {
+        m_timer.setSingleShot(repetition == Repetition::once);
         QObject::connect(&m_timer, &QTimer::timeout, &m_timer, std::move(function));
         m_timer.start(delay);
     }
@@ -38,7 +40,11 @@ QCoro::Task<> SystemClock::sleep(std::chrono::milliseconds delay) {
 }
 
 std::unique_ptr<Timer> SystemClock::after(std::chrono::milliseconds delay, std::function<void()> function) {
-    return std::make_unique<QtTimer>(delay, std::move(function));
+    return std::make_unique<QtTimer>(delay, QtTimer::Repetition::once, std::move(function));
+}
+
+std::unique_ptr<Timer> SystemClock::every(std::chrono::milliseconds period, std::function<void()> function) {
+    return std::make_unique<QtTimer>(period, QtTimer::Repetition::forever, std::move(function));
 }
 
 } // namespace ostrelle

@@ -12,6 +12,7 @@ public:
     QTimeZone timeZone() const override;
     QCoro::Task<> sleep(std::chrono::milliseconds delay) override;
     std::unique_ptr<Timer> after(std::chrono::milliseconds delay, std::function<void()> function) override;
+    std::unique_ptr<Timer> every(std::chrono::milliseconds period, std::function<void()> function) override;
 };
 
 } // namespace ostrelle

@@ -80,6 +80,13 @@ void StatusStore::recordBatchFinished() {
     Q_EMIT batchFinished(timing);
 }
 
+void StatusStore::clearBatch() {
+    setCurrentBatchStartIndex(0);
+    setCurrentBatchSize(0);
+    setCurrentBatchNumber(0);
+    setTotalBatchCount(0);
+}
+
 void StatusStore::clearStatistics() {
     setTotalProcessedAllTime(0);
     setTotalFailedAllTime(0);

@@ -150,6 +150,8 @@ public:
     void setTotalBatchCount(qint64 count) {
         publish(this, m_run.totalBatchCount, count, &StatusStore::totalBatchCountChanged);
     }
+    /// No batch is in hand: its four figures become 0.
+    void clearBatch();
     /// These three also store the count at once.
     void setTotalProcessedAllTime(qint64 count);
     void setTotalFailedAllTime(qint64 count);

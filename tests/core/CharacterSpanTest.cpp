@@ -1,16 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/CharacterSpan.h"
 
-#include "core/Text.h"
-
 #include <gtest/gtest.h>
 
 #include <QStringList>
+#include <QTextBoundaryFinder>
 #include <random>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The whole algorithm, one character after the other.
+CharacterSpan knownSpan(const QString& text, qsizetype most) {
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    CharacterSpan span;
+    while (span.characters < most && finder.toNextBoundary() > 0) {
+        span = {span.characters + 1, finder.position()};
+    }
+    return span;
+}
+
+} // namespace
 
 TEST(CharacterSpan, EndsBetweenCharacters) {
     const struct {
@@ -27,6 +40,9 @@ TEST(CharacterSpan, EndsBetweenCharacters) {
         {u"a\r\r\n\n"_s, 9, {4, 5}},
         {u"\u00E9e\u0301\nx"_s, 2, {2, 3}}, // both ways to write é
         {u"\U0001F44D\U0001F3FDx"_s, 1, {1, 4}},
+        {u"\n\U0001F3FD"_s, 9, {2, 3}}, // a skin tone with nothing to colour
+        {u"\u2600\uFE0F\u0301x"_s, 1, {1, 3}},
+        {u"\U0001F1FA\U0001F1F8\U0001F1E9\U0001F1EA"_s, 1, {1, 4}}, // two flags
     };
     for (const auto& row : rows) {
         EXPECT_EQ(spanOfCharacters(row.text, row.most), row.span) << row.text.toStdString();
@@ -48,6 +64,8 @@ TEST(CharacterSpan, AgreesWithTheWholeAlgorithmOnAnyMixture) {
         u"\uFE0F"_s,     u"\u0600"_s,
         u"\U0001F1FA"_s, u"\U0001F3FD"_s,
         u"\U0001F468"_s, QString(QChar(0xD800)),
+        u"\U0001F3C8"_s, QString(QChar(0xD83C)),
+        u"\u2640"_s,     QString(QChar(0xDFFB)),
     };
     std::mt19937 random(1);
     for (int round = 0; round < 20000; ++round) {
@@ -56,8 +74,20 @@ TEST(CharacterSpan, AgreesWithTheWholeAlgorithmOnAnyMixture) {
             text += pieces.at(static_cast<qsizetype>(random() % static_cast<unsigned>(pieces.size())));
         }
         const auto most = static_cast<qsizetype>(random() % 8);
-        EXPECT_EQ(spanOfCharacters(text).characters, characterCount(text)) << text.toStdString();
-        EXPECT_EQ(text.first(spanOfCharacters(text, most).codeUnits), firstCharacters(text, most));
+        EXPECT_EQ(spanOfCharacters(text), knownSpan(text, text.size())) << text.toStdString();
+        EXPECT_EQ(spanOfCharacters(text, most), knownSpan(text, most)) << text.toStdString();
+    }
+}
+
+TEST(CharacterSpan, TakesEachCodePointForWhatItIs) {
+    constexpr char32_t end = 0x1FC00; // behind the pictographs
+    for (char32_t point = 0; point < end; ++point) {
+        const bool isHalf = point >= 0xD800 && point <= 0xDFFF;
+        const QString character =
+            isHalf ? QString(QChar(static_cast<char16_t>(point))) : QString::fromUcs4(&point, 1);
+        const QString text = u"a"_s + character + u"\u0301"_s + character + character + u"z"_s;
+        ASSERT_EQ(spanOfCharacters(text), knownSpan(text, text.size()))
+            << "U+" << std::hex << static_cast<unsigned>(point);
     }
 }
 

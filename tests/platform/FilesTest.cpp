@@ -14,12 +14,15 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <cerrno>
+#include <functional>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+using FileWrite = std::function<void(const QByteArray& bytes)>;
 
 int codeOf(const std::function<void()>& operation) {
     try {
@@ -95,6 +98,53 @@ TEST(Files, SaysWhyAFileCannotBeReadOrWritten) {
     EXPECT_EQ(codeOf([&] { replaceFile(path, "new"); }), EACCES) << "a read-only folder";
     ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0755), 0);
     EXPECT_EQ(readFile(path, 100), "0123456789");
+}
+
+TEST(Files, AnEditTakesInWhatAnotherProgramWritesMeanwhile) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"a.xmp"_s);
+    const auto inPlace = [&path](const QByteArray& bytes) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    };
+    const auto byRename = [&path](const QByteArray& bytes) { replaceFile(path, bytes); };
+    for (const FileWrite& write : {FileWrite(inPlace), FileWrite(byRename)}) {
+        replaceFile(path, "old");
+        int edits = 0;
+        editFile(path, 100, [&](const QByteArray& bytes) {
+            if (++edits == 1) {
+                write("theirs");
+            }
+            return bytes + ", ours";
+        });
+        EXPECT_EQ(edits, 2);
+        EXPECT_EQ(readFile(path, 100), "theirs, ours");
+
+        edits = 0;
+        const auto fail = [&] {
+            editFile(path, 100, [&](const QByteArray& bytes) {
+                write(QByteArray(++edits, 't'));
+                return bytes + ", ours";
+            });
+        };
+        EXPECT_EQ(codeOf(fail), EBUSY) << "a file that changes each time";
+        EXPECT_EQ(edits, 3);
+        EXPECT_EQ(readFile(path, 100), "ttt");
+        EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+}
+
+TEST(Files, AnEditDoesNotBringBackAFileThatIsRemovedMeanwhile) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"a.xmp"_s);
+    replaceFile(path, "old");
+    const auto remove = [&path](const QByteArray& bytes) {
+        QFile::remove(path);
+        return bytes;
+    };
+    EXPECT_EQ(codeOf([&] { editFile(path, 100, remove); }), ENOENT);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 0);
 }
 
 TEST(Files, ANewFileNeverTakesThePlaceOfAnother) {

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QCoroFuture>
+#include <QCoroTask>
+#include <QThreadPool>
+#include <QtConcurrentRun>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+namespace ostrelle {
+
+/// offMainThread() for work that has threads of its own, such as what may hang for long. The pool has to
+/// outlive the work.
+template <typename Function>
+QCoro::Task<std::invoke_result_t<Function>> onThreadPool(QThreadPool* pool, Function function) {
+    using Value = std::invoke_result_t<Function>;
+    struct Outcome {
+        std::optional<std::conditional_t<std::is_void_v<Value>, std::monostate, Value>> value;
+        std::exception_ptr error;
+    };
+    // A QFuture would wrap a foreign exception and cannot hold a type that only moves: the outcome goes
+    // beside it.
+    auto outcome = std::make_shared<Outcome>();
+    auto work = [outcome, function = std::move(function)]() mutable {
+        try {
+            if constexpr (std::is_void_v<Value>) {
+                function();
+            } else {
+                outcome->value.emplace(function());
+            }
+        } catch (...) {
+            outcome->error = std::current_exception();
+        }
+    };
+    QFuture<void> finished = QtConcurrent::run(pool, std::move(work));
+    co_await finished;
+    if (outcome->error) {
+        std::rethrow_exception(outcome->error);
+    }
+    if constexpr (!std::is_void_v<Value>) {
+        co_return std::move(outcome->value).value();
+    }
+}
+
+} // namespace ostrelle

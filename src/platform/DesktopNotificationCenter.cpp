@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DesktopNotificationCenter.h"
+
+#include "core/Error.h"
+#include "core/OffMainThread.h"
+#include "platform/AppFolders.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString notifications = u"org.freedesktop.Notifications"_s;
+
+QDBusMessage toBus(const QString& method) {
+    return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                          u"org.freedesktop.DBus"_s, method);
+}
+
+QDBusMessage toService(const QString& method) {
+    return QDBusMessage::createMethodCall(notifications, u"/org/freedesktop/Notifications"_s, notifications,
+                                          method);
+}
+
+QVariantMap hintsOf(const DesktopNotification& notification) {
+    const bool isCritical = notification.interruption == DesktopNotification::Interruption::critical;
+    const bool isAlarm = notification.sound == DesktopNotification::Sound::critical;
+    return {{u"urgency"_s, QVariant::fromValue(static_cast<uchar>(isCritical ? 2 : 1))},
+            {u"desktop-entry"_s, applicationIdentifier},
+            {u"sound-name"_s, isAlarm ? u"dialog-warning"_s : u"message-new-instant"_s},
+            {u"x-ostrelle-thread"_s, notification.threadIdentifier}};
+}
+
+/// For a service that reads markup in the body.
+QString escaped(QString body) {
+    return body.replace(u'&', u"&amp;"_s).replace(u'<', u"&lt;"_s).replace(u'>', u"&gt;"_s);
+}
+
+QDBusMessage notifyMessage(const DesktopNotification& notification, const QString& body) {
+    constexpr uint replacesNothing = 0; // a newer message of a thread stands beside the older one
+    constexpr int timeOfTheService = -1;
+    QDBusMessage message = toService(u"Notify"_s);
+    message.setArguments({u"Ostrelle Captions"_s, replacesNothing, QString(), notification.title, body,
+                          QStringList(), hintsOf(notification), timeOfTheService});
+    return message;
+}
+
+} // namespace
+
+QCoro::Task<bool> DesktopNotificationCenter::isAvailable() {
+    QDBusMessage hasOwner = toBus(u"NameHasOwner"_s);
+    hasOwner.setArguments({notifications});
+    const QVariant isRunning = co_await call(hasOwner);
+    if (isRunning.toBool()) {
+        co_return true;
+    }
+    const QVariant startable = co_await call(toBus(u"ListActivatableNames"_s));
+    co_return startable.toStringList().contains(notifications);
+}
+
+QCoro::Task<> DesktopNotificationCenter::post(DesktopNotification notification) {
+    const QVariant capabilities = co_await call(toService(u"GetCapabilities"_s));
+    const bool isMarkup = capabilities.toStringList().contains(u"body-markup"_s);
+    const QString body = isMarkup ? escaped(notification.body) : notification.body;
+    co_await call(notifyMessage(notification, body));
+}
+
+QCoro::Task<QVariant> DesktopNotificationCenter::call(QDBusMessage message) {
+    if (!m_bus) {
+        // Connecting waits for the bus to answer.
+        m_bus = co_await offMainThread(QDBusConnection::sessionBus);
+    }
+    const QDBusPendingCall pending = m_bus->asyncCall(message, static_cast<int>(m_patience.count()));
+    const QDBusMessage answer = co_await pending;
+    if (answer.type() != QDBusMessage::ReplyMessage) {
+        throw Error(answer.errorMessage());
+    }
+    co_return answer.arguments().value(0);
+}
+
+} // namespace ostrelle

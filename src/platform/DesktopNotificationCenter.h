@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/NotificationCenter.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QVariant>
+#include <chrono>
+#include <optional>
+
+namespace ostrelle {
+
+/// The notification service of the desktop: org.freedesktop.Notifications on the session bus (Desktop
+/// Notifications Specification 1.2). Available is a service that runs or that the bus can start. It must
+/// outlive its tasks.
+class DesktopNotificationCenter : public NotificationCenter {
+public:
+    /// `patience` is how long each answer of the bus or the service may take.
+    explicit DesktopNotificationCenter(std::chrono::milliseconds patience = std::chrono::seconds(5))
+        : m_patience(patience) {}
+
+    QCoro::Task<bool> isAvailable() override;
+    QCoro::Task<> post(DesktopNotification notification) override;
+
+private:
+    /// The first value of the answer. Throws Error.
+    QCoro::Task<QVariant> call(QDBusMessage message);
+
+    std::optional<QDBusConnection> m_bus; // once it is connected
+    std::chrono::milliseconds m_patience;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/NotificationCenter.h"
+#include "platform/PlainLog.h"
+
+#include <QCoroTask>
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace ostrelle {
+
+/// Tells the photographer, who is usually looking at another program, how a caption run ended. A message that
+/// cannot be posted is logged and dropped; nothing here throws.
+class NotificationManager {
+public:
+    /// Both must outlive the manager and its tasks.
+    NotificationManager(NotificationCenter& center, PlainLog& log) : m_center(center), m_log(log) {}
+    NotificationManager(const NotificationManager&) = delete;
+    NotificationManager& operator=(const NotificationManager&) = delete;
+
+    /// hasPermission(), with a log line: for the start of the program.
+    QCoro::Task<bool> requestPermission();
+    /// Whether messages can be posted now.
+    QCoro::Task<bool> hasPermission();
+
+    /// A message about the successes if there are any, then one about the failures if there are any.
+    QCoro::Task<> postProcessingResult(qint64 successCount, qint64 failureCount, QStringList failedFiles,
+                                       std::optional<QString> detail = {});
+    QCoro::Task<> postRateLimitFailure(qint64 failureCount, QStringList failedFiles,
+                                       std::optional<QString> detail = {});
+    QCoro::Task<> postPermissionFailure(qint64 failureCount, QStringList failedFiles,
+                                        std::optional<QString> detail = {});
+    /// `item` is the name of what is missing, such as "OpenAI API Key".
+    QCoro::Task<> postConfigurationMissing(QString item);
+
+private:
+    QCoro::Task<> post(DesktopNotification notification, QString postedLine, QString failedLine);
+
+    NotificationCenter& m_center;
+    PlainLog& m_log;
+};
+
+} // namespace ostrelle

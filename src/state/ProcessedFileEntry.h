@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <optional>
+
+namespace ostrelle {
+
+/// A file as it was when it was captioned: one that has been replaced or touched since is another entry.
+struct ProcessedFileEntry {
+    QString filename;            ///< the last component of the path
+    qint64 fileSize = 0;         ///< in bytes
+    double modificationDate = 0; ///< seconds since 2001-01-01T00:00:00Z, with fractions; compared exactly
+
+    bool operator==(const ProcessedFileEntry&) const = default;
+
+    /// The file at the path as it is now, or the one that a symbolic link leads to; nothing when its
+    /// attributes cannot be read. Looks at the disk: for worker threads.
+    static std::optional<ProcessedFileEntry> of(const QString& path);
+    /// An entry for a file whose attributes are not known: the size 0 and this date.
+    static ProcessedFileEntry placeholder(const QString& path, const QDateTime& date);
+
+    /// The modification date without its fraction, in UTC. For dates of real files only.
+    QDateTime date() const;
+};
+
+size_t qHash(const ProcessedFileEntry& entry, size_t seed = 0) noexcept;
+
+} // namespace ostrelle

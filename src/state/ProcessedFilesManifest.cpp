@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/ProcessedFilesManifest.h"
+
+#include "core/Attempt.h"
+#include "state/ManifestFile.h"
+
+#include <QCoroFuture>
+#include <QDir>
+#include <QFileInfo>
+#include <QPromise>
+#include <QSet>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+/// What the operations use. It lives on while one is under way, but its references may not be used any more
+/// once the manifest is gone.
+struct ProcessedFilesManifest::State {
+    Clock& clock;
+    PlainLog& log;
+    AppEvents& events;
+    std::shared_ptr<ManifestFile> file; // for the save that runs, in its thread
+    bool isOpen = true;
+
+    QSet<ProcessedFileEntry> entries = {};
+    QSet<QString> names = {};
+
+    bool isSaving = false;
+    QList<ProcessedFileEntry> unsaved = {};             // for the next save
+    std::shared_ptr<QPromise<void>> nextSave = nullptr; // ends with it; null when nobody wants one
+
+    void insert(const ProcessedFileEntry& entry) {
+        entries.insert(entry);
+        names.insert(entry.filename);
+    }
+    /// For so many entries and for more than one run adds: a hash that grows stops everything while it moves
+    /// what it holds.
+    void makeRoom(qsizetype count) {
+        constexpr qsizetype mostOfARun = 250'000;
+        entries.reserve(count + mostOfARun);
+        names.reserve(count + mostOfARun);
+    }
+    /// For the next save too, if it is a new one. Returns how many there are.
+    qsizetype add(const ProcessedFileEntry& entry) {
+        if (!entries.contains(entry)) {
+            insert(entry);
+            unsaved.append(entry);
+        }
+        return entries.size();
+    }
+    void takeOver(const ManifestFile::Outcome& outcome) {
+        for (const ProcessedFileEntry& entry : outcome.foreign) {
+            insert(entry);
+        }
+        if (!outcome.isNothingLost) {
+            print(u"[ProcessedFilesManifest] A damaged manifest was replaced without a copy, as several are "
+                  "kept already"_s);
+        }
+    }
+    void print(const QString& line) const {
+        if (isOpen) {
+            log.print(line);
+        }
+    }
+};
+
+ProcessedFilesManifest::ProcessedFilesManifest(const QString& path, Clock& clock, PlainLog& log,
+                                               AppEvents& events)
+    : m_state(std::make_shared<State>(State{
+          .clock = clock, .log = log, .events = events, .file = std::make_shared<ManifestFile>(path)})) {
+    m_state->makeRoom(0);
+    load(path);
+}
+
+ProcessedFilesManifest::~ProcessedFilesManifest() {
+    m_state->isOpen = false;
+}
+
+void ProcessedFilesManifest::load(const QString& path) {
+    // The first save tries again, and tells when it fails.
+    [[maybe_unused]] const bool isMade = QDir().mkpath(QFileInfo(path).path());
+    QList<ProcessedFileEntry> stored;
+    try {
+        stored = m_state->file->load();
+    } catch (const Error&) {
+        m_state->log.print(u"[ProcessedFilesManifest] Starting with empty manifest"_s);
+        return;
+    }
+    m_state->makeRoom(stored.size());
+    for (const ProcessedFileEntry& entry : stored) {
+        m_state->insert(entry);
+    }
+    m_state->log.print(u"[ProcessedFilesManifest] Loaded "_s + QString::number(count()) +
+                       u" previously processed files"_s);
+}
+
+bool ProcessedFilesManifest::isProcessed(const ProcessedFileEntry& entry) const {
+    return m_state->entries.contains(entry);
+}
+
+bool ProcessedFilesManifest::isProcessedByName(const QString& filename) const {
+    return m_state->names.contains(filename);
+}
+
+qsizetype ProcessedFilesManifest::count() const {
+    return m_state->entries.size();
+}
+
+QCoro::Task<bool> ProcessedFilesManifest::isProcessed(QString file) {
+    const auto state = m_state; // from the first await on, the manifest may be gone
+    const auto read = [file] { return ProcessedFileEntry::of(file); };
+    const std::optional<ProcessedFileEntry> entry = co_await offMainThread(read);
+    co_return entry ? state->entries.contains(*entry) : state->names.contains(QFileInfo(file).fileName());
+}
+
+QCoro::Task<> ProcessedFilesManifest::markProcessed(QString file) {
+    const auto state = m_state;
+    const QString name = QFileInfo(file).fileName();
+    const QDateTime now = state->clock.now();
+    const auto read = [file] { return ProcessedFileEntry::of(file); };
+    const std::optional<ProcessedFileEntry> found = co_await offMainThread(read);
+    if (!found) {
+        state->print(u"[ProcessedFilesManifest] Warning: Could not read file attributes for "_s + name +
+                     u", using filename only"_s);
+    }
+    const ProcessedFileEntry entry = found.value_or(ProcessedFileEntry::placeholder(file, now));
+    const qsizetype total = state->add(entry);
+    co_await save(state);
+    state->print(u"[ProcessedFilesManifest] Marked as processed: %1 (size: %2, date: %3) (total: %4)"_s.arg(
+        name, QString::number(entry.fileSize), entry.date().toString(u"yyyy-MM-dd HH:mm:ss '+0000'"),
+        QString::number(total)));
+    if (state->isOpen) {
+        Q_EMIT state->events.manifestUpdated();
+    }
+}
+
+/// Resumes when a save has ended that began after this call, or that it made begin.
+QCoro::Task<> ProcessedFilesManifest::save(std::shared_ptr<State> state) {
+    if (!state->nextSave) {
+        state->nextSave = std::make_shared<QPromise<void>>();
+        state->nextSave->start();
+    }
+    QFuture<void> ended = state->nextSave->future();
+    if (!state->isSaving) {
+        runSaves(state); // the frame owns itself from here on
+    }
+    co_await ended;
+}
+
+/// One save at a time, each with all that was added until it begins.
+QCoro::Task<> ProcessedFilesManifest::runSaves(std::shared_ptr<State> state) {
+    state->isSaving = true;
+    while (state->nextSave) {
+        const auto promise = std::exchange(state->nextSave, nullptr);
+        const auto append = [file = state->file, added = std::exchange(state->unsaved, {})] {
+            return file->append(added);
+        };
+        const auto saved = co_await attemptOffMainThread(append);
+        if (saved) {
+            state->takeOver(*saved);
+        } else {
+            state->print(u"[ProcessedFilesManifest] Error saving manifest: "_s + saved.words());
+        }
+        promise->finish();
+    }
+    state->isSaving = false;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DesktopNotificationCenter.h"
+
+#include "core/Error.h"
+#include "support/Await.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Interruption = DesktopNotification::Interruption;
+using Sound = DesktopNotification::Sound;
+
+const QString notifications = u"org.freedesktop.Notifications"_s;
+const QString notificationsPath = u"/org/freedesktop/Notifications"_s;
+
+const DesktopNotification failure{.title = u"Ostrelle Captioning Failed"_s,
+                                  .body = u"Files: <A&B> \u00e9.jpg \U0001F4F7"_s,
+                                  .threadIdentifier = u"ostrelle-processing"_s,
+                                  .sound = Sound::critical,
+                                  .interruption = Interruption::critical};
+
+/// Only ever on a bus of its own: see with-notifications and without-secret-service beside this file.
+class DesktopNotificationCenterTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!qEnvironmentVariableIsSet("OSTRELLE_PRIVATE_SESSION")) {
+            GTEST_SKIP() << "this is the user's own session";
+        }
+    }
+    QString postingError() {
+        try {
+            await(center.post(failure));
+        } catch (const Error& error) {
+            return error.localizedDescription();
+        }
+        return u"(posted)"_s;
+    }
+
+    DesktopNotificationCenter center;
+};
+
+/// A python-dbusmock service.
+class WithNotifications : public DesktopNotificationCenterTest {
+protected:
+    static QDBusMessage callMock(const QString& method, const QVariantList& arguments) {
+        QDBusMessage message = QDBusMessage::createMethodCall(notifications, notificationsPath,
+                                                              u"org.freedesktop.DBus.Mock"_s, method);
+        message.setArguments(arguments);
+        return QDBusConnection::sessionBus().call(message);
+    }
+    /// Replaces a method; `code` is Python.
+    static void setMethod(const QString& name, const QString& in, const QString& out, const QString& code) {
+        const QDBusMessage answer = callMock(u"AddMethod"_s, {notifications, name, in, out, code});
+        ASSERT_EQ(answer.type(), QDBusMessage::ReplyMessage) << answer.errorMessage().toStdString();
+    }
+    /// The arguments of the only call of Notify since the last time.
+    static QVariantList notified() {
+        const auto calls =
+            callMock(u"GetMethodCalls"_s, {u"Notify"_s}).arguments().value(0).value<QDBusArgument>();
+        QList<QVariantList> found;
+        calls.beginArray();
+        while (!calls.atEnd()) {
+            quint64 time = 0;
+            QVariantList arguments;
+            calls.beginStructure();
+            calls >> time >> arguments;
+            calls.endStructure();
+            found.append(arguments);
+        }
+        calls.endArray();
+        callMock(u"ClearCalls"_s, {});
+        EXPECT_EQ(found.size(), 1);
+        return found.value(0);
+    }
+};
+
+TEST_F(WithNotifications, TheServiceIsToldExactlyThis) {
+    EXPECT_TRUE(await(center.isAvailable()));
+    setMethod(u"GetCapabilities"_s, {}, u"as"_s, u"ret = ['body', 'sound']"_s);
+    await(center.post(failure));
+    const QVariantList arguments = notified();
+    ASSERT_EQ(arguments.size(), 8);
+    EXPECT_EQ(arguments[0], u"Ostrelle Captions"_s);
+    EXPECT_EQ(arguments[1], 0U);
+    EXPECT_EQ(arguments[2], u""_s);
+    EXPECT_EQ(arguments[3], failure.title);
+    EXPECT_EQ(arguments[4], failure.body);
+    EXPECT_EQ(qdbus_cast<QStringList>(arguments[5]), QStringList());
+    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments[6]),
+              (QVariantMap{{u"urgency"_s, QVariant::fromValue(uchar(2))},
+                           {u"desktop-entry"_s, u"com.tobinvasquel.OstrelleCaptions"_s},
+                           {u"sound-name"_s, u"dialog-warning"_s},
+                           {u"x-ostrelle-thread"_s, u"ostrelle-processing"_s}}));
+    EXPECT_EQ(arguments[7], -1);
+}
+
+TEST_F(WithNotifications, UrgencyAndSoundAreToldApart) {
+    const struct {
+        Sound sound;
+        Interruption interruption;
+        uchar urgency;
+        QString soundName;
+    } rows[] = {{Sound::normal, Interruption::normal, 1, u"message-new-instant"_s},
+                {Sound::critical, Interruption::normal, 1, u"dialog-warning"_s},
+                {Sound::normal, Interruption::critical, 2, u"message-new-instant"_s}};
+    for (const auto& row : rows) {
+        await(center.post({.title = u"t"_s,
+                           .body = u"b"_s,
+                           .threadIdentifier = u"i"_s,
+                           .sound = row.sound,
+                           .interruption = row.interruption}));
+        const auto hints = qdbus_cast<QVariantMap>(notified().value(6));
+        EXPECT_EQ(hints.value(u"urgency"_s), QVariant::fromValue(row.urgency));
+        EXPECT_EQ(hints.value(u"sound-name"_s), row.soundName);
+    }
+}
+
+TEST_F(WithNotifications, ABodyIsEscapedForAServiceThatReadsMarkup) {
+    setMethod(u"GetCapabilities"_s, {}, u"as"_s, u"ret = ['body', 'body-markup']"_s);
+    await(center.post(failure));
+    EXPECT_EQ(notified().value(4), u"Files: &lt;A&amp;B&gt; \u00e9.jpg \U0001F4F7"_s);
+}
+
+TEST_F(WithNotifications, ARefusalIsThrownInTheServicesWords) {
+    setMethod(
+        u"Notify"_s, u"susssasa{sv}i"_s, u"u"_s,
+        u"raise dbus.exceptions.DBusException('Too many.', name='org.freedesktop.Notifications.Error')"_s);
+    EXPECT_TRUE(postingError().contains(u"Too many."_s)) << postingError().toStdString();
+}
+
+class WithoutNotifications : public DesktopNotificationCenterTest {};
+
+TEST_F(WithoutNotifications, NothingIsAvailable) {
+    EXPECT_FALSE(await(center.isAvailable()));
+    EXPECT_NE(postingError(), u"(posted)"_s);
+}
+
+class SilentService : public QDBusVirtualObject {
+public:
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+        message.setDelayedReply(true);
+        return true;
+    }
+};
+
+TEST_F(WithoutNotifications, AServiceThatNeverAnswersIsNotWaitedForInVain) {
+    SilentService service;
+    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"silent"_s);
+    ASSERT_TRUE(bus.registerVirtualObject(notificationsPath, &service));
+    ASSERT_TRUE(bus.registerService(notifications));
+    DesktopNotificationCenter impatient(std::chrono::milliseconds(50));
+    EXPECT_TRUE(await(impatient.isAvailable()));
+    auto posting = impatient.post(failure);
+    EXPECT_FALSE(posting.isReady());
+    EXPECT_THROW(await(std::move(posting)), Error);
+    bus.unregisterService(notifications);
+    QDBusConnection::disconnectFromBus(u"silent"_s);
+}
+
+class WithoutBus : public DesktopNotificationCenterTest {};
+
+TEST_F(WithoutBus, AskingAndPostingThrow) {
+    EXPECT_THROW(await(center.isAvailable()), Error);
+    EXPECT_NE(postingError(), u"(posted)"_s);
+}
+
+} // namespace
+
+} // namespace ostrelle

@@ -1,0 +1,342 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/ManifestFile.h"
+
+#include "platform/FileError.h"
+#include "platform/Files.h"
+#include "support/Unprivileged.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QTemporaryDir>
+#include <cmath>
+#include <csignal>
+#include <limits>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Entries = QList<ProcessedFileEntry>;
+
+ProcessedFileEntry entry(const QString& name, double date = 750'000'000.125) {
+    return {.filename = name, .fileSize = 25'000'000, .modificationDate = date};
+}
+
+Entries entries(int from, int count) {
+    Entries result;
+    for (int number = from; number < from + count; ++number) {
+        result.append(entry(u"IMG_%1.CR3"_s.arg(number), 750'000'000 + number / 7.0));
+    }
+    return result;
+}
+
+QSet<ProcessedFileEntry> setOf(const Entries& list) {
+    return {list.begin(), list.end()};
+}
+
+class ManifestFileTest : public testing::Test {
+protected:
+    Entries stored() const { return ManifestFile(path).load(); }
+    void write(const QByteArray& bytes) const { replaceFile(path, bytes); }
+    QByteArray bytes() const { return readFile(path, ManifestFile::largestFile); }
+    QByteArray bytesOf(const QString& suffix) const {
+        return QFile::exists(path + suffix) ? readFile(path + suffix, 1'000'000) : "(none)";
+    }
+
+    QTemporaryDir folder;
+    QString path = folder.filePath(u"processed_files.json"_s);
+    ManifestFile file{path};
+};
+
+/// Limits the size of the files that this process writes, as a full disk does.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) {
+        ::getrlimit(RLIMIT_FSIZE, &m_previous);
+        const rlimit limit{size, m_previous.rlim_max};
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &m_previous);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_previous{};
+    void (*m_handler)(int) = nullptr;
+};
+
+TEST_F(ManifestFileTest, IsAnArrayOfObjectsOfThreeKeys) {
+    file.append({entry(u"a \"b\" \u00e9.CR3"_s, 750'000'000.25)});
+    file.append({entry(u"c.JPG"_s, -1)});
+    const QJsonDocument document = QJsonDocument::fromJson(bytes());
+    EXPECT_EQ(document.array(), (QJsonArray{QJsonObject{{u"filename"_s, u"a \"b\" \u00e9.CR3"_s},
+                                                        {u"fileSize"_s, 25'000'000},
+                                                        {u"modificationDate"_s, 750'000'000.25}},
+                                            QJsonObject{{u"filename"_s, u"c.JPG"_s},
+                                                        {u"fileSize"_s, 25'000'000},
+                                                        {u"modificationDate"_s, -1}}}));
+    EXPECT_EQ(bytes(), document.toJson(QJsonDocument::Compact));
+}
+
+TEST_F(ManifestFileTest, ValuesComeBackExactly) {
+    Entries written;
+    for (const double date : {0.0, -0.0, 0.1, 1.0 / 3, 751'234'567.123456789, 1e300, 5e-324, -978'307'200.5,
+                              std::nextafter(751'234'567.0, 1e9), std::numeric_limits<double>::max()}) {
+        written.append(entry(u"d"_s, date));
+    }
+    for (const qint64 size :
+         {std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(), (1LL << 53) + 1, 0LL}) {
+        written.append({.filename = u"s"_s, .fileSize = size, .modificationDate = 0.5});
+    }
+    for (const QString& name : {u""_s, u"\\u0041\n\t\x01\x7f"_s, u"\U0001F4F7 e\u0301.jpg"_s, u"],[{}"_s,
+                                QString(255, u'n'), u"broken \ufffd name"_s}) {
+        written.append(entry(name));
+    }
+    file.append(written);
+    EXPECT_EQ(stored(), written);
+}
+
+TEST_F(ManifestFileTest, OneBadEntryMakesTheFileInvalid) {
+    const QByteArray good = R"({"filename":"a","fileSize":1,"modificationDate":2})";
+    write('[' + good + ']');
+    ASSERT_EQ(stored(), Entries({{.filename = u"a"_s, .fileSize = 1, .modificationDate = 2}}));
+    const QByteArrayList bad = {
+        "",
+        "null",
+        "{}",
+        good,
+        "[",
+        '[' + good,
+        '[' + good + ",]",
+        "[1]",
+        "[[]]",
+        "[null]",
+        "[{}]",
+        R"([{"filename":"a","fileSize":1}])",
+        R"([{"filename":"a","modificationDate":2}])",
+        R"([{"fileSize":1,"modificationDate":2}])",
+        R"([{"filename":1,"fileSize":1,"modificationDate":2}])",
+        R"([{"filename":null,"fileSize":1,"modificationDate":2}])",
+        R"([{"filename":"a","fileSize":"1","modificationDate":2}])",
+        R"([{"filename":"a","fileSize":1.5,"modificationDate":2}])",
+        R"([{"filename":"a","fileSize":1e19,"modificationDate":2}])",
+        R"([{"filename":"a","fileSize":true,"modificationDate":2}])",
+        R"([{"filename":"a","fileSize":1,"modificationDate":"2"}])",
+        R"([{"filename":"a","fileSize":1,"modificationDate":NaN}])",
+        R"([{"filename":"a","fileSize":1,"modificationDate":1e999}])",
+        "[{\"filename\":\"\xff\",\"fileSize\":1,\"modificationDate\":2}]",
+        '[' + good + ',' + R"({"filename":"a"})" + ']',
+        '[' + good + "]x",
+        QByteArray(100'000, '['),
+        QByteArray("\0\0\0", 3),
+    };
+    for (const QByteArray& contents : bad) {
+        write(contents);
+        EXPECT_THROW(stored(), Error) << contents.left(100).constData();
+    }
+}
+
+TEST_F(ManifestFileTest, WhatOthersWroteStaysAsItIs) {
+    for (const QByteArray& empty : {QByteArray("[]"), QByteArray(" [ \n] ")}) {
+        write(empty);
+        ManifestFile again(path);
+        again.load();
+        again.append({entry(u"a"_s)});
+        EXPECT_EQ(stored(), Entries({entry(u"a"_s)}));
+    }
+    const QByteArray old =
+        "[ {\"modificationDate\": 2.0, \"filename\": \"x\", \"fileSize\": 1.0, \"more\": 3}";
+    write(old + "\n]\n");
+    ManifestFile again(path);
+    ASSERT_EQ(again.load().size(), 1);
+    again.append({entry(u"a"_s)});
+    EXPECT_TRUE(bytes().startsWith(old));
+    EXPECT_EQ(stored().size(), 2);
+}
+
+TEST_F(ManifestFileTest, TooLargeAFileIsNotRead) {
+    write("[]");
+    ASSERT_EQ(::truncate(path.toLocal8Bit().constData(), ManifestFile::largestFile + 1), 0);
+    EXPECT_THROW(stored(), FileError);
+}
+
+TEST_F(ManifestFileTest, ProcessesThatShareTheFileKeepEachOthersEntries) {
+    file.append(entries(0, 2));
+    ManifestFile other(path);
+    EXPECT_EQ(other.load().size(), 2);
+    EXPECT_EQ(other.append(entries(2, 1)).foreign, Entries());
+    EXPECT_EQ(file.append(entries(3, 1)).foreign, entries(2, 1));
+    EXPECT_EQ(other.append(entries(3, 1) + entries(4, 1)).foreign,
+              entries(3, 1)); // which is written once only
+    EXPECT_EQ(file.append({}).foreign, entries(4, 1));
+    EXPECT_EQ(stored(), entries(0, 5));
+}
+
+TEST_F(ManifestFileTest, AFileThatIsSetBackIsCompletedAgain) {
+    file.append(entries(0, 3));
+    const QByteArray old = bytes();
+    file.append(entries(3, 3));
+    write(old);
+    EXPECT_EQ(file.append(entries(6, 1)).foreign, Entries());
+    EXPECT_EQ(setOf(stored()), setOf(entries(0, 7)));
+    ASSERT_TRUE(QFile::remove(path));
+    file.append({});
+    EXPECT_EQ(setOf(stored()), setOf(entries(0, 7)));
+    ManifestFile foreign(path); // written without a look at what was there
+    write("[]");
+    foreign.append(entries(9, 1));
+    EXPECT_EQ(file.append({}).foreign, entries(9, 1));
+    EXPECT_EQ(setOf(stored()), setOf(entries(0, 7) + entries(9, 1)));
+}
+
+TEST_F(ManifestFileTest, ADamagedFileIsSetAsideWhenItIsReplaced) {
+    for (const char* suffix : {".broken", ".broken.1", ".broken.2", ".broken.3", ".broken.4"}) {
+        write(QByteArray("damaged ") + suffix);
+        ManifestFile fresh(path);
+        EXPECT_THROW(fresh.load(), Error);
+        EXPECT_EQ(bytes(), QByteArray("damaged ") + suffix);
+        EXPECT_TRUE(fresh.append(entries(0, 1)).isNothingLost);
+        EXPECT_EQ(bytesOf(QLatin1StringView(suffix)), QByteArray("damaged ") + suffix);
+        EXPECT_EQ(stored(), entries(0, 1));
+    }
+    write("damaged once more");
+    EXPECT_FALSE(file.append(entries(0, 1)).isNothingLost);
+    EXPECT_EQ(stored(), entries(0, 1));
+    EXPECT_EQ(bytesOf(u".broken"_s), "damaged .broken");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 7); // with the lock file
+}
+
+TEST_F(ManifestFileTest, AFileThatIsDamagedMeanwhileIsReplacedByAllThatIsKnown) {
+    file.append(entries(0, 3));
+    const QByteArray whole = bytes();
+    for (const QByteArray& contents : {whole.chopped(1) + ",]", whole.chopped(1) + ",1]", whole.chopped(1)}) {
+        write(contents);
+        EXPECT_EQ(file.append({}).foreign, Entries());
+        EXPECT_EQ(stored(), entries(0, 3)) << contents.right(20).constData();
+    }
+    EXPECT_EQ(bytesOf(u".broken.2"_s), whole.chopped(1));
+}
+
+TEST(ManifestFile, AFileThatMayNotBeReadIsSetAsideToo) {
+    const UnprivilegedFolder folder;
+    const QString path = folder.filePath(u"processed_files.json"_s);
+    ManifestFile(path).append(entries(0, 3));
+    ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0), 0);
+    ManifestFile file(path);
+    EXPECT_THROW(file.load(), FileError);
+    ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0555), 0);
+    EXPECT_THROW(file.append(entries(3, 1)), FileError);
+    ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0755), 0);
+    file.append(entries(4, 1));
+    EXPECT_EQ(ManifestFile(path).load(), entries(3, 2));
+    const QString aside = path + u".broken"_s;
+    ASSERT_EQ(::chmod(aside.toLocal8Bit().constData(), 0600), 0);
+    EXPECT_EQ(ManifestFile(aside).load(), entries(0, 3));
+}
+
+TEST(ManifestFile, AFileThatCanBeReadAgainLosesNothing) {
+    const UnprivilegedFolder folder;
+    const QString path = folder.filePath(u"processed_files.json"_s);
+    ManifestFile(path).append(entries(0, 3));
+    ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0), 0);
+    ManifestFile file(path);
+    EXPECT_THROW(file.load(), FileError);
+    ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), 0600), 0);
+    EXPECT_EQ(file.append(entries(3, 1)).foreign, entries(0, 3));
+    EXPECT_EQ(ManifestFile(path).load(), entries(0, 4));
+}
+
+TEST_F(ManifestFileTest, AFullDiskLeavesTheOldFileAndTheNextSaveWritesEverything) {
+    file.append(entries(0, 10));
+    const QByteArray before = bytes();
+    ManifestFile other(path);
+    other.append(entries(10, 1));
+    const QByteArray withOther = bytes();
+    {
+        const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
+        EXPECT_THROW(file.append(entries(20, 5)), FileError);
+        EXPECT_THROW(file.append(entries(30, 5)), FileError);
+    }
+    EXPECT_EQ(bytes(), withOther);
+    EXPECT_EQ(file.append({}).foreign, entries(10, 1)); // told late, but told
+    EXPECT_EQ(setOf(stored()), setOf(entries(0, 11) + entries(20, 5) + entries(30, 5)));
+}
+
+[[noreturn]] void appendForEver(const QString& path) {
+    ManifestFile file(path);
+    const qsizetype count = file.load().size();
+    for (int number = static_cast<int>(count);; ++number) {
+        file.append(entries(number, 1));
+    }
+}
+
+TEST_F(ManifestFileTest, AKilledWriterLeavesAWholeFile) {
+    constexpr int kills = 200;
+    file.append(entries(0, 300));
+    QElapsedTimer timer;
+    timer.start();
+    ManifestFile(path).append({});
+    const quint32 longestLife =
+        static_cast<quint32>(timer.nsecsElapsed() / 1000) * 6 + 1000; // of a writer, in microseconds
+    qsizetype least = 300;
+    for (int kill = 0; kill < kills; ++kill) {
+        const pid_t writer = ::fork();
+        ASSERT_GE(writer, 0);
+        if (writer == 0) {
+            appendForEver(path);
+        }
+        ::usleep(QRandomGenerator::global()->bounded(longestLife));
+        ::kill(writer, SIGKILL);
+        ::waitpid(writer, nullptr, 0);
+        const Entries found = stored();
+        ASSERT_GE(found.size(), least);
+        ASSERT_EQ(found, entries(0, static_cast<int>(found.size()))) << "after kill " << kill;
+        least = found.size();
+    }
+    EXPECT_GT(least, 300) << "the writer never got to write";
+    EXPECT_FALSE(QFile::exists(path + u".broken"_s));
+}
+
+TEST_F(ManifestFileTest, WritersAtTheSameTimeLoseNothing) {
+    constexpr int writers = 3;
+    constexpr int marks = 40;
+    QList<pid_t> children;
+    for (int writer = 0; writer < writers; ++writer) {
+        children.append(::fork());
+        ASSERT_GE(children.last(), 0);
+        if (children.last() == 0) {
+            ManifestFile own(path);
+            for (int mark = 0; mark < marks; ++mark) {
+                own.append(entries(writer * marks + mark, 1));
+            }
+            ::_exit(0);
+        }
+    }
+    for (const pid_t child : children) {
+        ::waitpid(child, nullptr, 0);
+    }
+    EXPECT_EQ(stored().size(), writers * marks);
+    EXPECT_EQ(setOf(stored()), setOf(entries(0, writers * marks)));
+}
+
+} // namespace
+
+} // namespace ostrelle

@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/ProcessedFilesManifest.h"
+
+#include "platform/FileLock.h"
+#include "platform/Files.h"
+#include "support/Await.h"
+#include "support/RecordingLog.h"
+#include "support/VirtualClock.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QThreadPool>
+#include <array>
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class ProcessedFilesManifestTest : public testing::Test {
+protected:
+    /// The program starts anew, over what is stored.
+    void start() {
+        manifest.reset();
+        log.lines.clear();
+        manifest = std::make_unique<ProcessedFilesManifest>(path, clock, log, events);
+    }
+    /// A picture of six bytes from 26 October 2024, 19:02:33.25 UTC.
+    QString makePicture(const QString& name) const {
+        const QString file = folder.filePath(name);
+        QDir().mkpath(QFileInfo(file).path());
+        replaceFile(file, "sensor");
+        setDate(file, 250'000'000);
+        return file;
+    }
+    static void setDate(const QString& file, long nanoseconds) {
+        const timespec date{1'729'969'353, nanoseconds};
+        const timespec times[] = {date, date};
+        ASSERT_EQ(::utimensat(AT_FDCWD, file.toLocal8Bit().constData(), times, 0), 0);
+    }
+    void mark(const QString& file) { await(manifest->markProcessed(file)); }
+    bool isProcessed(const QString& file) { return await(manifest->isProcessed(file)); }
+    QByteArray stored() const { return readFile(path, 1'000'000); }
+
+    QTemporaryDir folder;
+    QString path = folder.filePath(u"share/Ostrelle Captions/processed_files.json"_s);
+    VirtualClock clock;
+    RecordingLog log;
+    AppEvents events;
+    std::unique_ptr<ProcessedFilesManifest> manifest =
+        std::make_unique<ProcessedFilesManifest>(path, clock, log, events);
+};
+
+/// Counts how often a file is renamed over the path.
+class Replacements {
+public:
+    explicit Replacements(const QString& path)
+        : m_name(QFileInfo(path).fileName().toLocal8Bit()), m_descriptor(::inotify_init1(IN_NONBLOCK)) {
+        const QByteArray folder = QFileInfo(path).path().toLocal8Bit();
+        // With the making of the temporary files, so that no two events in a row are the same and become one.
+        EXPECT_GE(::inotify_add_watch(m_descriptor, folder.constData(), IN_CREATE | IN_MOVED_TO), 0);
+    }
+    ~Replacements() { ::close(m_descriptor); }
+    Replacements(const Replacements&) = delete;
+    Replacements& operator=(const Replacements&) = delete;
+
+    /// Since the last call.
+    int count() const {
+        alignas(inotify_event) std::array<char, 65536> events{};
+        const ssize_t size = ::read(m_descriptor, events.data(), events.size());
+        int count = 0;
+        for (ssize_t at = 0; at < size;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(events.data() + at);
+            count += (event->mask & IN_MOVED_TO) != 0 && m_name == event->name ? 1 : 0;
+            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+        }
+        return count;
+    }
+
+private:
+    QByteArray m_name;
+    int m_descriptor;
+};
+
+const QByteArray storedPicture = R"({"fileSize":6,"filename":"a.CR3","modificationDate":751662153.25})";
+
+TEST_F(ProcessedFilesManifestTest, AMarkedFileIsKnownToTheNextRun) {
+    QSignalSpy updates(&events, &AppEvents::manifestUpdated);
+    const QString picture = makePicture(u"a.CR3"_s);
+    EXPECT_FALSE(isProcessed(picture));
+    EXPECT_FALSE(manifest->isProcessedByName(u"a.CR3"_s));
+    mark(picture);
+    EXPECT_TRUE(isProcessed(picture));
+    EXPECT_TRUE(manifest->isProcessedByName(u"a.CR3"_s));
+    EXPECT_FALSE(manifest->isProcessedByName(u"a"_s));
+    EXPECT_EQ(updates.count(), 1);
+    EXPECT_EQ(stored(), '[' + storedPicture + ']');
+    EXPECT_EQ(log.lines,
+              QStringList({u"[ProcessedFilesManifest] Starting with empty manifest"_s,
+                           u"[ProcessedFilesManifest] Marked as processed: a.CR3 (size: 6, date: 2024-10-26 "
+                           "19:02:33 +0000) (total: 1)"_s}));
+    start();
+    EXPECT_EQ(log.lines, QStringList(u"[ProcessedFilesManifest] Loaded 1 previously processed files"_s));
+    EXPECT_TRUE(isProcessed(picture));
+}
+
+TEST_F(ProcessedFilesManifestTest, AFileIsKnownByNameSizeAndDate) {
+    const QString picture = makePicture(u"a.CR3"_s);
+    const QString twin = makePicture(u"elsewhere/a.CR3"_s);
+    const QString link = folder.filePath(u"linked/a.CR3"_s);
+    ASSERT_TRUE(QDir(folder.path()).mkdir(u"linked"_s));
+    ASSERT_TRUE(QFile::link(picture, link));
+    mark(picture);
+    EXPECT_TRUE(isProcessed(twin));
+    EXPECT_TRUE(isProcessed(link));
+    EXPECT_FALSE(isProcessed(makePicture(u"A.CR3"_s)));
+    setDate(picture, 250'001'000);
+    EXPECT_FALSE(isProcessed(picture)) << "touched";
+    EXPECT_FALSE(isProcessed(link)) << "touched";
+    replaceFile(twin, "sensors");
+    setDate(twin, 250'000'000);
+    EXPECT_FALSE(isProcessed(twin)) << "of another size";
+    ASSERT_TRUE(QFile::remove(twin));
+    EXPECT_TRUE(isProcessed(twin)) << "by its name, as it is gone";
+    EXPECT_FALSE(isProcessed(folder.filePath(u"other.CR3"_s)));
+}
+
+TEST_F(ProcessedFilesManifestTest, AFileMarkedAgainIsAddedOnceForEachOfItsStates) {
+    const QString picture = makePicture(u"a.CR3"_s);
+    mark(picture);
+    mark(picture);
+    EXPECT_EQ(manifest->count(), 1);
+    setDate(picture, 0);
+    mark(picture);
+    EXPECT_EQ(manifest->count(), 2);
+    EXPECT_EQ(stored(),
+              '[' + storedPicture + R"(,{"fileSize":6,"filename":"a.CR3","modificationDate":751662153}])");
+    EXPECT_TRUE(log.lines.last().endsWith(u"(total: 2)"_s));
+}
+
+TEST_F(ProcessedFilesManifestTest, AFileThatIsGoneIsMarkedByItsName) {
+    const QString picture = folder.filePath(u"gone.CR3"_s);
+    mark(picture);
+    EXPECT_TRUE(isProcessed(picture));
+    EXPECT_EQ(stored(), R"([{"fileSize":0,"filename":"gone.CR3","modificationDate":751636800}])");
+    EXPECT_EQ(
+        log.lines.mid(1),
+        QStringList({u"[ProcessedFilesManifest] Warning: Could not read file attributes for gone.CR3, "
+                     "using filename only"_s,
+                     u"[ProcessedFilesManifest] Marked as processed: gone.CR3 (size: 0, date: 2024-10-26 "
+                     "12:00:00 +0000) (total: 1)"_s}));
+    makePicture(u"gone.CR3"_s);
+    EXPECT_FALSE(isProcessed(picture));
+}
+
+TEST_F(ProcessedFilesManifestTest, ADamagedFileStartsEmptyAndIsKeptWhenTheFirstMarkReplacesIt) {
+    replaceFile(path, "[{]");
+    start();
+    EXPECT_EQ(log.lines, QStringList(u"[ProcessedFilesManifest] Starting with empty manifest"_s));
+    EXPECT_EQ(stored(), "[{]");
+    mark(makePicture(u"a.CR3"_s));
+    EXPECT_EQ(stored(), '[' + storedPicture + ']');
+    EXPECT_EQ(readFile(path + u".broken"_s, 100), "[{]");
+    EXPECT_EQ(log.lines.size(), 2);
+}
+
+TEST_F(ProcessedFilesManifestTest, AFailedSaveIsLoggedAndTheNextOneWritesEverything) {
+    ASSERT_TRUE(QDir().mkdir(path)); // where the file should be
+    ASSERT_TRUE(QDir().mkdir(path + u".lock"_s));
+    mark(makePicture(u"a.CR3"_s));
+    ASSERT_EQ(log.lines.size(), 3);
+    EXPECT_TRUE(log.lines[1].startsWith(u"[ProcessedFilesManifest] Error saving manifest: Could not lock "_s))
+        << log.lines[1].toStdString();
+    EXPECT_TRUE(log.lines[2].startsWith(u"[ProcessedFilesManifest] Marked as processed: a.CR3 "_s));
+    EXPECT_TRUE(manifest->isProcessedByName(u"a.CR3"_s));
+    ASSERT_TRUE(QDir().rmdir(path));
+    ASSERT_TRUE(QDir().rmdir(path + u".lock"_s));
+    mark(makePicture(u"b.CR3"_s));
+    start();
+    EXPECT_EQ(manifest->count(), 2);
+}
+
+TEST_F(ProcessedFilesManifestTest, MarksDuringASaveShareTheNextOne) {
+    QThreadPool::globalInstance()->setMaxThreadCount(2); // one for the save that waits, whatever the machine
+    QSignalSpy updates(&events, &AppEvents::manifestUpdated);
+    const Replacements replacements(path);
+    constexpr int count = 50;
+    std::vector<QCoro::Task<>> marks;
+    {
+        const FileLock anotherProcess(path, 1s);
+        for (int number = 0; number < count; ++number) {
+            marks.push_back(manifest->markProcessed(makePicture(u"%1.CR3"_s.arg(number))));
+        }
+        waitUntil([this] { return manifest->count() == count; });
+        EXPECT_FALSE(QFile::exists(path));
+    }
+    for (QCoro::Task<>& task : marks) {
+        await(std::move(task));
+    }
+    EXPECT_EQ(replacements.count(), 2);
+    EXPECT_EQ(updates.count(), count);
+    start();
+    EXPECT_EQ(manifest->count(), count);
+}
+
+TEST_F(ProcessedFilesManifestTest, LearnsWhatAnotherProcessHasMarked) {
+    mark(makePicture(u"a.CR3"_s));
+    RecordingLog otherLog;
+    ProcessedFilesManifest other(path, clock, otherLog, events);
+    await(other.markProcessed(makePicture(u"b.CR3"_s)));
+    EXPECT_FALSE(manifest->isProcessedByName(u"b.CR3"_s));
+    mark(makePicture(u"c.CR3"_s));
+    EXPECT_TRUE(isProcessed(folder.filePath(u"b.CR3"_s)));
+    EXPECT_EQ(manifest->count(), 3);
+    start();
+    EXPECT_EQ(manifest->count(), 3);
+}
+
+TEST_F(ProcessedFilesManifestTest, MarksUnderWayOutliveTheManifest) {
+    const QString picture = makePicture(u"a.CR3"_s);
+    auto marking = manifest->markProcessed(picture);
+    auto later = manifest->markProcessed(makePicture(u"b.CR3"_s));
+    auto asking = manifest->isProcessed(picture);
+    manifest.reset();
+    const qsizetype lines = log.lines.size();
+    await(std::move(marking));
+    await(std::move(later));
+    await(std::move(asking));
+    EXPECT_EQ(log.lines.size(), lines);
+    start();
+    EXPECT_EQ(manifest->count(), 2);
+}
+
+} // namespace
+
+} // namespace ostrelle
