@@ -10,11 +10,7 @@
 #include "platform/FileError.h"
 #include "platform/Files.h"
 
-#include <sys/stat.h>
-
-#include <QFile>
 #include <QFileInfo>
-#include <tuple>
 
 namespace ostrelle {
 
@@ -24,25 +20,6 @@ namespace {
 
 constexpr qint64 maximumFileSize = qint64{512} << 20;
 
-/// What changes when another program writes or replaces a file.
-struct FileStamp {
-    dev_t device = 0;
-    ino_t number = 0;
-    off_t size = 0;
-    std::tuple<time_t, long> modified;
-
-    static FileStamp of(const QString& path) {
-        struct stat status{};
-        if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-            return {};
-        }
-        return {
-            status.st_dev, status.st_ino, status.st_size, {status.st_mtim.tv_sec, status.st_mtim.tv_nsec}};
-    }
-
-    friend bool operator==(const FileStamp&, const FileStamp&) = default;
-};
-
 /// One caption write into one file, with its words for the log.
 class EmbeddedCaptionWrite {
 public:
@@ -50,33 +27,25 @@ public:
         : m_path(path), m_caption(caption), m_log(log) {}
 
     void run() {
-        constexpr int attempts = 3;
-        for (int attempt = 0; attempt < attempts; ++attempt) {
-            const FileStamp stamp = FileStamp::of(m_path);
-            const QByteArray original = readOriginal();
-            if (attempt == 0) {
-                tellWhatStays(original);
+        try {
+            editFile(m_path, maximumFileSize,
+                     [this](const QByteArray& original) { return edited(original); });
+        } catch (const FileError& error) {
+            if (m_attempts == 0) { // it was not even read
+                throw XMPError(XMPError::Case::fileMissing);
             }
-            checkPicture();
-            const QByteArray edited = edit(original);
-            if (FileStamp::of(m_path) == stamp) {
-                replace(edited);
-                tellOfManifest(original);
-                return;
-            }
-            say(u"The file was changed by another program, reading it again: "_s + fileName());
+            explain(error);
+            throw XMPError(XMPError::Case::writeFailed);
         }
-        fail(u"ERROR: Write operation failed for "_s, u"Another program keeps changing the file."_s);
+        if (m_hasManifest) {
+            say(u"%1 carries content credentials (C2PA), whose signature does not match the file any more."_s
+                    .arg(fileName()));
+        }
     }
 
 private:
     void say(const QString& words) { m_log.print(u"[XMPWriter] "_s + words); }
     QString fileName() const { return QFileInfo(m_path).fileName(); }
-
-    [[noreturn]] void fail(const QString& event, const QString& reason) {
-        tell(event, reason);
-        throw XMPError(XMPError::Case::writeFailed);
-    }
 
     void tell(const QString& event, const QString& reason) {
         say(event + fileName());
@@ -84,12 +53,16 @@ private:
         say(u"Error: "_s + reason);
     }
 
-    QByteArray readOriginal() {
-        try {
-            return readFile(m_path, maximumFileSize);
-        } catch (const FileError&) {
-            throw XMPError(XMPError::Case::fileMissing);
+    /// Called again for what another program has put in the file's place meanwhile.
+    QByteArray edited(const QByteArray& original) {
+        if (m_attempts++ == 0) {
+            tellWhatStays(original);
+        } else {
+            say(u"The file was changed by another program, reading it again: "_s + fileName());
         }
+        checkPicture();
+        m_hasManifest = hasSignedManifest(original);
+        return withCaption(original);
     }
 
     void tellWhatStays(const QByteArray& original) {
@@ -109,7 +82,7 @@ private:
         }
     }
 
-    QByteArray edit(const QByteArray& original) {
+    QByteArray withCaption(const QByteArray& original) {
         try {
             return withEmbeddedCaption(original, m_caption);
         } catch (const EditRefusal& refusal) {
@@ -118,15 +91,6 @@ private:
                                                                   refusal.localizedDescription()));
         }
         throw XMPError(XMPError::Case::writeFailed);
-    }
-
-    void replace(const QByteArray& edited) {
-        try {
-            replaceFile(m_path, edited);
-        } catch (const FileError& error) {
-            explain(error);
-            throw XMPError(XMPError::Case::writeFailed);
-        }
     }
 
     void explain(const FileError& error) {
@@ -139,16 +103,11 @@ private:
         tell(u"ERROR: Write operation failed for "_s, error.localizedDescription());
     }
 
-    void tellOfManifest(const QByteArray& original) {
-        if (hasSignedManifest(original)) {
-            say(u"%1 carries content credentials (C2PA), whose signature does not match the file any more."_s
-                    .arg(fileName()));
-        }
-    }
-
     QString m_path;
     QString m_caption;
     PlainLog& m_log;
+    int m_attempts = 0;
+    bool m_hasManifest = false;
 };
 
 } // namespace

@@ -39,15 +39,23 @@ constexpr QByteArrayView sidecarTemplate =
     "</x:xmpmeta>\n"
     "<?xpacket end=\"w\"?>";
 
-XmlDocument openSidecar(const QString& sidecar) {
+void checkExists(const QString& sidecar) {
     if (!QFileInfo::exists(sidecar)) {
         throw XMPError(XMPError::Case::fileMissing);
     }
-    XmlDocument document = XmlDocument::parse(readFile(sidecar, XmlDocument::maximumSize));
+}
+
+XmlDocument parseSidecar(const QByteArray& bytes) {
+    XmlDocument document = XmlDocument::parse(bytes);
     if (!document.root()) {
         throw XMPError(XMPError::Case::noPacket);
     }
     return document;
+}
+
+XmlDocument openSidecar(const QString& sidecar) {
+    checkExists(sidecar);
+    return parseSidecar(readFile(sidecar, XmlDocument::maximumSize));
 }
 
 /// The first value that is not blank, of the attributes that may tell the date of the picture.
@@ -126,8 +134,9 @@ std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) con
 }
 
 void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar) const {
-    const XmlDocument document = openSidecar(sidecar);
-    replaceFile(sidecar, withCaption(document, caption));
+    checkExists(sidecar);
+    editFile(sidecar, XmlDocument::maximumSize,
+             [&caption](const QByteArray& bytes) { return withCaption(parseSidecar(bytes), caption); });
 }
 
 XMPContext XMPWriter::readContext(const QString& sidecar, const QTimeZone& zone) const {

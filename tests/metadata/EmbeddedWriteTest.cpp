@@ -2,6 +2,7 @@
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/SidecarBytes.h"
 #include "metadata/XMPError.h"
+#include "support/FullDisk.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 
@@ -307,6 +308,42 @@ TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhile) {
     XMPWriter().writeEmbeddedCaption(caption, file.path(), log);
     EXPECT_TRUE(file.bytes().contains(iptc(90, "Austin, Texas")));
     EXPECT_EQ(readBack(file.bytes()), caption);
+}
+
+TEST(EmbeddedWrite, LeavesAFileThatAnotherProgramKeepsChanging) {
+    ImageFile file(jpegWith(""));
+    QByteArray latest;
+    int changes = 0;
+    ActingLog log([&](const QString& line) {
+        if (line.contains(u"Preserving") || line.contains(u"reading it again")) {
+            latest = jpegWith(iptcSegment(iptc(90, "City") + iptc(105, QByteArray(++changes, 'h'))));
+            file.write(latest);
+        }
+    });
+    file.write(jpegWith(iptcSegment(iptc(90, "City"))));
+    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, file.path(), log), XMPError);
+    EXPECT_EQ(changes, 3);
+    EXPECT_EQ(file.bytes(), latest);
+    EXPECT_EQ(QDir(file.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    EXPECT_TRUE(log.lines.last().contains(u"Could not keep up with another program's changes to "_s));
+}
+
+TEST(EmbeddedWrite, AFullDiskLeavesTheOldFileAlone) {
+    const QByteArray jpeg = jpegWith("");
+    const ImageFile file(jpeg);
+    RecordingLog log;
+    {
+        const FullDisk full(static_cast<rlim_t>(jpeg.size() / 2));
+        EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, file.path(), log), XMPError);
+    }
+    const QString reason = u"Could not write %1: File too large."_s.arg(file.path());
+    EXPECT_EQ(log.lines,
+              QStringList({u"[XMPWriter] ERROR: Failed to copy temp file to final location: "_s + reason,
+                           u"[XMPWriter] ERROR: Write operation failed for IMG_0001.JPG"_s,
+                           u"[XMPWriter] Parent directory: "_s + file.folder(),
+                           u"[XMPWriter] Error: "_s + reason}));
+    EXPECT_EQ(file.bytes(), jpeg);
+    EXPECT_EQ(QDir(file.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
 }
 
 } // namespace ostrelle

@@ -1,26 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "metadata/RAWPreviewExtractor.h"
+#include "metadata/RenditionFixture.h"
 
-#include "metadata/ExtractError.h"
-#include "support/Corpus.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
-
-#include <gtest/gtest.h>
 #include <lcms2.h>
-#include <sys/stat.h>
 
 #include <QColorSpace>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
-#include <QtEndian>
 #include <cmath>
-#include <cstdlib>
 #include <future>
 #include <limits>
-#include <optional>
+#include <vector>
 
 namespace ostrelle {
 namespace {
@@ -28,64 +15,6 @@ namespace {
 using namespace Qt::StringLiterals;
 using Case = ExtractError::Case;
 using Colors = JpegOptions::Colors;
-
-/// Small, so that small scenes do.
-constexpr int limit = 256;
-
-QByteArray render(const QString& path, double maxPixelSize = limit, double quality = 0.6) {
-    return RAWPreviewExtractor().extractPreview(path, maxPixelSize, quality);
-}
-
-/// The case that the extraction fails with, or none.
-std::optional<Case> failure(const QString& path, double maxPixelSize = limit) {
-    try {
-        render(path, maxPixelSize);
-    } catch (const ExtractError& error) {
-        return error.kind();
-    }
-    return std::nullopt;
-}
-
-class Renditions : public testing::Test {
-protected:
-    QString file(const QByteArray& bytes, const QString& name = u"picture"_s) const {
-        const QString path = m_folder.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(file.write(bytes), bytes.size());
-        return path;
-    }
-    QImage picture(const QByteArray& bytes, double maxPixelSize = limit, double quality = 0.95) const {
-        const QImage image = QImage::fromData(render(file(bytes), maxPixelSize, quality), "JPEG");
-        EXPECT_FALSE(image.isNull());
-        return image;
-    }
-    QString path(const QString& name) const { return m_folder.filePath(name); }
-
-private:
-    QTemporaryDir m_folder;
-};
-
-/// The mean difference of two pictures' samples, of 255.
-double difference(const QImage& one, const QImage& other) {
-    EXPECT_EQ(one.size(), other.size());
-    double sum = 0;
-    for (int y = 0; y < one.height(); ++y) {
-        for (int x = 0; x < one.width(); ++x) {
-            const QRgb a = one.pixel(x, y);
-            const QRgb b = other.pixel(x, y);
-            sum +=
-                std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b));
-        }
-    }
-    return sum / 3 / one.width() / one.height();
-}
-
-QImage flat(QColor color, QSize size = {64, 48}) {
-    QImage image(size, QImage::Format_RGB888);
-    image.fill(color);
-    return image;
-}
 
 /// The colour in the middle.
 QColor middle(const QImage& image) {
@@ -224,8 +153,6 @@ TEST_F(Renditions, tellTheKindByTheContent) {
     EXPECT_EQ(render(file(dng, u"b.jpg"_s)), render(file(dng, u"b.dng"_s)));
 }
 
-// Colours ----------------------------------------------------------------------------------------------
-
 TEST_F(Renditions, bringTheColoursOfAProfileToSrgb) {
     const QImage scene = SportsScene(600, 400, 4).image();
     const QImage expected = picture(jpegFile(scene));
@@ -319,147 +246,6 @@ TEST_F(Renditions, passOverAProfileThatIsOfNoUse) {
         JpegOptions options;
         options.profile = profile;
         EXPECT_EQ(render(file(jpegFile(scene, options))), plain) << profile.size();
-    }
-}
-
-// Files that give no picture ----------------------------------------------------------------------------
-
-TEST_F(Renditions, cannotOpenWhatIsNoImage) {
-    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
-    QByteArray noise(4000, '\0');
-    for (qsizetype i = 0; i < noise.size(); ++i) {
-        noise[i] = static_cast<char>(static_cast<int>(255 * sceneNoise(1, static_cast<int>(i), 0)));
-    }
-    for (const QString& wrong :
-         {path(u"missing"_s), path(u"."_s), path(u"pipe"_s), file({}), file("A note.\n", u"note"_s),
-          file(noise, u"noise"_s), file("\x89PNG\r\n\x1A\n and no more", u"png"_s)}) {
-        EXPECT_EQ(failure(wrong), Case::cannotOpen) << wrong.toStdString();
-    }
-}
-
-TEST_F(Renditions, refuseAPictureThatIsCutShort) {
-    const SportsScene scene(400, 300, 2);
-    JpegOptions progressive;
-    progressive.progressive = true;
-    JpegOptions restarts;
-    restarts.restartRows = 1;
-    const QByteArray whole[] = {jpegFile(scene.image()), jpegFile(scene.image(), progressive),
-                                jpegFile(scene.image(), restarts), dngFile(scene)};
-    for (const QByteArray& bytes : whole) {
-        EXPECT_EQ(failure(file(bytes)), std::nullopt);
-        for (const double part : {0.002, 0.05, 0.3, 0.6, 0.9, 0.95}) {
-            const auto length = static_cast<qsizetype>(part * static_cast<double>(bytes.size()));
-            EXPECT_EQ(failure(file(bytes.left(length))), Case::cannotCreateThumbnail) << part;
-        }
-    }
-    // A copy that ran out of space keeps its length and ends in zeros.
-    QByteArray zeros = whole[0];
-    zeros.replace(zeros.size() / 2, zeros.size() / 2, QByteArray(zeros.size() / 2, '\0'));
-    EXPECT_EQ(failure(file(zeros)), Case::cannotCreateThumbnail);
-}
-
-TEST_F(Renditions, takeAPictureWithSmallDamage) {
-    const QImage scene = SportsScene(400, 300, 2).image();
-    JpegOptions restarts;
-    restarts.restartRows = 1;
-    JpegOptions progressive;
-    progressive.progressive = true;
-    const QImage plain = picture(jpegFile(scene));
-    for (const JpegOptions& options : {JpegOptions{}, restarts, progressive}) {
-        const QByteArray jpeg = jpegFile(scene, options);
-        EXPECT_LT(difference(picture(jpeg.chopped(2)), plain), 1.0) << "without its end marker";
-        EXPECT_LT(difference(picture(jpeg + QByteArray(2000, '\0') + "appended"), plain), 1.0);
-    }
-    QByteArray flipped = jpegFile(scene, restarts);
-    flipped[flipped.size() / 2] = flipped[flipped.size() / 2] == '\x55' ? '\x56' : '\x55';
-    EXPECT_LT(difference(picture(flipped), plain), 6.0);
-}
-
-TEST_F(Renditions, refuseARawPictureThatIsBlack) {
-    DngOptions options;
-    options.exposure = 0;
-    EXPECT_EQ(failure(file(dngFile(SportsScene(640, 480, 1), options))), Case::cannotCreateThumbnail);
-}
-
-/// The JPEG with another size in its frame header.
-QByteArray claiming(QByteArray jpeg, int width, int height) {
-    const qsizetype frame = jpeg.indexOf("\xFF\xC0") + 5;
-    for (const auto& [at, value] : {std::pair{frame, height}, {frame + 2, width}}) {
-        jpeg[at] = static_cast<char>(value >> 8);
-        jpeg[at + 1] = static_cast<char>(value);
-    }
-    return jpeg;
-}
-
-TEST_F(Renditions, refuseHostileSizes) {
-    const QByteArray jpeg = jpegFile(flat(Qt::gray));
-    for (const auto& [width, height] :
-         {std::pair{65535, 65535}, {65500, 65500}, {20001, 20000}, {65500, 6000}, {0, 10}}) {
-        EXPECT_EQ(failure(file(claiming(jpeg, width, height))), Case::cannotCreateThumbnail) << width;
-    }
-    // ImageWidth and ImageLength of the only directory, as longs.
-    const QByteArray dng = dngFile(SportsScene(320, 200, 1));
-    for (const quint32 side : {0U, 20000U, 65500U, 0xFFFFFFFFU}) {
-        QByteArray claimed = dng;
-        for (const char* tag : {"\x00\x01\x04\x00\x01\x00\x00\x00", "\x01\x01\x04\x00\x01\x00\x00\x00"}) {
-            const qsizetype value = claimed.indexOf(QByteArray(tag, 8)) + 8;
-            qToLittleEndian(side, claimed.data() + value);
-        }
-        EXPECT_NE(failure(file(claimed)), std::nullopt) << side;
-    }
-}
-
-TEST_F(Renditions, refuseAPictureOfThousandsOfScans) {
-    JpegOptions progressive;
-    progressive.progressive = true;
-    const QByteArray jpeg = jpegFile(flat(Qt::gray, {2000, 2000}), progressive);
-    const qsizetype lastScan = jpeg.lastIndexOf("\xFF\xDA");
-    const QByteArray scan = jpeg.mid(lastScan).chopped(2);
-    EXPECT_EQ(failure(file(jpeg.left(lastScan) + scan.repeated(10000) + jpeg.right(2))),
-              Case::cannotCreateThumbnail);
-}
-
-TEST(ExtractErrorTest, saysWhatAndWhy) {
-    EXPECT_EQ(ExtractError(Case::cannotEncodeJPEG).localizedDescription(),
-              u"The reduced picture could not be encoded as JPEG."_s);
-    EXPECT_EQ(ExtractError(Case::cannotOpen, u"the file is empty"_s).localizedDescription(),
-              u"The image could not be opened: the file is empty."_s);
-}
-
-// Files of real cameras and programs ---------------------------------------------------------------------
-
-TEST(RenditionCorpus, jpegFilesGiveAPictureOrAnError) {
-    const QStringList files = corpusFiles(u"jpeg"_s);
-    SKIP_WITHOUT_CORPUS(files);
-    int pictures = 0;
-    for (const QString& path : files) {
-        try {
-            const QImage picture = QImage::fromData(render(path), "JPEG");
-            ASSERT_FALSE(picture.isNull()) << path.toStdString();
-            ASSERT_LE(std::max(picture.width(), picture.height()), limit) << path.toStdString();
-            ++pictures;
-        } catch (const ExtractError& error) {
-            ASSERT_NE(error.kind(), Case::cannotEncodeJPEG) << path.toStdString();
-        }
-    }
-    // Most of the corpus is whole; the rest was cut to its headers or is damaged on purpose.
-    EXPECT_GT(pictures, files.size() / 2);
-}
-
-TEST(RenditionCorpus, onlyWholeRawFilesGiveAPicture) {
-    const QStringList files = corpusFiles(u"raw"_s);
-    SKIP_WITHOUT_CORPUS(files);
-    const QStringList whole = {
-        u"kimg__RAW_KODAK_C330_FORMAT_NONE_YRGB.raw"_s,
-        u"rawtran__IMG_5952.CR2"_s,
-        u"tinydng__colorchart.dng"_s,
-        // Complete JPEGs under the name of a RAW file.
-        u"mdx__Issue_247-1.nef"_s,
-        u"mdx__Issue_247-2.nef"_s,
-    };
-    for (const QString& path : files) {
-        EXPECT_EQ(failure(path) == std::nullopt, whole.contains(QFileInfo(path).fileName()))
-            << path.toStdString();
     }
 }
 

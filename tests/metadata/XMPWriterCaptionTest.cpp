@@ -4,13 +4,11 @@
 #include "metadata/XmlDocument.h"
 #include "metadata/XmlError.h"
 #include "platform/FileError.h"
-
-#include <sys/resource.h>
+#include "support/FullDisk.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QStringEncoder>
-#include <csignal>
 
 namespace ostrelle {
 
@@ -272,14 +270,10 @@ TEST(XMPWriterCaption, APacketInsideACaptionIsRefused) {
 TEST(XMPWriterCaption, AFullDiskLeavesTheOldFile) {
     const QByteArray sidecar = subject(description(bothItems("old")) + QByteArray("<odd:x/>").repeated(1000));
     const SidecarFile file(sidecar);
-    rlimit former{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &former), 0);
-    const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{4096, former.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    EXPECT_THROW(XMPWriter().writeDefaultCaption(u"New"_s, file.path()), FileError);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &former), 0);
-    std::signal(SIGXFSZ, formerHandler);
+    {
+        const FullDisk full(4096);
+        EXPECT_THROW(XMPWriter().writeDefaultCaption(u"New"_s, file.path()), FileError);
+    }
     EXPECT_EQ(file.bytes(), sidecar);
     EXPECT_EQ(QDir(QFileInfo(file.path()).path()).entryList(QDir::Files | QDir::Hidden),
               QStringList(u"IMG_0001.xmp"_s));

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "metadata/ExtractError.h"
+#include "metadata/RAWPreviewExtractor.h"
+#include "support/DngBuilder.h"
+#include "support/JpegBuilder.h"
+#include "support/SportsScene.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <cstdlib>
+#include <optional>
+
+namespace ostrelle {
+
+/// Small, so that small scenes do.
+inline constexpr int limit = 256;
+
+inline QByteArray render(const QString& path, double maxPixelSize = limit, double quality = 0.6) {
+    return RAWPreviewExtractor().extractPreview(path, maxPixelSize, quality);
+}
+
+/// The case that the extraction fails with, or none.
+inline std::optional<ExtractError::Case> failure(const QString& path, double maxPixelSize = limit) {
+    try {
+        render(path, maxPixelSize);
+    } catch (const ExtractError& error) {
+        return error.kind();
+    }
+    return std::nullopt;
+}
+
+class Renditions : public testing::Test {
+protected:
+    QString file(const QByteArray& bytes, const QString& name = QStringLiteral("picture")) const {
+        const QString path = m_folder.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        EXPECT_EQ(file.write(bytes), bytes.size());
+        return path;
+    }
+    QImage picture(const QByteArray& bytes, double maxPixelSize = limit, double quality = 0.95) const {
+        const QImage image = QImage::fromData(render(file(bytes), maxPixelSize, quality), "JPEG");
+        EXPECT_FALSE(image.isNull());
+        return image;
+    }
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// The mean difference of two pictures' samples, of 255.
+inline double difference(const QImage& one, const QImage& other) {
+    EXPECT_EQ(one.size(), other.size());
+    double sum = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            const QRgb a = one.pixel(x, y);
+            const QRgb b = other.pixel(x, y);
+            sum +=
+                std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b));
+        }
+    }
+    return sum / 3 / one.width() / one.height();
+}
+
+inline QImage flat(QColor color, QSize size = {64, 48}) {
+    QImage image(size, QImage::Format_RGB888);
+    image.fill(color);
+    return image;
+}
+
+} // namespace ostrelle
