@@ -22,12 +22,16 @@ QJsonValue encoded(const QString& text) {
     return text;
 }
 
+QString jpegDataUrl(const QByteArray& jpeg) {
+    return u"data:image/jpeg;base64,"_s + QLatin1StringView(jpeg.toBase64());
+}
+
 struct BlockEncoder {
     QJsonObject operator()(const TextBlock& block) const {
         return {{u"type"_s, u"text"_s}, {u"text"_s, encoded(block.text)}};
     }
     QJsonObject operator()(const ImageBlock& block) const {
-        QJsonObject payload{{u"url"_s, encoded(block.url)}};
+        QJsonObject payload{{u"url"_s, jpegDataUrl(block.jpeg)}};
         if (block.detail) {
             payload.insert(u"detail"_s, encoded(*block.detail));
         }
@@ -63,8 +67,8 @@ QByteArray encode(const ChatRequest& request) {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-QString jpegDataUrl(const QByteArray& jpeg) {
-    return u"data:image/jpeg;base64,"_s + QLatin1StringView(jpeg.toBase64());
+qsizetype base64Length(qsizetype bytes) {
+    return (bytes + 2) / 3 * 4;
 }
 
 } // namespace ostrelle

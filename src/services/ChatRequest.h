@@ -14,9 +14,9 @@ struct TextBlock {
     QString text;
 };
 
-/// A picture for the model.
+/// A picture for the model, which goes to it as a data URL.
 struct ImageBlock {
-    QString url;                   ///< may be a data URL
+    QByteArray jpeg;
     std::optional<QString> detail; ///< "low", "high" or "auto"
 };
 
@@ -40,7 +40,7 @@ struct ChatRequest {
 /// text is not valid UTF-16 or the temperature not a finite number.
 QByteArray encode(const ChatRequest& request);
 
-/// A picture in the form of a data URL.
-QString jpegDataUrl(const QByteArray& jpeg);
+/// How many characters so many bytes are in base64.
+qsizetype base64Length(qsizetype bytes);
 
 } // namespace ostrelle

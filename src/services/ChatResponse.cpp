@@ -2,7 +2,6 @@
 #include "services/ChatResponse.h"
 
 #include "services/JsonFields.h"
-#include "services/OpenAIError.h"
 
 #include <QStringList>
 
@@ -28,7 +27,7 @@ std::optional<QList<ResponseBlock>> decodeBlocks(const QJsonValue& value) {
         for (const QJsonValue element : elements) {
             blocks.append(decodeBlock(element));
         }
-    } catch (const OpenAIError&) {
+    } catch (const JsonError&) {
         return std::nullopt;
     }
     return blocks;
@@ -53,7 +52,7 @@ qint64 tokenCount(const JsonFields& fields, const QString& name) {
     constexpr qint64 mostTokens = 1'000'000'000;
     const qint64 count = fields.integer(name);
     if (count < 0 || count > mostTokens) {
-        throw OpenAIError::decoding(u"%1 is no number of tokens: %2"_s.arg(name, QString::number(count)));
+        throw JsonError(u"%1 is no number of tokens: %2"_s.arg(name, QString::number(count)));
     }
     return count;
 }

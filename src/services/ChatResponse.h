@@ -8,6 +8,9 @@
 
 namespace ostrelle {
 
+/// In characters. No caption that the model is asked for comes near it; a longer one fits in no file.
+constexpr qsizetype longestCaption = qsizetype{32} * 1024;
+
 /// The tokens that one request was charged for.
 struct Usage {
     qint64 promptTokens = 0;
@@ -46,7 +49,7 @@ struct ChatResponse {
     std::optional<Usage> usage;
 };
 
-/// Decodes a reply; fields that are not known are passed over. Throws OpenAIError::decoding.
+/// Decodes a reply; fields that are not known are passed over. Throws JsonError.
 ChatResponse decodeChatResponse(const QByteArray& json);
 
 } // namespace ostrelle

@@ -54,7 +54,8 @@ bool isErrorOfStatus(QNetworkReply::NetworkError error, int status) {
 class Reception : public QObject {
 public:
     explicit Reception(QNetworkReply* reply) : m_reply(reply) {
-        m_reply->setReadBufferSize(64 * 1024); // the network thread waits for us instead of piling up bytes
+        m_reply->setReadBufferSize(qint64{64} *
+                                   1024); // the network thread waits for us instead of piling up bytes
         connect(m_reply, &QNetworkReply::readyRead, this, &Reception::takeIn);
     }
 
@@ -155,7 +156,7 @@ QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chron
     const std::shared_ptr<RequestGate> gate = m_gate;
     const bool mayPass = co_await RequestGate::enter(gate);
     if (!mayPass) { // the channel is gone, or about to be
-        throw TransportError(QNetworkReply::OperationCanceledError, u"The program is closing."_s);
+        throw TransportError::closing();
     }
     const RequestGate::Pass pass(gate);
     makeStateless(request);

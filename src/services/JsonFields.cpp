@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/JsonFields.h"
 
-#include "services/OpenAIError.h"
-
 #include <QJsonDocument>
 
 namespace ostrelle {
@@ -12,8 +10,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 [[noreturn]] void throwNot(const QString& type, const QString& path) {
-    const QString subject = path.isEmpty() ? u"The body"_s : u"The field \""_s + path + u'"';
-    throw OpenAIError::decoding(subject + u" is not "_s + type + u'.');
+    const QString subject = path.isEmpty() ? u"This"_s : u"The field \""_s + path + u'"';
+    throw JsonError(subject + u" is not "_s + type + u'.');
 }
 
 QString checkedText(const QJsonValue& value, const QString& path) {
@@ -23,15 +21,28 @@ QString checkedText(const QJsonValue& value, const QString& path) {
     return value.toString();
 }
 
-} // namespace
-
-JsonFields JsonFields::parse(const QByteArray& json) {
+QJsonDocument parsed(const QByteArray& json) {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError) {
-        throw OpenAIError::decoding(u"The body is not JSON: "_s + error.errorString() + u" at byte "_s +
-                                    QString::number(error.offset) + u'.');
+        throw JsonError(u"This is not JSON: "_s + error.errorString() + u" at byte "_s +
+                        QString::number(error.offset) + u'.');
     }
+    return document;
+}
+
+} // namespace
+
+QJsonArray parseJsonList(const QByteArray& json) {
+    const QJsonDocument document = parsed(json);
+    if (!document.isArray()) {
+        throwNot(u"a list"_s, {});
+    }
+    return document.array();
+}
+
+JsonFields JsonFields::parse(const QByteArray& json) {
+    const QJsonDocument document = parsed(json);
     return JsonFields(document.isObject() ? QJsonValue(document.object()) : QJsonValue(), {});
 }
 
@@ -81,7 +92,7 @@ QString JsonFields::pathOf(const QString& name) const {
 
 QJsonValue JsonFields::required(const QString& name) const {
     if (isAbsent(name)) {
-        throw OpenAIError::decoding(u"The field \""_s + pathOf(name) + u"\" is missing."_s);
+        throw JsonError(u"The field \""_s + pathOf(name) + u"\" is missing."_s);
     }
     return value(name);
 }

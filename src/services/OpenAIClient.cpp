@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/OpenAIClient.h"
 
+#include "core/OffMainThread.h"
 #include "platform/ApiKey.h"
+#include "services/BatchCaptionParsing.h"
+#include "services/BatchCaptionRequest.h"
+#include "services/ChatRequest.h"
+#include "services/JsonFields.h"
 #include "services/OpenAIError.h"
+#include "services/TranscriptionRequest.h"
+#include "services/TransportError.h"
+#include "services/WireText.h"
 
-#include <QUtf8StringView>
-#include <algorithm>
+#include <QFileInfo>
+#include <numeric>
 
 namespace ostrelle {
 
@@ -13,21 +21,38 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::optional<QString> strictUtf8(const QByteArray& bytes) {
-    return QUtf8StringView(bytes).isValidUtf8() ? std::optional(QString::fromUtf8(bytes)) : std::nullopt;
+const QString chatPath = u"/v1/chat/completions"_s;
+const QByteArray jsonType = "application/json";
+
+QList<ChatMessage> captionMessages(const QByteArray& jpeg, const QString& prompt) {
+    return {
+        {.role = u"system"_s, .content = {TextBlock{u"Return one factual sports caption."_s}}},
+        {.role = u"user"_s, .content = {TextBlock{prompt}, ImageBlock{.jpeg = jpeg, .detail = u"low"_s}}}};
 }
 
-/// Some servers repeat the key that they refuse, and what they say ends up in logs. Anything as short as
-/// this is no key, and striking it out would only garble the text.
-QString withoutKey(QString text, const QString& key) {
-    constexpr qsizetype shortestKey = 8;
-    const QString secret = key.trimmed();
-    return secret.size() < shortestKey ? text : text.replace(secret, u"[API key]"_s);
+QStringList fileNamesOf(const QList<BatchImageItem>& images) {
+    QStringList names;
+    for (const BatchImageItem& image : images) {
+        names.append(image.filename);
+    }
+    return names;
 }
 
-/// A line break in a header's value would begin another header.
-bool isHeaderValue(const QString& text) {
-    return std::none_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x20 && c != u'\t'; });
+qsizetype totalSizeOf(const QList<BatchImageItem>& images) {
+    return std::accumulate(
+        images.begin(), images.end(), qsizetype{0},
+        [](qsizetype sum, const BatchImageItem& image) { return sum + image.imageJPEGData.size(); });
+}
+
+/// A worker thread's part of a call: a body of pictures takes a while to write.
+QCoro::Task<QByteArray> encodeOffMainThread(ChatRequest request) {
+    return offMainThread([request = std::move(request)] { return encode(request); });
+}
+
+void throwIfGone(const std::weak_ptr<const bool>& client) {
+    if (client.expired()) {
+        throw TransportError::closing();
+    }
 }
 
 } // namespace
@@ -37,35 +62,94 @@ OpenAIClient::OpenAIClient(QUrl modelUrl, const DefaultsStore& defaults, PlainLo
 
 QCoro::Task<CaptionReply> OpenAIClient::generateCaption(QByteArray jpeg, QString prompt, QString model,
                                                         int maximumTokens, double temperature) {
+    const std::weak_ptr<const bool> life = m_life;
+    const QString key = requiredKey();
+    printPicture(jpeg);
+    const QNetworkRequest toSend = request(chatPath, key, jsonType);
+    ChatRequest chat{.model = model,
+                     .messages = captionMessages(jpeg, prompt),
+                     .temperature = temperature,
+                     .maximumTokens = maximumTokens};
+    const QByteArray body = co_await encodeOffMainThread(std::move(chat));
+    throwIfGone(life);
+    m_log.print(u"[OpenAIClient] JSON body size: "_s + QString::number(body.size()) + u" bytes"_s);
+    const HttpReply reply = co_await m_channel.post(toSend, body);
+    co_return captionReply(decoded(reply, key,
+                                   {.status = u"[OpenAIClient] HTTP "_s,
+                                    .undecodable = u"[OpenAIClient] Decode failed. Body follows:\n"_s},
+                                   decodeChatResponse));
+}
+
+QCoro::Task<BatchCaptionReply> OpenAIClient::generateBatchCaptions(QList<BatchImageItem> images,
+                                                                   QString prompt, QString model,
+                                                                   int maximumTokens, double temperature) {
+    const std::weak_ptr<const bool> life = m_life;
+    const QString key = requiredKey();
+    const QStringList fileNames = fileNamesOf(images);
+    if (images.isEmpty()) {
+        throw OpenAIError::noChoices();
+    }
+    if (images.size() == 1) {
+        const BatchImageItem image = images.first();
+        const CaptionReply reply = co_await generateCaption(
+            image.imageJPEGData, prompt + u"\n\n"_s + image.context, model, maximumTokens, temperature);
+        co_return {.results = {{.position = 0, .filename = image.filename, .caption = reply.text}},
+                   .usage = reply.usage};
+    }
+    const QNetworkRequest toSend = request(chatPath, key, jsonType);
+    const qsizetype pictureBytes = totalSizeOf(images);
+    ChatRequest chat{.model = model,
+                     .messages = batchCaptionMessages(images, prompt),
+                     .temperature = temperature,
+                     .maximumTokens = maximumTokens};
+    images.clear(); // the pictures need not wait beside the body for the answer
+    const QByteArray body = co_await encodeOffMainThread(std::move(chat));
+    throwIfGone(life);
+    m_log.print(
+        u"[OpenAIClient] Batch captioning %1 images: JSON body size: %2 bytes, total image size: %3 bytes"_s
+            .arg(fileNames.size())
+            .arg(body.size())
+            .arg(pictureBytes));
+    const HttpReply reply = co_await m_channel.post(toSend, body);
+    const ChatResponse response =
+        decoded(reply, key,
+                {.status = u"[OpenAIClient] Batch HTTP "_s,
+                 .undecodable = u"[OpenAIClient] Batch decode failed. Body follows:\n"_s},
+                decodeChatResponse);
+    co_return batchReply(response, key, fileNames);
+}
+
+QCoro::Task<QString> OpenAIClient::transcribeAudio(QString file) {
+    const std::weak_ptr<const bool> life = m_life;
+    const QString key = requiredKey();
+    const QByteArray boundary = newBoundary();
+    const TranscriptionBody body =
+        co_await offMainThread([file, boundary] { return readTranscriptionBody(file, boundary); });
+    throwIfGone(life);
+    m_log.print(u"[OpenAIClient] Audio file: "_s + QFileInfo(file).fileName() + u", size: "_s +
+                QString::number(body.audioSize) + u" bytes"_s);
+    const QNetworkRequest toSend =
+        request(u"/v1/audio/transcriptions"_s, key, "multipart/form-data; boundary=" + boundary);
+    const HttpReply reply = co_await m_channel.post(toSend, body.bytes);
+    const QString text =
+        decoded(reply, key,
+                {.status = u"[OpenAIClient] Transcription HTTP "_s,
+                 .undecodable = u"[OpenAIClient] Transcription decode failed. Body follows:\n"_s},
+                decodeTranscription);
+    m_log.print(u"[OpenAIClient] Transcription: "_s + text);
+    co_return text;
+}
+
+QString OpenAIClient::requiredKey() const {
     const QString key = apiKey(m_defaults);
     if (key.isEmpty()) {
         throw OpenAIError::missingAPIKey();
     }
-    const ChatRequest request{
-        .model = model,
-        .messages = {{.role = u"system"_s, .content = {TextBlock{u"Return one factual sports caption."_s}}},
-                     {.role = u"user"_s, .content = {TextBlock{prompt}, imageBlock(jpeg)}}},
-        .temperature = temperature,
-        .maximumTokens = maximumTokens};
-    const QNetworkRequest http = jsonRequest(u"/v1/chat/completions"_s, key);
-    const QByteArray body = encode(request);
-    m_log.print(u"[OpenAIClient] JSON body size: "_s + QString::number(body.size()) + u" bytes"_s);
-    const HttpReply reply = co_await m_channel.post(http, body);
-    co_return captionReply(chatResponse(reply, key));
+    return key;
 }
 
-ImageBlock OpenAIClient::imageBlock(const QByteArray& jpeg) {
-    constexpr double megabyte = 1048576;
-    const QString megabytes = QString::number(static_cast<double>(jpeg.size()) / megabyte, 'f', 2);
-    const QString url = jpegDataUrl(jpeg);
-    const qsizetype base64Length = url.size() - url.indexOf(u',') - 1;
-    m_log.print(u"[OpenAIClient] JPEG bytes: "_s + QString::number(jpeg.size()) + u" ("_s + megabytes +
-                u" MB)"_s);
-    m_log.print(u"[OpenAIClient] base64 length: "_s + QString::number(base64Length) + u" characters"_s);
-    return {.url = url, .detail = u"low"_s};
-}
-
-QNetworkRequest OpenAIClient::jsonRequest(const QString& path, const QString& key) const {
+QNetworkRequest OpenAIClient::request(const QString& path, const QString& key,
+                                      const QByteArray& contentType) const {
     if (!isHeaderValue(key)) {
         throw OpenAIError::encoding();
     }
@@ -73,26 +157,31 @@ QNetworkRequest OpenAIClient::jsonRequest(const QString& path, const QString& ke
     url.setPath(path);
     QNetworkRequest request(url);
     request.setRawHeader("Authorization", "Bearer " + key.toUtf8());
-    request.setRawHeader("Content-Type", "application/json");
+    request.setRawHeader("Content-Type", contentType);
     return request;
 }
 
-ChatResponse OpenAIClient::chatResponse(const HttpReply& reply, const QString& key) {
+template <typename Answer>
+Answer OpenAIClient::decoded(const HttpReply& reply, const QString& key, const ReplyLines& lines,
+                             Answer (*decode)(const QByteArray&)) {
+    throwUnlessSuccess(reply, key, lines.status);
+    try {
+        return decode(reply.body);
+    } catch (const JsonError& error) {
+        const QString text = strictUtf8(reply.body).value_or(u"<non-utf8 body>"_s);
+        m_log.print(lines.undecodable + withoutKey(text, key));
+        throw OpenAIError::decoding(error.localizedDescription());
+    }
+}
+
+void OpenAIClient::throwUnlessSuccess(const HttpReply& reply, const QString& key, const QString& line) {
     if (!reply.status) {
         throw OpenAIError::invalidResponse();
     }
-    const std::optional<QString> text = strictUtf8(reply.body);
     if (*reply.status < 200 || *reply.status > 299) {
-        const QString body = withoutKey(text.value_or(QString()), key);
-        m_log.print(u"[OpenAIClient] HTTP "_s + QString::number(*reply.status) + u" body:\n"_s + body);
+        const QString body = withoutKey(strictUtf8(reply.body).value_or(QString()), key);
+        m_log.print(line + QString::number(*reply.status) + u" body:\n"_s + body);
         throw OpenAIError::http(*reply.status, body);
-    }
-    try {
-        return decodeChatResponse(reply.body);
-    } catch (const OpenAIError&) {
-        m_log.print(u"[OpenAIClient] Decode failed. Body follows:\n"_s +
-                    withoutKey(text.value_or(u"<non-utf8 body>"_s), key));
-        throw;
     }
 }
 
@@ -104,12 +193,61 @@ CaptionReply OpenAIClient::captionReply(const ChatResponse& response) {
     if (text.isEmpty()) {
         throw OpenAIError::noChoices();
     }
-    if (const std::optional<Usage>& usage = response.usage) {
-        m_log.print(u"[OpenAIClient] Usage: "_s + QString::number(usage->promptTokens) + u" prompt + "_s +
-                    QString::number(usage->completionTokens) + u" completion = "_s +
-                    QString::number(usage->totalTokens) + u" total tokens"_s);
+    if (text.size() > longestCaption) {
+        throw OpenAIError::decoding(u"The caption is longer than %1 characters."_s.arg(longestCaption));
+    }
+    if (response.usage) {
+        printUsage(u"[OpenAIClient] Usage: "_s, *response.usage);
     }
     return {.text = text, .usage = response.usage};
+}
+
+BatchCaptionReply OpenAIClient::batchReply(const ChatResponse& response, const QString& key,
+                                           const QStringList& fileNames) {
+    if (response.choices.isEmpty()) {
+        throw OpenAIError::noChoices();
+    }
+    const QString text = response.choices.first().message.text().trimmed();
+    if (const std::optional<Usage>& usage = response.usage) {
+        printUsage(u"[OpenAIClient] Batch usage: "_s, *usage);
+        m_log.print(
+            u"[OpenAIClient] Average tokens per image: %1 (vs ~%2 prompt tokens per image if sent individually)"_s
+                .arg(usage->totalTokens / fileNames.size())
+                .arg(usage->promptTokens / fileNames.size()));
+    }
+    return {.results = captionsIn(text, fileNames, key), .usage = response.usage};
+}
+
+QList<BatchCaptionResult> OpenAIClient::captionsIn(const QString& text, const QStringList& fileNames,
+                                                   const QString& key) {
+    const QString list = jsonListIn(text);
+    if (!list.isValidUtf16()) {
+        m_log.print(u"[OpenAIClient] Failed to convert response to data. Response text: "_s +
+                    withoutKey(text, key));
+        throw OpenAIError::decoding(u"Failed to convert response text to data"_s);
+    }
+    try {
+        return captionsOfImages(decodeBatchItems(list.toUtf8()), fileNames);
+    } catch (const JsonError& error) {
+        m_log.print(u"[OpenAIClient] Failed to parse JSON. Response text: "_s + withoutKey(text, key));
+        throw OpenAIError::decoding(u"Failed to parse batch response as JSON: "_s +
+                                    error.localizedDescription());
+    }
+}
+
+void OpenAIClient::printPicture(const QByteArray& jpeg) {
+    constexpr double megabyte = 1048576;
+    const QString megabytes = QString::number(static_cast<double>(jpeg.size()) / megabyte, 'f', 2);
+    m_log.print(u"[OpenAIClient] JPEG bytes: "_s + QString::number(jpeg.size()) + u" ("_s + megabytes +
+                u" MB)"_s);
+    m_log.print(u"[OpenAIClient] base64 length: "_s + QString::number(base64Length(jpeg.size())) +
+                u" characters"_s);
+}
+
+void OpenAIClient::printUsage(const QString& line, const Usage& usage) {
+    m_log.print(line + QString::number(usage.promptTokens) + u" prompt + "_s +
+                QString::number(usage.completionTokens) + u" completion = "_s +
+                QString::number(usage.totalTokens) + u" total tokens"_s);
 }
 
 } // namespace ostrelle

@@ -4,14 +4,17 @@
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/PlainLog.h"
-#include "services/ChatRequest.h"
+#include "services/BatchCaptions.h"
 #include "services/ChatResponse.h"
 #include "services/HttpChannel.h"
 
 #include <QByteArray>
 #include <QCoroTask>
+#include <QList>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
+#include <memory>
 #include <optional>
 
 namespace ostrelle {
@@ -34,15 +37,42 @@ public:
     QCoro::Task<CaptionReply> generateCaption(QByteArray jpeg, QString prompt, QString model,
                                               int maximumTokens, double temperature);
 
+    /// Asks for the captions of several pictures in one request; of a single one as generateCaption() does.
+    /// All come, or the call fails as a whole, likewise.
+    QCoro::Task<BatchCaptionReply> generateBatchCaptions(QList<BatchImageItem> images, QString prompt,
+                                                         QString model, int maximumTokens,
+                                                         double temperature);
+
+    /// The words spoken in the audio file, untrimmed, perhaps none. Throws FileError when the file cannot be
+    /// read, otherwise as generateCaption() does.
+    QCoro::Task<QString> transcribeAudio(QString file);
+
 private:
-    QNetworkRequest jsonRequest(const QString& path, const QString& key) const;
-    ImageBlock imageBlock(const QByteArray& jpeg);
-    ChatResponse chatResponse(const HttpReply& reply, const QString& key);
+    /// How the log begins to tell what a reply had instead of an answer.
+    struct ReplyLines {
+        QString status;
+        QString undecodable;
+    };
+
+    QString requiredKey() const;
+    QNetworkRequest request(const QString& path, const QString& key, const QByteArray& contentType) const;
+    template <typename Answer>
+    Answer decoded(const HttpReply& reply, const QString& key, const ReplyLines& lines,
+                   Answer (*decode)(const QByteArray&));
+    void throwUnlessSuccess(const HttpReply& reply, const QString& key, const QString& line);
     CaptionReply captionReply(const ChatResponse& response);
+    BatchCaptionReply batchReply(const ChatResponse& response, const QString& key,
+                                 const QStringList& fileNames);
+    QList<BatchCaptionResult> captionsIn(const QString& text, const QStringList& fileNames,
+                                         const QString& key);
+    void printPicture(const QByteArray& jpeg);
+    void printUsage(const QString& line, const Usage& usage);
 
     QUrl m_modelUrl;
     const DefaultsStore& m_defaults;
     PlainLog& m_log;
+    // Tells a call that was away that we are gone. Outlives the channel, whose end wakes the calls in flight.
+    std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
     HttpChannel m_channel;
 };
 

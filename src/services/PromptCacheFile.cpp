@@ -15,24 +15,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-CachedPrompt entryFromJson(const QJsonObject& json, const QString& key) {
-    const std::optional<QDateTime> fetchedAt = parseIso8601(requiredText(json, u"fetchedAt"_s, key));
+CachedPrompt entryFromJson(const JsonFields& json) {
+    const std::optional<QDateTime> fetchedAt = parseIso8601(json.text(u"fetchedAt"_s));
     if (!fetchedAt) {
-        throw Error(u"The field \""_s + key + u".fetchedAt\" is not a date."_s);
+        throw JsonError(u"The field \""_s + json.pathOf(u"fetchedAt"_s) + u"\" is not a date."_s);
     }
-    const QJsonObject templates = requiredObject(json, u"templates"_s, key);
-    return {.templates = templatesFromJson(templates, key + u".templates"_s),
+    return {.templates = templatesFromJson(json.object(u"templates"_s)),
             .fetchedAt = *fetchedAt,
-            .cacheKey = requiredText(json, u"cacheKey"_s, key)};
+            .cacheKey = json.text(u"cacheKey"_s)};
 }
 
 } // namespace
 
 CachedPrompts readPromptCache(const QString& path) {
-    const QJsonObject json = parseObject(readFile(path, largestPromptCache));
+    const JsonFields json = JsonFields::parse(readFile(path, largestPromptCache));
     CachedPrompts entries;
-    for (const QString& key : json.keys()) {
-        entries.insert(key, entryFromJson(requiredObject(json, key, {}), key));
+    for (const QString& key : json.names()) {
+        entries.insert(key, entryFromJson(json.object(key)));
     }
     return entries;
 }

@@ -6,9 +6,9 @@
 #include "services/PromptError.h"
 #include "services/PromptResponse.h"
 #include "services/TransportError.h"
+#include "services/WireText.h"
 
 #include <QUrlQuery>
-#include <QUtf8StringView>
 
 namespace ostrelle {
 
@@ -147,13 +147,8 @@ PromptTemplates PromptService::decodedReply(const HttpReply& reply) {
     }
 }
 
-/// A server may repeat the key that it refuses, and what it says ends up in logs.
 QString PromptService::shown(const QByteArray& body, const QString& otherwise) const {
-    if (!QUtf8StringView(body).isValidUtf8()) {
-        return otherwise;
-    }
-    const QString text = QString::fromUtf8(body);
-    return m_access.key.isEmpty() ? text : QString(text).replace(m_access.key, u"[API key]"_s);
+    return withoutKey(strictUtf8(body).value_or(otherwise), m_access.key);
 }
 
 void PromptService::print(const QString& text) {

@@ -12,6 +12,10 @@ TransportError TransportError::timedOut() {
     return {QNetworkReply::TimeoutError, u"The request timed out."_s};
 }
 
+TransportError TransportError::closing() {
+    return {QNetworkReply::OperationCanceledError, u"The program is closing."_s};
+}
+
 TransportError TransportError::tooLarge(qint64 limit) {
     return {QNetworkReply::UnknownContentError,
             u"The reply is larger than "_s + QString::number(limit) + u" bytes."_s};

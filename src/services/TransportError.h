@@ -14,6 +14,8 @@ public:
 
     /// The request was not answered within its deadline.
     static TransportError timedOut();
+    /// The program ends, and what asked is gone.
+    static TransportError closing();
     /// The answer is larger than anything that the service has to say.
     static TransportError tooLarge(qint64 limit);
 

@@ -4,7 +4,7 @@
 #include "support/Await.h"
 #include "support/JpegBuilder.h"
 #include "support/SportsScene.h"
-#include "support/StandInCompletion.h"
+#include "support/StandInTranscription.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +35,38 @@ QByteArray goodRequest() {
            R"({"role":"user","content":[{"type":"text","text":"Context:\n- Sport: Soccer\n"},)"
            R"({"type":"image_url","image_url":{"url":"data:image/jpeg;base64,)" +
            smallJpeg().toBase64() + R"(","detail":"low"}}]}],"temperature":0.2,"max_tokens":180})";
+}
+
+/// A request about two pictures that is all right, likewise.
+QByteArray goodBatch() {
+    const QByteArray image = R"({"type":"image_url","image_url":{"url":"data:image/jpeg;base64,)" +
+                             smallJpeg().toBase64() + R"(","detail":"low"}},)";
+    QByteArray request = goodRequest();
+    request.truncate(request.indexOf("{\"model"));
+    return request +
+           R"({"model":"gpt-4o-mini","max_tokens":2000,"messages":[{"role":"system","content":[)"
+           R"({"type":"text","text":"You are a sports caption writer. )"
+           R"(Return captions in the requested JSON format."}]},{"role":"user","content":[)"
+           R"({"type":"text","text":"Write."},)"
+           R"({"type":"text","text":"\n\n--- IMAGE 1: a.jpg ---\nContext:\n- Event: Cup\n"},)" +
+           image + R"({"type":"text","text":"\n\n--- IMAGE 2: a.jpg ---\n"},)" + image +
+           R"({"type":"text","text":"\nReturn a JSON array with one caption per image. Format:\n[\n)"
+           R"(  {\"image\": 1, \"caption\": \"first caption here\"},\n)"
+           R"(  {\"image\": 2, \"caption\": \"second caption here\"},\n  ...\n]\n)"
+           R"(Each caption should be exactly one line as specified in the instructions above."}]}]})";
+}
+
+/// A request about a note that is all right, likewise.
+QByteArray goodUpload() {
+    const QByteArray boundary = "Boundary-01234567-89AB-CDEF-0123-456789ABCDEF";
+    return "POST /v1/audio/transcriptions HTTP/1.1\r\n"
+           "Authorization: Bearer the-key\r\n"
+           "Content-Type: multipart/form-data; boundary=" +
+           boundary + "\r\nContent-Length: LENGTH\r\n\r\n--" + boundary +
+           "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"A.b.WAV\""
+           "\r\nContent-Type: audio/WAV\r\n\r\n" +
+           voiceNote(u"Number 12."_s) + "\r\n--" + boundary +
+           "\r\nContent-Disposition: form-data; name=\"model\"\r\n\r\nwhisper-1\r\n--" + boundary + "--\r\n";
 }
 
 QByteArray withLength(QByteArray request) {
@@ -84,6 +116,29 @@ private:
 
 class ModelStandInTest : public testing::Test {
 protected:
+    struct Refusal {
+        QByteArray before; ///< in the good request
+        QByteArray after;
+        int status;
+        const char* parameter; ///< empty: null
+    };
+
+    void expectRefusals(const QByteArray& good, const QList<Refusal>& rows) {
+        for (const Refusal& row : rows) {
+            SCOPED_TRACE((row.before.left(40) + " -> " + row.after.left(40)).constData());
+            QByteArray request = good;
+            const qsizetype place = request.indexOf(row.before);
+            ASSERT_GE(place, 0);
+            Visitor visitor(standIn);
+            visitor.send(withLength(request.replace(place, row.before.size(), row.after)));
+            const Response response = visitor.receive();
+            EXPECT_EQ(response.head.mid(9, 3).toInt(), row.status);
+            const QJsonObject error = response.json[u"error"].toObject();
+            EXPECT_FALSE(error[u"message"].toString().isEmpty());
+            EXPECT_EQ(error[u"param"].toString().toStdString(), row.parameter);
+        }
+    }
+
     ModelStandIn standIn{"the-key"};
 };
 
@@ -109,56 +164,109 @@ TEST_F(ModelStandInTest, AnswersInTheFormOfTheService) {
 
 TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
     const QByteArray base64 = smallJpeg().toBase64();
-    const struct {
-        QByteArray before; ///< in the good request
-        QByteArray after;
-        int status;
-        const char* parameter; ///< empty: null
-    } rows[] = {
-        {"POST", "GET", 405, ""},
-        {"/v1/chat/completions", "/v1/completions", 404, ""},
-        {"HTTP/1.1", "HTTP/1.0", 400, ""},
-        {"authorization: Bearer the-key\r\n", "", 401, ""},
-        {"Bearer the-key", "Bearer another", 401, ""},
-        {"application/json", "text/plain", 400, ""},
-        {"Host: 127.0.0.1", "Host 127.0.0.1", 400, ""},
-        {"LENGTH", "many", 411, ""},
-        {"LENGTH", "-1", 411, ""},
-        {"LENGTH", "99999999999", 413, ""},
-        {"Content-Length: LENGTH", "Transfer-Encoding: chunked", 411, ""},
-        {"Host: ", "Host: " + QByteArray(20'000, 'x'), 431, ""},
-        {R"({"model")", R"("model")", 400, ""},
-        {R"("model":"gpt-4o-mini",)", "", 400, "model"},
-        {R"("gpt-4o-mini")", "4", 400, "model"},
-        {R"("temperature":0.2)", R"("top_k":1)", 400, "top_k"},
-        {R"("temperature":0.2)", R"("temperature":"0.2")", 400, "temperature"},
-        {R"("temperature":0.2)", R"("temperature":2.5)", 400, "temperature"},
-        {R"("max_tokens":180)", R"("max_tokens":180.5)", 400, "max_tokens"},
-        {R"("max_tokens":180)", R"("max_tokens":0)", 400, "max_tokens"},
-        {R"("messages":[)", R"("messages":[1,)", 400, "messages"},
-        {R"("role":"system")", R"("role":"user")", 400, "messages[0].role"},
-        {R"([{"type":"text","text":"Return one."}])", R"("Return one.")", 400, "messages[0].content"},
-        {R"("text":"Return one.")", R"("text":7)", 400, "messages[0].content[0].text"},
-        {R"({"type":"text","text":"Context)", R"({"text":"Context)", 400, "messages[1].content[0].type"},
-        {R"("type":"image_url",)", R"("type":"image_url","alt":"",)", 400, "messages[1].content[1].alt"},
-        {R"("detail":"low")", R"("detail":"tiny")", 400, "messages[1].content[1].image_url.detail"},
-        {"image/jpeg", "image/png", 400, "messages[1].content[1].image_url.url"},
-        {base64, "%" + base64.mid(1), 400, "messages[1].content[1].image_url.url"},
-        {base64, QByteArray("GIF89a, honestly").toBase64(), 400, "messages[1].content[1].image_url.url"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE((row.before.left(40) + " -> " + row.after.left(40)).constData());
-        QByteArray request = goodRequest();
-        const qsizetype place = request.indexOf(row.before);
-        ASSERT_GE(place, 0);
-        Visitor visitor(standIn);
-        visitor.send(withLength(request.replace(place, row.before.size(), row.after)));
-        const Response response = visitor.receive();
-        EXPECT_EQ(response.head.mid(9, 3).toInt(), row.status);
-        const QJsonObject error = response.json[u"error"].toObject();
-        EXPECT_FALSE(error[u"message"].toString().isEmpty());
-        EXPECT_EQ(error[u"param"].toString().toStdString(), row.parameter);
+    expectRefusals(
+        goodRequest(),
+        {
+            {"POST", "GET", 405, ""},
+            {"/v1/chat/completions", "/v1/completions", 404, ""},
+            {"HTTP/1.1", "HTTP/1.0", 400, ""},
+            {"authorization: Bearer the-key\r\n", "", 401, ""},
+            {"Bearer the-key", "Bearer another", 401, ""},
+            {"application/json", "text/plain", 400, ""},
+            {"Host: 127.0.0.1", "Host 127.0.0.1", 400, ""},
+            {"LENGTH", "many", 411, ""},
+            {"LENGTH", "-1", 411, ""},
+            {"LENGTH", "99999999999", 413, ""},
+            {"Content-Length: LENGTH", "Transfer-Encoding: chunked", 411, ""},
+            {"Host: ", "Host: " + QByteArray(20'000, 'x'), 431, ""},
+            {R"({"model")", R"("model")", 400, ""},
+            {R"("model":"gpt-4o-mini",)", "", 400, "model"},
+            {R"("gpt-4o-mini")", "4", 400, "model"},
+            {R"("temperature":0.2)", R"("top_k":1)", 400, "top_k"},
+            {R"("temperature":0.2)", R"("temperature":"0.2")", 400, "temperature"},
+            {R"("temperature":0.2)", R"("temperature":2.5)", 400, "temperature"},
+            {R"("max_tokens":180)", R"("max_tokens":180.5)", 400, "max_tokens"},
+            {R"("max_tokens":180)", R"("max_tokens":0)", 400, "max_tokens"},
+            {R"("messages":[)", R"("messages":[1,)", 400, "messages"},
+            {R"("role":"system")", R"("role":"user")", 400, "messages[0].role"},
+            {R"([{"type":"text","text":"Return one."}])", R"("Return one.")", 400, "messages[0].content"},
+            {R"("text":"Return one.")", R"("text":7)", 400, "messages[0].content[0].text"},
+            {R"({"type":"text","text":"Context)", R"({"text":"Context)", 400, "messages[1].content[0].type"},
+            {R"("type":"image_url",)", R"("type":"image_url","alt":"",)", 400, "messages[1].content[1].alt"},
+            {R"("detail":"low")", R"("detail":"tiny")", 400, "messages[1].content[1].image_url.detail"},
+            {"image/jpeg", "image/png", 400, "messages[1].content[1].image_url.url"},
+            {base64, "%" + base64.mid(1), 400, "messages[1].content[1].image_url.url"},
+            {base64, QByteArray("GIF89a, honestly").toBase64(), 400, "messages[1].content[1].image_url.url"},
+        });
+}
+
+TEST_F(ModelStandInTest, RefusesABatchOfAnotherLayout) {
+    const QByteArray base64 = smallJpeg().toBase64();
+    expectRefusals(goodBatch(),
+                   {{"You are a", "Be a", 400, "messages[0].content[0].text"},
+                    {R"({"type":"text","text":"Write."},)", "", 400, "messages[1].content"},
+                    {R"("text":"Write.")", R"("text":0)", 400, "messages[1].content[0].text"},
+                    {"IMAGE 1", "IMAGE 0", 400, "messages[1].content[1]"},
+                    {"IMAGE 2", "IMAGE 1", 400, "messages[1].content[3]"},
+                    {"\\n\\n--- IMAGE 2", "\\n--- IMAGE 2", 400, "messages[1].content[3]"},
+                    {"1: a.jpg ---\\n", "1: a.jpg\\n", 400, "messages[1].content[1]"},
+                    {"2: a.jpg ---\\n", "2:", 400, "messages[1].content[3]"},
+                    {R"("low")", R"("high")", 400, "messages[1].content[2].image_url.detail"},
+                    {base64, QByteArray("GIF89a").toBase64(), 400, "messages[1].content[2].image_url.url"},
+                    {"  ...", " ...", 400, "messages[1].content[5]"},
+                    {R"("max_tokens":2000,)", "", 400, "max_tokens"}});
+}
+
+TEST_F(ModelStandInTest, RefusesAnUploadThatTheServiceWouldRefuse) {
+    expectRefusals(goodUpload(), {{"Bearer the-key", "Bearer another", 401, ""},
+                                  {"multipart/form-data", "multipart/mixed", 400, ""},
+                                  {"boundary=Boundary-01", "boundary=Boundary-02", 400, ""},
+                                  {"boundary=Boundary-0", "boundary=0", 400, ""},
+                                  {"\r\n--Boundary", "\n--Boundary", 400, ""},
+                                  {"audio/WAV", "audio/wav", 400, ""},
+                                  {"whisper-1", "whisper-2", 400, ""},
+                                  {"EF--\r\n", "EF\r\n", 400, ""},
+                                  {"RIFF", "riff", 400, "file"},
+                                  {"A.b.WAV\"\r\nContent-Type: audio/WAV",
+                                   "A.aiff\"\r\nContent-Type: audio/aiff", 400, "file"}});
+}
+
+TEST_F(ModelStandInTest, CaptionsABatchImageByImage) {
+    Visitor visitor(standIn);
+    visitor.send(withLength(goodBatch()));
+    const Response response = visitor.receive();
+    EXPECT_EQ(response.json[u"usage"][u"prompt_tokens"].toInteger(), 20 + 2 + 6 + 2 * 2833);
+    const QString text = response.json[u"choices"][0][u"message"][u"content"].toString();
+    EXPECT_EQ(
+        QJsonDocument::fromJson(text.toUtf8()).array(),
+        (QJsonArray{
+            QJsonObject{{u"image"_s, 1},
+                        {u"caption"_s, u"Sports during Cup. Picture a.jpg. (caption by the stand-in model, "
+                                       "which sees no picture)"_s}},
+            QJsonObject{{u"image"_s, 2},
+                        {u"caption"_s, u"Sports. Picture a.jpg. (caption by the stand-in model, which "
+                                       "sees no picture)"_s}}}));
+}
+
+TEST_F(ModelStandInTest, FailsAsOftenAsItIsToldTo) {
+    standIn.failEvery(3, 429);
+    standIn.setKeepsBodies(false);
+    Visitor visitor(standIn);
+    QList<int> statuses;
+    for (int number = 1; number <= 7; ++number) {
+        visitor.send(withLength(number % 2 == 0 ? goodUpload() : goodRequest()));
+        statuses.append(visitor.receive().head.mid(9, 3).toInt());
     }
+    EXPECT_EQ(statuses, (QList{200, 200, 429, 200, 200, 429, 200}));
+    EXPECT_TRUE(standIn.requests().last().body.isEmpty());
+}
+
+TEST_F(ModelStandInTest, TakesItsTimeForEachAnswerInTurn) {
+    standIn.setDelay(std::chrono::milliseconds(1));
+    Visitor visitor(standIn);
+    visitor.send(withLength(goodUpload()) + withLength(goodRequest()));
+    EXPECT_EQ(visitor.receive().json[u"text"].toString(), u"Number 12.");
+    EXPECT_TRUE(visitor.receive().json.contains(u"choices"));
 }
 
 TEST(StandInCaptionTest, RepeatsTheFactsOfThePromptOnOneLine) {

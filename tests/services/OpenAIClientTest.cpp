@@ -1,23 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "services/OpenAIClient.h"
-
-#include "platform/ApiKey.h"
-#include "services/OpenAIError.h"
+#include "services/ChatRequest.h"
+#include "services/ModelServiceFixture.h"
 #include "services/TransportError.h"
-#include "support/Await.h"
-#include "support/JpegBuilder.h"
-#include "support/MemoryDefaults.h"
-#include "support/ModelStandIn.h"
-#include "support/RecordingLog.h"
-#include "support/SportsScene.h"
-#include "support/StandInCompletion.h"
-#include "support/VirtualClock.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QCoreApplication>
-#include <QJsonDocument>
 #include <QTcpServer>
 #include <limits>
 
@@ -31,30 +19,12 @@ using testing::IsEmpty;
 
 namespace {
 
-const QString key = u"sk-test-0123456789abcdef"_s;
 const QString prompt = u"Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style."_s;
-
-QByteArray smallJpeg() {
-    return jpegFile(SportsScene(16, 12, 1).image());
-}
-
-/// A reply whose first choice has this JSON as its content.
-QByteArray replyWithContent(const QByteArray& content) {
-    return R"({"id":"c-1","choices":[{"index":0,"message":{"role":"assistant","content":)" + content +
-           R"(},"finish_reason":"stop"}]})";
-}
-
-/// A reply with a good choice and this JSON as its usage.
-QByteArray replyWithUsage(const QByteArray& usage) {
-    return replyWithContent("\"A goal.\"").chopped(1) + R"(,"usage":)" + usage + '}';
-}
 
 } // namespace
 
-class OpenAIClientTest : public testing::Test {
+class OpenAIClientTest : public ModelServiceTest {
 protected:
-    OpenAIClientTest() { defaults.set(apiKeyName, key); }
-
     static QCoro::Task<CaptionReply> start(OpenAIClient& asked) {
         return asked.generateCaption(smallJpeg(), prompt, u"gpt-4o-mini"_s, 180, 0.2);
     }
@@ -64,27 +34,16 @@ protected:
         return ask();
     }
 
-    /// The failure of a call, which must be of this kind.
-    template <typename Failure>
-    static Failure failureOf(QCoro::Task<CaptionReply> task) {
-        try {
-            await(std::move(task));
-        } catch (const Failure& error) {
-            return error;
-        }
-        throw std::runtime_error("the call has not failed");
+    /// A reply with a good choice and this JSON as its usage.
+    static QByteArray replyWithUsage(const QByteArray& usage) {
+        return withUsage(replyWithContent("\"A goal.\""), usage);
     }
+
     OpenAIError refusal(StandInAnswer answer) {
         log.lines.clear();
         standIn.enqueue(std::move(answer));
         return failureOf<OpenAIError>(start(client));
     }
-
-    MemoryDefaults defaults;
-    RecordingLog log;
-    VirtualClock clock;
-    ModelStandIn standIn{key.toUtf8()};
-    OpenAIClient client{standIn.url(), defaults, log, clock};
 };
 
 TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
@@ -124,11 +83,11 @@ TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
 TEST(ChatRequestTest, LeavesOutWhatIsAbsent) {
     const ChatRequest request{
         .model = u"m"_s,
-        .messages = {{.role = u"user"_s, .content = {ImageBlock{.url = u"u"_s, .detail = {}}}}},
+        .messages = {{.role = u"user"_s, .content = {ImageBlock{.jpeg = "u", .detail = {}}}}},
         .temperature = {},
         .maximumTokens = {}};
     EXPECT_EQ(QJsonDocument::fromJson(encode(request)), QJsonDocument::fromJson(R"({"model":"m",
-        "messages":[{"role":"user","content":[{"type":"image_url","image_url":{"url":"u"}}]}]})"));
+        "messages":[{"role":"user","content":[{"type":"image_url","image_url":{"url":"data:image/jpeg;base64,dQ=="}}]}]})"));
     EXPECT_FALSE(encode(request).contains('\n'));
 }
 
@@ -203,6 +162,13 @@ TEST_F(OpenAIClientTest, ReadsEveryFormOfContent) {
     EXPECT_EQ(refusal({.body = R"({"id":"c","choices":[]})"}).kind(), OpenAIError::Case::noChoices);
 }
 
+TEST_F(OpenAIClientTest, RefusesWhatIsTooLongForACaption) {
+    const QString longest(longestCaption, u'x');
+    EXPECT_EQ(askWith({.body = replyWithText(longest)}).text, longest);
+    EXPECT_EQ(refusal({.body = replyWithText(longest + u'x')}).localizedDescription(),
+              u"Failed to decode OpenAI response: The caption is longer than 32768 characters.");
+}
+
 TEST_F(OpenAIClientTest, ReturnsNoUsageWhenTheReplyHasNone) {
     for (const QByteArray& body : {replyWithContent("\"A goal.\""), replyWithUsage("null")}) {
         const CaptionReply reply = askWith({.body = body});
@@ -221,8 +187,8 @@ TEST_F(OpenAIClientTest, TellsWhichFieldOfAReplyIsOff) {
         QByteArray body;
         const char* text;
     } rows[] = {
-        {"<html>busy</html>", "The body is not JSON: illegal value at byte 1."},
-        {"[]", "The body is not an object."},
+        {"<html>busy</html>", "This is not JSON: illegal value at byte 1."},
+        {"[]", "This is not an object."},
         {R"({"id":null,"choices":[]})", "The field \"id\" is missing."},
         {R"({"id":1,"choices":[]})", "The field \"id\" is not a text."},
         {R"({"id":"c","choices":{}})", "The field \"choices\" is not a list."},
@@ -364,11 +330,11 @@ TEST_F(OpenAIClientTest, KeepsCallsInFlightApart) {
 namespace {
 
 /// A caller that goes on to the next image after a failure, as a batch does.
-QCoro::Task<int> failuresOfTwoCalls(OpenAIClient* client) {
+QCoro::Task<int> failuresOfTwoCalls(OpenAIClient* client, QByteArray jpeg) {
     int failures = 0;
     for (int call = 0; call < 2; ++call) {
         try {
-            co_await client->generateCaption(smallJpeg(), prompt, u"gpt-4o-mini"_s, 180, 0.2);
+            co_await client->generateCaption(jpeg, prompt, u"gpt-4o-mini"_s, 180, 0.2);
         } catch (const TransportError& error) {
             failures += error.isTimeOut() ? 0 : 1;
         }
@@ -381,12 +347,25 @@ QCoro::Task<int> failuresOfTwoCalls(OpenAIClient* client) {
 TEST_F(OpenAIClientTest, FailsWhatIsInFlightWhenItIsDestroyed) {
     auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
     standIn.enqueue({.delivery = Delivery::held});
-    QCoro::Task<int> task = failuresOfTwoCalls(dying.get());
+    QCoro::Task<int> task = failuresOfTwoCalls(dying.get(), smallJpeg());
     waitUntil([this] { return standIn.isHolding(); });
     dying.reset();
     EXPECT_EQ(await(std::move(task)), 2);
     EXPECT_EQ(standIn.requests().size(), 1);
     EXPECT_EQ(clock.waiting(), 0);
+}
+
+TEST_F(OpenAIClientTest, FailsWhatIsBeingEncodedWhenItIsDestroyed) {
+    auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
+    auto busy = std::make_unique<BusyWorkers>();
+    QCoro::Task<CaptionReply> task = start(*dying);
+    QCoro::Task<BatchCaptionReply> batch =
+        dying->generateBatchCaptions({{}, {}}, prompt, u"gpt-4o-mini"_s, 2000, 0.2);
+    dying.reset();
+    busy.reset();
+    EXPECT_EQ(failureOf<TransportError>(std::move(task)).code(), QNetworkReply::OperationCanceledError);
+    EXPECT_EQ(failureOf<TransportError>(std::move(batch)).code(), QNetworkReply::OperationCanceledError);
+    EXPECT_THAT(standIn.requests(), IsEmpty());
 }
 
 } // namespace ostrelle

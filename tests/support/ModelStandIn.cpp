@@ -3,7 +3,7 @@
 
 #include "support/ApiFault.h"
 #include "support/ChatRequestCheck.h"
-#include "support/StandInCompletion.h"
+#include "support/StandInTranscription.h"
 
 #include <sys/socket.h>
 
@@ -12,6 +12,7 @@
 #include <QJsonDocument>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <algorithm>
 #include <limits>
 
@@ -20,6 +21,9 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QByteArray chatPath = "/v1/chat/completions";
+const QByteArray transcriptionPath = "/v1/audio/transcriptions";
 
 QByteArray encodedHead(const StandInAnswer& answer) {
     QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) +
@@ -75,17 +79,30 @@ private:
 
     void answerRequests() {
         try {
-            while (!isHolding() && m_socket->isOpen()) {
+            while (!isHolding() && !m_isDelaying && m_socket->isOpen()) {
                 const std::optional<HttpRequest> request = m_reader.next();
                 if (!request) {
                     return;
                 }
-                deliver(m_standIn.answer(*request));
+                deliverInTime(m_standIn.answer(*request));
             }
         } catch (const ApiFault& fault) { // what follows such a request cannot be told apart from it
             deliver({.status = fault.status(), .body = fault.body(), .headers = {{"Connection", "close"}}});
             m_socket->disconnectFromHost();
         }
+    }
+
+    void deliverInTime(const StandInAnswer& answer) {
+        if (m_standIn.m_delay.count() == 0) {
+            deliver(answer);
+            return;
+        }
+        m_isDelaying = true;
+        QTimer::singleShot(m_standIn.m_delay, this, [this, answer] {
+            m_isDelaying = false;
+            deliver(answer);
+            answerRequests();
+        });
     }
 
     void deliver(const StandInAnswer& answer) {
@@ -111,6 +128,7 @@ private:
     QTcpSocket* m_socket;
     HttpRequestReader m_reader;
     QByteArray m_held;
+    bool m_isDelaying = false;
 };
 
 ModelStandIn::ModelStandIn(QByteArray apiKey) : m_apiKey(std::move(apiKey)), m_server(new QTcpServer(this)) {
@@ -154,23 +172,27 @@ void ModelStandIn::accept() {
     }
 }
 
+void ModelStandIn::failEvery(qsizetype period, int status) {
+    m_failurePeriod = period;
+    m_failureStatus = status;
+    m_sinceFailure = 0;
+}
+
 StandInAnswer ModelStandIn::answer(const HttpRequest& request) {
     m_requests.append(request);
+    if (!m_keepsBodies) {
+        m_requests.last().body.clear();
+    }
     try {
         checkHead(request);
-        const CheckedChat chat = checkChatRequest(request.body);
-        return m_answers.isEmpty()
-                   ? StandInAnswer{.status = 200,
-                                   .body = standInCompletion(chat, m_requests.size(),
-                                                             QDateTime::currentSecsSinceEpoch())}
-                   : m_answers.takeFirst();
+        return replaced(ownAnswer(request));
     } catch (const ApiFault& fault) {
         return {.status = fault.status(), .body = fault.body()};
     }
 }
 
 void ModelStandIn::checkHead(const HttpRequest& request) const {
-    if (request.path != "/v1/chat/completions") {
+    if (request.path != chatPath && request.path != transcriptionPath) {
         throw ApiFault(404, u"Invalid URL."_s);
     }
     if (request.method != "POST") {
@@ -179,9 +201,28 @@ void ModelStandIn::checkHead(const HttpRequest& request) const {
     if (request.header("Authorization").trimmed() != "Bearer " + m_apiKey) {
         throw ApiFault(401, u"Incorrect API key provided."_s);
     }
+}
+
+QByteArray ModelStandIn::ownAnswer(const HttpRequest& request) const {
+    if (request.path == transcriptionPath) {
+        return standInTranscription(checkTranscriptionRequest(request));
+    }
     if (request.header("Content-Type") != "application/json") {
         throw ApiFault(400, u"Unsupported content type."_s);
     }
+    return standInCompletion(checkChatRequest(request.body), m_requests.size(),
+                             QDateTime::currentSecsSinceEpoch(), m_batchForm);
+}
+
+StandInAnswer ModelStandIn::replaced(QByteArray ownBody) {
+    if (!m_answers.isEmpty()) {
+        return m_answers.takeFirst();
+    }
+    if (m_failurePeriod > 0 && ++m_sinceFailure == m_failurePeriod) {
+        m_sinceFailure = 0;
+        throw ApiFault(m_failureStatus, u"The stand-in model fails as it was told to."_s);
+    }
+    return {.status = 200, .body = std::move(ownBody)};
 }
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/HttpRequestReader.h"
+#include "support/StandInCompletion.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -9,6 +10,7 @@
 #include <QObject>
 #include <QPair>
 #include <QUrl>
+#include <chrono>
 #include <optional>
 
 class QTcpServer;
@@ -32,8 +34,8 @@ struct StandInAnswer {
 };
 
 /// A stand-in for the model service: an HTTP server on the loopback interface that checks each request as
-/// strictly as the real service and answers in its form. It is no model and sees no picture: its captions
-/// only repeat the facts in the prompt, and say so, as does its header "Server".
+/// strictly as the real service and answers in its form. It is no model, sees no picture and hears no sound:
+/// its captions only repeat the facts in the prompt, and say so, as does its header "Server".
 ///
 /// It lives in the thread that makes it, which needs an event loop.
 class ModelStandIn : public QObject {
@@ -50,6 +52,15 @@ public:
 
     /// Answers the next request that passes the checks with this. Several queue up.
     void enqueue(StandInAnswer answer) { m_answers.append(std::move(answer)); }
+    /// Gives its own answers to batches in this form from now on.
+    void setBatchForm(BatchForm form) { m_batchForm = form; }
+    /// Answers each n-th of the requests that pass the checks with this status from now on; 0: none.
+    void failEvery(qsizetype period, int status);
+    /// The time that a model takes for an answer, for measurements: a test has no use for it.
+    void setDelay(std::chrono::milliseconds delay) { m_delay = delay; }
+    /// Whether requests() has the bodies, too, which are large.
+    void setKeepsBodies(bool keeps) { m_keepsBodies = keeps; }
+
     /// True while an answer is held.
     bool isHolding() const;
     /// Sends the next bytes of all held answers.
@@ -63,12 +74,21 @@ private:
     void accept();
     StandInAnswer answer(const HttpRequest& request);
     void checkHead(const HttpRequest& request) const;
+    /// The body of an answer to a request that passes the checks. Throws ApiFault for another.
+    QByteArray ownAnswer(const HttpRequest& request) const;
+    StandInAnswer replaced(QByteArray ownBody);
 
     QByteArray m_apiKey;
     QTcpServer* m_server;
     QList<Connection*> m_connections;
     QList<HttpRequest> m_requests;
     QList<StandInAnswer> m_answers;
+    BatchForm m_batchForm = BatchForm::list;
+    qsizetype m_failurePeriod = 0;
+    int m_failureStatus = 0;
+    qsizetype m_sinceFailure = 0;
+    std::chrono::milliseconds m_delay{0};
+    bool m_keepsBodies = true;
 };
 
 } // namespace ostrelle

@@ -22,6 +22,28 @@ private:
     std::shared_ptr<bool> m_fired;
 };
 
+class VirtualClock::RepeatingTimer : public Timer {
+public:
+    RepeatingTimer(VirtualClock& clock, std::chrono::milliseconds period, std::function<void()> function)
+        : m_clock(clock), m_period(period), m_function(std::move(function)) {
+        schedule();
+    }
+
+private:
+    void schedule() {
+        m_next = m_clock.after(m_period, [this] {
+            const auto function = m_function; // it may destroy this timer
+            schedule();
+            function();
+        });
+    }
+
+    VirtualClock& m_clock;
+    std::chrono::milliseconds m_period;
+    std::function<void()> m_function;
+    std::unique_ptr<Timer> m_next;
+};
+
 VirtualClock::VirtualClock(QDateTime start, QTimeZone zone)
     : m_now(std::move(start)), m_zone(std::move(zone)) {}
 
@@ -32,6 +54,10 @@ std::unique_ptr<Timer> VirtualClock::after(std::chrono::milliseconds delay, std:
         function();
     });
     return std::make_unique<VirtualTimer>(m_due, place, fired);
+}
+
+std::unique_ptr<Timer> VirtualClock::every(std::chrono::milliseconds period, std::function<void()> function) {
+    return std::make_unique<RepeatingTimer>(*this, period, std::move(function));
 }
 
 QCoro::Task<> VirtualClock::sleep(std::chrono::milliseconds delay) {

@@ -18,16 +18,20 @@ public:
     QTimeZone timeZone() const override { return m_zone; }
     QCoro::Task<> sleep(std::chrono::milliseconds delay) override;
     std::unique_ptr<Timer> after(std::chrono::milliseconds delay, std::function<void()> function) override;
+    std::unique_ptr<Timer> every(std::chrono::milliseconds period, std::function<void()> function) override;
 
     /// Moves the time on and wakes all that falls due, in its order.
     void advance(std::chrono::milliseconds span);
     /// How many sleeps and timers are waiting.
     qsizetype waiting() const { return static_cast<qsizetype>(m_due->size()); }
+    /// Sets the time, as a machine's that slept or whose clock was set; nothing is woken before the next
+    /// advance().
     void setNow(QDateTime moment) { m_now = std::move(moment); }
 
 private:
     using Due = std::multimap<QDateTime, std::function<void()>>;
     class VirtualTimer;
+    class RepeatingTimer;
 
     QDateTime m_now;
     QTimeZone m_zone;

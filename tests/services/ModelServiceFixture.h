@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/ApiKey.h"
+#include "services/OpenAIClient.h"
+#include "services/OpenAIError.h"
+#include "support/Await.h"
+#include "support/JpegBuilder.h"
+#include "support/MemoryDefaults.h"
+#include "support/ModelStandIn.h"
+#include "support/RecordingLog.h"
+#include "support/SportsScene.h"
+#include "support/VirtualClock.h"
+
+#include <gtest/gtest.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QSemaphore>
+#include <QThreadPool>
+#include <memory>
+#include <stdexcept>
+
+namespace ostrelle {
+
+/// Keeps all worker threads from their work for the length of a scope.
+class BusyWorkers {
+public:
+    BusyWorkers() : m_count(QThreadPool::globalInstance()->maxThreadCount()) {
+        for (int worker = 0; worker < m_count; ++worker) {
+            QThreadPool::globalInstance()->start([end = m_end] { end->acquire(); });
+        }
+    }
+    ~BusyWorkers() { m_end->release(m_count); }
+    BusyWorkers(const BusyWorkers&) = delete;
+    BusyWorkers& operator=(const BusyWorkers&) = delete;
+
+private:
+    int m_count;
+    std::shared_ptr<QSemaphore> m_end = std::make_shared<QSemaphore>();
+};
+
+/// The client over a stand-in for the model service.
+class ModelServiceTest : public testing::Test {
+protected:
+    ModelServiceTest() { defaults.set(apiKeyName, key); }
+
+    /// A picture that is another one for each number.
+    static QByteArray smallJpeg(quint32 number = 1) { return jpegFile(SportsScene(16, 12, number).image()); }
+
+    /// A reply whose first choice has this JSON as its content.
+    static QByteArray replyWithContent(const QByteArray& content) {
+        return R"({"id":"c-1","choices":[{"index":0,"message":{"role":"assistant","content":)" + content +
+               R"(},"finish_reason":"stop"}]})";
+    }
+    /// A reply whose first choice is this text.
+    static QByteArray replyWithText(const QString& text) {
+        const QJsonObject holder{{QStringLiteral("t"), text}};
+        return replyWithContent(QJsonDocument(holder).toJson(QJsonDocument::Compact).sliced(5).chopped(1));
+    }
+    /// The reply with this JSON as its usage.
+    static QByteArray withUsage(const QByteArray& reply, const QByteArray& usage) {
+        return reply.chopped(1) + R"(,"usage":)" + usage + '}';
+    }
+
+    /// The failure of a call, which must be of this kind.
+    template <typename Failure, typename Result>
+    static Failure failureOf(QCoro::Task<Result> task) {
+        try {
+            await(std::move(task));
+        } catch (const Failure& error) {
+            return error;
+        }
+        throw std::runtime_error("the call has not failed");
+    }
+
+    const QString key = QStringLiteral("sk-test-0123456789abcdef");
+    MemoryDefaults defaults;
+    RecordingLog log;
+    VirtualClock clock;
+    ModelStandIn standIn{key.toUtf8()};
+    OpenAIClient client{standIn.url(), defaults, log, clock};
+};
+
+} // namespace ostrelle
