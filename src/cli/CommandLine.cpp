@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CommandLine.h"
 
-#include "cli/CaptionCommand.h"
 #include "cli/ExitStatus.h"
+#include "cli/FilesCommand.h"
+#include "cli/FolderCommand.h"
 #include "cli/KeyCommand.h"
 #include "cli/Options.h"
+#include "cli/WatchCommand.h"
 #include "platform/AppFolders.h"
 #include "platform/ConsoleLog.h"
 
@@ -34,11 +36,15 @@ int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoin
         return storeKey(defaultsPath, stdin, output, errors);
     case Options::Command::clearKey:
         return clearKey(defaultsPath, output, errors);
+    case Options::Command::captionFolder:
+        return runFolderCommand(parsed.options, folders, endpoints);
+    case Options::Command::watchFolder:
+        return runWatchCommand(parsed.options, folders, endpoints);
     case Options::Command::caption:
     case Options::Command::showPrompt:
         break;
     }
-    return runCaptionCommand(parsed.options, folders, endpoints);
+    return runFilesCommand(parsed.options, folders, endpoints);
 }
 
 } // namespace ostrelle

@@ -40,6 +40,9 @@ void addOptions(QCommandLineParser& parser) {
         {u"verbose"_s, {}},
         {u"clear"_s, {}},
         {u"show-prompt"_s, {}},
+        {u"folder"_s, {}, u"dir"_s},
+        {u"only-new"_s, {}},
+        {u"watch"_s, {}, u"dir"_s},
         {{u"h"_s, u"help"_s}, {}},
         {u"version"_s, {}},
     });
@@ -84,6 +87,22 @@ QString readValues(const QCommandLineParser& parser, Options& options) {
     return {};
 }
 
+/// --folder or --watch, which take the place of files.
+QString readFolderCommand(const QCommandLineParser& parser, Options& options) {
+    const bool isWatching = parser.isSet(u"watch"_s);
+    const bool isOnlyNew = parser.isSet(u"only-new"_s);
+    if (isWatching && (parser.isSet(u"folder"_s) || isOnlyNew)) {
+        return u"--watch excludes --folder and --only-new."_s;
+    }
+    if (!options.files.isEmpty() || parser.isSet(u"show-prompt"_s)) {
+        return u"--folder and --watch exclude files and --show-prompt."_s;
+    }
+    options.command = isWatching ? Options::Command::watchFolder : Options::Command::captionFolder;
+    options.folder = parser.value(isWatching ? u"watch"_s : u"folder"_s);
+    options.images = isOnlyNew ? FolderImages::onlyNew : FolderImages::all;
+    return {};
+}
+
 /// `key` as the first word is a command; a file of that name can be given as ./key.
 QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
@@ -106,6 +125,12 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
         if (options.json) {
             return u"--show-prompt and --json exclude each other."_s;
         }
+    }
+    if (parser.isSet(u"folder"_s) || parser.isSet(u"watch"_s)) {
+        return readFolderCommand(parser, options);
+    }
+    if (parser.isSet(u"only-new"_s)) {
+        return u"--only-new belongs to --folder."_s;
     }
     return options.files.isEmpty() ? u"No file was given."_s : QString();
 }
@@ -134,9 +159,15 @@ ParsedOptions parseOptions(const QStringList& arguments) {
 
 QString helpText() {
     return u"Usage: ostrelle-caption [options] FILE...\n"
+           "       ostrelle-caption [options] --folder DIR [--only-new]\n"
+           "       ostrelle-caption [options] --watch DIR\n"
            "       ostrelle-caption key [--clear]\n"
            "\n"
            "Writes a caption into the XMP sidecar of each RAW image and into each JPEG.\n"
+           "\n"
+           "  --folder DIR    all images of the folder, ten in a request\n"
+           "  --only-new      only those that have not been captioned before\n"
+           "  --watch DIR     whatever arrives in the folder without a caption, until Ctrl-C\n"
            "\n"
            "Options, for this run only:\n"
            "  --style STYLE   ap, getty, imagn or simple\n"

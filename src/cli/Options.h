@@ -3,6 +3,7 @@
 
 #include "core/CaptionStyle.h"
 #include "core/Sport.h"
+#include "pipeline/FolderRun.h"
 
 #include <QString>
 #include <QStringList>
@@ -12,11 +13,13 @@ namespace ostrelle {
 
 /// What the command line asks for.
 struct Options {
-    enum class Command { caption, showPrompt, storeKey, clearKey, help, version };
+    enum class Command { caption, showPrompt, captionFolder, watchFolder, storeKey, clearKey, help, version };
     enum class Overwrite { asSet, always, never };
 
     Command command = Command::caption;
     QStringList files;
+    std::optional<QString> folder; ///< of captionFolder and watchFolder
+    FolderImages images = FolderImages::all;
     std::optional<CaptionStyle> style;
     std::optional<Sport> sport;
     std::optional<QString> roster;

@@ -28,15 +28,15 @@ QString progressLine(qsizetype done, qsizetype steps, const QString& label, qsiz
     return firstCharacters(line, columns - 1);
 }
 
-ProgressBar::ProgressBar(std::FILE* stream, qsizetype steps)
-    : m_stream(stream), m_steps(steps), m_isEnabled(steps > 1 && ::isatty(::fileno(stream)) == 1) {}
+ProgressBar::ProgressBar(std::FILE* stream, bool isWanted)
+    : m_stream(stream), m_isEnabled(isWanted && ::isatty(::fileno(stream)) == 1) {}
 
-void ProgressBar::show(qsizetype done, const QString& label) {
-    if (!m_isEnabled) {
+void ProgressBar::show(qsizetype done, qsizetype steps, const QString& label) {
+    if (!m_isEnabled || steps < 2) {
         return;
     }
     clear();
-    const QByteArray line = progressLine(done, m_steps, label, columnsOf(m_stream)).toUtf8();
+    const QByteArray line = progressLine(done, steps, label, columnsOf(m_stream)).toUtf8();
     std::fputs(line.constData(), m_stream);
     std::fflush(m_stream);
     m_isDrawn = true;

@@ -9,20 +9,19 @@ namespace ostrelle {
 /// One line that is drawn over itself on a terminal, and nothing at all elsewhere.
 class ProgressBar {
 public:
-    /// Draws on the stream if that is a terminal and there is more than one step.
-    ProgressBar(std::FILE* stream, qsizetype steps);
+    /// Draws on the stream if that is a terminal, and nothing at all unless it is wanted.
+    ProgressBar(std::FILE* stream, bool isWanted);
     ~ProgressBar() { clear(); }
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// Shows how many steps are done and what is in hand.
-    void show(qsizetype done, const QString& label);
+    /// Shows how many steps are done and what is in hand, if there is more than one step.
+    void show(qsizetype done, qsizetype steps, const QString& label);
     /// Takes the line away, so that other output finds a clean one.
     void clear();
 
 private:
     std::FILE* m_stream;
-    qsizetype m_steps;
     bool m_isDrawn = false;
     bool m_isEnabled;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/ReportPrinter.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -60,6 +61,13 @@ QString reportText(const ImageReport& report) {
         text += detail(u"cost"_s, u"$%1"_s.arg(*report.cost, 0, 'f', 6));
     }
     return printable(text);
+}
+
+QString reportLine(const ImageReport& report) {
+    const QString words = report.captionAfter ? *report.captionAfter : report.reason;
+    QString line = u"%1  %2  %3"_s.arg(outcomeWord(report.outcome).leftJustified(9),
+                                       QFileInfo(report.file).fileName(), words);
+    return printable(line.replace(u'\n', u' '));
 }
 
 QString reportJson(const ImageReport& report) {

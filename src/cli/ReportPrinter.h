@@ -11,6 +11,9 @@ namespace ostrelle {
 /// and the cost.
 QString reportText(const ImageReport& report);
 
+/// Outcome, file name, and the new caption or the reason, in one line for a person.
+QString reportLine(const ImageReport& report);
+
 /// The same as one line of JSON.
 QString reportJson(const ImageReport& report);
 

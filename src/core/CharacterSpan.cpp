@@ -61,14 +61,13 @@ CharacterSpan spanInPlainText(std::u16string_view text, qsizetype most) {
     return span;
 }
 
-/// Whether all that is not plain are plain pictographs.
-bool isPlainAroundPictographs(std::u16string_view text) {
-    auto at = std::ranges::find_if_not(text, isPlain);
-    while (at != text.end()) {
-        if (text.end() - at < 2 || !isPlainPictograph(at[0], at[1])) {
+/// Whether all that is not plain are plain pictographs; `at` is where the first of it stands.
+bool isPlainAroundPictographs(const char16_t* at, const char16_t* end) {
+    while (at != end) {
+        if (end - at < 2 || !isPlainPictograph(at[0], at[1])) {
             return false;
         }
-        at = std::find_if_not(at + 2, text.end(), isPlain);
+        at = std::find_if_not(at + 2, end, isPlain);
     }
     return true;
 }
@@ -108,10 +107,13 @@ QStringView firstLine(QStringView text) {
 
 CharacterSpan spanInLine(QStringView line, qsizetype most) {
     const std::u16string_view units(line.utf16(), static_cast<std::size_t>(line.size()));
-    if (std::ranges::all_of(units, isPlain)) {
+    const char16_t* end = units.data() + units.size();
+    const char16_t* odd = std::find_if_not(units.data(), end, isPlain);
+    if (odd == end) {
         return spanInPlainText(units, most);
     }
-    return isPlainAroundPictographs(units) ? spanAroundPictographs(units, most) : spanInAnyText(line, most);
+    return isPlainAroundPictographs(odd, end) ? spanAroundPictographs(units, most)
+                                              : spanInAnyText(line, most);
 }
 
 } // namespace

@@ -1,50 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QCoroFuture>
-#include <QCoroTask>
-#include <QtConcurrentRun>
-#include <exception>
-#include <memory>
-#include <optional>
-#include <type_traits>
+#include "core/OnThreadPool.h"
+
 #include <utility>
-#include <variant>
 
 namespace ostrelle {
 
-/// Runs a pure function over values on a worker thread and resumes the caller on its own thread with the
-/// result, or with the exception that the function threw. At most as many run at once as there are cores;
-/// the rest wait their turn. The function must own all that it uses.
+/// onThreadPool() with the program's own worker threads: at most as many functions run at once as there are
+/// cores.
 template <typename Function>
-QCoro::Task<std::invoke_result_t<Function>> offMainThread(Function function) {
-    using Value = std::invoke_result_t<Function>;
-    struct Outcome {
-        std::optional<std::conditional_t<std::is_void_v<Value>, std::monostate, Value>> value;
-        std::exception_ptr error;
-    };
-    // A QFuture would wrap a foreign exception and cannot hold a type that only moves: the outcome goes
-    // beside it.
-    auto outcome = std::make_shared<Outcome>();
-    auto work = [outcome, function = std::move(function)]() mutable {
-        try {
-            if constexpr (std::is_void_v<Value>) {
-                function();
-            } else {
-                outcome->value.emplace(function());
-            }
-        } catch (...) {
-            outcome->error = std::current_exception();
-        }
-    };
-    QFuture<void> finished = QtConcurrent::run(std::move(work));
-    co_await finished;
-    if (outcome->error) {
-        std::rethrow_exception(outcome->error);
-    }
-    if constexpr (!std::is_void_v<Value>) {
-        co_return std::move(outcome->value).value();
-    }
+auto offMainThread(Function function) {
+    return onThreadPool(QThreadPool::globalInstance(), std::move(function));
 }
 
 } // namespace ostrelle

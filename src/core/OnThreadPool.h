@@ -14,8 +14,9 @@
 
 namespace ostrelle {
 
-/// offMainThread() for work that has threads of its own, such as what may hang for long. The pool has to
-/// outlive the work.
+/// Runs a pure function over values on one of the pool's threads and resumes the caller on its own thread
+/// with the result, or with the exception that the function threw. When all threads are busy it waits its
+/// turn. The function must own all that it uses; the pool has to outlive it.
 template <typename Function>
 QCoro::Task<std::invoke_result_t<Function>> onThreadPool(QThreadPool* pool, Function function) {
     using Value = std::invoke_result_t<Function>;

@@ -25,15 +25,53 @@ QString nameOf(const QString& file) {
 Analyzer::Analyzer(AnalyzerParts parts) : m_parts(parts) {}
 
 QCoro::Task<bool> Analyzer::analyzeSingle(QString file) {
+    co_return co_await captionInTurn(file) == CaptionResult::done;
+}
+
+QCoro::Task<CaptionResult> Analyzer::captionInTurn(QString file) {
+    const quint64 runsBefore = m_parts.turns.runsBegun();
+    auto turn = co_await m_parts.turns.imageTurn();
+    if (!turn) {
+        co_return CaptionResult::notBegun;
+    }
     ImageReport report;
     report.file = file;
-    const Gate gate = co_await passGates(file, &report);
-    bool isDone = gate == Gate::done;
-    if (gate == Gate::open) {
-        isDone = co_await runImage(file, &report);
-    }
+    const Course course = co_await takeCourse(file, runsBefore, &report);
+    turn.reset();
     Q_EMIT imageFinished(report);
-    co_return isDone;
+    switch (course) {
+    case Course::captioned:
+        co_await lingerAfterSuccess();
+        break;
+    case Course::failed:
+        co_await lingerAfterFailure(file, report.reason);
+        break;
+    case Course::keyMissing:
+        co_await askForKey();
+        break;
+    case Course::done:
+    case Course::refused:
+        break;
+    }
+    const bool isDone = course == Course::captioned || course == Course::done;
+    co_return isDone ? CaptionResult::done : CaptionResult::failed;
+}
+
+QCoro::Task<Analyzer::Course> Analyzer::takeCourse(QString file, quint64 runsBefore, ImageReport* report) {
+    if (co_await wasOvertaken(file, runsBefore)) {
+        report->outcome = ImageReport::Outcome::skipped;
+        report->reason = u"It was captioned by another run meanwhile."_s;
+        co_return Course::done;
+    }
+    const Gate gate = co_await passGates(file, report);
+    if (gate != Gate::open) {
+        co_return gate == Gate::done ? Course::done : Course::refused;
+    }
+    co_return co_await runImage(file, report);
+}
+
+QCoro::Task<bool> Analyzer::wasOvertaken(QString file, quint64 runsBefore) {
+    co_return m_parts.turns.runsBegun() != runsBefore&& co_await m_parts.manifest.isProcessed(file);
 }
 
 QCoro::Task<Analyzer::Gate> Analyzer::passGates(QString file, ImageReport* report) {
@@ -76,33 +114,63 @@ QCoro::Task<bool> Analyzer::hasRealCaption(QString file) {
     co_return caption&& isRealCaption(caption->value_or(QString()));
 }
 
-QCoro::Task<bool> Analyzer::runImage(QString file, ImageReport* report) {
-    const QString name = nameOf(file);
-    setProgress(name);
+QCoro::Task<Analyzer::Course> Analyzer::runImage(QString file, ImageReport* report) {
+    setProgress(nameOf(file));
+    ++m_imagesInProgress;
     ImageRun run(m_parts, file);
     const auto executed = co_await attempt(run.execute());
+    --m_imagesInProgress;
     *report = run.report(); // what was found and spent up to a failure, too
-    if (!executed) {
-        report->reason = executed.words();
-        const auto analyzerError = executed.failureAs<AnalyzerError>();
-        if (analyzerError && analyzerError->code() == AnalyzerError::missingKey) {
-            co_await askForKey();
-        } else {
-            co_await countFailure(name, executed.words());
-        }
-        co_return false;
+    if (executed) {
+        countSuccess(*report);
+        co_return Course::captioned;
     }
+    report->reason = executed.words();
+    const auto analyzerError = executed.failureAs<AnalyzerError>();
+    if (analyzerError && analyzerError->code() == AnalyzerError::missingKey) {
+        co_return Course::keyMissing;
+    }
+    countFailure(*report);
+    co_return Course::failed;
+}
+
+void Analyzer::countSuccess(const ImageReport& report) {
     m_parts.status.setProcessed(m_parts.status.processed() + 1);
-    m_parts.status.setLastMessage(u"Auto: Processed "_s + name);
-    if (report->outcome == ImageReport::Outcome::captioned) {
+    m_parts.status.setLastMessage(u"Auto: Processed "_s + nameOf(report.file));
+    if (report.outcome == ImageReport::Outcome::captioned) {
         m_parts.status.recordImageProcessed();
     }
-    if (m_parts.status.totalFiles() == 1) { // nobody else counts this run
-        co_await m_parts.clock.sleep(m_parts.progressLinger);
+}
+
+void Analyzer::countFailure(const ImageReport& report) {
+    m_parts.status.setFailed(m_parts.status.failed() + 1);
+    m_parts.status.setTotalFailedAllTime(m_parts.status.totalFailedAllTime() + 1);
+    m_parts.status.setLastMessage(u"Auto: Failed "_s + nameOf(report.file));
+}
+
+QCoro::Task<> Analyzer::lingerAfterSuccess() {
+    if (m_parts.status.totalFiles() != 1) {
+        co_return; // who counts the files clears the progress
+    }
+    co_await m_parts.clock.sleep(m_parts.progressLinger);
+    if (!isProgressOfOthers()) {
         m_parts.log.print(u"[Analyzer] ⚡️ Clearing progress indicators"_s);
         clearProgress();
     }
-    co_return true;
+}
+
+QCoro::Task<> Analyzer::lingerAfterFailure(QString file, QString words) {
+    co_await m_parts.clock.sleep(m_parts.progressLinger);
+    if (!isProgressOfOthers()) {
+        clearProgress();
+        m_parts.log.print(u"[Analyzer] ⚡️ Clearing progress indicators (after error)"_s);
+    }
+    m_parts.log.printAndAppend(u"[Analyzer] Auto mode failed %1: %2"_s.arg(nameOf(file), words));
+}
+
+/// The progress that is shown is that of an image that is still in the works, or of a run.
+bool Analyzer::isProgressOfOthers() const {
+    return m_imagesInProgress > 0 || m_parts.turns.hasRun();
 }
 
 QCoro::Task<ImageReport> Analyzer::analyzeImage(QString file) {
@@ -116,28 +184,50 @@ QCoro::Task<QString> Analyzer::promptFor(QString file) {
     co_return co_await run.composePrompt();
 }
 
+QCoro::Task<> Analyzer::recaptionFolder(FolderImages which) {
+    FolderRun run(m_parts, announcer());
+    co_await run.execute(which);
+}
+
+QCoro::Task<BatchOutcome> Analyzer::processBatch(QStringList files, qint64 startIndex) {
+    BatchRun batch(m_parts, files, startIndex, announcer());
+    co_return co_await batch.execute();
+}
+
+QCoro::Task<QList<AnalyzedFile>> Analyzer::analyzeFiles(QStringList files, qint64 startIndex) {
+    const BatchOutcome outcome = co_await processBatch(files, startIndex);
+    QList<AnalyzedFile> analyzed;
+    for (const BatchFileResult& result : outcome.results) {
+        analyzed.append({.name = result.name, .success = result.success});
+        if (!result.success) {
+            analyzed.last().error = AnalyzerError(AnalyzerError::imageFailed, u"Failed to process image"_s);
+        }
+    }
+    co_return analyzed;
+}
+
+ImageListener Analyzer::announcer() {
+    return [this](const ImageReport& report) { Q_EMIT imageFinished(report); };
+}
+
+/// All images of a scan miss the key at once; the user is asked once.
 QCoro::Task<> Analyzer::askForKey() {
     clearProgress();
     m_parts.settings.setAutoMode(false);
+    if (m_isAskingForKey) {
+        co_return;
+    }
+    m_isAskingForKey = true;
     Alert alert;
     alert.title = u"OpenAI API Key Required"_s;
     alert.text = u"Please enter your OpenAI API key in Settings to continue captioning images."_s;
     alert.buttons = QStringList{u"Open Settings"_s, u"Cancel"_s};
     const int button = co_await m_parts.alerts.show(alert);
+    m_isAskingForKey = false;
     if (button == 0) {
         Q_EMIT m_parts.events.showSettingsWindow();
     }
     m_parts.status.setLastMessage(u"Please add your API key in Settings."_s);
-}
-
-QCoro::Task<> Analyzer::countFailure(QString name, QString words) {
-    m_parts.status.setFailed(m_parts.status.failed() + 1);
-    m_parts.status.setTotalFailedAllTime(m_parts.status.totalFailedAllTime() + 1);
-    m_parts.status.setLastMessage(u"Auto: Failed "_s + name);
-    co_await m_parts.clock.sleep(m_parts.progressLinger);
-    clearProgress();
-    m_parts.log.print(u"[Analyzer] ⚡️ Clearing progress indicators (after error)"_s);
-    m_parts.log.printAndAppend(u"[Analyzer] Auto mode failed %1: %2"_s.arg(name, words));
 }
 
 void Analyzer::setProgress(const QString& name) {

@@ -10,6 +10,8 @@ class AnalyzerError : public Error {
 public:
     /// No API key is stored.
     static constexpr int missingKey = -2;
+    /// An image of a batch was not captioned; why is in the log.
+    static constexpr int imageFailed = -999;
 
     AnalyzerError(int code, const QString& description) : Error(description), m_code(code) {}
 

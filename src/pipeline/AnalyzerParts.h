@@ -4,14 +4,17 @@
 #include "metadata/RAWPreviewExtractor.h"
 #include "metadata/XMPWriter.h"
 #include "pipeline/AnalyzerLog.h"
+#include "pipeline/CaptionTurns.h"
 #include "pipeline/PreviewCopies.h"
 #include "platform/Alerts.h"
 #include "platform/AppEvents.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
+#include "platform/NotificationManager.h"
 #include "services/OpenAIClient.h"
 #include "services/PromptService.h"
+#include "state/ProcessedFilesManifest.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
@@ -25,6 +28,7 @@ struct AnalyzerParts {
     SettingsStore& settings;
     StatusStore& status;
     UsageTracker& usage;
+    ProcessedFilesManifest& manifest;
     OpenAIClient& openAI;
     PromptService& prompts;
     const DefaultsStore& defaults;
@@ -32,8 +36,10 @@ struct AnalyzerParts {
     const PreviewCopies& previews;
     FileAccess& access;
     Alerts& alerts;
+    NotificationManager& notifications;
     AppEvents& events;
     Clock& clock;
+    CaptionTurns& turns;
     RAWPreviewExtractor previewer = {};
     XMPWriter xmp = {};
     /// How long a finished image's progress stays to be seen.

@@ -34,4 +34,13 @@ bool isSameText(const QString& left, const QString& right) {
     return left.normalized(QString::NormalizationForm_C) == right.normalized(QString::NormalizationForm_C);
 }
 
+QString finalizeCaption(const QString& caption, const std::optional<QString>& rights,
+                        const SettingsStore& settings) {
+    if (!settings.appendCreditToCaption()) {
+        return caption;
+    }
+    const QString credit = rights && !rights->isEmpty() ? *rights : settings.defaultRightsFallback();
+    return credit.isEmpty() ? caption : caption + u' ' + credit;
+}
+
 } // namespace ostrelle

@@ -7,9 +7,11 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts) {
-    const auto file =
-        resolveCodeReplacementsFile(parts.settings.codeReplacementsFile(), parts.settings.ingestFolder());
+QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts, RosterFailure failure) {
+    auto look = [selected = parts.settings.codeReplacementsFile(), folder = parts.settings.ingestFolder()] {
+        return resolveCodeReplacementsFile(selected, folder);
+    };
+    const auto file = co_await offMainThread(look);
     if (!file) {
         parts.log.appendToLog(u"[Analyzer] No code replacements file found (neither manually selected nor "
                               "auto-discovered)"_s);
@@ -20,7 +22,7 @@ QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts) {
     const ScopedAccess access(parts.access, file->path);
     auto read = [path = file->path] { return readCodeReplacements(path); };
     const auto replacements = co_await attemptOffMainThread(read);
-    if (!replacements) {
+    if (!replacements && failure == RosterFailure::logged) {
         parts.log.printAndAppend(u"[Analyzer] Failed to read Code Replacements file: "_s +
                                  replacements.words());
     }

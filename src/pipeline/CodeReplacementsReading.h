@@ -8,8 +8,11 @@
 
 namespace ostrelle {
 
+/// Whether it is said in the log that a roster could not be read.
+enum class RosterFailure { logged, ignored };
+
 /// Finds the roster that the settings lead to, reads it on a worker thread and says in the log which one it
 /// is. Never throws: without a roster, or with one that cannot be read, the run goes on with none.
-QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts);
+QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts, RosterFailure failure = RosterFailure::logged);
 
 } // namespace ostrelle

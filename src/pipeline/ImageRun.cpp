@@ -7,13 +7,10 @@
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/CodeReplacementsReading.h"
-#include "pipeline/PromptBuilder.h"
-#include "pipeline/SidecarCreation.h"
+#include "pipeline/PromptComposition.h"
 #include "platform/ApiKey.h"
-#include "platform/FileError.h"
 #include "platform/Files.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
 #include <algorithm>
@@ -69,51 +66,42 @@ const WriteLines embeddedWrite = {
 
 } // namespace
 
-ImageRun::ImageRun(AnalyzerParts parts, QString file)
-    : m_parts(parts)
-    , m_file(std::move(file))
-    , m_name(QFileInfo(m_file).fileName())
-    , m_metadata(m_file, parts.xmp, parts.log.console()) {
-    m_report.file = m_file;
-}
-
-QString ImageRun::defaultCaption() const {
-    return m_readCaption.value_or(u"No caption"_s);
+ImageRun::ImageRun(AnalyzerParts parts, QString file) : m_parts(parts), m_gathering(parts, file) {
+    m_report.file = std::move(file);
 }
 
 QCoro::Task<> ImageRun::execute() {
     requireKey();
-    if (!m_metadata.isEmbedded()) {
-        co_await ensureSidecar();
-    }
-    co_await readCaption();
-    if (!m_parts.settings.alwaysOverwriteCaptions() && isRealCaption(m_readCaption.value_or(QString()))) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] %1 already has caption, skipping (overwrite disabled)"_s.arg(m_name));
+    co_await m_gathering.ensureSidecar();
+    co_await m_gathering.readCaption();
+    m_report.captionBefore = m_gathering.caption();
+    if (m_gathering.isFinished()) {
         m_report.outcome = ImageReport::Outcome::skipped;
         m_report.reason = u"It already has a caption."_s;
         co_return;
     }
-    co_await readContext();
+    co_await m_gathering.readContext();
     co_await dumpSidecar();
-    co_await readRightsAndCreator();
-    m_roster = co_await readRoster(m_parts);
-    co_await extractPreview();
+    co_await m_gathering.readRightsAndCreator();
+    const CodeReplacements roster = co_await readRoster(m_parts);
+    co_await m_gathering.extractPreview();
     co_await savePreview();
-    const QString request = co_await prompt();
-    logRequest(request);
-    const QString reply = co_await askModel(request);
+    co_await m_gathering.gatherAudioNote();
+    const QString prompt = co_await composeImagePrompt(m_parts, m_gathering.image(), roster);
+    logRequest(prompt, roster);
+    const QString reply = co_await askModel(prompt);
     co_await acceptCaption(reply);
 }
 
 QCoro::Task<QString> ImageRun::composePrompt() {
-    if (m_metadata.isEmbedded() || QFileInfo::exists(m_metadata.sidecar())) {
-        co_await readCaption();
-        co_await readContext();
-        co_await readRightsAndCreator();
+    const ImageMetadata& metadata = m_gathering.metadata();
+    if (metadata.isEmbedded() || QFileInfo::exists(metadata.sidecar())) {
+        co_await m_gathering.readCaption();
+        co_await m_gathering.readContext();
+        co_await m_gathering.readRightsAndCreator();
     }
-    m_roster = co_await readRoster(m_parts);
-    co_return co_await prompt();
+    const CodeReplacements roster = co_await readRoster(m_parts);
+    co_return co_await composeImagePrompt(m_parts, m_gathering.image(), roster);
 }
 
 void ImageRun::requireKey() const {
@@ -123,114 +111,28 @@ void ImageRun::requireKey() const {
     }
 }
 
-QCoro::Task<> ImageRun::ensureSidecar() {
-    if (QFileInfo::exists(m_metadata.sidecar())) {
-        co_return;
-    }
-    const auto created = co_await attempt(createSidecar(m_parts, m_file));
-    if (created) {
-        co_return;
-    }
-    m_parts.log.printAndAppend(
-        u"[Analyzer] Failed to create XMP sidecar for RAW file %1 in folder: %2. Error: %3. This may be a "
-        "permissions issue. Try selecting both the RAW and XMP files, or move the file to a different folder "
-        "with "
-        "write permissions."_s.arg(m_name, QFileInfo(m_file).path(), created.words()));
-    created.rethrow();
-}
-
-QCoro::Task<> ImageRun::readCaption() {
-    const auto caption = co_await attempt(m_metadata.readCaption());
-    if (caption) {
-        m_readCaption = *caption ? std::optional((*caption)->trimmed()) : std::nullopt;
-        m_report.captionBefore = m_readCaption;
-        co_return;
-    }
-    const auto fileError = caption.failureAs<FileError>();
-    if (!m_metadata.isEmbedded() && fileError && fileError->isPermissionDenied()) {
-        co_await recreateSidecar();
-        co_return;
-    }
-    m_parts.log.printAndAppend(
-        u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, caption.words()));
-    caption.rethrow();
-}
-
-/// A sidecar that nobody may read is of no use to anybody: a new one takes its place, without a caption.
-QCoro::Task<> ImageRun::recreateSidecar() {
-    m_parts.log.print(
-        u"[Analyzer] Permission error reading default caption from XMP for %1, attempting to recreate "
-        "sidecar..."_s.arg(m_name));
-    const ScopedAccess fileAccess(m_parts.access, m_metadata.sidecar());
-    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_metadata.sidecar()).path());
-    auto recreate = [xmp = m_parts.xmp, sidecar = m_metadata.sidecar()] {
-        // Not removed but put aside, if that can be: its owner may still want to know what is in it.
-        if (!QFile::rename(sidecar, sidecar + u".unreadable"_s)) {
-            QFile::remove(sidecar);
-        }
-        xmp.createEmptySidecar(sidecar);
-    };
-    const auto recreated = co_await attemptOffMainThread(recreate);
-    if (!recreated) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, recreated.words()));
-        recreated.rethrow();
-    }
-    m_parts.log.print(u"[Analyzer] Recreated unreadable XMP sidecar for "_s + m_name);
-}
-
-QCoro::Task<> ImageRun::readContext() {
-    const auto context = co_await attempt(m_metadata.readContext(m_parts.clock.timeZone()));
-    if (!context) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read context for %1: %2"_s.arg(m_name, context.words()));
-        context.rethrow();
-    }
-    m_context = *context;
-}
-
 /// For diagnosis only, also of a sidecar that lies beside a JPEG and is not used.
 QCoro::Task<> ImageRun::dumpSidecar() {
-    if (!QFileInfo::exists(m_metadata.sidecar())) {
-        if (m_metadata.isEmbedded()) {
-            m_parts.log.printAndAppend(
-                u"[Analyzer] JPEG file %1 has no XMP sidecar (will use embedded metadata)"_s.arg(m_name));
+    const QString name = m_gathering.name();
+    const bool isEmbedded = m_gathering.metadata().isEmbedded();
+    auto dump = [sidecar = m_gathering.metadata().sidecar(), name, isEmbedded] {
+        if (QFileInfo::exists(sidecar)) {
+            return sidecarDump(sidecar, name);
         }
-        co_return;
-    }
-    auto dump = [sidecar = m_metadata.sidecar(), name = m_name] { return sidecarDump(sidecar, name); };
-    const auto text = co_await attemptOffMainThread(dump);
-    m_parts.log.printAndAppend(
-        text ? *text : u"[Analyzer] Failed to dump XMP for %1: %2"_s.arg(m_name, text.words()));
-}
-
-QCoro::Task<> ImageRun::readRightsAndCreator() {
-    const auto rights = co_await attempt(m_metadata.readRights());
-    const auto creator = co_await attempt(m_metadata.readCreator());
-    m_rights = rights.valueOr(std::nullopt);
-    m_creator = creator.valueOr(std::nullopt);
-}
-
-QCoro::Task<> ImageRun::extractPreview() {
-    constexpr double longestSide = 1024; // pixels
-    constexpr double jpegQuality = 0.6;
-    constexpr double rawQuality = 0.85;
-    const double quality = m_metadata.isEmbedded() ? jpegQuality : rawQuality;
-    auto extract = [previewer = m_parts.previewer, file = m_file, quality] {
-        return previewer.extractPreview(file, longestSide, quality);
+        return isEmbedded
+                   ? u"[Analyzer] JPEG file %1 has no XMP sidecar (will use embedded metadata)"_s.arg(name)
+                   : QString();
     };
-    const auto jpeg = co_await attemptOffMainThread(extract);
-    if (!jpeg) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, jpeg.words()));
-        jpeg.rethrow();
+    const auto text = co_await attemptOffMainThread(dump);
+    const QString line = text ? *text : u"[Analyzer] Failed to dump XMP for %1: %2"_s.arg(name, text.words());
+    if (!line.isEmpty()) {
+        m_parts.log.printAndAppend(line);
     }
-    m_jpeg = *jpeg;
 }
 
 /// A copy to look at later; the run goes on without it.
 QCoro::Task<> ImageRun::savePreview() {
-    auto save = [previews = m_parts.previews, jpeg = m_jpeg, file = m_file] {
+    auto save = [previews = m_parts.previews, jpeg = m_gathering.image().jpegData, file = m_report.file] {
         previews.save(jpeg, file);
         return previews.path(file);
     };
@@ -241,56 +143,24 @@ QCoro::Task<> ImageRun::savePreview() {
     }
 }
 
-QCoro::Task<QString> ImageRun::prompt() {
-    const SettingsStore& settings = m_parts.settings;
-    PromptQuery query;
-    query.style = settings.captionStyle();
-    query.sport = settings.sport();
-    query.fallback = settings.fallbackBehavior();
-    query.includeOffenseDefense = settings.includeOffenseDefense();
-    query.prioritizeAudioFiles = settings.prioritizeAudioFiles();
-    const PromptTemplates templates = co_await m_parts.prompts.fetchPrompts(query);
-    AnalyzerLog& log = m_parts.log;
-    log.appendToLog(m_context.event ? u"[Analyzer] ✓ Event found in context: '%1'"_s.arg(*m_context.event)
-                                    : u"[Analyzer] ✗ WARNING: No event found in context"_s);
-    if (m_roster.isTruncated()) {
-        log.print(truncationWarning(m_roster));
-        log.appendToLog(truncationLogLine(m_roster));
-    }
-    co_return buildPrompt(facts(), query, templates, m_roster, m_parts.clock.timeZone());
-}
-
-CaptionFacts ImageRun::facts() const {
-    const SettingsStore& settings = m_parts.settings;
-    CaptionFacts facts;
-    facts.context = m_context;
-    facts.rights = m_rights;
-    facts.defaultRightsFallback = settings.defaultRightsFallback();
-    facts.captionStyle = settings.captionStyle();
-    facts.sport = settings.sport();
-    facts.useTeamIdentification = settings.useTeamIdentification();
-    facts.team1 = {settings.team1Name(), settings.team1Color()};
-    facts.team2 = {settings.team2Name(), settings.team2Color()};
-    facts.defaultCaption = defaultCaption();
-    return facts;
-}
-
-void ImageRun::logRequest(const QString& prompt) {
+void ImageRun::logRequest(const QString& prompt, const CodeReplacements& roster) {
     constexpr qsizetype headCharacters = 1200;
     constexpr qsizetype tailCharacters = 500;
     AnalyzerLog& log = m_parts.log;
-    log.appendToLog(contextIsEmpty(m_context)
+    const PreparedImage& image = m_gathering.image();
+    const std::optional<QString>& creator = m_gathering.creator();
+    log.appendToLog(contextIsEmpty(image.context)
                         ? u"[Analyzer] Context present: NO"_s
-                        : u"[Analyzer] Context present: YES — "_s + contextDescription(m_context));
-    for (const QString& line : logLines(m_roster)) {
+                        : u"[Analyzer] Context present: YES — "_s + contextDescription(image.context));
+    for (const QString& line : logLines(roster)) {
         log.appendToLog(line);
     }
-    log.appendToLog(m_creator ? u"[Analyzer] XMP creator present: YES — "_s + *m_creator
-                              : u"[Analyzer] XMP creator present: NO"_s);
-    if (m_rights) {
+    log.appendToLog(creator ? u"[Analyzer] XMP creator present: YES — "_s + *creator
+                            : u"[Analyzer] XMP creator present: NO"_s);
+    if (image.rights) {
         log.appendToLog(u"[Analyzer] XMP rights present: YES"_s);
-        log.appendToLog(u"[Analyzer] XMP rights FULL VALUE: \"%1\""_s.arg(*m_rights));
-        log.printAndAppend(u"[Analyzer] XMP rights will appear in Context as: Rights: "_s + *m_rights);
+        log.appendToLog(u"[Analyzer] XMP rights FULL VALUE: \"%1\""_s.arg(*image.rights));
+        log.printAndAppend(u"[Analyzer] XMP rights will appear in Context as: Rights: "_s + *image.rights);
     } else {
         log.appendToLog(u"[Analyzer] XMP rights present: NO"_s);
     }
@@ -304,18 +174,13 @@ void ImageRun::logRequest(const QString& prompt) {
 }
 
 QCoro::Task<QString> ImageRun::askModel(QString prompt) {
-    const QString model = u"gpt-4o-mini"_s;
-    constexpr int maxTokens = 180;
-    constexpr double temperature = 0.2;
-    const auto reply =
-        co_await attempt(m_parts.openAI.generateCaption(m_jpeg, prompt, model, maxTokens, temperature));
+    const auto reply = co_await attempt(askForCaption(m_parts, m_gathering.image().jpegData, prompt));
     if (!reply) {
         m_parts.log.printAndAppend(
-            u"[Analyzer] OpenAI generateCaption failed for %1: %2"_s.arg(m_name, reply.words()));
+            u"[Analyzer] OpenAI generateCaption failed for %1: %2"_s.arg(m_gathering.name(), reply.words()));
         reply.rethrow();
     }
     if (reply->usage) {
-        m_parts.usage.recordUsage(reply->usage->promptTokens, reply->usage->completionTokens);
         m_report.cost = UsageTracker::costOf(reply->usage->promptTokens, reply->usage->completionTokens);
     }
     co_return reply->text;
@@ -323,18 +188,18 @@ QCoro::Task<QString> ImageRun::askModel(QString prompt) {
 
 QCoro::Task<> ImageRun::acceptCaption(QString reply) {
     const QString caption = firstNonEmptyLine(reply);
-    if (isSameText(caption, defaultCaption())) {
+    if (isSameText(caption, m_gathering.image().defaultCaption)) {
         if (!hasPlaceholder(caption)) {
             m_parts.log.printAndAppend(
                 u"[Analyzer] Model returned default caption unchanged for %1; leaving XMP as-is."_s.arg(
-                    m_name));
+                    m_gathering.name()));
             m_report.outcome = ImageReport::Outcome::skipped;
             m_report.reason = u"The model returned the existing caption unchanged."_s;
             co_return;
         }
         m_parts.log.printAndAppend(
             u"[Analyzer] WARNING: Model returned caption with placeholders unchanged for %1. "
-            "Caption may need manual editing."_s.arg(m_name));
+            "Caption may need manual editing."_s.arg(m_gathering.name()));
     }
     co_await writeCaption(caption);
     m_report.outcome = ImageReport::Outcome::captioned;
@@ -344,29 +209,29 @@ QCoro::Task<> ImageRun::acceptCaption(QString reply) {
 QCoro::Task<> ImageRun::writeCaption(QString caption) {
     AnalyzerLog& log = m_parts.log;
     log.appendToLog(u"[Analyzer] About to write caption (%1 bytes) for %2: \"%3\""_s.arg(
-        QString::number(caption.toUtf8().size()), m_name, caption));
-    const ScopedAccess fileAccess(m_parts.access, m_file);
-    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_file).path());
+        QString::number(caption.toUtf8().size()), m_gathering.name(), caption));
+    const ScopedAccess fileAccess(m_parts.access, m_report.file);
+    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_report.file).path());
     const auto words = [](bool isGranted) { return isGranted ? u"true"_s : u"false"_s; };
     log.appendToLog(fileAccess.isGranted() || folderAccess.isGranted()
                         ? u"[Analyzer] Security-scoped access: file=%1, folder=%2"_s.arg(
                               words(fileAccess.isGranted()), words(folderAccess.isGranted()))
                         : u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s);
-    const WriteLines& lines = m_metadata.isEmbedded() ? embeddedWrite : sidecarWrite;
+    const WriteLines& lines = m_gathering.metadata().isEmbedded() ? embeddedWrite : sidecarWrite;
     const QString before = co_await captionForLog();
     log.appendToLog(lines.before + before);
-    const auto written = co_await attempt(m_metadata.writeCaption(caption));
+    const auto written = co_await attempt(m_gathering.metadata().writeCaption(caption));
     if (!written) {
-        log.printAndAppend(lines.failed.arg(m_name, written.words()));
+        log.printAndAppend(lines.failed.arg(m_gathering.name(), written.words()));
         written.rethrow();
     }
     const QString after = co_await captionForLog();
     log.appendToLog(lines.after + after);
-    log.appendToLog(isSameText(after, caption) ? lines.done.arg(m_name) : lines.mismatch);
+    log.appendToLog(isSameText(after, caption) ? lines.done.arg(m_gathering.name()) : lines.mismatch);
 }
 
 QCoro::Task<QString> ImageRun::captionForLog() {
-    const auto caption = co_await attempt(m_metadata.readCaption());
+    const auto caption = co_await attempt(m_gathering.metadata().readCaption());
     const std::optional<QString> text = caption.valueOr(std::nullopt);
     co_return text ? text->trimmed() : u"<nil>"_s;
 }

@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/XMPContext.h"
 #include "pipeline/AnalyzerParts.h"
 #include "pipeline/CodeReplacements.h"
-#include "pipeline/ContextBlock.h"
-#include "pipeline/ImageMetadata.h"
+#include "pipeline/ImageGathering.h"
 #include "pipeline/ImageReport.h"
 
-#include <QByteArray>
 #include <QCoroTask>
 #include <QString>
-#include <optional>
 
 namespace ostrelle {
 
@@ -31,35 +27,17 @@ public:
 
 private:
     void requireKey() const;
-    QCoro::Task<> ensureSidecar();
-    QCoro::Task<> readCaption();
-    QCoro::Task<> recreateSidecar();
-    QCoro::Task<> readContext();
     QCoro::Task<> dumpSidecar();
-    QCoro::Task<> readRightsAndCreator();
-    QCoro::Task<> extractPreview();
     QCoro::Task<> savePreview();
-    QCoro::Task<QString> prompt();
-    CaptionFacts facts() const;
-    void logRequest(const QString& prompt);
+    void logRequest(const QString& prompt, const CodeReplacements& roster);
     QCoro::Task<QString> askModel(QString prompt);
     QCoro::Task<> acceptCaption(QString reply);
     QCoro::Task<> writeCaption(QString caption);
     QCoro::Task<QString> captionForLog();
 
     AnalyzerParts m_parts;
-    QString m_file;
-    QString m_name;
-    ImageMetadata m_metadata;
+    ImageGathering m_gathering;
     ImageReport m_report;
-    std::optional<QString> m_readCaption; ///< trimmed
-    XMPContext m_context;
-    std::optional<QString> m_rights;
-    std::optional<QString> m_creator;
-    CodeReplacements m_roster;
-    QByteArray m_jpeg;
-
-    QString defaultCaption() const;
 };
 
 } // namespace ostrelle

@@ -11,6 +11,10 @@ using namespace Qt::StringLiterals;
 
 QCoro::Task<> createSidecar(AnalyzerParts parts, QString file) {
     const QFileInfo image(file);
+    auto look = [sidecar = sidecarPath(file)] { return QFileInfo::exists(sidecar); };
+    if (co_await offMainThread(look)) {
+        co_return;
+    }
     const ScopedAccess fileAccess(parts.access, file);
     const ScopedAccess folderAccess(parts.access, image.path());
     auto create = [xmp = parts.xmp, sidecar = sidecarPath(file)] {

@@ -1,66 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/ProgressBar.h"
 #include "metadata/XMPWriter.h"
-#include "support/DngBuilder.h"
-
-#include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QProcessEnvironment>
-#include <QTemporaryDir>
+
+#include "CommandLineFixture.h"
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-struct Result {
-    int status = -1;
-    QString output;
-    QString errors;
-};
-
-/// The program as a user of its own runs it.
-class CommandLineTest : public testing::Test {
-protected:
-    Result run(const QStringList& arguments, const QByteArray& input = {}) const {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
-        environment.insert(u"XDG_DATA_HOME"_s, folder.filePath(u"data"_s));
-        QProcess program;
-        program.setProcessEnvironment(environment);
-        program.setWorkingDirectory(folder.path());
-        program.start(QStringLiteral(CAPTION_PROGRAM), arguments);
-        program.write(input);
-        program.closeWriteChannel();
-        EXPECT_TRUE(program.waitForFinished(60'000));
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-        return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
-                QString::fromUtf8(program.readAllStandardError())};
-    }
-    QString write(const QString& name, const QByteArray& bytes) const {
-        QFile file(folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        return name;
-    }
-    QString rawImage(const QString& name) const { return write(name, dngFile(SportsScene(300, 200, 1))); }
-    QString roster() const { return write(u"roster.txt"_s, "12\tSam Abel\n"); }
-    void storeKey() const { ASSERT_EQ(run({u"key"_s}, "demo-key\n").status, 0); }
-    QByteArray settingsFile() const {
-        QFile file(folder.filePath(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    QTemporaryDir folder;
-};
-
-} // namespace
 
 TEST_F(CommandLineTest, WrongUsageAndMissingConfigurationEndWithTwoAndASentence) {
     const QString image = rawImage(u"a.dng"_s);
@@ -165,13 +116,8 @@ TEST_F(CommandLineTest, ARunLeavesTheSettingsOfTheDesktopProgramAlone) {
 TEST_F(CommandLineTest, ResultsThatNobodyCouldReadAreAFailure) {
     storeKey();
     QProcess program;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
-    environment.insert(u"XDG_DATA_HOME"_s, folder.filePath(u"data"_s));
-    program.setProcessEnvironment(environment);
-    program.setWorkingDirectory(folder.path());
     program.setStandardOutputFile(u"/dev/full"_s);
-    program.start(QStringLiteral(CAPTION_PROGRAM), {u"--roster"_s, roster(), rawImage(u"a.dng"_s)});
+    start(program, {u"--roster"_s, roster(), rawImage(u"a.dng"_s)});
     ASSERT_TRUE(program.waitForFinished(60'000));
     EXPECT_EQ(program.exitCode(), 1);
 }

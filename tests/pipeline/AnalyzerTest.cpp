@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/PipelineFixture.h"
-#include "support/JpegBuilder.h"
 
 #include <sys/stat.h>
 #include <utime.h>
@@ -11,7 +10,6 @@
 #include <QSignalSpy>
 #include <QThreadPool>
 #include <QtConcurrentRun>
-#include <vector>
 
 namespace ostrelle {
 
@@ -307,16 +305,6 @@ TEST_F(PipelineTest, AReplyWithoutUsageCostsNothing) {
     EXPECT_EQ(usage.todaysTokens(), 0);
     EXPECT_TRUE(hasLogged(u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s));
     EXPECT_FALSE(reports.last().cost);
-}
-
-TEST_F(PipelineTest, SeveralImagesMayBeUnderWayAtOnce) {
-    std::vector<QCoro::Task<ImageReport>> tasks;
-    for (int index = 0; index < 4; ++index) {
-        tasks.push_back(analyzer.analyzeImage(rawImage(u"IMG_%1.DNG"_s.arg(index))));
-    }
-    for (QCoro::Task<ImageReport>& task : tasks) {
-        EXPECT_EQ(await(std::move(task)).outcome, Outcome::captioned);
-    }
 }
 
 } // namespace ostrelle

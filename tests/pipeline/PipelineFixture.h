@@ -7,34 +7,47 @@
 #include "promptserver/PromptServer.h"
 #include "support/Await.h"
 #include "support/DngBuilder.h"
+#include "support/JpegBuilder.h"
 #include "support/MemoryDefaults.h"
 #include "support/MemorySecrets.h"
 #include "support/ModelStandIn.h"
 #include "support/RecordingLog.h"
+#include "support/RecordingNotifications.h"
 #include "support/SportsScene.h"
 #include "support/Unprivileged.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
+#include <QCoroFuture>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPromise>
 
 namespace ostrelle {
 
-/// Alerts that a test answers beforehand.
+/// Alerts that a test answers beforehand, or leaves open until close().
 class AnsweredAlerts : public Alerts {
 public:
     QCoro::Task<int> show(Alert alert) override {
         shown.append(alert);
+        if (isOpen) {
+            QFuture<void> answered = m_answered.future();
+            co_await answered;
+        }
         co_return answer;
     }
+    void close() { m_answered.finish(); }
 
     QList<Alert> shown;
     int answer = 0;
+    bool isOpen = false;
+
+private:
+    QPromise<void> m_answered;
 };
 
 /// Sandbox grants that are counted.
@@ -76,22 +89,37 @@ protected:
         static const QByteArray picture = dngFile(SportsScene(320, 200, 1));
         return write(name, picture);
     }
-    /// The sidecar of IMG_1 with this caption.
-    void sidecar(const QByteArray& caption) const {
-        write(QStringLiteral("IMG_1.xmp"),
-              "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
-              "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
-              "<rdf:Description rdf:about='' xmlns:dc='http://purl.org/dc/elements/1.1/' "
-              "xmlns:photoshop='http://ns.adobe.com/photoshop/1.0/'><photoshop:Headline>Herons vs. "
-              "Foxes</photoshop:Headline>"
-              "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(A. "
-              "Photographer)</rdf:li></rdf:Alt></dc:rights>"
-              "<dc:creator><rdf:Seq><rdf:li>A. Photographer</rdf:li></rdf:Seq></dc:creator>"
-              "<dc:description><rdf:Alt><rdf:li xml:lang='x-default'>" +
-                  caption + "</rdf:li></rdf:Alt></dc:description></rdf:Description></rdf:RDF></x:xmpmeta>");
+    /// A JPEG without metadata.
+    QString jpegImage(const QString& name) const {
+        static const QByteArray picture = jpegFile(SportsScene(320, 200, 1).image());
+        return write(name, picture);
+    }
+    /// The sidecar of IMG_1, or another, with this caption.
+    void sidecar(const QByteArray& caption, const QString& name = QStringLiteral("IMG_1.xmp")) const {
+        write(name, "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                    "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+                    "<rdf:Description rdf:about='' xmlns:dc='http://purl.org/dc/elements/1.1/' "
+                    "xmlns:photoshop='http://ns.adobe.com/photoshop/1.0/'><photoshop:Headline>Herons vs. "
+                    "Foxes</photoshop:Headline>"
+                    "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(A. "
+                    "Photographer)</rdf:li></rdf:Alt></dc:rights>"
+                    "<dc:creator><rdf:Seq><rdf:li>A. Photographer</rdf:li></rdf:Seq></dc:creator>"
+                    "<dc:description><rdf:Alt><rdf:li xml:lang='x-default'>" +
+                        caption +
+                        "</rdf:li></rdf:Alt></dc:description></rdf:Description></rdf:RDF></x:xmpmeta>");
     }
     std::optional<QString> caption() const {
         return XMPWriter().readDefaultCaption(folder.filePath(QStringLiteral("IMG_1.xmp")));
+    }
+    /// The caption of an image in any folder.
+    static std::optional<QString> captionOf(const QString& image) {
+        RecordingLog lines;
+        return image.endsWith(QStringLiteral("JPG")) ? XMPWriter().readEmbeddedCaption(image, lines)
+                                                     : XMPWriter().readDefaultCaption(sidecarPath(image));
+    }
+    /// A request that the model got.
+    QJsonObject requestOf(qsizetype index) const {
+        return QJsonDocument::fromJson(model.requests().at(index).body).object();
     }
     /// A reply of the model with this content.
     static StandInAnswer reply(const QString& content, bool hasUsage = true) {
@@ -130,6 +158,20 @@ protected:
         });
         return result;
     }
+    /// Runs the task to its end; the short breaks between the images of a run pass at once.
+    template <typename T>
+    T drive(QCoro::Task<T> task) {
+        driveUntil([&task] { return task.isReady(); });
+        return task.operator co_await().await_resume();
+    }
+    void driveUntil(const std::function<bool()>& condition) {
+        waitUntil([this, &condition] {
+            if (!condition() && clock.waiting() > 0) {
+                clock.advance(std::chrono::milliseconds(20));
+            }
+            return condition();
+        });
+    }
     QStringList logFile() const {
         return QString::fromUtf8(read(QStringLiteral("data/Analyzer.log"))).split(u'\n', Qt::SkipEmptyParts);
     }
@@ -155,9 +197,15 @@ protected:
         {promptServer.url(), {}}, folder.filePath(QStringLiteral("prompt-cache.json")), console, clock};
     AnalyzerLog log{folder.filePath(QStringLiteral("data")), console, clock};
     PreviewCopies previews{folder.filePath(QStringLiteral("data/OpenAI_Previews"))};
+    RecordingNotifications notificationCenter;
+    NotificationManager notifications{notificationCenter, console};
+    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), clock,
+                                    console, events};
+    CaptionTurns turns;
     AnalyzerParts parts{.settings = settings,
                         .status = status,
                         .usage = usage,
+                        .manifest = manifest,
                         .openAI = openAI,
                         .prompts = prompts,
                         .defaults = defaults,
@@ -165,8 +213,10 @@ protected:
                         .previews = previews,
                         .access = access,
                         .alerts = alerts,
+                        .notifications = notifications,
                         .events = events,
-                        .clock = clock};
+                        .clock = clock,
+                        .turns = turns};
     Analyzer analyzer{parts};
     QList<ImageReport> reports;
 };

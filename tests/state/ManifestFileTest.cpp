@@ -3,25 +3,23 @@
 
 #include "platform/FileError.h"
 #include "platform/Files.h"
+#include "support/FullDisk.h"
+#include "support/KilledWriter.h"
 #include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRandomGenerator>
 #include <QSet>
 #include <QTemporaryDir>
 #include <cmath>
-#include <csignal>
 #include <limits>
 
 namespace ostrelle {
@@ -60,27 +58,6 @@ protected:
     QTemporaryDir folder;
     QString path = folder.filePath(u"processed_files.json"_s);
     ManifestFile file{path};
-};
-
-/// Limits the size of the files that this process writes, as a full disk does.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t size) {
-        ::getrlimit(RLIMIT_FSIZE, &m_previous);
-        const rlimit limit{size, m_previous.rlim_max};
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    ~FileSizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &m_previous);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit m_previous{};
-    void (*m_handler)(int) = nullptr;
 };
 
 TEST_F(ManifestFileTest, IsAnArrayOfObjectsOfThreeKeys) {
@@ -271,7 +248,7 @@ TEST_F(ManifestFileTest, AFullDiskLeavesTheOldFileAndTheNextSaveWritesEverything
     other.append(entries(10, 1));
     const QByteArray withOther = bytes();
     {
-        const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
+        const FullDisk disk(static_cast<rlim_t>(before.size()));
         EXPECT_THROW(file.append(entries(20, 5)), FileError);
         EXPECT_THROW(file.append(entries(30, 5)), FileError);
     }
@@ -280,38 +257,20 @@ TEST_F(ManifestFileTest, AFullDiskLeavesTheOldFileAndTheNextSaveWritesEverything
     EXPECT_EQ(setOf(stored()), setOf(entries(0, 11) + entries(20, 5) + entries(30, 5)));
 }
 
-[[noreturn]] void appendForEver(const QString& path) {
-    ManifestFile file(path);
-    const qsizetype count = file.load().size();
-    for (int number = static_cast<int>(count);; ++number) {
-        file.append(entries(number, 1));
-    }
-}
-
 TEST_F(ManifestFileTest, AKilledWriterLeavesAWholeFile) {
-    constexpr int kills = 200;
     file.append(entries(0, 300));
-    QElapsedTimer timer;
-    timer.start();
-    ManifestFile(path).append({});
-    const quint32 longestLife =
-        static_cast<quint32>(timer.nsecsElapsed() / 1000) * 6 + 1000; // of a writer, in microseconds
     qsizetype least = 300;
-    for (int kill = 0; kill < kills; ++kill) {
-        const pid_t writer = ::fork();
-        ASSERT_GE(writer, 0);
-        if (writer == 0) {
-            appendForEver(path);
-        }
-        ::usleep(QRandomGenerator::global()->bounded(longestLife));
-        ::kill(writer, SIGKILL);
-        ::waitpid(writer, nullptr, 0);
+    const auto appendOne = [this] {
+        ManifestFile own(path);
+        own.append(entries(static_cast<int>(own.load().size()), 1));
+    };
+    killWriters(200, appendOne, [this, &least] {
         const Entries found = stored();
-        ASSERT_GE(found.size(), least);
-        ASSERT_EQ(found, entries(0, static_cast<int>(found.size()))) << "after kill " << kill;
+        const bool isWhole = found.size() >= least && found == entries(0, static_cast<int>(found.size()));
         least = found.size();
-    }
-    EXPECT_GT(least, 300) << "the writer never got to write";
+        return isWhole;
+    });
+    EXPECT_GT(least, 301) << "no writer ever got to write";
     EXPECT_FALSE(QFile::exists(path + u".broken"_s));
 }
 

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+
+namespace ostrelle {
+
+/// A sidecar with the fields of an ingest preset and the caption that it leaves, both in XML's own spelling.
+QByteArray shootSidecar(const QByteArray& caption,
+                        const QByteArray& headline = "Norwick Herons vs. Fallow Creek Foxes");
+
+} // namespace ostrelle

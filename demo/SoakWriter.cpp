@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A photographer's day at random: drops RAW files, JPEGs, sidecars and audio notes into a folder for so many
+// seconds, some of them slowly, and prints a line of JSON for each image when it is complete.
+#include "core/Error.h"
+#include "support/DngBuilder.h"
+#include "support/JpegBuilder.h"
+#include "support/SportsScene.h"
+#include "support/StandInTranscription.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QThread>
+#include <cstdio>
+#include <random>
+
+#include "ShootSidecar.h"
+
+namespace ostrelle {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const QByteArray keptCaption =
+    "Sam Abel throws a pass against the Foxes in the first quarter on Saturday in Norwick.";
+
+class SoakWriter {
+public:
+    SoakWriter(QString folder, std::uint32_t seed) : m_folder(std::move(folder)), m_random(seed) {
+        for (std::uint32_t scene = 0; scene < scenes; ++scene) {
+            m_raws.append(dngFile(SportsScene(900, 600, scene)));
+            m_jpegs.append(jpegFile(SportsScene(900, 600, scene).image()));
+        }
+    }
+
+    void run(std::chrono::seconds length) {
+        QElapsedTimer timer;
+        timer.start();
+        while (!timer.hasExpired(std::chrono::milliseconds(length).count())) {
+            const int burst = chance(5) ? 20 : 1;
+            for (int image = 0; image < burst; ++image) {
+                dropImage();
+            }
+            QThread::msleep(static_cast<unsigned long>(between(100, 1500)));
+        }
+    }
+
+private:
+    static constexpr std::uint32_t scenes = 4;
+
+    bool chance(int percent) { return between(1, 100) <= percent; }
+    int between(int least, int most) { return std::uniform_int_distribution(least, most)(m_random); }
+
+    void dropImage() {
+        const QString stem = u"SOAK_%1"_s.arg(++m_count, 5, 10, QChar(u'0'));
+        const QByteArray headline = "Game " + QByteArray::number(m_count).rightJustified(5, '0');
+        const bool isJpeg = chance(50);
+        const bool isKept = chance(10);
+        const bool hasSidecar = isJpeg || isKept || chance(60);
+        const QByteArray metadata = shootSidecar(isKept ? keptCaption : QByteArray("Stub"), headline);
+        const qsizetype scene = m_count % scenes;
+        if (chance(30)) {
+            write(stem + u".WAV"_s, voiceNote(u"Note for "_s + stem));
+        }
+        if (isJpeg) {
+            write(stem + u".JPG"_s, jpegWithXmp(m_jpegs[scene], metadata));
+        } else {
+            if (hasSidecar) {
+                write(stem + u".xmp"_s, metadata);
+            }
+            write(stem + u".DNG"_s, m_raws[scene]);
+        }
+        const QJsonObject line{{u"name"_s, stem + (isJpeg ? u".JPG"_s : u".DNG"_s)},
+                               {u"headline"_s, hasSidecar ? QString::fromUtf8(headline) : QString()},
+                               {u"kept"_s, isKept ? QString::fromUtf8(keptCaption) : QString()}};
+        std::puts(QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
+        std::fflush(stdout);
+    }
+
+    /// Straight into the folder, as a camera does: readers see the file grow.
+    void write(const QString& name, const QByteArray& bytes) {
+        QFile file(m_folder + u'/' + name);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+            throw Error(file.errorString());
+        }
+        const qsizetype pieces = chance(20) ? 4 : 1;
+        for (qsizetype piece = 0; piece < pieces; ++piece) {
+            const qsizetype begin = bytes.size() * piece / pieces;
+            const qsizetype end = bytes.size() * (piece + 1) / pieces;
+            if (file.write(bytes.sliced(begin, end - begin)) != end - begin) {
+                throw Error(file.errorString());
+            }
+            if (pieces > 1) {
+                QThread::msleep(static_cast<unsigned long>(between(50, 900)));
+            }
+        }
+    }
+
+    QString m_folder;
+    std::mt19937 m_random;
+    QList<QByteArray> m_raws;
+    QList<QByteArray> m_jpegs;
+    int m_count = 0;
+};
+
+} // namespace
+
+} // namespace ostrelle
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 4) {
+        std::fputs("Usage: ostrelle-soak-writer FOLDER SECONDS SEED\n", stderr);
+        return 2;
+    }
+    try {
+        ostrelle::SoakWriter writer(arguments[1], arguments[3].toUInt());
+        writer.run(std::chrono::seconds(arguments[2].toInt()));
+    } catch (const ostrelle::Error& error) {
+        std::fprintf(stderr, "ostrelle-soak-writer: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

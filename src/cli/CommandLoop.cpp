@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/CommandLoop.h"
+
+#include "core/Attempt.h"
+
+#include <QCoreApplication>
+#include <QMetaObject>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QCoro::Task<> runToTheEnd(CaptionProgram& program, std::function<QCoro::Task<int>()> command) {
+    const auto status = co_await attempt(command());
+    if (!status) {
+        program.errors.print(u"ostrelle-caption: "_s + status.words());
+    }
+    QCoreApplication::exit(status.valueOr(ExitStatus::fileFailed));
+}
+
+} // namespace
+
+int runCommandLoop(CaptionProgram& program, std::function<QCoro::Task<int>()> command) {
+    const QString missing = program.missingConfiguration();
+    if (!missing.isEmpty()) {
+        program.errors.print(u"ostrelle-caption: "_s + missing);
+        return ExitStatus::usageOrConfiguration;
+    }
+    // From inside the event loop, so that a command that needs no waiting can end it.
+    QMetaObject::invokeMethod(
+        &program.analyzer, [&program, command] { runToTheEnd(program, command); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}
+
+} // namespace ostrelle

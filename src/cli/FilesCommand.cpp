@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/FilesCommand.h"
+
+#include "cli/CaptionProgram.h"
+#include "cli/CommandLoop.h"
+#include "cli/ProgressBar.h"
+#include "cli/ReportPrinter.h"
+#include "core/Attempt.h"
+
+#include <QFileInfo>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The files of a command line, one after the other.
+class FilesRun : public QObject {
+public:
+    explicit FilesRun(CaptionProgram& program) : m_program(program) {
+        connect(&m_program.analyzer, &Analyzer::imageFinished, this, &FilesRun::tell);
+    }
+
+    QCoro::Task<int> run() {
+        const QStringList files = m_program.options.files;
+        for (qsizetype index = 0; index < files.size(); ++index) {
+            m_bar.show(index, files.size(), QFileInfo(files[index]).fileName());
+            m_program.status.setTotalFiles(files.size());
+            m_program.status.setCurrentFileIndex(index + 1);
+            co_await take(files[index]);
+        }
+        m_bar.clear();
+        const bool isTold = co_await m_program.finish();
+        co_return isTold && !m_hasFailure ? ExitStatus::success : ExitStatus::fileFailed;
+    }
+
+private:
+    QCoro::Task<> take(QString path) {
+        const QFileInfo file(path);
+        if (!file.isFile()) {
+            ImageReport report;
+            report.file = path;
+            report.reason = file.isDir()
+                                ? u"It is a folder, not an image. Caption its images with: --folder"_s
+                                : u"There is no such file."_s;
+            tell(report);
+        } else if (m_program.options.command == Options::Command::showPrompt) {
+            co_await showPrompt(path);
+        } else if (co_await m_program.analyzer.analyzeSingle(path)) {
+            co_await m_program.manifest.markProcessed(path);
+        }
+    }
+
+    QCoro::Task<> showPrompt(QString file) {
+        const auto prompt = co_await attempt(m_program.analyzer.promptFor(file));
+        m_bar.clear();
+        if (prompt) {
+            m_program.output.print(*prompt);
+        } else {
+            m_hasFailure = true;
+            m_program.errors.print(u"ostrelle-caption: %1: %2"_s.arg(file, prompt.words()));
+        }
+    }
+
+    void tell(const ImageReport& report) {
+        m_hasFailure = m_hasFailure || report.outcome == ImageReport::Outcome::failed;
+        m_bar.clear();
+        m_program.output.print(m_program.options.json ? reportJson(report) : reportText(report));
+    }
+
+    CaptionProgram& m_program;
+    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
+    bool m_hasFailure = false;
+};
+
+} // namespace
+
+int runFilesCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
+    CaptionProgram program(options, folders, endpoints);
+    FilesRun run(program);
+    return runCommandLoop(program, [&run] { return run.run(); });
+}
+
+} // namespace ostrelle

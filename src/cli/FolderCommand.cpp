@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/FolderCommand.h"
+
+#include "cli/CaptionProgram.h"
+#include "cli/CommandLoop.h"
+#include "cli/ProgressBar.h"
+#include "cli/ReportPrinter.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A run over a folder, with a bar that tells batch and image.
+class FolderCommandRun : public QObject {
+public:
+    explicit FolderCommandRun(CaptionProgram& program) : m_program(program) {
+        connect(&m_program.analyzer, &Analyzer::imageFinished, this, &FolderCommandRun::tell);
+        connect(&m_program.status, &StatusStore::lastMessageChanged, this, &FolderCommandRun::showProgress);
+    }
+
+    QCoro::Task<int> run() {
+        co_await m_program.analyzer.recaptionFolder(m_program.options.images);
+        m_bar.clear();
+        const StatusStore& status = m_program.status;
+        m_program.errors.print(status.lastMessage().value_or(QString()));
+        const bool isTold = co_await m_program.finish();
+        co_return isTold&& status.failed() == 0 ? ExitStatus::success : ExitStatus::fileFailed;
+    }
+
+private:
+    void tell(const ImageReport& report) {
+        m_bar.clear();
+        m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
+    }
+
+    void showProgress() {
+        const StatusStore& status = m_program.status;
+        const QString batch =
+            u"batch %1/%2  "_s.arg(status.currentBatchNumber()).arg(status.totalBatchCount());
+        m_bar.show(status.processed() + status.failed(), status.totalFiles(),
+                   batch + status.lastMessage().value_or(QString()));
+    }
+
+    CaptionProgram& m_program;
+    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
+};
+
+} // namespace
+
+int runFolderCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
+    CaptionProgram program(options, folders, endpoints);
+    FolderCommandRun run(program);
+    return runCommandLoop(program, [&run] { return run.run(); });
+}
+
+} // namespace ostrelle

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "cli/Options.h"
+#include "platform/AppFolders.h"
+#include "platform/ServiceEndpoints.h"
+
+namespace ostrelle {
+
+/// Captions the images of a folder, ten in a request, and tells what became of each. Runs the event loop of
+/// the application. The result is an ExitStatus.
+int runFolderCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints);
+
+} // namespace ostrelle

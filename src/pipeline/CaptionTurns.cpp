@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/CaptionTurns.h"
+
+#include <QCoroFuture>
+#include <QPromise>
+#include <algorithm>
+#include <deque>
+#include <utility>
+
+namespace ostrelle {
+
+namespace {
+
+/// Somebody who waits, and for how many places.
+struct Waiting {
+    int places;
+    std::shared_ptr<QPromise<bool>> promise;
+};
+
+void answer(const Waiting& waiting, bool mayBegin) {
+    waiting.promise->addResult(mayBegin);
+    waiting.promise->finish();
+}
+
+} // namespace
+
+/// An image takes one place and a run takes all of them.
+struct CaptionTurns::State {
+    int places;
+    int free;
+    bool hasRun = false;
+    quint64 runsBegun = 0;
+    bool isClosed = false;
+    std::deque<Waiting> waiting = {};
+
+    bool isRun(int wanted) const { return wanted == places; }
+    void take(int wanted) {
+        free -= wanted;
+        hasRun = isRun(wanted);
+        runsBegun += hasRun ? 1 : 0;
+    }
+    void give(int given) {
+        free += given;
+        hasRun = false;
+        admit();
+    }
+    void admit() {
+        while (!waiting.empty() && waiting.front().places <= free) {
+            const Waiting next = waiting.front();
+            waiting.pop_front();
+            take(next.places);
+            answer(next, true);
+        }
+    }
+    void line(const Waiting& newcomer) {
+        const auto place = isRun(newcomer.places)
+                               ? std::find_if(waiting.begin(), waiting.end(),
+                                              [this](const Waiting& other) { return !isRun(other.places); })
+                               : waiting.end();
+        waiting.insert(place, newcomer);
+    }
+};
+
+CaptionTurns::Turn::~Turn() {
+    m_state->give(m_places);
+}
+
+CaptionTurns::CaptionTurns(int images)
+    : m_state(std::make_shared<State>(State{.places = images, .free = images})) {}
+
+QCoro::Task<std::unique_ptr<CaptionTurns::Turn>> CaptionTurns::imageTurn() {
+    return wait(m_state, 1);
+}
+
+QCoro::Task<std::unique_ptr<CaptionTurns::Turn>> CaptionTurns::runTurn() {
+    return wait(m_state, m_state->places);
+}
+
+QCoro::Task<std::unique_ptr<CaptionTurns::Turn>> CaptionTurns::wait(std::shared_ptr<State> state,
+                                                                    int places) {
+    if (state->isClosed) {
+        co_return std::unique_ptr<Turn>();
+    }
+    const Waiting self{.places = places, .promise = std::make_shared<QPromise<bool>>()};
+    self.promise->start();
+    state->line(self);
+    state->admit();
+    QFuture<bool> begins = self.promise->future();
+    const bool mayBegin = co_await begins;
+    co_return mayBegin ? std::make_unique<Turn>(state, places) : nullptr;
+}
+
+bool CaptionTurns::hasRun() const {
+    return m_state->hasRun;
+}
+
+quint64 CaptionTurns::runsBegun() const {
+    return m_state->runsBegun;
+}
+
+void CaptionTurns::dismissImages() {
+    std::deque<Waiting> runs;
+    for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
+        if (m_state->isRun(waiting.places)) {
+            runs.push_back(waiting);
+        } else {
+            answer(waiting, false);
+        }
+    }
+    m_state->waiting = std::move(runs);
+}
+
+void CaptionTurns::close() {
+    m_state->isClosed = true;
+    for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
+        answer(waiting, false);
+    }
+}
+
+} // namespace ostrelle

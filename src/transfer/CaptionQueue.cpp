@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/CaptionQueue.h"
+
+#include "core/Attempt.h"
+#include "core/OnThreadPool.h"
+
+#include <QFileInfo>
+#include <QStringList>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::chrono::seconds startDelay{2};
+
+QList<SeenImage> seeAgain(const QString& folder, const QList<SeenImage>& images) {
+    QStringList names;
+    for (const SeenImage& image : images) {
+        names.append(image.name);
+    }
+    return seeImages(folder, names);
+}
+
+} // namespace
+
+CaptionBatch::CaptionBatch(PlainLog& log)
+    : tasks([&log](const QString& words) { log.print(u"[AppDelegate] A caption task failed: "_s + words); }) {
+}
+
+void CaptionQueue::add(const QString& folder, const QList<SeenImage>& images,
+                       const std::shared_ptr<CaptionBatch>& batch) {
+    for (const SeenImage& image : images) {
+        m_parts.tracker.begin(image.name);
+        m_resting.insert(image.name);
+        ++batch->started;
+        say(u"→ Task started for "_s + image.name);
+    }
+    batch->tasks.spawn(rest(folder, images, batch));
+}
+
+void CaptionQueue::withdraw() {
+    ++m_round;
+    for (const QString& name : std::exchange(m_resting, {})) {
+        m_parts.tracker.release(name);
+    }
+    m_parts.turns.dismissImages();
+}
+
+QCoro::Task<> CaptionQueue::rest(QString folder, QList<SeenImage> images,
+                                 std::shared_ptr<CaptionBatch> batch) {
+    const quint64 round = m_round;
+    co_await attempt(m_parts.clock.sleep(startDelay));
+    // One group after the other: thousands of images that have rested at the same moment would hold the event
+    // loop.
+    co_await RequestGate::enter(batch->settling);
+    const RequestGate::Pass turn(batch->settling);
+    if (m_round != round) {
+        co_return;
+    }
+    auto look = [folder, images] { return seeAgain(folder, images); };
+    const QList<SeenImage> now = co_await onThreadPool(m_parts.threads.of(folder), look);
+    if (m_round != round) {
+        co_return;
+    }
+    for (qsizetype index = 0; index < images.size(); ++index) {
+        begin(folder, images[index], now[index], batch);
+    }
+}
+
+void CaptionQueue::begin(const QString& folder, const SeenImage& queued, const SeenImage& now,
+                         const std::shared_ptr<CaptionBatch>& batch) {
+    m_resting.remove(queued.name);
+    if (now.entry != queued.entry) {
+        // A camera's or an ingest tool's half of an image would be captioned, or refused for a minute.
+        say(queued.name + u": Still being written, left for the next scan"_s);
+        m_parts.tracker.release(queued.name);
+    } else if (now.entry && m_parts.manifest.isProcessed(*now.entry)) {
+        say(queued.name + u": Captioned by another run meanwhile"_s);
+        m_parts.tracker.release(queued.name);
+    } else {
+        batch->tasks.spawn(run(folder + u'/' + queued.name, batch));
+    }
+}
+
+QCoro::Task<> CaptionQueue::run(QString file, std::shared_ptr<CaptionBatch> batch) {
+    const QString name = QFileInfo(file).fileName();
+    const CaptionResult result = co_await caption(file);
+    if (result == CaptionResult::notBegun) {
+        m_parts.tracker.release(name);
+        co_return;
+    }
+    const bool isDone = result == CaptionResult::done;
+    say(u"→ analyzeSingle returned %1 for %2"_s.arg(isDone ? u"true"_s : u"false"_s, name));
+    // Recorded before it leaves the works: a scan that begins in between would know it from neither.
+    if (isDone) {
+        co_await attempt(m_parts.manifest.markProcessed(file));
+    }
+    m_parts.tracker.finish(name, isDone);
+    ++(isDone ? batch->processed : batch->failed);
+    say(u"✓ Completed %1 - %2"_s.arg(name, isDone ? u"SUCCESS"_s : u"FAILED"_s));
+}
+
+QCoro::Task<CaptionResult> CaptionQueue::caption(QString file) {
+    std::optional<ScopedAccess> access;
+    if (const std::optional<QString> folder = m_parts.settings.ingestFolder()) {
+        access.emplace(m_parts.access, *folder);
+    }
+    say(u"→ Calling analyzeSingle for "_s + QFileInfo(file).fileName());
+    const auto result = co_await attempt(m_parts.captioning(file));
+    co_return result.valueOr(CaptionResult::failed);
+}
+
+void CaptionQueue::say(const QString& words) {
+    m_parts.log.print(u"[AppDelegate]   "_s + words);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/TaskGroup.h"
+#include "services/RequestGate.h"
+#include "transfer/LocalScanParts.h"
+#include "transfer/SeenImage.h"
+
+#include <QCoroTask>
+#include <QList>
+#include <QSet>
+#include <QString>
+#include <memory>
+
+namespace ostrelle {
+
+/// The images that one scan has queued.
+struct CaptionBatch {
+    explicit CaptionBatch(PlainLog& log);
+
+    TaskGroup tasks;
+    std::shared_ptr<RequestGate> settling = std::make_shared<RequestGate>(1);
+    int started = 0;
+    int processed = 0;
+    int failed = 0;
+};
+
+/// The images on their way from a scan to their captions. Each rests for two seconds, in which whoever is
+/// still writing it gets on, and is captioned then. All images may be on their way at once: what limits the
+/// work is what captions them. For the thread of the event loop only.
+class CaptionQueue {
+public:
+    explicit CaptionQueue(LocalScanParts parts) : m_parts(std::move(parts)) {}
+
+    /// Each image is in the works until its task, which belongs to the batch, has ended. All must have an
+    /// entry.
+    void add(const QString& folder, const QList<SeenImage>& images,
+             const std::shared_ptr<CaptionBatch>& batch);
+
+    /// Gives back all images that still rest, as if they had never been queued. Those that are being
+    /// captioned are finished.
+    void withdraw();
+    /// Counts the withdrawals.
+    quint64 round() const { return m_round; }
+
+private:
+    QCoro::Task<> rest(QString folder, QList<SeenImage> images, std::shared_ptr<CaptionBatch> batch);
+    void begin(const QString& folder, const SeenImage& queued, const SeenImage& now,
+               const std::shared_ptr<CaptionBatch>& batch);
+    QCoro::Task<> run(QString file, std::shared_ptr<CaptionBatch> batch);
+    QCoro::Task<CaptionResult> caption(QString file);
+    void say(const QString& words);
+
+    LocalScanParts m_parts;
+    QSet<QString> m_resting;
+    quint64 m_round = 1;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/LocalFolderScan.h"
+
+#include "core/Attempt.h"
+#include "core/OnThreadPool.h"
+#include "pipeline/ImageListing.h"
+
+#include <QDir>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// How many images are read at a time: few enough that the first of them does not wait long for its caption,
+/// and the thread of the event loop not long for the decisions on them.
+constexpr qsizetype imagesAtATime = 64;
+
+struct ScanCounts {
+    int toProcess = 0;
+    int processing = 0;
+    int previouslyProcessed = 0;
+    int haveCaptions = 0;
+    int noSidecar = 0;
+};
+
+} // namespace
+
+struct LocalFolderScan::Scan {
+    QString folder;
+    quint64 round;      ///< the queue's when the scan began
+    quint64 departures; ///< the tracker's when the scan began
+    std::shared_ptr<CaptionBatch> batch;
+    ScanCounts counts = {};
+};
+
+LocalFolderScan::LocalFolderScan(LocalScanParts parts)
+    : m_parts(std::move(parts))
+    , m_queue(m_parts)
+    , m_scans([this](const QString& words) { say(u"A scan failed: "_s + words); }) {}
+
+void LocalFolderScan::startScan(const QString& folder) {
+    m_scans.spawn(scanFolder(folder));
+}
+
+QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
+    folder = QDir::cleanPath(folder);
+    Scan scan{.folder = folder,
+              .round = m_queue.round(),
+              .departures = m_parts.tracker.departures(),
+              .batch = std::make_shared<CaptionBatch>(m_parts.log)};
+    if (m_lookedThrough.value(folder) == scan.round) {
+        say(u"The last scan of %1 is still going on, no other is begun"_s.arg(QDir(folder).dirName()));
+        co_return;
+    }
+    const ScopedAccess access(m_parts.access, folder);
+    m_lookedThrough.insert(folder, scan.round);
+    const auto done = co_await attempt(lookThrough(&scan));
+    if (m_lookedThrough.value(folder) == scan.round) {
+        m_lookedThrough.remove(folder);
+    }
+    if (!done) {
+        say(u"Error scanning directory: "_s + done.words());
+    } else {
+        summarize(scan);
+    }
+    if (scan.batch->started == 0) {
+        co_return;
+    }
+    co_await scan.batch->tasks.finished();
+    say(u"Auto-processing batch complete: %1 processed, %2 failed"_s.arg(scan.batch->processed)
+            .arg(scan.batch->failed));
+}
+
+QCoro::Task<> LocalFolderScan::lookThrough(Scan* scan) {
+    auto list = [folder = scan->folder] { return listImages(folder); };
+    const ImageListing listing = co_await onThreadPool(m_parts.threads.of(scan->folder), list);
+    if (isOvertaken(*scan)) {
+        co_return;
+    }
+    const qsizetype total = listing.images.size();
+    say(u"Scanning directory: "_s + QDir(scan->folder).dirName());
+    say(u"Found %1 image files total (%2 RAW, %3 JPEG)"_s.arg(total)
+            .arg(total - listing.jpegCount)
+            .arg(listing.jpegCount));
+    for (const QString& name : listing.illegible) {
+        sayOf(name, u"The file name is not UTF-8, skipping"_s);
+    }
+    for (qsizetype first = 0; first < total && !isOvertaken(*scan); first += imagesAtATime) {
+        co_await look(scan, listing.images.mid(first, imagesAtATime));
+    }
+}
+
+QCoro::Task<> LocalFolderScan::look(Scan* scan, QStringList names) {
+    QThreadPool* thread = m_parts.threads.of(scan->folder);
+    auto see = [folder = scan->folder, names] { return seeImages(folder, names); };
+    QList<SeenImage> images = co_await onThreadPool(thread, see);
+    if (isOvertaken(*scan)) {
+        co_return;
+    }
+    images.removeIf([&](const SeenImage& image) { return isLeftAlone(*scan, image); });
+    if (images.isEmpty()) {
+        co_return;
+    }
+    auto check = [folder = scan->folder, images, xmp = m_parts.xmp] {
+        return checkImages(folder, images, xmp);
+    };
+    const QList<ImageCheck> checks = co_await onThreadPool(thread, check);
+    if (isOvertaken(*scan)) {
+        co_return;
+    }
+    QList<SeenImage> queued;
+    for (const ImageCheck& checked : checks) {
+        // Once more: since it was read, an image may have come into the works, or been through them.
+        if (!isLeftAlone(*scan, checked.image) && needsCaption(*scan, checked)) {
+            say(u"  ✓ Queuing %1 for processing"_s.arg(checked.image.name));
+            ++scan->counts.toProcess;
+            queued.append(checked.image);
+        }
+    }
+    if (!queued.isEmpty()) {
+        m_queue.add(scan->folder, queued, scan->batch);
+    }
+}
+
+bool LocalFolderScan::isOvertaken(const Scan& scan) const {
+    return m_queue.round() != scan.round;
+}
+
+bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {
+    const ProcessingTracker& tracker = m_parts.tracker;
+    if (isKnown(image)) {
+        ++scan.counts.previouslyProcessed;
+        return true;
+    }
+    if (tracker.isProcessing(image.name) || tracker.hasLeftSince(image.name, scan.departures)) {
+        sayOf(image.name, u"Already processing"_s);
+        ++scan.counts.processing;
+        return true;
+    }
+    if (tracker.hasRecentlyFailed(image.name)) {
+        sayOf(image.name, u"Recently failed, skipping"_s);
+        return true;
+    }
+    if (!image.entry) { // no sidecar may be made for an image that is not there
+        sayOf(image.name, u"No longer there, skipping"_s);
+        return true;
+    }
+    return false;
+}
+
+bool LocalFolderScan::isKnown(const SeenImage& image) const {
+    return image.entry ? m_parts.manifest.isProcessed(*image.entry)
+                       : m_parts.manifest.isProcessedByName(image.name);
+}
+
+bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
+    using Verdict = CaptionJudgement::Verdict;
+    const QString& name = check.image.name;
+    if (check.isSidecarNew) {
+        sayOf(name, u"Created XMP sidecar"_s);
+    }
+    for (const QString& line : check.readerLines) {
+        m_parts.log.print(line);
+    }
+    if (check.sidecarFailure) {
+        sayOf(name, u"Failed to create XMP sidecar: "_s + *check.sidecarFailure);
+        ++scan.counts.noSidecar;
+        return false;
+    }
+    if (check.caption.verdict == Verdict::present) {
+        sayOf(name, u"Already has caption (%1 chars)"_s.arg(check.caption.characters));
+        ++scan.counts.haveCaptions;
+        return false;
+    }
+    sayOf(name, check.caption.verdict == Verdict::tooShort
+                    ? u"Caption too short (%1 chars), needs processing"_s.arg(check.caption.characters)
+                    : u"No caption or caption was cleared, needs processing"_s);
+    return true;
+}
+
+void LocalFolderScan::summarize(const Scan& scan) {
+    if (isOvertaken(scan)) {
+        say(u"Scan stopped: "_s + QDir(scan.folder).dirName());
+        return;
+    }
+    const ScanCounts& counts = scan.counts;
+    say(u"Scan complete: %1 to process, %2 processing, %3 previously processed, %4 have captions, %5 no XMP"_s
+            .arg(counts.toProcess)
+            .arg(counts.processing)
+            .arg(counts.previouslyProcessed)
+            .arg(counts.haveCaptions)
+            .arg(counts.noSidecar));
+}
+
+void LocalFolderScan::say(const QString& words) {
+    m_parts.log.print(u"[AppDelegate] "_s + words);
+}
+
+void LocalFolderScan::sayOf(const QString& name, const QString& words) {
+    say(u"  %1: %2"_s.arg(name, words));
+}
+
+} // namespace ostrelle

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "metadata/XMPWriter.h"
+#include "pipeline/CaptionResult.h"
+#include "pipeline/CaptionTurns.h"
+#include "pipeline/ProcessingTracker.h"
+#include "platform/Clock.h"
+#include "platform/FileAccess.h"
+#include "platform/PlainLog.h"
+#include "state/ProcessedFilesManifest.h"
+#include "state/SettingsStore.h"
+#include "transfer/FolderThreads.h"
+
+#include <QCoroTask>
+#include <QString>
+#include <functional>
+
+namespace ostrelle {
+
+/// Captions one image. Analyzer::captionInTurn() in the program.
+using Captioning = std::function<QCoro::Task<CaptionResult>(QString file)>;
+
+/// What the local scan works with. All of it has to outlive the scan and its tasks.
+struct LocalScanParts {
+    const SettingsStore& settings;
+    ProcessedFilesManifest& manifest;
+    ProcessingTracker& tracker;
+    FileAccess& access;
+    CaptionTurns& turns;
+    FolderThreads& threads;
+    Clock& clock;
+    PlainLog& log;
+    Captioning captioning;
+    XMPWriter xmp = {};
+};
+
+} // namespace ostrelle

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "support/DngBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
+namespace ostrelle {
+
+/// What a program that has ended left.
+struct Result {
+    int status = -1;
+    QString output;
+    QString errors;
+};
+
+/// The program as a user of its own runs it.
+class CommandLineTest : public testing::Test {
+protected:
+    /// A home and a desktop of its own: nothing of the tester's is touched.
+    void start(QProcess& program, const QStringList& arguments) const {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder.filePath(QStringLiteral("config")));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), folder.filePath(QStringLiteral("data")));
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                           QStringLiteral("unix:path=/nonexistent"));
+        program.setProcessEnvironment(environment);
+        program.setWorkingDirectory(folder.path());
+        program.start(QStringLiteral(CAPTION_PROGRAM), arguments);
+    }
+    static Result resultOf(QProcess& program) {
+        return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
+                QString::fromUtf8(program.readAllStandardError())};
+    }
+    Result run(const QStringList& arguments, const QByteArray& input = {}) const {
+        QProcess program;
+        start(program, arguments);
+        program.write(input);
+        program.closeWriteChannel();
+        EXPECT_TRUE(program.waitForFinished(60'000));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        return resultOf(program);
+    }
+    QString write(const QString& name, const QByteArray& bytes) const {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return name;
+    }
+    QString rawImage(const QString& name) const { return write(name, dngFile(SportsScene(300, 200, 1))); }
+    QString roster() const { return write(QStringLiteral("roster.txt"), "12\tSam Abel\n"); }
+    void storeKey() const { ASSERT_EQ(run({QStringLiteral("key")}, "demo-key\n").status, 0); }
+    QByteArray settingsFile() const {
+        QFile file(folder.filePath(QStringLiteral("config/com.tobinvasquel.OstrelleCaptions/defaults.json")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    QTemporaryDir folder;
+};
+
+} // namespace ostrelle

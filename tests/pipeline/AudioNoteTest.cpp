@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/AudioNote.h"
+
+#include "pipeline/PipelineFixture.h"
+#include "support/StandInTranscription.h"
+
+#include <sys/stat.h>
+
+#include <QFileInfo>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class AudioNoteTest : public PipelineTest {
+protected:
+    /// An answer that the transcription gives in place of its own.
+    static StandInAnswer transcript(const QString& text) {
+        return {.body = QJsonDocument(QJsonObject{{u"text"_s, text}}).toJson()};
+    }
+    void clear(const QStringList& names) const {
+        for (const QString& name : names) {
+            QFile::remove(folder.filePath(name));
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(AudioNoteTest, NotesAreFoundByTheImagesNameInTheirOrder) {
+    const struct {
+        QStringList files;
+        QStringList notes;
+    } rows[] = {
+        {{}, {}},
+        {{u"a.flac"_s, u"a.aiff"_s, u"a.aac"_s, u"a.m4a"_s, u"a.mp3"_s, u"a.wav"_s},
+         {u"a.wav"_s, u"a.mp3"_s, u"a.m4a"_s, u"a.aac"_s, u"a.aiff"_s, u"a.flac"_s}},
+        {{u"a.MP3"_s, u"a.WAV"_s, u"a.mp3"_s}, {u"a.WAV"_s, u"a.mp3"_s, u"a.MP3"_s}},
+        {{u"b.wav"_s, u"a.JPG.wav"_s, u"A.wav"_s, u"a.ogg"_s}, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.files.join(u' ').toStdString());
+        for (const QString& name : row.files) {
+            write(name, "x");
+        }
+        QStringList found;
+        for (const QString& note : audioNotesOf(folder.filePath(u"a.JPG"_s))) {
+            found.append(QFileInfo(note).fileName());
+        }
+        EXPECT_EQ(found, row.notes);
+        clear(row.files);
+    }
+    ASSERT_TRUE(QDir(folder.path()).mkdir(u"a.wav"_s));
+    EXPECT_EQ(audioNotesOf(folder.filePath(u"a.JPG"_s)), QStringList()) << "a folder is no note";
+}
+
+TEST_F(AudioNoteTest, TheFirstNoteThatCanBeTranscribedCounts) {
+    const QString image = folder.filePath(u"a.JPG"_s);
+    const struct {
+        const char* what;
+        QList<std::pair<QString, QByteArray>> files;
+        std::optional<QString> words;
+        QStringList lines;
+    } rows[] = {
+        {"none", {}, std::nullopt, {}},
+        {"the first",
+         {{u"a.wav"_s, voiceNote(u"Great catch"_s)}, {u"a.mp3"_s, "x"}},
+         u"Great catch"_s,
+         {u"Found audio file: a.wav"_s, u"Audio transcription (CONTEXT): Great catch"_s}},
+        {"the next one after a failure",
+         {{u"a.wav"_s, "no sound"}, {u"a.mp3"_s, "x"}, {u"a.m4a"_s, "x"}},
+         u"Voice note a.mp3"_s,
+         {u"Found audio file: a.wav"_s, u"Failed to transcribe audio for a.JPG: OpenAI HTTP 400: "_s,
+          u"Found audio file: a.mp3"_s, u"Audio transcription (CONTEXT): Voice note a.mp3"_s}},
+        {"an empty file and a kind that the model does not know",
+         {{u"a.m4a"_s, ""}, {u"a.aiff"_s, "x"}},
+         std::nullopt,
+         {u"Found audio file: a.m4a"_s, u"Failed to transcribe audio for a.JPG: "_s,
+          u"Found audio file: a.aiff"_s, u"Failed to transcribe audio for a.JPG: "_s}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        QFile::remove(log.path());
+        QStringList names;
+        for (const auto& [name, bytes] : row.files) {
+            write(name, bytes);
+            names.append(name);
+        }
+        EXPECT_EQ(await(transcribeAudioNote(parts, image)), row.words);
+        const QStringList lines = logFile().filter(u"Z [Analyzer] "_s);
+        ASSERT_EQ(lines.size(), row.lines.size()) << lines.join(u'\n').toStdString();
+        for (qsizetype index = 0; index < lines.size(); ++index) {
+            EXPECT_TRUE(lines[index].contains(u"Z [Analyzer] "_s + row.lines[index]))
+                << lines[index].toStdString();
+        }
+        clear(names);
+    }
+}
+
+TEST_F(AudioNoteTest, SilenceIsNoNoteAndEndsTheSearch) {
+    write(u"a.wav"_s, voiceNote(u" \n"_s));
+    write(u"a.mp3"_s, "x");
+    EXPECT_EQ(await(transcribeAudioNote(parts, folder.filePath(u"a.JPG"_s))), std::nullopt);
+    EXPECT_EQ(model.requests().size(), 1);
+}
+
+TEST_F(AudioNoteTest, ANoteThatNobodyMayReadIsPassedOver) {
+    const QString locked = write(u"a.wav"_s, voiceNote(u"Great catch"_s));
+    ASSERT_EQ(::chmod(QFile::encodeName(locked).constData(), 0), 0);
+    write(u"a.mp3"_s, "x");
+    EXPECT_EQ(await(transcribeAudioNote(parts, folder.filePath(u"a.JPG"_s))), u"Voice note a.mp3"_s);
+    EXPECT_EQ(model.requests().size(), 1);
+}
+
+TEST_F(AudioNoteTest, ThePromptTellsTheModelWhatWasSaid) {
+    settings.setPrioritizeAudioFiles(true);
+    const QString line = u"\n- Audio Note: Number 12 caught it\n"_s;
+    write(u"IMG_1.WAV"_s, voiceNote(u"Number 12 caught it"_s));
+    const QString image = rawImage();
+    EXPECT_TRUE(run(image));
+    EXPECT_TRUE(hasLogged(u"[Analyzer] Audio transcription (PRIORITY): Number 12 caught it"_s));
+    ASSERT_EQ(model.requests().size(), 2);
+    EXPECT_TRUE(model.requests()[0].body.contains("filename=\"IMG_1.WAV\""));
+    EXPECT_TRUE(model.lastJson()[u"messages"_s][1][u"content"_s][0][u"text"_s].toString().contains(line));
+
+    drive(analyzer.processBatch({image, jpegImage(u"IMG_2.JPG"_s)}, 0));
+    const QJsonArray content = model.lastJson()[u"messages"_s][1][u"content"_s].toArray();
+    EXPECT_TRUE(content[1][u"text"_s].toString().contains(line));
+    EXPECT_FALSE(content[3][u"text"_s].toString().contains(u"Audio Note"_s)) << "that is the other image";
+}
+
+} // namespace ostrelle
