@@ -73,9 +73,9 @@ PromptAccess CaptionProgram::accessToPrompts(const ServiceEndpoints& endpoints) 
         return {.url = endpoints.prompt, .key = endpoints.promptKey};
     }
     PromptServerOptions serverOptions;
-    serverOptions.apiKey = endpoints.promptKey;
+    serverOptions.apiKey = randomPromptKey();
     promptServer.emplace(serverOptions, builtInTemplates());
-    return {.url = promptServer->url(), .key = endpoints.promptKey};
+    return {.url = promptServer->url(), .key = serverOptions.apiKey};
 }
 
 /// Before the settings are read, the options take the place of what is stored. What the settings store

@@ -4,27 +4,13 @@
 #include "core/Attempt.h"
 #include "pipeline/ImageKind.h"
 #include "platform/Files.h"
+#include "platform/KeptLines.h"
 
-#include <QStringList>
 #include <memory>
 
 namespace ostrelle {
 
 namespace {
-
-/// Log lines of a worker thread, to be told on the log's own thread.
-class KeptLines : public PlainLog {
-public:
-    void print(const QString& line) override { m_lines.append(line); }
-    void tell(PlainLog& log) const {
-        for (const QString& line : m_lines) {
-            log.print(line);
-        }
-    }
-
-private:
-    QStringList m_lines;
-};
 
 /// Runs a function that writes log lines on a worker thread; the lines are told however it ends.
 template <typename Function>

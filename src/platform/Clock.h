@@ -31,7 +31,8 @@ public:
     virtual std::unique_ptr<Timer> after(std::chrono::milliseconds delay, std::function<void()> function) = 0;
     /// Calls the function after each period until the timer is destroyed, which the function may do. Calls
     /// that a machine slept through are not made up for.
-    virtual std::unique_ptr<Timer> every(std::chrono::milliseconds period, std::function<void()> function) = 0;
+    virtual std::unique_ptr<Timer> every(std::chrono::milliseconds period,
+                                         std::function<void()> function) = 0;
 };
 
 } // namespace ostrelle

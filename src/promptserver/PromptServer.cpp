@@ -10,7 +10,10 @@
 #include <httplib.h>
 #include <sys/socket.h>
 
+#include <QByteArray>
 #include <QJsonDocument>
+#include <QRandomGenerator>
+#include <array>
 #include <future>
 #include <thread>
 
@@ -165,6 +168,13 @@ private:
     int m_port = -1;
     std::thread m_thread;
 };
+
+QString randomPromptKey() {
+    std::array<quint32, 8> words{};
+    QRandomGenerator::system()->fillRange(words.data(), words.size());
+    const auto bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(words.data()), sizeof words);
+    return QString::fromLatin1(bytes.toHex());
+}
 
 PromptServer::PromptServer(PromptServerOptions options, TemplateSource source)
     : m_service(std::make_unique<Service>(options, std::move(source))) {}

@@ -24,6 +24,9 @@ struct PromptServerOptions {
     QString apiKey = {}; ///< what a request has to show in its header; empty lets in those that show nothing
 };
 
+/// A key that nobody else knows, for a server that only serves the program that it is in.
+QString randomPromptKey();
+
 /// Answers GET /api/prompt over HTTP in threads of its own, from the constructor's return to the destructor.
 /// A connection that says nothing holds up the destructor for a second at most, no other for longer.
 class PromptServer {

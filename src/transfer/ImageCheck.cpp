@@ -5,7 +5,7 @@
 #include "core/Text.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/ImageKind.h"
-#include "platform/PlainLog.h"
+#include "platform/KeptLines.h"
 
 #include <QFileInfo>
 #include <exception>
@@ -13,15 +13,6 @@
 namespace ostrelle {
 
 namespace {
-
-class KeptLines : public PlainLog {
-public:
-    explicit KeptLines(QStringList& lines) : m_lines(lines) {}
-    void print(const QString& line) override { m_lines.append(line); }
-
-private:
-    QStringList& m_lines;
-};
 
 /// False when there is no sidecar.
 bool provideSidecar(const QString& sidecar, const XMPWriter& xmp, ImageCheck& check) {
@@ -37,9 +28,8 @@ bool provideSidecar(const QString& sidecar, const XMPWriter& xmp, ImageCheck& ch
     }
 }
 
-std::optional<QString> readCaption(const QString& path, const XMPWriter& xmp, QStringList& lines) {
+std::optional<QString> readCaption(const QString& path, const XMPWriter& xmp, PlainLog& log) {
     try {
-        KeptLines log(lines);
         return isJpegImage(path) ? xmp.readEmbeddedCaption(path, log)
                                  : xmp.readDefaultCaption(sidecarPath(path));
     } catch (const std::exception&) {
@@ -51,7 +41,9 @@ ImageCheck checkImage(const QString& path, const SeenImage& image, const XMPWrit
     ImageCheck check;
     check.image = image;
     if (isJpegImage(path) || provideSidecar(sidecarPath(path), xmp, check)) {
-        check.caption = CaptionJudgement::of(readCaption(path, xmp, check.readerLines));
+        KeptLines log;
+        check.caption = CaptionJudgement::of(readCaption(path, xmp, log));
+        check.readerLines = log.lines();
     }
     return check;
 }

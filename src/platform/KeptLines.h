@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/PlainLog.h"
+
+#include <QStringList>
+
+namespace ostrelle {
+
+/// Log lines of a worker thread, to be told on the log's own thread.
+class KeptLines : public PlainLog {
+public:
+    void print(const QString& line) override { m_lines.append(line); }
+
+    const QStringList& lines() const { return m_lines; }
+    void tell(PlainLog& log) const {
+        for (const QString& line : m_lines) {
+            log.print(line);
+        }
+    }
+
+private:
+    QStringList m_lines;
+};
+
+} // namespace ostrelle
