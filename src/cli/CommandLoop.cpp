@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QCoro::Task<> runToTheEnd(CaptionProgram& program, std::function<QCoro::Task<int>()> command) {
+QCoro::Task<> runToTheEnd(CommandProgram& program, std::function<QCoro::Task<int>()> command) {
     const auto status = co_await attempt(command());
     if (!status) {
         program.errors.print(u"ostrelle-caption: "_s + status.words());
@@ -22,7 +22,7 @@ QCoro::Task<> runToTheEnd(CaptionProgram& program, std::function<QCoro::Task<int
 
 } // namespace
 
-int runCommandLoop(CaptionProgram& program, std::function<QCoro::Task<int>()> command) {
+int runCommandLoop(CommandProgram& program, std::function<QCoro::Task<int>()> command) {
     const QString missing = program.missingConfiguration();
     if (!missing.isEmpty()) {
         program.errors.print(u"ostrelle-caption: "_s + missing);
@@ -30,7 +30,8 @@ int runCommandLoop(CaptionProgram& program, std::function<QCoro::Task<int>()> co
     }
     // From inside the event loop, so that a command that needs no waiting can end it.
     QMetaObject::invokeMethod(
-        &program.analyzer, [&program, command] { runToTheEnd(program, command); }, Qt::QueuedConnection);
+        &program.captions.analyzer, [&program, command] { runToTheEnd(program, command); },
+        Qt::QueuedConnection);
     return QCoreApplication::exec();
 }
 

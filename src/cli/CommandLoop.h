@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "cli/CaptionProgram.h"
+#include "cli/CommandProgram.h"
 #include "cli/ExitStatus.h"
 
 #include <QCoroTask>
@@ -11,6 +11,6 @@ namespace ostrelle {
 
 /// Runs the event loop of the application until the command has ended, and returns its ExitStatus. Does not
 /// begin when something is missing, which is said on standard error.
-int runCommandLoop(CaptionProgram& program, std::function<QCoro::Task<int>()> command);
+int runCommandLoop(CommandProgram& program, std::function<QCoro::Task<int>()> command);
 
 } // namespace ostrelle

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/FilesCommand.h"
 
-#include "cli/CaptionProgram.h"
 #include "cli/CommandLoop.h"
+#include "cli/CommandProgram.h"
 #include "cli/ProgressBar.h"
 #include "cli/ReportPrinter.h"
 #include "core/Attempt.h"
@@ -18,16 +18,16 @@ namespace {
 /// The files of a command line, one after the other.
 class FilesRun : public QObject {
 public:
-    explicit FilesRun(CaptionProgram& program) : m_program(program) {
-        connect(&m_program.analyzer, &Analyzer::imageFinished, this, &FilesRun::tell);
+    explicit FilesRun(CommandProgram& program) : m_program(program) {
+        connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FilesRun::tell);
     }
 
     QCoro::Task<int> run() {
         const QStringList files = m_program.options.files;
         for (qsizetype index = 0; index < files.size(); ++index) {
             m_bar.show(index, files.size(), QFileInfo(files[index]).fileName());
-            m_program.status.setTotalFiles(files.size());
-            m_program.status.setCurrentFileIndex(index + 1);
+            m_program.captions.status.setTotalFiles(files.size());
+            m_program.captions.status.setCurrentFileIndex(index + 1);
             co_await take(files[index]);
         }
         m_bar.clear();
@@ -47,13 +47,13 @@ private:
             tell(report);
         } else if (m_program.options.command == Options::Command::showPrompt) {
             co_await showPrompt(path);
-        } else if (co_await m_program.analyzer.analyzeSingle(path)) {
-            co_await m_program.manifest.markProcessed(path);
+        } else if (co_await m_program.captions.analyzer.analyzeSingle(path)) {
+            co_await m_program.captions.manifest.markProcessed(path);
         }
     }
 
     QCoro::Task<> showPrompt(QString file) {
-        const auto prompt = co_await attempt(m_program.analyzer.promptFor(file));
+        const auto prompt = co_await attempt(m_program.captions.analyzer.promptFor(file));
         m_bar.clear();
         if (prompt) {
             m_program.output.print(*prompt);
@@ -69,7 +69,7 @@ private:
         m_program.output.print(m_program.options.json ? reportJson(report) : reportText(report));
     }
 
-    CaptionProgram& m_program;
+    CommandProgram& m_program;
     ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
     bool m_hasFailure = false;
 };
@@ -77,7 +77,7 @@ private:
 } // namespace
 
 int runFilesCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
-    CaptionProgram program(options, folders, endpoints);
+    CommandProgram program(options, folders, endpoints);
     FilesRun run(program);
     return runCommandLoop(program, [&run] { return run.run(); });
 }

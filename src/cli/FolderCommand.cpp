@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/FolderCommand.h"
 
-#include "cli/CaptionProgram.h"
 #include "cli/CommandLoop.h"
+#include "cli/CommandProgram.h"
 #include "cli/ProgressBar.h"
 #include "cli/ReportPrinter.h"
 
@@ -15,15 +15,16 @@ namespace {
 /// A run over a folder, with a bar that tells batch and image.
 class FolderCommandRun : public QObject {
 public:
-    explicit FolderCommandRun(CaptionProgram& program) : m_program(program) {
-        connect(&m_program.analyzer, &Analyzer::imageFinished, this, &FolderCommandRun::tell);
-        connect(&m_program.status, &StatusStore::lastMessageChanged, this, &FolderCommandRun::showProgress);
+    explicit FolderCommandRun(CommandProgram& program) : m_program(program) {
+        connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FolderCommandRun::tell);
+        connect(&m_program.captions.status, &StatusStore::lastMessageChanged, this,
+                &FolderCommandRun::showProgress);
     }
 
     QCoro::Task<int> run() {
-        co_await m_program.analyzer.recaptionFolder(m_program.options.images);
+        co_await m_program.captions.analyzer.recaptionFolder(m_program.options.images);
         m_bar.clear();
-        const StatusStore& status = m_program.status;
+        const StatusStore& status = m_program.captions.status;
         m_program.errors.print(status.lastMessage().value_or(QString()));
         const bool isTold = co_await m_program.finish();
         co_return isTold&& status.failed() == 0 ? ExitStatus::success : ExitStatus::fileFailed;
@@ -36,21 +37,21 @@ private:
     }
 
     void showProgress() {
-        const StatusStore& status = m_program.status;
+        const StatusStore& status = m_program.captions.status;
         const QString batch =
             u"batch %1/%2  "_s.arg(status.currentBatchNumber()).arg(status.totalBatchCount());
         m_bar.show(status.processed() + status.failed(), status.totalFiles(),
                    batch + status.lastMessage().value_or(QString()));
     }
 
-    CaptionProgram& m_program;
+    CommandProgram& m_program;
     ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
 };
 
 } // namespace
 
 int runFolderCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
-    CaptionProgram program(options, folders, endpoints);
+    CommandProgram program(options, folders, endpoints);
     FolderCommandRun run(program);
     return runCommandLoop(program, [&run] { return run.run(); });
 }

@@ -29,7 +29,7 @@ QCoro::Task<bool> Analyzer::analyzeSingle(QString file) {
 }
 
 QCoro::Task<CaptionResult> Analyzer::captionInTurn(QString file) {
-    const quint64 runsBefore = m_parts.turns.runsBegun();
+    const quint64 runsBefore = m_parts.turns.runsEnded();
     auto turn = co_await m_parts.turns.imageTurn();
     if (!turn) {
         co_return CaptionResult::notBegun;
@@ -71,7 +71,10 @@ QCoro::Task<Analyzer::Course> Analyzer::takeCourse(QString file, quint64 runsBef
 }
 
 QCoro::Task<bool> Analyzer::wasOvertaken(QString file, quint64 runsBefore) {
-    co_return m_parts.turns.runsBegun() != runsBefore&& co_await m_parts.manifest.isProcessed(file);
+    if (m_parts.turns.runsEnded() == runsBefore) {
+        co_return false;
+    }
+    co_return co_await m_parts.manifest.isProcessed(file);
 }
 
 QCoro::Task<Analyzer::Gate> Analyzer::passGates(QString file, ImageReport* report) {

@@ -29,7 +29,7 @@ struct CaptionTurns::State {
     int places;
     int free;
     bool hasRun = false;
-    quint64 runsBegun = 0;
+    quint64 runsEnded = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
 
@@ -37,10 +37,10 @@ struct CaptionTurns::State {
     void take(int wanted) {
         free -= wanted;
         hasRun = isRun(wanted);
-        runsBegun += hasRun ? 1 : 0;
     }
     void give(int given) {
         free += given;
+        runsEnded += hasRun ? 1 : 0;
         hasRun = false;
         admit();
     }
@@ -94,8 +94,8 @@ bool CaptionTurns::hasRun() const {
     return m_state->hasRun;
 }
 
-quint64 CaptionTurns::runsBegun() const {
-    return m_state->runsBegun;
+quint64 CaptionTurns::runsEnded() const {
+    return m_state->runsEnded;
 }
 
 void CaptionTurns::dismissImages() {

@@ -96,7 +96,7 @@ QCoro::Task<bool> FolderRun::hasKey() {
 
 std::optional<QString> FolderRun::selectedFolder() {
     const bool isLocal = m_parts.settings.sourceType() == SourceType::local;
-    const std::optional<QString> folder =
+    std::optional<QString> folder =
         isLocal ? m_parts.settings.ingestFolder() : m_parts.settings.destinationFolder();
     if (folder) {
         m_parts.log.appendToLog((isLocal ? u"[Analyzer] RECAPTION: Using local watch folder: "_s
@@ -137,6 +137,9 @@ QCoro::Task<std::optional<QStringList>> FolderRun::findImages(QString folder) {
     if (listing) {
         m_parts.log.appendToLog(u"[Analyzer] RECAPTION: Found %1 items in folder: %2"_s.arg(
             QString::number(listing->itemCount), folder));
+        for (const QString& name : listing->illegible) {
+            m_parts.log.printAndAppend(u"[Analyzer] %1: The file name is not UTF-8, skipping"_s.arg(name));
+        }
         QStringList images;
         for (const QString& image : listing->images) {
             images.append(directory.filePath(image));

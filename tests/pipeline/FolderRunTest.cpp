@@ -300,9 +300,21 @@ TEST_F(FolderRunTest, OnlyImagesAtTheTopOfTheFolderAreTaken) {
     EXPECT_TRUE(hasLogged(u"[Analyzer] RECAPTION: Found 3 items in folder: "_s));
 }
 
+TEST_F(FolderRunTest, AnAlertHoldsNoImageUp) {
+    alerts.isOpen = true;
+    auto folderRun = analyzer.recaptionFolder(FolderImages::all);
+    waitUntil([this] { return alertTitles() == QStringList{u"No New Images Found"_s}; });
+    auto image = analyzer.analyzeSingle(rawImage());
+    waitUntil([this] { return reports.size() == 1; });
+    clock.advance(std::chrono::seconds(2));
+    EXPECT_TRUE(await(std::move(image)));
+    alerts.close();
+    await(std::move(folderRun));
+}
+
 TEST_F(FolderRunTest, ARunAndSingleImagesTakeTurns) {
     const QString first = raw(u"IMG_1.DNG"_s);
-    jpeg(u"IMG_2.JPG"_s);
+    const QString second = jpeg(u"IMG_2.JPG"_s);
     const QString elsewhere = rawImage(u"IMG_9.DNG"_s);
     StandInAnswer slow = reply(u"By itself."_s);
     slow.delivery = StandInAnswer::Delivery::held;
@@ -317,6 +329,7 @@ TEST_F(FolderRunTest, ARunAndSingleImagesTakeTurns) {
     model.releaseHeld();
     waitUntil([this] { return turns.hasRun(); });
     EXPECT_EQ(captionOf(first), u"By itself."_s);
+    auto again = analyzer.analyzeSingle(second);
     auto late = analyzer.analyzeSingle(elsewhere);
     waitUntil([this] { return status.totalFiles() == 2; });
     clock.advance(std::chrono::seconds(2)); // the early image's progress has been seen for long enough
@@ -327,9 +340,10 @@ TEST_F(FolderRunTest, ARunAndSingleImagesTakeTurns) {
     drive(std::move(folderRun));
     EXPECT_NE(captionOf(first), u"By itself."_s) << "the run takes all";
     EXPECT_FALSE(QFileInfo::exists(folder.filePath(u"IMG_9.xmp"_s))) << "the late image waits";
-    waitUntil([this] { return reports.size() == 4; });
+    waitUntil([this] { return reports.size() == 5; });
     clock.advance(std::chrono::seconds(2));
     EXPECT_TRUE(await(std::move(late)));
+    EXPECT_TRUE(await(std::move(again)));
     EXPECT_EQ(requestSizes(), (QList<std::pair<qsizetype, int>>{{1, 180}, {2, 2000}, {1, 180}}));
     EXPECT_FALSE(status.isProcessing());
     EXPECT_EQ(status.totalFiles(), 0);

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/CommandProgram.h"
+
+#include "pipeline/CodeReplacements.h"
+#include "platform/ApiKey.h"
+
+#include <QFileInfo>
+#include <cstdio>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+CommandProgram::CommandProgram(const Options& givenOptions, const AppFolders& folders,
+                               const ServiceEndpoints& endpoints)
+    : options(givenOptions)
+    , defaults(folders.defaultsFile(), errors)
+    , captions({.folders = folders,
+                .endpoints = endpoints,
+                .defaults = defaults,
+                .settingsDefaults = withRunOnlyValues(),
+                .secrets = m_secrets,
+                .notificationCenter = m_notificationCenter,
+                .alerts = m_alerts,
+                .events = m_events,
+                .remote = m_remote,
+                // The log lines of the pipeline are for those who want them.
+                .console = options.verbose ? static_cast<PlainLog&>(output) : m_silent,
+                .errors = errors,
+                .progressLinger = std::chrono::milliseconds(0)}) {}
+
+QString CommandProgram::missingConfiguration() const {
+    if (options.roster && !QFileInfo(*options.roster).isFile()) {
+        return u"There is no Code Replacements file at %1."_s.arg(*options.roster);
+    }
+    if (options.folder && !QFileInfo(*options.folder).isDir()) {
+        return u"There is no folder at %1."_s.arg(*options.folder);
+    }
+    if (options.command == Options::Command::showPrompt) {
+        return {}; // nothing is sent, and a roster may lie in the ingest folder
+    }
+    if (apiKey(defaults).isEmpty()) {
+        return u"No API key is stored. Store it with: ostrelle-caption key"_s;
+    }
+    if (!hasCodeReplacementsFile(captions.settings.codeReplacementsFile(),
+                                 options.folder.value_or(QString()))) {
+        return u"No Code Replacements file is set. Name one with: --roster FILE"_s;
+    }
+    return {};
+}
+
+QCoro::Task<bool> CommandProgram::finish() {
+    co_await captions.finishWork();
+    const bool isTold = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (!isTold) {
+        errors.print(u"ostrelle-caption: Not all results could be written to standard output."_s);
+    }
+    co_return isTold;
+}
+
+/// Before the settings are read, the options take the place of what is stored. What the settings store
+/// tidies up at its start stays in this run: that is the desktop program's to do.
+DefaultsStore& CommandProgram::withRunOnlyValues() {
+    const PathReferences references;
+    if (options.style) {
+        m_runOnly.set(u"captionStyle"_s, rawValue(*options.style));
+    }
+    if (options.sport) {
+        m_runOnly.set(u"sport"_s, rawValue(*options.sport));
+    }
+    if (options.overwrite != Options::Overwrite::asSet) {
+        m_runOnly.set(u"alwaysOverwriteCaptions"_s, options.overwrite == Options::Overwrite::always);
+    }
+    if (options.folder && QFileInfo(*options.folder).isDir()) {
+        takeIngestFolder(*options.folder);
+    }
+    if (options.roster && QFileInfo(*options.roster).isFile()) {
+        m_runOnly.set(u"codeReplacementsFile"_s, references.make(*options.roster));
+    }
+    return m_runOnly;
+}
+
+/// The folder takes the place of the user's ingest folder; watching it wants a roster that is set, so one
+/// that lies in it is.
+void CommandProgram::takeIngestFolder(const QString& folder) {
+    const PathReferences references;
+    const bool isWatching = options.command == Options::Command::watchFolder;
+    m_runOnly.set(u"ingestFolder"_s, references.make(folder));
+    m_runOnly.set(u"sourceType"_s, rawValue(SourceType::local));
+    m_runOnly.set(u"autoMode"_s, isWatching);
+    const std::optional<QString> roster = findCodeReplacementsFile(folder);
+    if (isWatching && roster && defaults.value(u"codeReplacementsFile"_s).isNull()) {
+        m_runOnly.set(u"codeReplacementsFile"_s, references.make(*roster));
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "program/CaptionProgram.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
+    : notifications(given.notificationCenter, given.console)
+    , log(given.folders.data, given.console, clock)
+    , previews(given.folders.data + u"/OpenAI_Previews"_s)
+    , keychain(given.secrets, given.errors)
+    , settings(given.settingsDefaults, keychain, references, given.console)
+    , status(given.defaults, clock)
+    , usage(given.defaults, clock, given.console)
+    , manifest(given.folders.manifestFile(), clock, given.console, given.events)
+    , promptAccess(accessToPrompts(given.endpoints))
+    , prompts(promptAccess, given.folders.promptCache + u"/prompt-cache.json"_s, given.console, clock)
+    , openAI(given.endpoints.model, given.defaults, given.console, clock)
+    , analyzer({.settings = settings,
+                .status = status,
+                .usage = usage,
+                .manifest = manifest,
+                .openAI = openAI,
+                .prompts = prompts,
+                .defaults = given.defaults,
+                .log = log,
+                .previews = previews,
+                .access = access,
+                .alerts = given.alerts,
+                .notifications = notifications,
+                .events = given.events,
+                .clock = clock,
+                .turns = turns,
+                .progressLinger = given.progressLinger})
+    , scan({.settings = settings,
+            .manifest = manifest,
+            .tracker = tracker,
+            .access = access,
+            .turns = turns,
+            .threads = threads,
+            .clock = clock,
+            .log = given.console,
+            .captioning = [this](QString file) { return analyzer.captionInTurn(file); }})
+    , autoMode({.settings = settings,
+                .status = status,
+                .defaults = given.defaults,
+                .scan = scan,
+                .remote = given.remote,
+                .notifications = notifications,
+                .threads = threads,
+                .clock = clock,
+                .log = given.console}) {}
+
+QCoro::Task<> CaptionProgram::finishWork() {
+    turns.close();
+    autoMode.updateAutoMode(false, settings.sourceType(), std::nullopt);
+    co_await scan.finished();
+    co_await prompts.finishPending();
+}
+
+PromptAccess CaptionProgram::accessToPrompts(const ServiceEndpoints& endpoints) {
+    if (!endpoints.prompt.isEmpty()) {
+        return {.url = endpoints.prompt, .key = endpoints.promptKey};
+    }
+    PromptServerOptions options;
+    options.apiKey = randomPromptKey();
+    promptServer.emplace(options, builtInTemplates());
+    return {.url = promptServer->url(), .key = options.apiKey};
+}
+
+} // namespace ostrelle
