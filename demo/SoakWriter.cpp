@@ -30,9 +30,9 @@ const QByteArray keptCaption =
 class SoakWriter {
 public:
     SoakWriter(QString folder, std::uint32_t seed) : m_folder(std::move(folder)), m_random(seed) {
-        for (std::uint32_t scene = 0; scene < scenes; ++scene) {
-            m_raws.append(dngFile(SportsScene(900, 600, scene)));
-            m_jpegs.append(jpegFile(SportsScene(900, 600, scene).image()));
+        for (int scene = 0; scene < scenes; ++scene) {
+            m_raws.append(dngFile(SportsScene(900, 600, static_cast<std::uint32_t>(scene))));
+            m_jpegs.append(jpegFile(SportsScene(900, 600, static_cast<std::uint32_t>(scene)).image()));
         }
     }
 
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t scenes = 4;
+    static constexpr int scenes = 4;
 
     bool chance(int percent) { return between(1, 100) <= percent; }
     int between(int least, int most) { return std::uniform_int_distribution(least, most)(m_random); }
