@@ -6,6 +6,7 @@
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/ImageKind.h"
 #include "pipeline/ImageRun.h"
+#include "pipeline/MissingKey.h"
 #include "pipeline/SidecarCreation.h"
 
 #include <QFileInfo>
@@ -201,8 +202,8 @@ QCoro::Task<QList<AnalyzedFile>> Analyzer::analyzeFiles(QStringList files, qint6
     const BatchOutcome outcome = co_await processBatch(files, startIndex);
     QList<AnalyzedFile> analyzed;
     for (const BatchFileResult& result : outcome.results) {
-        analyzed.append({.name = result.name, .success = result.success});
-        if (!result.success) {
+        analyzed.append({.name = result.name, .success = result.success, .cause = result.cause});
+        if (result.failed) {
             analyzed.last().error = AnalyzerError(AnalyzerError::imageFailed, u"Failed to process image"_s);
         }
     }
@@ -221,16 +222,12 @@ QCoro::Task<> Analyzer::askForKey() {
         co_return;
     }
     m_isAskingForKey = true;
-    Alert alert;
-    alert.title = u"OpenAI API Key Required"_s;
-    alert.text = u"Please enter your OpenAI API key in Settings to continue captioning images."_s;
-    alert.buttons = QStringList{u"Open Settings"_s, u"Cancel"_s};
-    const int button = co_await m_parts.alerts.show(alert);
+    const int button = co_await m_parts.alerts.show(missingKeyAlert());
     m_isAskingForKey = false;
     if (button == 0) {
         Q_EMIT m_parts.events.showSettingsWindow();
     }
-    m_parts.status.setLastMessage(u"Please add your API key in Settings."_s);
+    m_parts.status.setLastMessage(missingKeyMessage());
 }
 
 void Analyzer::setProgress(const QString& name) {

@@ -13,15 +13,17 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <exception>
 #include <optional>
 
 namespace ostrelle {
 
-/// What became of one file of a selection.
+/// What became of one file of a selection. One with neither success nor error was left alone.
 struct AnalyzedFile {
     QString name;
     bool success = false;
-    std::optional<AnalyzerError> error = {}; ///< of a file without success
+    std::optional<AnalyzerError> error = {}; ///< that a file failed
+    std::exception_ptr cause = {};           ///< what lay beneath the error; null where nothing was thrown
 };
 
 /// The caption pipeline: single images, of which several may be under way at once, batches, and runs over a
@@ -55,7 +57,7 @@ public:
     /// from 0. The run holds the turn and keeps the status. Never throws.
     QCoro::Task<BatchOutcome> processBatch(QStringList files, qint64 startIndex);
 
-    /// processBatch() for files that the user chose; those without success have an error.
+    /// processBatch() for files that the user chose; those that failed have an error.
     QCoro::Task<QList<AnalyzedFile>> analyzeFiles(QStringList files, qint64 startIndex);
 
 Q_SIGNALS:

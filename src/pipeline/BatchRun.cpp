@@ -48,6 +48,9 @@ BatchRun::BatchRun(AnalyzerParts parts, QStringList files, qint64 startIndex, Im
 QCoro::Task<BatchOutcome> BatchRun::execute() {
     m_progress.preparing(m_reports.size());
     co_await prepareAll();
+    if (m_parts.turns.isClosed()) {
+        co_return m_outcome; // the program ends
+    }
     if (m_prepared.size() == 1) {
         co_await captionSingle(m_prepared.first());
     } else if (m_prepared.size() > 1) {
@@ -57,12 +60,12 @@ QCoro::Task<BatchOutcome> BatchRun::execute() {
 }
 
 QCoro::Task<> BatchRun::prepareAll() {
-    for (qsizetype index = 0; index < m_reports.size(); ++index) {
+    for (qsizetype index = 0; index < m_reports.size() && !m_parts.turns.isClosed(); ++index) {
         m_progress.uploading(index, nameOf(index));
         const auto image = co_await attempt(prepare(m_reports.at(index).file, &m_reports[index]));
         if (!image) {
             fail(index, u"[Analyzer] Failed to prepare %1: %2"_s.arg(nameOf(index), image.words()),
-                 image.words(), Telling::byItself);
+                 failureOf(image), Telling::byItself);
         } else if (*image) {
             m_prepared.append({.index = index, .image = **image});
         } else {
@@ -148,7 +151,7 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
     if (!caption) {
         fail(prepared.index,
              u"[Analyzer] No caption returned for %1 in batch response"_s.arg(nameOf(prepared.index)),
-             u"The model returned no caption for it."_s, Telling::inBatch);
+             {.words = u"The model returned no caption for it."_s}, Telling::inBatch);
         co_return;
     }
     const auto written = co_await attempt(write(prepared.image.file, *caption));
@@ -157,12 +160,15 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
     } else {
         fail(prepared.index,
              u"[Analyzer] Failed to write caption for %1: %2"_s.arg(nameOf(prepared.index), written.words()),
-             written.words(), Telling::inBatch);
+             failureOf(written), Telling::inBatch);
     }
 }
 
 QCoro::Task<> BatchRun::captionOneByOne(CodeReplacements roster) {
     for (const Prepared& prepared : std::as_const(m_prepared)) {
+        if (m_parts.turns.isClosed()) {
+            co_return;
+        }
         m_progress.working(prepared.index, nameOf(prepared.index));
         const auto caption = co_await attempt(askAndWrite(prepared, roster));
         if (caption) {
@@ -171,7 +177,7 @@ QCoro::Task<> BatchRun::captionOneByOne(CodeReplacements roster) {
             fail(prepared.index,
                  u"[Analyzer] Individual fallback failed for %1: %2"_s.arg(nameOf(prepared.index),
                                                                            caption.words()),
-                 caption.words(), Telling::inBatch);
+                 failureOf(caption), Telling::inBatch);
         }
         co_await m_parts.clock.sleep(breath);
     }
@@ -187,7 +193,7 @@ QCoro::Task<> BatchRun::captionSingle(Prepared prepared) {
         fail(prepared.index,
              u"[Analyzer] Failed to process single image %1: %2"_s.arg(nameOf(prepared.index),
                                                                        caption.words()),
-             caption.words(), Telling::byItself);
+             failureOf(caption), Telling::byItself);
     }
 }
 
@@ -224,11 +230,21 @@ void BatchRun::succeed(qsizetype index, const QString& caption, Telling telling)
     m_listener(report);
 }
 
-void BatchRun::fail(qsizetype index, const QString& logLine, const QString& reason, Telling telling) {
+BatchRun::Failure BatchRun::failureOf(const auto& attempt) {
+    try {
+        attempt.rethrow();
+    } catch (...) {
+        return {.words = attempt.words(), .cause = std::current_exception()};
+    }
+}
+
+void BatchRun::fail(qsizetype index, const QString& logLine, const Failure& failure, Telling telling) {
     m_parts.log.printAndAppend(logLine);
     m_outcome.failedNames.append(nameOf(index));
     m_progress.failed(nameOf(index), telling);
-    m_reports[index].reason = reason;
+    m_outcome.results[index].failed = true;
+    m_outcome.results[index].cause = failure.cause;
+    m_reports[index].reason = failure.words;
     m_listener(m_reports.at(index));
 }
 

@@ -11,6 +11,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <exception>
 #include <functional>
 #include <optional>
 
@@ -19,7 +20,9 @@ namespace ostrelle {
 /// What became of one file of a batch.
 struct BatchFileResult {
     QString name;
-    bool success = false; ///< its caption was written in this run
+    bool success = false;          ///< its caption was written in this run
+    bool failed = false;           ///< not so an image that was left alone
+    std::exception_ptr cause = {}; ///< what it failed of, where that was an exception
 };
 
 /// What a batch did: a result for each file that it was given, in that order, and the failed ones' names. A
@@ -54,6 +57,11 @@ private:
         qsizetype index;
         PreparedImage image;
     };
+    /// Why an image failed.
+    struct Failure {
+        QString words;
+        std::exception_ptr cause = {};
+    };
 
     QCoro::Task<> prepareAll();
     /// Nothing for an image that is to be left alone. Throws what went wrong.
@@ -69,7 +77,10 @@ private:
     QList<BatchImageItem> items() const;
     void skip(qsizetype index);
     void succeed(qsizetype index, const QString& caption, BatchProgress::Telling telling);
-    void fail(qsizetype index, const QString& logLine, const QString& reason, BatchProgress::Telling telling);
+    /// What the attempt ended with.
+    static Failure failureOf(const auto& attempt);
+    void fail(qsizetype index, const QString& logLine, const Failure& failure,
+              BatchProgress::Telling telling);
     QString nameOf(qsizetype index) const { return m_outcome.results.at(index).name; }
 
     AnalyzerParts m_parts;

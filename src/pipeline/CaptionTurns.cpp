@@ -32,7 +32,9 @@ struct CaptionTurns::State {
     quint64 runsEnded = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
+    std::deque<Waiting> waitingForIdle = {};
 
+    bool isIdle() const { return free == places; }
     bool isRun(int wanted) const { return wanted == places; }
     void take(int wanted) {
         free -= wanted;
@@ -43,6 +45,11 @@ struct CaptionTurns::State {
         runsEnded += hasRun ? 1 : 0;
         hasRun = false;
         admit();
+        if (isIdle()) {
+            for (const Waiting& waiter : std::exchange(waitingForIdle, {})) {
+                answer(waiter, true);
+            }
+        }
     }
     void admit() {
         while (!waiting.empty() && waiting.front().places <= free) {
@@ -88,6 +95,21 @@ QCoro::Task<std::unique_ptr<CaptionTurns::Turn>> CaptionTurns::wait(std::shared_
     QFuture<bool> begins = self.promise->future();
     const bool mayBegin = co_await begins;
     co_return mayBegin ? std::make_unique<Turn>(state, places) : nullptr;
+}
+
+bool CaptionTurns::isClosed() const {
+    return m_state->isClosed;
+}
+
+QCoro::Task<> CaptionTurns::idle() const {
+    const std::shared_ptr<State> state = m_state;
+    while (!state->isIdle()) {
+        const Waiting self{.places = 0, .promise = std::make_shared<QPromise<bool>>()};
+        self.promise->start();
+        state->waitingForIdle.push_back(self);
+        QFuture<bool> idles = self.promise->future();
+        co_await idles;
+    }
 }
 
 bool CaptionTurns::hasRun() const {

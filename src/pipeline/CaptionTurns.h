@@ -43,8 +43,12 @@ public:
 
     /// Sends the images away that wait: they are not to begin. Those that have a turn finish.
     void dismissImages();
-    /// Sends everybody away who waits or comes: the program ends. Those who have a turn finish.
+    /// Sends everybody away who waits or comes: the program ends. Images that have a turn finish, and a run
+    /// stops before its next image.
     void close();
+    bool isClosed() const;
+    /// Resumes when nobody has a turn.
+    QCoro::Task<> idle() const;
 
 private:
     static QCoro::Task<std::unique_ptr<Turn>> wait(std::shared_ptr<State> state, int places);

@@ -196,7 +196,7 @@ QCoro::Task<> FolderRun::runBatches(QStringList images) {
     m_parts.log.appendToLog(
         u"[Analyzer] Processing %1 files in %2 batch(es) of up to 10 images each"_s.arg(images.size())
             .arg(count));
-    for (qsizetype index = 0; index < count; ++index) {
+    for (qsizetype index = 0; index < count && !m_parts.turns.isClosed(); ++index) {
         const qsizetype start = index * size;
         const QStringList files = images.mid(start, size);
         beginBatch(index, count, files.size());

@@ -10,8 +10,15 @@ class AppEvents : public QObject {
     Q_OBJECT
 
 Q_SIGNALS:
+    void showAboutWindow();
     void showSettingsWindow();
-    /// The manifest of processed files has a new entry.
+    void showHelpWindow();
+    void showMainWindow();
+    void showOnboardingWindow();
+    void showAnalyticsWindow();
+    void photoMechanicSettingChanged();
+    void triggerManualFTPDownload();
+    /// A file was added to the manifest of processed files.
     void manifestUpdated();
 };
 

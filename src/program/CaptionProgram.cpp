@@ -56,6 +56,7 @@ QCoro::Task<> CaptionProgram::finishWork() {
     turns.close();
     autoMode.updateAutoMode(false, settings.sourceType(), std::nullopt);
     co_await scan.finished();
+    co_await turns.idle();
     co_await prompts.finishPending();
 }
 

@@ -312,6 +312,21 @@ TEST_F(FolderRunTest, AnAlertHoldsNoImageUp) {
     await(std::move(folderRun));
 }
 
+TEST_F(FolderRunTest, WhenTheProgramEndsTheCaptionsInHandAreWritten) {
+    for (int number = 0; number < 12; ++number) {
+        jpeg(u"IMG_%1.JPG"_s.arg(number));
+    }
+    auto folderRun = analyzer.recaptionFolder(FolderImages::all);
+    waitUntil([this] { return status.isWaitingForAPI(); });
+    turns.close();
+    auto idle = turns.idle();
+    drive(std::move(folderRun));
+    await(std::move(idle));
+    EXPECT_EQ(requestSizes(), (QList<std::pair<qsizetype, int>>{{10, 2000}}));
+    EXPECT_EQ(status.lastMessage(), u"Done. Processed: 10, Failed: 0."_s);
+    EXPECT_EQ(manifest.count(), 10);
+}
+
 TEST_F(FolderRunTest, ARunAndSingleImagesTakeTurns) {
     const QString first = raw(u"IMG_1.DNG"_s);
     const QString second = jpeg(u"IMG_2.JPG"_s);

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/ImageFailure.h"
+
+#include "metadata/XMPError.h"
+#include "metadata/XMPWriter.h"
+#include "pipeline/AnalyzerError.h"
+#include "services/OpenAIError.h"
+
+#include <QFileInfo>
+#include <QStringList>
+#include <algorithm>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the type of a failure tells.
+struct FailureFacts {
+    QString words;
+    bool isRateLimit = false;
+    bool isMissingKey = false;
+    bool isUnwrittenMetadata = false;
+};
+
+FailureFacts factsOf(const std::exception_ptr& failure) {
+    constexpr int tooManyRequests = 429;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const OpenAIError& error) {
+        return {.words = error.localizedDescription(),
+                .isRateLimit =
+                    error.kind() == OpenAIError::Case::http && error.statusCode() == tooManyRequests,
+                .isMissingKey = error.kind() == OpenAIError::Case::missingAPIKey};
+    } catch (const AnalyzerError& error) {
+        return {.words = error.localizedDescription(),
+                .isMissingKey = error.code() == AnalyzerError::missingKey};
+    } catch (const XMPError& error) {
+        return {.words = error.localizedDescription(),
+                .isUnwrittenMetadata = error.kind() == XMPError::Case::writeFailed};
+    } catch (const std::exception& error) {
+        return {.words = describe(error)};
+    } catch (...) {
+        return {.words = u"Unknown failure."_s};
+    }
+}
+
+bool holdsOneOf(const QString& text, const QStringList& words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&text](const QString& word) { return text.contains(word); });
+}
+
+/// The words in lower case without the names of the image, its sidecar and their folder.
+QString searchedText(QString words, const QString& image) {
+    const QFileInfo file(image);
+    words.remove(file.path() + u'/' + file.completeBaseName());
+    words.remove(file.path());
+    words.remove(file.fileName());
+    words.remove(QFileInfo(sidecarPath(image)).fileName());
+    return words.toLower();
+}
+
+} // namespace
+
+ImageFailure classifyFailure(const std::exception_ptr& error, const QString& image) {
+    const FailureFacts facts = factsOf(error);
+    const QString text = searchedText(facts.words, image);
+    ImageFailure failure;
+    failure.words = facts.words;
+    failure.mentionsRateLimit = holdsOneOf(text, {u"rate limit"_s, u"429"_s});
+    if (facts.isMissingKey) {
+        failure.kind = ImageFailure::Kind::missingKey;
+    } else if (holdsOneOf(text, {u"writefailed"_s, u"operation not permitted"_s, u"permission"_s,
+                                 u"cannot create"_s})) {
+        failure.kind = ImageFailure::Kind::permission;
+    } else if (facts.isRateLimit || failure.mentionsRateLimit) {
+        failure.kind = ImageFailure::Kind::rateLimit;
+    } else if (facts.isUnwrittenMetadata) {
+        failure.kind = ImageFailure::Kind::permission;
+    }
+    return failure;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/SelectionTally.h"
+
+#include "core/Text.h"
+#include "pipeline/ManualSelection.h"
+
+#include <QFileInfo>
+#include <algorithm>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+void SelectionTally::addFailure(const QString& image, const ImageFailure& failure) {
+    m_failedImages.append(image);
+    m_isKeyMissing = m_isKeyMissing || failure.kind == ImageFailure::Kind::missingKey;
+    if (failure.kind == ImageFailure::Kind::permission) {
+        m_permissionWords.append(failure.words);
+        m_mentionsRateLimit = m_mentionsRateLimit || failure.mentionsRateLimit;
+    }
+}
+
+QStringList SelectionTally::failedNames() const {
+    QStringList names;
+    for (const QString& image : m_failedImages) {
+        names.append(QFileInfo(image).fileName());
+    }
+    return names;
+}
+
+std::optional<QString> SelectionTally::hint() const {
+    if (std::none_of(m_failedImages.begin(), m_failedImages.end(), isSelectableRaw)) {
+        return std::nullopt;
+    }
+    return u"When manually captioning RAW files, also select the matching .xmp sidecar(s)."_s;
+}
+
+QString SelectionTally::errorDetail() const {
+    constexpr qsizetype told = 3;
+    const QString words = m_permissionWords.mid(0, told).join(u"; "_s);
+    if (m_permissionWords.size() <= told) {
+        return words;
+    }
+    return words + u"... and %1 more"_s.arg(m_permissionWords.size() - told);
+}
+
+Alert SelectionTally::permissionAlert() const {
+    Alert alert;
+    alert.title = u"Permission Error — Cannot Write to Folder"_s;
+    alert.text =
+        u"Ostrelle Captions cannot write captions to files in this location.\n\nTo fix this:\n1. Grant Full "
+        u"Disk "
+        "Access in System Preferences → Privacy & Security\n2. Or use the Watch Folder feature to process "
+        "images "
+        "automatically\n3. Or copy images to a folder you have write access to (like Desktop)\n\nLocation: "_s +
+        QFileInfo(m_failedImages.value(0)).path();
+    alert.buttons = QStringList{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s};
+    alert.style = Alert::Style::warning;
+    return alert;
+}
+
+QString SelectionTally::closingMessage() const {
+    if (failed() == 0) {
+        return u"Successfully captioned %1 image%2"_s.arg(m_success).arg(plural(m_success));
+    }
+    if (m_success == 0) {
+        return u"Failed to caption %1 image%2"_s.arg(failed()).arg(plural(failed()));
+    }
+    return u"Captioned %1 image%2, failed %3"_s.arg(m_success).arg(plural(m_success)).arg(failed());
+}
+
+QUrl privacySettings() {
+    return QUrl(u"x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles"_s);
+}
+
+} // namespace ostrelle

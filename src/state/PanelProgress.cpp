@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/PanelProgress.h"
+
+#include "core/Text.h"
+
+#include <algorithm>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using Style = ProgressRow::Style;
+
+namespace {
+
+/// A run that passes over images counts fewer than it has seen, which is no bar below its beginning.
+double barOf(double fraction) {
+    return std::clamp(fraction, 0.0, 1.0);
+}
+
+QList<ProgressRow> remoteRunRows(const StatusStore& status) {
+    return {{.fraction = barOf(status.overallProgress())},
+            {.text = u"Processing and Captioning: "_s + status.currentFileName().value_or(QString()),
+             .count = u"%1/%2"_s.arg(status.currentFileIndex()).arg(status.totalFiles()),
+             .isElided = true}};
+}
+
+QList<ProgressRow> transferRows(const StatusStore& status) {
+    QList<ProgressRow> rows;
+    if (status.ftpStatusMessage()) {
+        rows.append({.text = *status.ftpStatusMessage(), .style = Style::small});
+    }
+    if (status.ftpIsDownloading() && status.ftpTotalBytesToDownload() > 0) {
+        rows.append({.fraction = barOf(status.ftpDownloadProgress())});
+    }
+    return rows;
+}
+
+QString captionLine(const StatusStore& status) {
+    return status.currentFileName().value_or(status.lastMessage().value_or(u"Processing..."_s));
+}
+
+QList<ProgressRow> localRunRows(const StatusStore& status) {
+    const bool isInBatches = status.totalBatchCount() >= 2;
+    QList<ProgressRow> rows{{.text = isInBatches ? u"Processing %1 images total"_s.arg(status.totalFiles())
+                                                 : u"%1 images"_s.arg(status.totalFiles()),
+                             .style = Style::heading},
+                            {.text = captionLine(status), .isElided = true}};
+    if (status.totalBatchCount() >= 1) {
+        const qint64 size = status.currentBatchSize();
+        rows.append(
+            {.text = u"Batch %1: %2 image%3"_s.arg(status.currentBatchNumber()).arg(size).arg(plural(size)),
+             .fraction = barOf(status.batchProgress())});
+    }
+    if (isInBatches) {
+        rows.append({.text = u"Batch %1/%2"_s.arg(status.currentBatchNumber()).arg(status.totalBatchCount()),
+                     .fraction = barOf(status.batchedRunProgress())});
+    }
+    return rows;
+}
+
+} // namespace
+
+QList<ProgressRow> progressRows(SourceType source, const StatusStore& status) {
+    if (source == SourceType::local) {
+        return status.isProcessing() ? localRunRows(status) : QList<ProgressRow>();
+    }
+    if (status.isProcessing()) {
+        return remoteRunRows(status);
+    }
+    const bool isTransferring = status.ftpIsChecking() || status.ftpIsDownloading();
+    return isTransferring ? transferRows(status) : QList<ProgressRow>();
+}
+
+std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status) {
+    if (!settings.autoMode()) {
+        return std::nullopt;
+    }
+    const std::optional<qint64> seconds = status.nextScanCountdown();
+    return seconds ? u"Auto Processing: On (next scan: %1s)"_s.arg(*seconds) : u"Auto Processing: On"_s;
+}
+
+} // namespace ostrelle

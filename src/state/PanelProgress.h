@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/SourceType.h"
+#include "state/SettingsStore.h"
+#include "state/StatusStore.h"
+
+#include <QList>
+#include <QString>
+#include <optional>
+
+namespace ostrelle {
+
+/// One row of the main panel's progress.
+struct ProgressRow {
+    enum class Style { heading, normal, small };
+
+    QString text = {};  ///< empty: there is only the bar
+    QString count = {}; ///< beside the text, such as "3/21"
+    Style style = Style::normal;
+    bool isElided = false;               ///< cut in the middle when it is too long
+    std::optional<double> fraction = {}; ///< of the bar, from 0 to 1; without it there is none
+
+    bool operator==(const ProgressRow&) const = default;
+};
+
+/// What the main panel shows of the run and of the remote side; empty while nothing goes on.
+QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
+
+/// The line about auto mode; nothing when it is off.
+std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status);
+
+} // namespace ostrelle

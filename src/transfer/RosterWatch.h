@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Clock.h"
+#include "state/SettingsStore.h"
+#include "transfer/FolderThreads.h"
+
+#include <QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QPromise>
+#include <QString>
+#include <chrono>
+#include <memory>
+
+namespace ostrelle {
+
+/// Knows whether a roster lies in the watch folder, for a view that must not wait for a network share. It
+/// looks when the folder of the settings changes, and whenever it is told to.
+class RosterWatch : public QObject {
+    Q_OBJECT
+
+public:
+    /// How long someone who wants to act waits for a folder's answer.
+    static constexpr std::chrono::milliseconds patience = std::chrono::seconds(2);
+
+    /// Looks at once. All arguments have to outlive the watch.
+    RosterWatch(const SettingsStore& settings, FolderThreads& threads, Clock& clock);
+
+    /// What the last look at the present folder found; false before its first has ended.
+    bool isFound() const { return m_isFound; }
+    /// Looks again, as when the window becomes active: the user may have put a file there.
+    void lookAgain();
+    /// Looks again and resumes with what is found. Resumes with isFound() when the folder does not answer, or
+    /// does not matter, as another roster is selected.
+    QCoro::Task<bool> found();
+
+Q_SIGNALS:
+    void foundChanged();
+
+private:
+    using Answer = std::shared_ptr<QPromise<void>>;
+
+    /// The answer to come of a look that has begun.
+    Answer beginLook();
+    static QCoro::Task<> look(QPointer<RosterWatch> watch, QString folder, Answer answer);
+    void folderChanged();
+
+    const SettingsStore& m_settings;
+    FolderThreads& m_threads;
+    Clock& m_clock;
+    bool m_isFound = false;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/SelectionTally.h"
+
+#include "metadata/XMPError.h"
+#include "pipeline/AnalyzerError.h"
+#include "platform/FileError.h"
+#include "services/OpenAIError.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using Kind = ImageFailure::Kind;
+
+namespace {
+
+const QString image = u"/games/429 permission/IMG_4290.CR3"_s;
+
+template <typename E>
+ImageFailure classify(E error) {
+    return classifyFailure(std::make_exception_ptr(error), image);
+}
+
+ImageFailure permissionFailure(const QString& words) {
+    return {.kind = Kind::permission, .words = words};
+}
+
+} // namespace
+
+TEST(ImageFailureTest, TypeAndWordsTellWhatItMeans) {
+    const FileError locked(u"write"_s, u"/games/429 permission/IMG_4290.xmp"_s, EACCES);
+    const FileError full(u"write"_s, u"/games/429 permission/IMG_4290.xmp"_s, ENOSPC);
+    const struct {
+        const char* name;
+        ImageFailure failure;
+        Kind kind;
+        bool mentionsRateLimit;
+    } rows[] = {
+        {"the model's rate limit", classify(OpenAIError::http(429, u"slow down"_s)), Kind::rateLimit, true},
+        {"a rate limit in words", classify(Error(u"Rate limit reached."_s)), Kind::rateLimit, true},
+        {"another answer of the model", classify(OpenAIError::http(500, u"oops"_s)), Kind::ordinary, false},
+        {"no key for the model", classify(OpenAIError::missingAPIKey()), Kind::missingKey, false},
+        {"no key at all", classify(AnalyzerError(AnalyzerError::missingKey, u"?"_s)), Kind::missingKey,
+         false},
+        {"a batch's image", classify(AnalyzerError(AnalyzerError::imageFailed, u"Failed to process image"_s)),
+         Kind::ordinary, false},
+        {"a locked file", classify(locked), Kind::permission, false},
+        {"a file of that name on a full disk", classify(full), Kind::ordinary, false},
+        {"an operation not permitted", classify(Error(u"Operation Not Permitted"_s)), Kind::permission,
+         false},
+        {"a file that cannot be made", classify(Error(u"Cannot create it"_s)), Kind::permission, false},
+        {"permission before rate limit", classify(Error(u"429: no permission"_s)), Kind::permission, true},
+        {"metadata not written", classify(XMPError(XMPError::Case::writeFailed)), Kind::permission, false},
+        {"a damaged picture", classify(XMPError(XMPError::Case::parseFailed)), Kind::ordinary, false},
+        {"a library's", classify(std::runtime_error("IMG_4290.CR3 is broken")), Kind::ordinary, false},
+        {"no exception", classify(1), Kind::ordinary, false},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.failure.kind, row.kind) << row.name;
+        EXPECT_EQ(row.failure.mentionsRateLimit, row.mentionsRateLimit) << row.name;
+        EXPECT_FALSE(row.failure.words.isEmpty()) << row.name;
+    }
+    EXPECT_EQ(classify(locked).words, locked.localizedDescription());
+}
+
+TEST(SelectionTallyTest, TheClosingMessageNamesBothCounts) {
+    const struct {
+        int success;
+        int failed;
+        const char16_t* message;
+    } rows[] = {
+        {1, 0, u"Successfully captioned 1 image"}, {25, 0, u"Successfully captioned 25 images"},
+        {0, 1, u"Failed to caption 1 image"},      {0, 3, u"Failed to caption 3 images"},
+        {1, 2, u"Captioned 1 image, failed 2"},    {2, 1, u"Captioned 2 images, failed 1"},
+    };
+    for (const auto& row : rows) {
+        SelectionTally tally;
+        for (int count = 0; count < row.success; ++count) {
+            tally.addSuccess();
+        }
+        for (int count = 0; count < row.failed; ++count) {
+            tally.addFailure(u"/g/a.jpg"_s, {});
+        }
+        EXPECT_EQ(tally.closingMessage(), row.message);
+    }
+}
+
+TEST(SelectionTallyTest, TheFirstThreePermissionErrorsAreTold) {
+    SelectionTally tally;
+    tally.addFailure(u"/g/x.jpg"_s, {.words = u"not this"_s});
+    for (const QString& words : {u"a"_s, u"b"_s, u"c"_s}) {
+        tally.addFailure(u"/g/y.jpg"_s, permissionFailure(words));
+    }
+    EXPECT_EQ(tally.errorDetail(), u"a; b; c");
+    tally.addFailure(u"/g/z.jpg"_s, permissionFailure(u"d"_s));
+    tally.addFailure(u"/g/z.jpg"_s, permissionFailure(u"e"_s));
+    EXPECT_EQ(tally.errorDetail(), u"a; b; c... and 2 more");
+    EXPECT_EQ(tally.failed(), 6);
+    EXPECT_EQ(tally.permissionErrors(), 5);
+}
+
+TEST(SelectionTallyTest, OnlyAPermissionErrorBringsUpTheRateLimit) {
+    SelectionTally tally;
+    tally.addFailure(image, {.kind = Kind::rateLimit, .words = u"429"_s, .mentionsRateLimit = true});
+    EXPECT_FALSE(tally.mentionsRateLimit());
+    EXPECT_EQ(tally.permissionErrors(), 0);
+    tally.addFailure(image, {.kind = Kind::permission, .words = u"429"_s, .mentionsRateLimit = true});
+    EXPECT_TRUE(tally.mentionsRateLimit());
+}
+
+TEST(SelectionTallyTest, TheHintIsForRawImages) {
+    SelectionTally tally;
+    tally.addFailure(u"/g/a.jpg"_s, {});
+    EXPECT_FALSE(tally.hint());
+    tally.addFailure(u"/g/b.Nef"_s, {});
+    EXPECT_EQ(tally.hint(), u"When manually captioning RAW files, also select the matching .xmp sidecar(s).");
+    EXPECT_EQ(tally.failedNames(), (QStringList{u"a.jpg"_s, u"b.Nef"_s}));
+}
+
+} // namespace ostrelle

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "state/PanelProgress.h"
+
+#include "platform/PathReferences.h"
+#include "support/MemoryDefaults.h"
+#include "support/MemorySecrets.h"
+#include "support/RecordingLog.h"
+#include "support/VirtualClock.h"
+
+#include <gtest/gtest.h>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class PanelProgressTest : public testing::Test {
+protected:
+    /// One line a row: its text, its count and its bar in percent.
+    QStringList rows(SourceType source) const {
+        QStringList lines;
+        for (const ProgressRow& row : progressRows(source, status)) {
+            const QString bar = row.fraction ? u"%1%"_s.arg(qRound(*row.fraction * 100)) : QString();
+            lines.append(QStringList{row.text, row.count, bar}.join(u'|'));
+        }
+        return lines;
+    }
+    QStringList local() const { return rows(SourceType::local); }
+    QStringList ftp() const { return rows(SourceType::ftp); }
+
+    MemoryDefaults defaults;
+    VirtualClock clock;
+    StatusStore status{defaults, clock};
+};
+
+} // namespace
+
+TEST_F(PanelProgressTest, WhileNothingGoesOnThereIsNothingToSee) {
+    status.setLastMessage(u"Done."_s);
+    status.setFtpStatusMessage(u"Idle"_s);
+    status.setTotalBatchCount(3);
+    EXPECT_EQ(local(), QStringList());
+    EXPECT_EQ(ftp(), QStringList());
+}
+
+TEST_F(PanelProgressTest, ALocalRunTellsItsBatches) {
+    status.setIsProcessing(true);
+    status.setTotalFiles(1);
+    EXPECT_EQ(local(), (QStringList{u"1 images||"_s, u"Processing...||"_s}));
+    status.setLastMessage(u"Preparing"_s);
+    EXPECT_EQ(local().at(1), u"Preparing||");
+    status.setCurrentFileName(u"a.jpg"_s);
+    EXPECT_EQ(local().at(1), u"a.jpg||");
+    status.setTotalBatchCount(1);
+    status.setCurrentBatchNumber(1);
+    status.setCurrentBatchSize(1);
+    EXPECT_EQ(local(), (QStringList{u"1 images||"_s, u"a.jpg||"_s, u"Batch 1: 1 image||0%"_s}));
+    status.setTotalFiles(21);
+    status.setTotalBatchCount(3);
+    status.setCurrentBatchNumber(2);
+    status.setCurrentBatchSize(10);
+    status.setCurrentBatchStartIndex(10);
+    status.setProcessed(14);
+    EXPECT_EQ(local(), (QStringList{u"Processing 21 images total||"_s, u"a.jpg||"_s,
+                                    u"Batch 2: 10 images||40%"_s, u"Batch 2/3||67%"_s}));
+}
+
+TEST_F(PanelProgressTest, ABarNeverLeavesItsRange) {
+    status.setIsProcessing(true);
+    status.setTotalFiles(20);
+    status.setTotalBatchCount(2);
+    status.setCurrentBatchSize(10);
+    status.setCurrentBatchStartIndex(10); // after ten images that were left alone
+    EXPECT_EQ(local().at(2), u"Batch 0: 10 images||0%");
+    status.setCurrentFileIndex(30);
+    EXPECT_EQ(ftp().first(), u"||100%");
+}
+
+TEST_F(PanelProgressTest, ARemoteRunGoesBeforeTheTransfer) {
+    status.setFtpIsChecking(true);
+    EXPECT_EQ(ftp(), QStringList());
+    status.setFtpStatusMessage(u"Checking"_s);
+    EXPECT_EQ(ftp(), QStringList{u"Checking||"_s});
+    status.setFtpDownloadProgress(0.25);
+    status.setFtpTotalBytesToDownload(4000);
+    EXPECT_EQ(ftp(), QStringList{u"Checking||"_s}); // no bar before the download
+    status.setFtpIsChecking(false);
+    status.setFtpIsDownloading(true);
+    EXPECT_EQ(ftp(), (QStringList{u"Checking||"_s, u"||25%"_s}));
+    status.setFtpTotalBytesToDownload(0);
+    EXPECT_EQ(ftp(), QStringList{u"Checking||"_s});
+    status.setIsProcessing(true);
+    status.setCurrentFileName(u"a.jpg"_s);
+    status.setCurrentFileIndex(3);
+    status.setTotalFiles(4);
+    EXPECT_EQ(ftp(), (QStringList{u"||75%"_s, u"Processing and Captioning: a.jpg|3/4|"_s}));
+}
+
+TEST_F(PanelProgressTest, AutoModeTellsWhenItLooksAgain) {
+    MemorySecrets secrets;
+    RecordingLog console;
+    KeychainHelper keychain{secrets, console};
+    const PathReferences references;
+    SettingsStore settings{defaults, keychain, references, console};
+    status.setNextScanCountdown(7);
+    EXPECT_EQ(autoModeLine(settings, status), std::nullopt);
+    settings.setAutoMode(true);
+    EXPECT_EQ(autoModeLine(settings, status), u"Auto Processing: On (next scan: 7s)");
+    status.setNextScanCountdown(std::nullopt);
+    EXPECT_EQ(autoModeLine(settings, status), u"Auto Processing: On");
+}
+
+} // namespace ostrelle
