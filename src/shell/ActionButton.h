@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QPushButton>
+
+namespace ostrelle {
+
+/// What pressing a button means: the one main action, any other, one that destroys, or a way to elsewhere.
+enum class ActionKind { main, normal, destroying, link };
+
+/// Whether a button stands beside others or spans its column.
+enum class ActionSize { compact, wide };
+
+/// A button in the colours of what it does; drawn by the application's style sheet.
+class ActionButton : public QPushButton {
+    Q_OBJECT
+    Q_PROPERTY(QString kind READ kindName CONSTANT)
+    Q_PROPERTY(bool wide READ isWide CONSTANT)
+
+public:
+    explicit ActionButton(const QString& words, ActionKind kind = ActionKind::normal,
+                          ActionSize size = ActionSize::compact, QWidget* parent = nullptr);
+
+    /// What it says; unlike in setText(), "&" is an "&".
+    void setWords(const QString& words);
+
+    QString kindName() const;
+    bool isWide() const;
+
+private:
+    ActionKind m_kind;
+    ActionSize m_size;
+};
+
+} // namespace ostrelle

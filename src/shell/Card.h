@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QList>
+#include <QWidget>
+
+class QLabel;
+class QVBoxLayout;
+
+namespace ostrelle {
+
+/// A group of rows in a rounded frame below a small grey title. A row that is hidden takes its line with it.
+class Card : public QWidget {
+    Q_OBJECT
+
+public:
+    /// With an empty title there is only the frame.
+    explicit Card(const QString& title = {}, QWidget* parent = nullptr);
+
+    /// Adds a row below the others and owns it. Any widget serves; a SettingRow brings its own padding.
+    void addRow(QWidget* row);
+
+    /// Adds a widget with the padding of a row around it and owns it; returns the row, to be hidden or shown.
+    QWidget* addPaddedRow(QWidget* content);
+
+    QString title() const;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QRectF frame() const;
+
+    QLabel* m_title;
+    QVBoxLayout* m_rowLayout;
+    QList<QWidget*> m_rows;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Alerts.h"
+
+namespace ostrelle {
+
+/// Alerts as dialogs over the window that is in use. The program goes on behind them.
+class DesktopAlerts : public Alerts {
+public:
+    /// Escape and closing the dialog press the last button.
+    QCoro::Task<int> show(Alert alert) override;
+};
+
+} // namespace ostrelle

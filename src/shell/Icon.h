@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Sport.h"
+
+#include <QColor>
+#include <QIcon>
+#include <optional>
+
+class QPainter;
+
+namespace ostrelle {
+
+/// The signs of the program, each a drawing of our own in resources/icons.
+enum class IconName {
+    back,
+    bubble,
+    chart,
+    check,
+    chevronDown,
+    cross,
+    document,
+    download,
+    eye,
+    eyeOff,
+    folder,
+    help,
+    info,
+    iptcList,
+    key,
+    lightbulb,
+    mail,
+    microphone,
+    next,
+    photos,
+    play,
+    refresh,
+    server,
+    settings,
+    sportBaseball,
+    sportBasketball,
+    sportCrossCountry,
+    sportFootball,
+    sportHorseRacing,
+    sportLacrosse,
+    sportSoccer,
+    sportSoftball,
+    sportTrackAndField,
+    sportVolleyball,
+    warning,
+};
+
+/// The sign as an icon, drawn anew for each size and scale. Without a colour it takes the text colour of the
+/// application's palette at the time it is drawn; disabled, it is paler.
+QIcon icon(IconName name, std::optional<QColor> color = {});
+
+/// Draws the sign into the rectangle.
+void paintIcon(QPainter& painter, const QRectF& rectangle, IconName name, const QColor& color);
+
+/// The sign of a sport.
+IconName sportIcon(Sport sport);
+
+/// The program's own icon, in its own colours.
+QIcon applicationIcon();
+
+} // namespace ostrelle

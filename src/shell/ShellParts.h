@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "pipeline/Analyzer.h"
+#include "platform/Alerts.h"
+#include "platform/AppEvents.h"
+#include "platform/Clock.h"
+#include "platform/DefaultsStore.h"
+#include "platform/FileAccess.h"
+#include "platform/FileChooser.h"
+#include "platform/NotificationManager.h"
+#include "platform/PlainLog.h"
+#include "platform/Workspace.h"
+#include "services/PromptService.h"
+#include "state/SettingsStore.h"
+#include "state/StatusStore.h"
+#include "state/UsageTracker.h"
+#include "transfer/FolderThreads.h"
+
+namespace ostrelle {
+
+/// What the windows show and ask to act. All of it has to outlive them.
+struct ShellParts {
+    SettingsStore& settings;
+    StatusStore& status;
+    UsageTracker& usage;
+    DefaultsStore& defaults;
+    PromptService& prompts;
+    Analyzer& analyzer;
+    CaptionTurns& turns;
+    NotificationManager& notifications;
+    FolderThreads& threads;
+    FileAccess& access;
+    FileChooser& files;
+    Alerts& alerts;
+    AppEvents& events;
+    Workspace& workspace;
+    Clock& clock;
+    PlainLog& console;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/TeamColor.h"
+#include "shell/Card.h"
+#include "shell/ColorSwatchPicker.h"
+#include "shell/CounterLabel.h"
+#include "shell/ElidedLabel.h"
+#include "shell/Icon.h"
+#include "shell/InfoButton.h"
+#include "shell/Picker.h"
+#include "shell/Popover.h"
+#include "shell/ProgressLine.h"
+#include "shell/SecureField.h"
+#include "shell/SegmentedControl.h"
+#include "shell/SettingRow.h"
+#include "shell/Switch.h"
+#include "shell/Theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QImage>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+#include <cmath>
+
+namespace ostrelle {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// A window with one widget in it that has the focus.
+class ToolkitTest : public testing::Test {
+protected:
+    void show(QWidget* widget) {
+        m_layout.addWidget(widget);
+        m_window.show();
+        m_window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window));
+        widget->setFocus();
+    }
+
+    QWidget m_window;
+    QVBoxLayout m_layout{&m_window};
+};
+
+TEST_F(ToolkitTest, ASwitchThatItsGuardRefusesNeverLooksOn) {
+    auto* toggle = new Switch;
+    show(toggle);
+    QSignalSpy toggled(toggle, &Switch::toggled);
+    int asked = 0;
+    bool allowed = false;
+    toggle->setGuard([&] {
+        ++asked;
+        return allowed;
+    });
+
+    QTest::mouseClick(toggle, Qt::LeftButton);
+    QTest::keyClick(toggle, Qt::Key_Space);
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(toggled.count(), 0);
+    EXPECT_FALSE(toggle->isChecked());
+
+    allowed = true;
+    QTest::keyClick(toggle, Qt::Key_Space);
+    EXPECT_TRUE(toggle->isChecked());
+    allowed = false;
+    QTest::keyClick(toggle, Qt::Key_Space);
+    EXPECT_FALSE(toggle->isChecked()) << "nobody is asked before it goes off";
+    EXPECT_EQ(asked, 3);
+}
+
+TEST_F(ToolkitTest, AGuardMayTakeTheWindowAway) {
+    auto* toggle = new Switch;
+    show(toggle);
+    toggle->setGuard([toggle] {
+        toggle->setParent(nullptr);
+        toggle->deleteLater();
+        return false;
+    });
+    QTest::keyClick(toggle, Qt::Key_Space);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(m_window.findChild<Switch*>(), nullptr);
+}
+
+TEST_F(ToolkitTest, ArrowKeysMoveTheChoiceOfASegmentedControl) {
+    auto* styles = new SegmentedControl({u"AP"_s, u"Getty"_s, u"Simple"_s}, u"style"_s);
+    show(styles);
+    QSignalSpy chosen(styles, &SegmentedControl::chosen);
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+    EXPECT_EQ(styles->currentIndex(), 1);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    EXPECT_EQ(styles->currentIndex(), 0);
+    QTest::mouseClick(styles->findChild<QWidget*>(u"style2"_s), Qt::LeftButton);
+    EXPECT_EQ(styles->currentIndex(), 2);
+    EXPECT_EQ(chosen.count(), 3);
+
+    styles->setCurrentIndex(1);
+    EXPECT_EQ(chosen.count(), 3) << "a view that shows a setting must not write it back";
+    styles->setCurrentIndex(7);
+    EXPECT_EQ(styles->currentIndex(), 1);
+}
+
+TEST_F(ToolkitTest, AllTeamColorsCanBeChosenByKeyboard) {
+    auto* picker = new ColorSwatchPicker;
+    show(picker);
+    picker->setColorName(u"Blue"_s);
+    QSignalSpy chosen(picker, &ColorSwatchPicker::chosen);
+
+    QTest::keyClick(picker, Qt::Key_Space);
+    ASSERT_NE(picker->popover(), nullptr);
+    EXPECT_EQ(picker->popover()->focusWidget()->objectName(), u"swatchBlue"_s);
+    QTest::keyClick(picker->popover()->focusWidget(), Qt::Key_Right);
+    EXPECT_EQ(chosen.count(), 0) << "an arrow only looks";
+    QTest::keyClick(picker->popover()->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(picker->colorName(), u"Navy"_s);
+    EXPECT_EQ(chosen.count(), 1);
+
+    QSet<QString> reached{picker->colorName()};
+    for (int press = 0; press < 20; ++press) {
+        QTest::keyClick(picker, press < 3 ? Qt::Key_Down : Qt::Key_Up);
+        reached.insert(picker->colorName());
+    }
+    EXPECT_EQ(reached.size(), std::ssize(teamColors()));
+}
+
+TEST_F(ToolkitTest, TheSwatchPickerKeepsItsWidthAndAnUnknownName) {
+    ColorSwatchPicker picker;
+    const QSize size = picker.sizeHint();
+    picker.setColorName(u"Crimson and Cream"_s);
+    EXPECT_EQ(picker.colorName(), u"Crimson and Cream"_s);
+    EXPECT_EQ(picker.sizeHint(), size);
+}
+
+TEST_F(ToolkitTest, EscapeAndAClickElsewhereCloseAnExplanation) {
+    auto* button = new InfoButton({u"Why?"_s, {{u"Because."_s}, {u"• one\n• two"_s, u"When ENABLED:"_s}}});
+    show(button);
+
+    QTest::keyClick(button, Qt::Key_Space);
+    ASSERT_NE(button->popover(), nullptr);
+    QTest::keyClick(button->popover(), Qt::Key_Escape);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(button->popover(), nullptr);
+    EXPECT_TRUE(button->hasFocus());
+
+    QTest::mouseClick(button, Qt::LeftButton);
+    ASSERT_NE(button->popover(), nullptr);
+    QTest::mouseClick(button->popover(), Qt::LeftButton, {}, QPoint(-40, -40));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(button->popover(), nullptr);
+}
+
+TEST_F(ToolkitTest, WhatAnElidedLabelAsksForDoesNotDependOnItsWords) {
+    ElidedLabel label(u"None"_s);
+    const QSize size = label.sizeHint();
+    const QSize least = label.minimumSizeHint();
+    label.resize(120, 20);
+    EXPECT_FALSE(label.isCut());
+    label.setText(u"2025-10-26 Kentucky at Tennessee, second half and overtime"_s);
+    EXPECT_TRUE(label.isCut());
+    EXPECT_EQ(label.sizeHint(), size);
+    EXPECT_EQ(label.minimumSizeHint(), least);
+}
+
+TEST_F(ToolkitTest, ACounterIsAsWideForAnyDigitsOfTheSameNumber) {
+    const QFont proportional = [] {
+        QFont font(u"URW Gothic"_s);
+        font.setPixelSize(40);
+        return font;
+    }();
+    CounterLabel label(u"11/111"_s);
+    label.setFont(proportional);
+    const int width = label.sizeHint().width();
+    label.setText(u"48/960"_s);
+    EXPECT_EQ(label.sizeHint().width(), width);
+}
+
+TEST_F(ToolkitTest, AProgressLineTakesAnyNumber) {
+    ProgressLine line;
+    struct Case {
+        double given;
+        double shown;
+    };
+    for (const Case& each :
+         {Case{-1, 0}, Case{0.25, 0.25}, Case{7, 1}, Case{0.1, 0.1}, Case{std::nan(""), 0}}) {
+        line.setFraction(each.given);
+        EXPECT_EQ(line.fraction(), each.shown) << each.given;
+        EXPECT_EQ(line.value(), qRound(each.shown * 1000)) << each.given;
+    }
+    line.setIndeterminate(true);
+    line.setFraction(0.5);
+    EXPECT_FALSE(line.isIndeterminate());
+}
+
+TEST_F(ToolkitTest, ASecretHidesAgainWithItsField) {
+    auto* field = new SecureField(u"password"_s);
+    show(field);
+    auto* eye = m_window.findChild<QToolButton*>(u"passwordReveal"_s);
+    ASSERT_NE(eye, nullptr);
+    QTest::keyClick(eye, Qt::Key_Space);
+    EXPECT_EQ(field->echoMode(), QLineEdit::Normal);
+    m_window.hide();
+    EXPECT_EQ(field->echoMode(), QLineEdit::Password);
+}
+
+TEST_F(ToolkitTest, TheWheelScrollsThePageNotThePicker) {
+    auto* picker = new Picker;
+    picker->addItems({u"Football"_s, u"Soccer"_s});
+    show(picker);
+    QWheelEvent down({5, 5}, picker->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase,
+                     false);
+    QApplication::sendEvent(picker, &down);
+    EXPECT_EQ(picker->currentIndex(), 0);
+    EXPECT_FALSE(down.isAccepted());
+}
+
+TEST_F(ToolkitTest, ScreenReadersGetTheRoleAndNameOfEachControl) {
+    auto* toggle = new Switch;
+    toggle->setObjectName(u"audio"_s);
+    auto* row = new SettingRow(u"Sound & Voice"_s, toggle);
+    row->setInfo({u"Sound"_s, {{u"What is said."_s}}});
+    auto* styles = new SegmentedControl({u"AP"_s, u"Getty"_s}, u"style"_s);
+    auto* card = new Card(u"Group"_s);
+    card->addRow(row);
+    card->addRow(new SettingRow(u"Style"_s, styles));
+    show(card);
+
+    struct Case {
+        QString name;
+        QAccessible::Role role;
+        QString spoken;
+    };
+    for (const Case& each : {Case{u"audio"_s, QAccessible::CheckBox, u"Sound & Voice"_s},
+                             Case{u"style1"_s, QAccessible::RadioButton, u"Getty"_s},
+                             Case{u"audioInfo"_s, QAccessible::Button, u"About “Sound”"_s}}) {
+        auto* widget = m_window.findChild<QWidget*>(each.name);
+        ASSERT_NE(widget, nullptr) << each.name.toStdString();
+        QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(widget);
+        EXPECT_EQ(spoken->role(), each.role) << each.name.toStdString();
+        EXPECT_EQ(spoken->text(QAccessible::Name), each.spoken);
+    }
+    EXPECT_EQ(row->objectName(), u"audioRow"_s);
+    row->setName(u"Voice"_s);
+    EXPECT_EQ(toggle->accessibleName(), u"Voice"_s) << "a row that is renamed takes its control along";
+}
+
+TEST_F(ToolkitTest, EverySignIsDrawnAndNoTwoAreAlike) {
+    QList<QImage> drawn;
+    for (int index = 0; index <= static_cast<int>(IconName::warning); ++index) {
+        const QImage image = icon(static_cast<IconName>(index), Qt::black).pixmap(24, 24).toImage();
+        QImage empty(image.size(), image.format());
+        empty.fill(Qt::transparent);
+        EXPECT_NE(image, empty) << index;
+        EXPECT_FALSE(drawn.contains(image)) << index;
+        drawn.append(image);
+    }
+}
+
+TEST_F(ToolkitTest, AWidgetTellsItsThemeFromItsPalette) {
+    QPushButton widget;
+    widget.setStyleSheet(u"background: transparent"_s); // which blackens its window colour
+    widget.setPalette(Theme::dark().palette());
+    EXPECT_EQ(Theme::of(widget).accent, Theme::dark().accent);
+    widget.setPalette(Theme::light().palette());
+    EXPECT_EQ(Theme::of(widget).accent, Theme::light().accent);
+}
+
+} // namespace
+} // namespace ostrelle
