@@ -23,8 +23,9 @@ constexpr qint64 maximumFileSize = qint64{512} << 20;
 /// One caption write into one file, with its words for the log.
 class EmbeddedCaptionWrite {
 public:
-    EmbeddedCaptionWrite(const QString& path, const QString& caption, PlainLog& log)
-        : m_path(path), m_caption(caption), m_log(log) {}
+    EmbeddedCaptionWrite(const QString& path, const QString& caption, PlainLog& log,
+                         const std::optional<FileStamp>& decoded)
+        : m_path(path), m_caption(caption), m_log(log), m_decoded(decoded) {}
 
     void run() {
         try {
@@ -74,6 +75,9 @@ private:
 
     /// A file whose picture is damaged is left alone: it may still be arriving.
     void checkPicture() {
+        if (m_decoded && m_decoded == FileStamp::at(m_path)) {
+            return; // the picture has just been decoded whole, for its rendition
+        }
         constexpr int side = 64; // the smallest decoding that still goes over all of the data
         try {
             decodeJpeg(m_path, side);
@@ -106,14 +110,16 @@ private:
     QString m_path;
     QString m_caption;
     PlainLog& m_log;
+    std::optional<FileStamp> m_decoded;
     int m_attempts = 0;
     bool m_hasManifest = false;
 };
 
 } // namespace
 
-void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log) {
-    EmbeddedCaptionWrite(path, caption, log).run();
+void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
+                          const std::optional<FileStamp>& decoded) {
+    EmbeddedCaptionWrite(path, caption, log, decoded).run();
 }
 
 } // namespace ostrelle

@@ -231,8 +231,9 @@ std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) cons
     return metadata ? embeddedCreator(*metadata) : std::nullopt;
 }
 
-void XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log) const {
-    writeCaptionIntoJpeg(image, caption, log);
+void XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
+                                     const std::optional<FileStamp>& decoded) const {
+    writeCaptionIntoJpeg(image, caption, log, decoded);
 }
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/XMPContext.h"
+#include "platform/FileStamp.h"
 #include "platform/PlainLog.h"
 
 #include <QString>
@@ -58,9 +59,12 @@ public:
     std::optional<QString> readEmbeddedCreator(const QString& image) const;
 
     /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
-    /// On any failure the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded
-    /// and XMPError::writeFailed when the file cannot be changed without harm or not be replaced.
-    void writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log) const;
+    /// `decoded` is the file as it was when its picture was last decoded, whole: if it still is that file,
+    /// the picture is not decoded again. On any failure the old file is intact. Throws XMPError::parseFailed
+    /// when the picture cannot be decoded and XMPError::writeFailed when the file cannot be changed without
+    /// harm or not be replaced.
+    void writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
+                              const std::optional<FileStamp>& decoded = {}) const;
 };
 
 } // namespace ostrelle

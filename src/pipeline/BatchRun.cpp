@@ -154,7 +154,7 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
              {.words = u"The model returned no caption for it."_s}, Telling::inBatch);
         co_return;
     }
-    const auto written = co_await attempt(write(prepared.image.file, *caption));
+    const auto written = co_await attempt(write(prepared.image.file, *caption, prepared.image.decoded));
     if (written) {
         succeed(prepared.index, *caption, Telling::inBatch);
     } else {
@@ -201,15 +201,15 @@ QCoro::Task<QString> BatchRun::askAndWrite(Prepared prepared, CodeReplacements r
     const QString prompt = co_await composeImagePrompt(m_parts, prepared.image, roster);
     const CaptionReply reply = co_await askForCaption(m_parts, prepared.image.jpegData, prompt);
     const QString caption = finalizeCaption(reply.text, prepared.image.rights, m_parts.settings);
-    co_await write(prepared.image.file, caption);
+    co_await write(prepared.image.file, caption, prepared.image.decoded);
     co_return caption;
 }
 
-QCoro::Task<> BatchRun::write(QString file, QString caption) {
+QCoro::Task<> BatchRun::write(QString file, QString caption, std::optional<FileStamp> decoded) {
     const ScopedAccess fileAccess(m_parts.access, file);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
     const ImageMetadata metadata(file, m_parts.xmp, m_parts.log.console());
-    co_await metadata.writeCaption(caption);
+    co_await metadata.writeCaption(caption, decoded);
     co_await m_parts.manifest.markProcessed(file);
 }
 

@@ -73,7 +73,7 @@ private:
     QCoro::Task<> captionSingle(Prepared prepared);
     /// Asks for the one image and writes its caption, which is the result. Throws what went wrong.
     QCoro::Task<QString> askAndWrite(Prepared prepared, CodeReplacements roster);
-    QCoro::Task<> write(QString file, QString caption);
+    QCoro::Task<> write(QString file, QString caption, std::optional<FileStamp> decoded);
     QList<BatchImageItem> items() const;
     void skip(qsizetype index);
     void succeed(qsizetype index, const QString& caption, BatchProgress::Telling telling);

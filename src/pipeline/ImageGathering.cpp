@@ -132,7 +132,8 @@ QCoro::Task<> ImageGathering::extractPreview() {
     constexpr double rawQuality = 0.85;
     const double quality = m_metadata.isEmbedded() ? jpegQuality : rawQuality;
     auto extract = [previewer = m_parts.previewer, file = m_image.file, quality] {
-        return previewer.extractPreview(file, longestSide, quality);
+        const std::optional<FileStamp> stamp = FileStamp::at(file); // of what is read, or of what was before
+        return std::pair(previewer.extractPreview(file, longestSide, quality), stamp);
     };
     const auto jpeg = co_await attemptOffMainThread(extract);
     if (!jpeg) {
@@ -140,7 +141,8 @@ QCoro::Task<> ImageGathering::extractPreview() {
             u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, jpeg.words()));
         jpeg.rethrow();
     }
-    m_image.jpegData = *jpeg;
+    m_image.jpegData = jpeg->first;
+    m_image.decoded = jpeg->second;
 }
 
 QCoro::Task<> ImageGathering::gatherAudioNote() {

@@ -65,11 +65,11 @@ QCoro::Task<std::optional<QString>> ImageMetadata::readCreator() const {
     return workWithLog(std::move(read), m_log);
 }
 
-QCoro::Task<> ImageMetadata::writeCaption(QString caption) const {
+QCoro::Task<> ImageMetadata::writeCaption(QString caption, std::optional<FileStamp> decoded) const {
     auto write = [xmp = m_xmp, file = m_file, sidecar = m_sidecar, isEmbedded = m_isEmbedded,
-                  caption = std::move(caption)](PlainLog& log) {
+                  caption = std::move(caption), decoded](PlainLog& log) {
         if (isEmbedded) {
-            xmp.writeEmbeddedCaption(caption, file, log);
+            xmp.writeEmbeddedCaption(caption, file, log, decoded);
         } else {
             xmp.writeDefaultCaption(caption, sidecar);
             touchFile(sidecar);

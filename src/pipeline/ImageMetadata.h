@@ -31,7 +31,8 @@ public:
     QCoro::Task<std::optional<QString>> readRights() const;
     QCoro::Task<std::optional<QString>> readCreator() const;
     /// A sidecar's modification time becomes now, even if nothing in it changes.
-    QCoro::Task<> writeCaption(QString caption) const;
+    /// `decoded` is the file as it was when its picture was decoded, see XMPWriter::writeEmbeddedCaption().
+    QCoro::Task<> writeCaption(QString caption, std::optional<FileStamp> decoded) const;
 
 private:
     QString m_file;

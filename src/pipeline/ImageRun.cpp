@@ -220,7 +220,8 @@ QCoro::Task<> ImageRun::writeCaption(QString caption) {
     const WriteLines& lines = m_gathering.metadata().isEmbedded() ? embeddedWrite : sidecarWrite;
     const QString before = co_await captionForLog();
     log.appendToLog(lines.before + before);
-    const auto written = co_await attempt(m_gathering.metadata().writeCaption(caption));
+    const auto written =
+        co_await attempt(m_gathering.metadata().writeCaption(caption, m_gathering.image().decoded));
     if (!written) {
         log.printAndAppend(lines.failed.arg(m_gathering.name(), written.words()));
         written.rethrow();

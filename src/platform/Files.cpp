@@ -2,6 +2,7 @@
 #include "platform/Files.h"
 
 #include "platform/FileError.h"
+#include "platform/FileStamp.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -226,31 +227,6 @@ std::filesystem::path linkTarget(const std::filesystem::path& path) {
     return error ? path : target;
 }
 
-/// What changes when a program writes a file, replaces it or sets its dates: some put the date of the last
-/// change back, but nobody sets that of the file's own record.
-struct FileStamp {
-    explicit FileStamp(const struct stat& status)
-        : device(status.st_dev)
-        , number(status.st_ino)
-        , size(status.st_size)
-        , contentChanged(status.st_mtim.tv_sec, status.st_mtim.tv_nsec)
-        , recordChanged(status.st_ctim.tv_sec, status.st_ctim.tv_nsec) {}
-
-    /// Of the file that is at the path now.
-    static std::optional<FileStamp> at(const std::filesystem::path& path) {
-        struct stat status{};
-        return ::stat(path.c_str(), &status) == 0 ? std::optional(FileStamp(status)) : std::nullopt;
-    }
-
-    bool operator==(const FileStamp&) const = default;
-
-    dev_t device;
-    ino_t number;
-    off_t size;
-    std::pair<time_t, long> contentChanged;
-    std::pair<time_t, long> recordChanged;
-};
-
 struct StampedFile {
     QByteArray bytes;
     FileStamp stamp; ///< from before the bytes were read, so that a change during the reading shows too
@@ -304,7 +280,7 @@ Replacement replace(const QString& path, const QByteArray& bytes, mode_t newFile
     if (!file.prepare()) {
         throw FileError(u"write"_s, path, errno);
     }
-    if (expected && FileStamp::at(target) != expected) {
+    if (expected && FileStamp::at(QFile::decodeName(target.c_str())) != expected) {
         return Replacement::outdated;
     }
     if (!file.replaceTarget()) {

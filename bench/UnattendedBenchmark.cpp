@@ -1,0 +1,391 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Auto mode on folders of 24-megapixel pictures, as the watch command sets it up, against a stand-in for the
+// model. Driven by the script `unattended` beside this file:
+//   bench_unattended make FOLDER RAWS JPEGS   fills the folder
+//   bench_unattended at-once FOLDER           captions it and compares with its renditions alone
+//   bench_unattended slow FOLDER SECONDS      captions it while the model takes so long for an answer
+//   bench_unattended memory FOLDER            captions it and reports the process's peak memory
+#include "cli/CommandProgram.h"
+#include "core/Error.h"
+#include "pipeline/ImageKind.h"
+#include "pipeline/ImageListing.h"
+#include "platform/ApiKey.h"
+#include "platform/Files.h"
+#include "support/DngBuilder.h"
+#include "support/JpegBuilder.h"
+#include "support/ModelStandIn.h"
+
+#include <time.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QThreadPool>
+#include <QTimer>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "../demo/ShootSidecar.h"
+
+namespace ostrelle {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const QString key = u"bench-key"_s;
+const QString rosterName = u"code-replacements.txt"_s;
+
+/// Two kinds of pictures in turn, each with what an ingest tool writes about it and no caption.
+void makeImages(const QString& folder, int raws, int jpegs) {
+    const SportsScene scene(6000, 4000, 7);
+    const QString dng = folder + u"/.24mp"_s;
+    replaceFile(dng, dngFile(scene));
+    const QByteArray jpeg = jpegWithXmp(jpegFile(scene.image()), shootSidecar({}));
+    for (int number = 1; number <= std::max(raws, jpegs); ++number) {
+        const QString stem = folder + u"/IMG_%1"_s.arg(number, 4, 10, QChar(u'0'));
+        if (number <= raws) { // never rewritten, so one file on the disk will do
+            std::filesystem::create_hard_link(dng.toStdString(), (stem + u"R.DNG"_s).toStdString());
+            replaceFile(stem + u"R.xmp"_s, shootSidecar({}));
+        }
+        if (number <= jpegs) {
+            replaceFile(stem + u"J.JPG"_s, jpeg);
+        }
+    }
+    replaceFile(folder + u'/' + rosterName, "12\tHerons quarterback Sam Abel\n24\tHerons back Lee Moss\n");
+    std::printf("%d RAW files of %lld kB and %d JPEG files of %lld kB, 6000 x 4000 pixels\n", raws,
+                QFileInfo(dng).size() / 1024, jpegs, static_cast<long long>(jpeg.size()) / 1024);
+}
+
+QStringList imagesIn(const QString& folder) {
+    QStringList images;
+    for (const QString& name : listImages(folder).images) {
+        images.append(folder + u'/' + name);
+    }
+    return images;
+}
+
+/// Empty when there is none.
+QString captionOf(const QString& image) {
+    SilentLog log;
+    const XMPWriter xmp;
+    const auto caption =
+        isJpegImage(image) ? xmp.readEmbeddedCaption(image, log) : xmp.readDefaultCaption(sidecarPath(image));
+    return caption.value_or(QString());
+}
+
+/// Seconds that the renditions of all images take on all cores, with nothing else to be done.
+double renderAll(const QStringList& images) {
+    QElapsedTimer timer;
+    timer.start();
+    for (const QString& image : images) {
+        QThreadPool::globalInstance()->start(
+            [image] { RAWPreviewExtractor().extractPreview(image, 1024, isJpegImage(image) ? 0.6 : 0.85); });
+    }
+    QThreadPool::globalInstance()->waitForDone();
+    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+}
+
+/// Seconds of processor time: of the calling thread, or of all threads of the process.
+double processorSeconds(clockid_t whose) {
+    timespec time{};
+    ::clock_gettime(whose, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+/// The stand-in in a thread of its own, so that what it computes does not hold up the program's.
+class ModelThread {
+public:
+    explicit ModelThread(std::chrono::milliseconds delay) {
+        m_context.moveToThread(&m_thread);
+        m_thread.start();
+        run([this, delay] {
+            m_model = std::make_unique<ModelStandIn>(key.toUtf8());
+            m_model->setDelay(delay);
+            m_model->setKeepsBodies(false);
+        });
+    }
+    ~ModelThread() {
+        run([this] { m_model.reset(); });
+        m_thread.quit();
+        m_thread.wait();
+    }
+    ModelThread(const ModelThread&) = delete;
+    ModelThread& operator=(const ModelThread&) = delete;
+
+    QUrl url() const { return m_model->url(); } // which never changes
+    qsizetype requests() {
+        qsizetype count = 0;
+        run([this, &count] { count = m_model->requests().size(); });
+        return count;
+    }
+    /// The processor time of the model: what a real one would not take from this machine.
+    double seconds() {
+        double seconds = 0;
+        run([&seconds] { seconds = processorSeconds(CLOCK_THREAD_CPUTIME_ID); });
+        return seconds;
+    }
+
+private:
+    template <typename Function>
+    void run(Function function) {
+        QMetaObject::invokeMethod(&m_context, function, Qt::BlockingQueuedConnection);
+    }
+
+    QThread m_thread;
+    QObject m_context; ///< whatever it is called with runs in the thread
+    std::unique_ptr<ModelStandIn> m_model;
+};
+
+/// How late a timer of the main thread comes, which is how long a window would stand still.
+class Heartbeat {
+public:
+    static constexpr int period = 5;      ///< milliseconds
+    static constexpr double grace = 16;   ///< milliseconds: a frame of a screen
+    static constexpr double share = 1e-3; ///< of the ticks that may be later than that
+
+    Heartbeat() {
+        m_timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { tick(); });
+        m_since.start();
+        m_timer.start(period);
+    }
+
+    int ticks() const { return m_ticks; }
+    int late() const { return m_late; }
+    double worst() const { return m_worst; }
+    /// The longest that the main thread itself has computed between two ticks, in milliseconds: the rest of
+    /// a delay is the disk's, or other threads' that the machine has preferred.
+    double longestTurn() const { return m_longestTurn; }
+
+private:
+    void tick() {
+        const double lateness = static_cast<double>(m_since.nsecsElapsed()) / 1e6 - period;
+        const double computed = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+        m_since.start();
+        ++m_ticks;
+        m_late += lateness > grace ? 1 : 0;
+        m_worst = std::max(m_worst, lateness);
+        m_longestTurn = std::max(m_longestTurn, (computed - m_computed) * 1e3);
+        m_computed = computed;
+    }
+
+    QTimer m_timer;
+    QElapsedTimer m_since;
+    double m_computed = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
+    int m_ticks = 0;
+    int m_late = 0;
+    double m_worst = 0;
+    double m_longestTurn = 0;
+};
+
+Options watching(const QString& folder) {
+    Options options;
+    options.command = Options::Command::watchFolder;
+    options.folder = folder;
+    options.roster = folder + u'/' + rosterName;
+    return options;
+}
+
+AppFolders foldersIn(const QString& home) {
+    return {.config = home + u"/config"_s,
+            .data = home + u"/data"_s,
+            .promptCache = home + u"/prompts"_s,
+            .manifest = home + u"/manifest"_s,
+            .cache = home + u"/cache"_s,
+            .runtime = {}};
+}
+
+template <typename Condition>
+void wait(const Condition& condition) {
+    while (!condition()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+/// The watch command on a folder, from the start of auto mode until each image is done with.
+class UnattendedRun {
+public:
+    UnattendedRun(const QString& folder, std::chrono::milliseconds delay)
+        : m_folder(folder)
+        , m_images(imagesIn(folder))
+        , m_model(delay)
+        , m_program(watching(folder), foldersIn(m_home.path()), {.model = m_model.url()}) {
+        if (std::ranges::any_of(m_images, [](const QString& image) { return !captionOf(image).isEmpty(); })) {
+            throw Error(u"The folder has images with captions. It needs to be made anew for each run."_s);
+        }
+        m_program.defaults.set(apiKeyName, key);
+        Analyzer& analyzer = m_program.captions.analyzer;
+        QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer,
+                         [this](const ImageReport& report) { m_reports[report.file].append(report); });
+    }
+
+    void execute() {
+        QElapsedTimer timer;
+        const Heartbeat heartbeat;
+        timer.start();
+        m_program.captions.autoMode.updateAutoMode(true, SourceType::local, m_folder);
+        wait([this] { return m_reports.size() == m_images.size(); });
+        m_seconds = static_cast<double>(timer.nsecsElapsed()) / 1e9;
+        const QCoro::Task<bool> finished = m_program.finish();
+        wait([&finished] { return finished.isReady(); });
+        printStalls(heartbeat);
+        printOutcome();
+    }
+
+    qsizetype images() const { return m_images.size(); }
+    /// From the start of auto mode to the last caption.
+    double seconds() const { return m_seconds; }
+    double modelSeconds() { return m_model.seconds(); }
+
+private:
+    static void printStalls(const Heartbeat& heartbeat);
+    void printOutcome();
+    qsizetype wellCaptioned() const;
+    bool isWellCaptioned(const QString& image) const;
+
+    QString m_folder;
+    QStringList m_images;
+    QTemporaryDir m_home;
+    ModelThread m_model;
+    CommandProgram m_program;
+    QHash<QString, QList<ImageReport>> m_reports; ///< by file
+    double m_seconds = 0;
+};
+
+void printRow(const QString& figure, const QString& measured, const QString& target = {},
+              std::optional<bool> isMet = {}) {
+    const QString verdict = !isMet ? QString() : *isMet ? u"met"_s : u"MISSED"_s;
+    std::printf("  %-40s %26s   %-26s %s\n", qPrintable(figure), qPrintable(measured), qPrintable(target),
+                qPrintable(verdict));
+}
+
+QString number(double value, int decimals, const QString& unit) {
+    return QString::number(value, 'f', decimals) + u' ' + unit;
+}
+
+void UnattendedRun::printStalls(const Heartbeat& heartbeat) {
+    const double share = static_cast<double>(heartbeat.late()) / std::max(heartbeat.ticks(), 1);
+    printRow(
+        u"ticks of the main thread over 16 ms late"_s,
+        u"%1 of %2, %3"_s.arg(heartbeat.late()).arg(heartbeat.ticks()).arg(number(share * 100, 3, u"%"_s)),
+        u"at most 0.1 %"_s, share <= Heartbeat::share);
+    printRow(u"the worst of them"_s, number(heartbeat.worst(), 1, u"ms"_s));
+    printRow(u"the main thread's longest turn"_s, number(heartbeat.longestTurn(), 1, u"ms"_s));
+}
+
+void UnattendedRun::printOutcome() {
+    const qsizetype good = wellCaptioned();
+    printRow(u"images with just one caption, one request"_s,
+             u"%1, %2 requests"_s.arg(good).arg(m_model.requests()), u"%1 each"_s.arg(m_images.size()),
+             good == m_images.size() && m_model.requests() == m_images.size());
+    const StatusStore& status = m_program.captions.status;
+    printRow(u"the status: processed, failed, in the works"_s,
+             u"%1, %2, %3"_s.arg(status.processed())
+                 .arg(status.failed())
+                 .arg(status.isProcessing() ? u"yes"_s : u"no"_s),
+             u"%1, 0, no"_s.arg(m_images.size()),
+             status.processed() == m_images.size() && status.failed() == 0 && !status.isProcessing());
+}
+
+qsizetype UnattendedRun::wellCaptioned() const {
+    return std::ranges::count_if(m_images, [this](const QString& image) { return isWellCaptioned(image); });
+}
+
+/// There is one report on it, and its caption is in the file.
+bool UnattendedRun::isWellCaptioned(const QString& image) const {
+    const QList<ImageReport> reports = m_reports.value(image);
+    return reports.size() == 1 && reports.first().outcome == ImageReport::Outcome::captioned &&
+           !reports.first().captionAfter->isEmpty() && captionOf(image) == reports.first().captionAfter;
+}
+
+void captionAtOnce(const QString& folder) {
+    const QStringList images = imagesIn(folder);
+    std::printf("\n%lld images, the model answers at once:\n", static_cast<long long>(images.size()));
+    const auto perSecond = [&images](double seconds) {
+        return number(static_cast<double>(images.size()) / seconds, 2, u"images/s"_s);
+    };
+    const double before = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
+    const double rendered = renderAll(images);
+    const double between = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
+    UnattendedRun run(folder, std::chrono::milliseconds(0));
+    run.execute();
+    const double after = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
+    const double share = rendered / run.seconds();
+    printRow(u"renditions alone"_s, perSecond(rendered));
+    printRow(u"captions"_s, u"%1, %2"_s.arg(perSecond(run.seconds()), number(share * 100, 1, u"%"_s)),
+             u"at least 80 %"_s, share >= 0.8);
+    printRow(u"processor time of the renditions alone"_s, number(between - before, 1, u"s"_s));
+    printRow(u"of the captions"_s, number(after - between, 1, u"s"_s));
+    printRow(u"the stand-in's part of it"_s, number(run.modelSeconds(), 1, u"s"_s));
+}
+
+void captionSlowly(const QString& folder, int secondsPerAnswer) {
+    constexpr double requestsAtOnce = 6;
+    UnattendedRun run(folder, std::chrono::seconds(secondsPerAnswer));
+    std::printf("\n%lld images, the model takes %d s for an answer:\n", static_cast<long long>(run.images()),
+                secondsPerAnswer);
+    run.execute();
+    const double least = static_cast<double>(run.images()) * secondsPerAnswer / requestsAtOnce;
+    printRow(u"time of all captions"_s, number(run.seconds(), 1, u"s"_s),
+             u"at most %1"_s.arg(number(least * 1.15, 1, u"s"_s)), run.seconds() <= least * 1.15);
+    printRow(u"above %1"_s.arg(number(least, 1, u"s, six at a time"_s)),
+             number((run.seconds() / least - 1) * 100, 1, u"%"_s));
+}
+
+double peakMegabytes() {
+    QFile file(u"/proc/self/status"_s);
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    const QList<QByteArray> lines = isOpen ? file.readAll().split('\n') : QList<QByteArray>();
+    for (const QByteArray& line : lines) {
+        if (line.startsWith("VmHWM:")) {
+            return line.sliced(6).simplified().split(' ').first().toDouble() / 1024;
+        }
+    }
+    throw Error(u"The system does not tell the peak memory."_s);
+}
+
+void captionForMemory(const QString& folder) {
+    UnattendedRun run(folder, std::chrono::milliseconds(0));
+    std::printf("\n%lld images handed over at once:\n", static_cast<long long>(run.images()));
+    run.execute();
+    printRow(u"peak memory of the process"_s, number(peakMegabytes(), 0, u"MB"_s));
+}
+
+int run(const QStringList& arguments) {
+    const QString command = arguments.value(1);
+    const QString folder = QDir(arguments.value(2)).absolutePath();
+    if (command == u"make") {
+        makeImages(folder, arguments.value(3).toInt(), arguments.value(4).toInt());
+    } else if (command == u"at-once") {
+        captionAtOnce(folder);
+    } else if (command == u"slow") {
+        captionSlowly(folder, arguments.value(3).toInt());
+    } else if (command == u"memory") {
+        captionForMemory(folder);
+    } else {
+        std::fputs("Usage: bench_unattended make|at-once|slow|memory FOLDER [RAWS JPEGS | SECONDS]\n",
+                   stderr);
+        return 2;
+    }
+    return 0;
+}
+
+} // namespace
+} // namespace ostrelle
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    try {
+        return ostrelle::run(QCoreApplication::arguments());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "bench_unattended: %s\n", error.what());
+        return 1;
+    }
+}
