@@ -12,6 +12,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Escape must not do what was only asked about.
+qsizetype escapeIndex(const QStringList& words) {
+    const qsizetype cancel = words.indexOf(u"Cancel"_s);
+    return cancel < 0 ? words.size() - 1 : cancel;
+}
+
 QList<QPushButton*> addButtons(QMessageBox& box, const QStringList& words) {
     QList<QPushButton*> buttons;
     for (const QString& text : words) {
@@ -19,7 +25,7 @@ QList<QPushButton*> addButtons(QMessageBox& box, const QStringList& words) {
     }
     if (!buttons.isEmpty()) {
         box.setDefaultButton(buttons.first());
-        box.setEscapeButton(buttons.last());
+        box.setEscapeButton(buttons[escapeIndex(words)]);
     }
     return buttons;
 }
@@ -41,7 +47,7 @@ QCoro::Task<int> DesktopAlerts::show(Alert alert) {
             co_return static_cast<int>(index);
         }
     }
-    co_return static_cast<int>(buttons.size()) - 1;
+    co_return static_cast<int>(escapeIndex(alert.buttons));
 }
 
 } // namespace ostrelle

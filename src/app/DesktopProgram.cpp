@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/DesktopProgram.h"
+
+#include <QApplication>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+void AbsentRemoteSource::start() {
+    m_status->setFtpStatusMessage(u"This version cannot download from an FTP server yet."_s);
+}
+
+DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints)
+    : m_defaults(folders.defaultsFile(), m_errors)
+    , m_captions({.folders = folders,
+                  .endpoints = endpoints,
+                  .defaults = m_defaults,
+                  .settingsDefaults = m_defaults,
+                  .secrets = m_secrets,
+                  .notificationCenter = m_notificationCenter,
+                  .alerts = m_alerts,
+                  .events = m_events,
+                  .remote = m_remote,
+                  .console = m_console,
+                  .errors = m_errors})
+    , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); }) {
+    m_remote.setStatus(m_captions.status);
+}
+
+ShellParts DesktopProgram::shellParts() {
+    return {.settings = m_captions.settings,
+            .status = m_captions.status,
+            .usage = m_captions.usage,
+            .defaults = m_defaults,
+            .prompts = m_captions.prompts,
+            .analyzer = m_captions.analyzer,
+            .turns = m_captions.turns,
+            .notifications = m_captions.notifications,
+            .threads = m_captions.threads,
+            .access = m_captions.access,
+            .files = m_files,
+            .alerts = m_alerts,
+            .events = m_events,
+            .workspace = m_workspace,
+            .clock = m_captions.clock,
+            .console = m_console};
+}
+
+void DesktopProgram::quit() {
+    if (m_isQuitting) {
+        QCoreApplication::exit();
+        return;
+    }
+    m_isQuitting = true;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
+        window->hide();
+    }
+    finish(*this);
+}
+
+QCoro::Task<> DesktopProgram::finish(DesktopProgram& program) {
+    co_await program.m_captions.finishWork();
+    co_await program.m_delegate.finished();
+    QCoreApplication::exit();
+}
+
+} // namespace ostrelle

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/ConsoleLog.h"
+#include "platform/DesktopNotificationCenter.h"
+#include "platform/DesktopSecretStore.h"
+#include "platform/JsonDefaultsStore.h"
+#include "program/CaptionProgram.h"
+#include "shell/AppDelegate.h"
+#include "shell/DesktopAlerts.h"
+#include "shell/DesktopFileChooser.h"
+#include "shell/DesktopWorkspace.h"
+
+namespace ostrelle {
+
+/// The remote source of a program that cannot download yet: it says so.
+class AbsentRemoteSource : public RemoteSource {
+public:
+    /// The status is set when the source starts; it has to be given before.
+    void setStatus(StatusStore& status) { m_status = &status; }
+
+    void start() override;
+    void stop() override {}
+
+private:
+    StatusStore* m_status = nullptr;
+};
+
+/// The composition root of `ostrelle-captions`. Needs the application object.
+class DesktopProgram {
+public:
+    DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints);
+    DesktopProgram(const DesktopProgram&) = delete;
+    DesktopProgram& operator=(const DesktopProgram&) = delete;
+
+    AppDelegate& delegate() { return m_delegate; }
+
+private:
+    ShellParts shellParts();
+    /// Hides the windows, finishes what is in the works and ends the event loop; asked twice, at once.
+    void quit();
+    static QCoro::Task<> finish(DesktopProgram& program);
+
+    ConsoleLog m_console;
+    ConsoleLog m_errors{stderr};
+    JsonDefaultsStore m_defaults;
+    DesktopSecretStore m_secrets;
+    DesktopNotificationCenter m_notificationCenter;
+    DesktopAlerts m_alerts;
+    DesktopFileChooser m_files{m_defaults};
+    DesktopWorkspace m_workspace{m_console};
+    AppEvents m_events;
+    AbsentRemoteSource m_remote;
+    CaptionProgram m_captions;
+    AppDelegate m_delegate;
+    bool m_isQuitting = false;
+};
+
+} // namespace ostrelle

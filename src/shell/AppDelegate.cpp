@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/AppDelegate.h"
+
+#include "shell/AboutView.h"
+#include "shell/HelpView.h"
+#include "shell/Icon.h"
+#include "shell/MenuContentView.h"
+#include "shell/OnboardingView.h"
+#include "shell/SettingsView.h"
+
+#include <QAction>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QMenuBar>
+#include <QScreen>
+#include <QToolBar>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString onboardingKey = u"hasCompletedOnboarding"_s;
+const QString placeKey = u"MainWindow"_s;
+
+void centre(QWidget* window) {
+    if (const QScreen* screen = window->screen()) {
+        window->move(screen->availableGeometry().center() - window->rect().center());
+    }
+}
+
+/// Makes the window on first demand and puts it in front.
+template <typename View>
+void present(std::unique_ptr<QWidget>& window, const ShellParts& parts, const QString& title, QSize size) {
+    if (!window) {
+        window = std::make_unique<View>(parts);
+        window->setWindowTitle(title);
+        window->resize(size);
+        centre(window.get());
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(ShellParts parts, AutoModeController& autoMode, std::function<void()> quit)
+    : m_parts(parts), m_autoMode(autoMode), m_quit(std::move(quit)), m_tasks([this](const QString& words) {
+        m_parts.console.print(u"[AppDelegate] A task failed: "_s + words);
+    }) {}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    makeMainWindow();
+    if (m_parts.defaults.get<bool>(onboardingKey).value_or(false)) {
+        showMainWindow();
+    } else {
+        showOnboardingWindow();
+    }
+    const auto ask = [](NotificationManager& notifications) -> QCoro::Task<> {
+        co_await notifications.requestPermission();
+    };
+    m_tasks.spawn(ask(m_parts.notifications));
+    observeEvents();
+    m_autoMode.observeAutoModeSettings();
+}
+
+QCoro::Task<> AppDelegate::finished() const {
+    if (m_panel) {
+        co_await m_panel->finished();
+    }
+    if (m_settingsWindow) {
+        co_await static_cast<SettingsView*>(m_settingsWindow.get())->finished();
+    }
+    if (m_onboardingWindow) {
+        co_await static_cast<OnboardingView*>(m_onboardingWindow.get())->finished();
+    }
+    co_await m_tasks.finished();
+}
+
+void AppDelegate::applicationShouldHandleReopen() {
+    showMainWindow();
+}
+
+void AppDelegate::observeEvents() {
+    AppEvents& events = m_parts.events;
+    connect(&events, &AppEvents::showAboutWindow, this, &AppDelegate::showAboutWindow);
+    connect(&events, &AppEvents::showSettingsWindow, this, &AppDelegate::showSettingsWindow);
+    connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
+    connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
+    connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
+    // Who closes the tour before its end would be left without any window.
+    connect(qApp, &QGuiApplication::lastWindowClosed, this, &AppDelegate::showMainWindow);
+}
+
+void AppDelegate::makeMainWindow() {
+    m_mainWindow = std::make_unique<QMainWindow>();
+    m_mainWindow->setObjectName(u"mainWindow"_s);
+    m_mainWindow->setWindowTitle(u"Ostrelle Captions"_s);
+    m_panel = new MenuContentView(m_parts);
+    m_mainWindow->setCentralWidget(m_panel);
+    m_mainWindow->installEventFilter(this);
+    addMenus();
+    restorePlace();
+}
+
+void AppDelegate::addMenus() {
+    QMenu* program = m_mainWindow->menuBar()->addMenu(u"&Ostrelle Captions"_s);
+    program->addAction(u"&About Ostrelle Captions"_s, this, &AppDelegate::showAboutWindow);
+    program->addSeparator();
+    QAction* settings = program->addAction(icon(IconName::settings), u"&Settings..."_s, this,
+                                           &AppDelegate::showSettingsWindow);
+    settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    settings->setShortcutContext(Qt::ApplicationShortcut);
+    program->addSeparator();
+    QAction* end = program->addAction(u"&Quit"_s, this, &AppDelegate::quit);
+    end->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    end->setShortcutContext(Qt::ApplicationShortcut);
+
+    QMenu* help = m_mainWindow->menuBar()->addMenu(u"&Help"_s);
+    QAction* guide =
+        help->addAction(icon(IconName::help), u"IPTC &Help"_s, this, &AppDelegate::showHelpWindow);
+    guide->setShortcut(QKeySequence(Qt::Key_F1));
+    help->addAction(u"&Welcome Tour"_s, this, &AppDelegate::showOnboardingWindow);
+}
+
+void AppDelegate::showMainWindow() {
+    if (!m_mainWindow) {
+        makeMainWindow();
+        return;
+    }
+    m_mainWindow->setWindowState(m_mainWindow->windowState() & ~Qt::WindowMinimized);
+    m_mainWindow->show();
+    m_mainWindow->raise();
+    m_mainWindow->activateWindow();
+}
+
+void AppDelegate::showAboutWindow() {
+    present<AboutView>(m_aboutWindow, m_parts, u"About Ostrelle Captions"_s, {400, 450});
+    m_aboutWindow->setFixedSize(m_aboutWindow->size());
+}
+
+void AppDelegate::showSettingsWindow() {
+    constexpr QSize size(550, 575);
+    if (m_settingsWindow) {
+        m_settingsWindow->resize(m_settingsWindow->width(), size.height());
+    }
+    present<SettingsView>(m_settingsWindow, m_parts, u"Settings"_s, size);
+    m_settingsWindow->setMinimumSize(500, 400);
+}
+
+void AppDelegate::showHelpWindow() {
+    present<HelpView>(m_helpWindow, m_parts, u"Help - IPTC Preset Guide"_s, {900, 820});
+    m_helpWindow->setMinimumSize(900, 720);
+}
+
+void AppDelegate::showOnboardingWindow() {
+    present<OnboardingView>(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500});
+    m_onboardingWindow->setFixedSize(m_onboardingWindow->size());
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_mainWindow.get() && event->type() == QEvent::Close) {
+        event->ignore();
+        quit();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+bool AppDelegate::isAtWork() const {
+    return m_parts.settings.autoMode() || m_parts.status.isProcessing();
+}
+
+void AppDelegate::quit() {
+    if (m_isAsking) {
+        return;
+    }
+    if (isAtWork()) {
+        m_tasks.spawn(askAndQuit());
+        return;
+    }
+    savePlace();
+    m_quit();
+}
+
+QCoro::Task<> AppDelegate::askAndQuit() {
+    m_isAsking = true;
+    Alert alert;
+    alert.title = u"Captioning is still going on"_s;
+    alert.text =
+        m_parts.settings.autoMode()
+            ? u"New images are captioned as they arrive. If you quit, the images in the works are "
+              "finished, and auto mode goes on when you start the program again."_s
+            : u"If you quit, the images in the works are finished and the others are left as they are."_s;
+    alert.buttons = QStringList{u"Keep Captioning in the Background"_s, u"Quit"_s, u"Cancel"_s};
+    const int button = co_await m_parts.alerts.show(alert);
+    m_isAsking = false;
+    if (button == 0) {
+        m_mainWindow->showMinimized();
+    } else if (button == 1) {
+        savePlace();
+        m_quit();
+    }
+}
+
+void AppDelegate::restorePlace() {
+    constexpr QSize size(480, 600);
+    m_mainWindow->resize(size);
+    const QByteArray place = m_parts.defaults.get<QByteArray>(placeKey).value_or(QByteArray());
+    if (!m_mainWindow->restoreGeometry(place)) {
+        centre(m_mainWindow.get());
+    }
+}
+
+void AppDelegate::savePlace() const {
+    m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());
+}
+
+} // namespace ostrelle

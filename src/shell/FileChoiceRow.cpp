@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/FileChoiceRow.h"
+
+#include "shell/ActionButton.h"
+#include "shell/ElidedLabel.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+ElidedLabel* makeValue(const QString& objectName) {
+    auto* value = new ElidedLabel;
+    value->setObjectName(objectName);
+    value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    value->setForegroundRole(QPalette::PlaceholderText);
+    return value;
+}
+
+/// The name of the file or folder; a path without one, as "/", is its own name.
+QString nameOf(const QString& path) {
+    const QString name = QFileInfo(QDir::cleanPath(path)).fileName();
+    return name.isEmpty() ? path : name;
+}
+
+} // namespace
+
+FileChoiceRow::FileChoiceRow(const QString& name, const QString& objectName, QWidget* parent)
+    : FileChoiceRow(name, makeValue(objectName), parent) {}
+
+FileChoiceRow::FileChoiceRow(const QString& name, ElidedLabel* value, QWidget* parent)
+    : SettingRow(name, value, parent), m_value(value), m_choose(new ActionButton(u"Choose"_s)) {
+    m_choose->setObjectName(value->objectName() + u"Choose"_s);
+    addControl(m_choose);
+    connect(m_choose, &ActionButton::clicked, this, &FileChoiceRow::choosing);
+    setPath(std::nullopt);
+}
+
+void FileChoiceRow::explain(const InfoText& text) {
+    setTabOrder(setInfo(text), m_choose);
+}
+
+void FileChoiceRow::setPath(const std::optional<QString>& path) {
+    m_value->setText(path ? nameOf(*path) : u"None"_s);
+    m_value->setToolTip(path ? QDir::toNativeSeparators(*path) : QString());
+}
+
+} // namespace ostrelle

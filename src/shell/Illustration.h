@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QSize>
+#include <QWidget>
+
+namespace ostrelle {
+
+/// A drawing of resources/illustrations in the colours of the theme that is shown. The files are drawn in the
+/// light theme's colours, so that any viewer shows them; other colours stay as they are.
+class Illustration : public QWidget {
+    Q_OBJECT
+
+public:
+    /// `path` is that of an SVG file or resource.
+    explicit Illustration(const QString& path, QWidget* parent = nullptr);
+
+    /// A drawing of resources/illustrations, by its name there.
+    static Illustration* named(const QString& name);
+
+    /// There is no such file, or it is no drawing.
+    bool isMissing() const { return m_size.isEmpty(); }
+
+    /// The drawing's own size, in device-independent pixels.
+    QSize sizeHint() const override { return m_size; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QByteArray m_drawing;
+    QSize m_size;
+};
+
+} // namespace ostrelle

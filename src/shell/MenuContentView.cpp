@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/MenuContentView.h"
+
+#include "shell/ActionButton.h"
+#include "shell/ActionsBar.h"
+#include "shell/AutoModeRow.h"
+#include "shell/ConfigurationCard.h"
+#include "shell/DroppedFiles.h"
+#include "shell/NoticeBar.h"
+#include "shell/PanelFoot.h"
+#include "shell/ProcessingCard.h"
+#include "shell/ProgressSection.h"
+#include "shell/TeamCard.h"
+#include "shell/Theme.h"
+#include "shell/WebPages.h"
+
+#include <QDropEvent>
+#include <QHBoxLayout>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A second run must not begin, so images have to wait until the first has ended.
+std::optional<DroppedFiles> acceptable(const QDropEvent& event, const StatusStore& status) {
+    std::optional<DroppedFiles> files = DroppedFiles::of(*event.mimeData());
+    const bool isRefused = !(event.possibleActions() & Qt::CopyAction) ||
+                           (files && files->kind == DroppedFiles::Kind::images && status.isProcessing());
+    return isRefused ? std::nullopt : files;
+}
+
+/// The sender keeps its files, whatever it proposes.
+void acceptAsCopy(QDropEvent* event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+} // namespace
+
+MenuContentView::MenuContentView(ShellParts parts, QWidget* parent)
+    : QWidget(parent), m_parts(parts), m_actions(parts) {
+    setObjectName(u"mainPanel"_s);
+    setAcceptDrops(true);
+    setFocusPolicy(Qt::ClickFocus);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(makeScroll(), 1);
+    layout->addWidget(makeFoot());
+}
+
+QWidget* MenuContentView::makeScroll() {
+    auto* scroll = new QScrollArea;
+    scroll->setObjectName(u"settingsScroll"_s);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    QWidget* settings = makeSettings();
+    scroll->setWidget(settings);
+    scroll->setMinimumWidth(settings->minimumSizeHint().width());
+
+    // The scroll bar comes and goes with a run's progress: it takes its room from the margin, not the cards.
+    QScrollBar* bar = scroll->verticalScrollBar();
+    connect(bar, &QScrollBar::rangeChanged, settings, [bar, settings](int, int most) {
+        QMargins margins = settings->layout()->contentsMargins();
+        margins.setRight(measure::windowMargin - (most > 0 ? bar->sizeHint().width() : 0));
+        settings->layout()->setContentsMargins(margins);
+    });
+    return scroll;
+}
+
+QWidget* MenuContentView::makeSettings() {
+    auto* settings = new QWidget;
+    auto* layout = new QVBoxLayout(settings);
+    layout->setContentsMargins(measure::windowMargin, 12, measure::windowMargin, 12);
+    layout->setSpacing(measure::cardSpacing);
+    layout->addWidget(makeKeyNotice());
+    // Each card is made inside the page: it orders its tab stops among those that are there.
+    layout->addWidget(new ConfigurationCard(m_parts, m_actions, settings));
+    layout->addWidget(new TeamCard(m_parts.settings, settings));
+    layout->addWidget(new ProcessingCard(m_parts.settings, settings));
+    layout->addStretch();
+    return settings;
+}
+
+QWidget* MenuContentView::makeKeyNotice() {
+    auto* notice = new NoticeBar(u"No API Key Set"_s, u"Settings"_s);
+    notice->setObjectName(u"keyNotice"_s);
+    notice->button()->setObjectName(u"keySettings"_s);
+    connect(notice->button(), &QPushButton::clicked, &m_parts.events, &AppEvents::showSettingsWindow);
+    const auto show = [notice, &settings = m_parts.settings] { notice->setVisible(!settings.hasAPIKey()); };
+    connect(&m_parts.settings, &SettingsStore::hasAPIKeyChanged, notice, show);
+    show();
+    return notice;
+}
+
+QWidget* MenuContentView::makeFoot() {
+    auto* foot = new PanelFoot;
+    foot->addRow(new ProgressSection(m_parts));
+    foot->addBareRow(new AutoModeRow(m_parts, m_actions));
+    foot->addRow(new ActionsBar(m_parts, m_actions));
+    foot->addBareRow(makeLinks());
+    return foot;
+}
+
+QWidget* MenuContentView::makeLinks() {
+    auto* feedback = new ActionButton(u"Send Feedback"_s, ActionKind::link);
+    feedback->setObjectName(u"sendFeedback"_s);
+    feedback->setText(u"Send &Feedback"_s);
+    connect(feedback, &ActionButton::clicked, this,
+            [this] { m_parts.workspace.openLink(web::feedbackPage()); });
+    auto* help = new ActionButton(u"IPTC Help"_s, ActionKind::link);
+    help->setObjectName(u"iptcHelp"_s);
+    help->setText(u"&IPTC Help"_s);
+    connect(help, &ActionButton::clicked, &m_parts.events, &AppEvents::showHelpWindow);
+
+    auto* links = new QWidget;
+    auto* layout = new QHBoxLayout(links);
+    constexpr int ring = 3; // a link keeps room for its focus ring; its words begin where the rest does
+    layout->setContentsMargins(measure::cardPadding - ring, 0, measure::cardPadding - ring, 0);
+    for (ActionButton* link : {feedback, help}) {
+        link->setFont(typeFont(TypeSize::small));
+        layout->addWidget(link);
+    }
+    layout->insertStretch(1);
+    return links;
+}
+
+void MenuContentView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (window()->focusWidget() == nullptr) {
+        setFocus(); // else the first control would begin with the ring, and take keys meant for nobody
+    }
+}
+
+void MenuContentView::dragEnterEvent(QDragEnterEvent* event) {
+    if (acceptable(*event, m_parts.status)) {
+        acceptAsCopy(event);
+    }
+}
+
+void MenuContentView::dropEvent(QDropEvent* event) {
+    const std::optional<DroppedFiles> files = acceptable(*event, m_parts.status);
+    if (!files) {
+        return;
+    }
+    acceptAsCopy(event);
+    SettingsStore& settings = m_parts.settings;
+    switch (files->kind) {
+    case DroppedFiles::Kind::images:
+        m_actions.captionFiles(files->paths);
+        break;
+    case DroppedFiles::Kind::codeReplacements:
+        settings.setCodeReplacementsFile(files->paths.first());
+        break;
+    case DroppedFiles::Kind::folder:
+        settings.sourceType() == SourceType::local ? settings.setIngestFolder(files->paths.first())
+                                                   : settings.setDestinationFolder(files->paths.first());
+        break;
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QLineEdit>
+
+namespace ostrelle {
+
+/// A line edit for the number of a TCP port. What is none, as "" or "99999", is put back when the user leaves
+/// the field.
+class PortField : public QLineEdit {
+    Q_OBJECT
+
+public:
+    explicit PortField(QWidget* parent = nullptr);
+
+    /// Shows the number, even where it is no port; emits nothing.
+    void setPort(qint64 port);
+
+Q_SIGNALS:
+    /// The user has entered a port, or as much of it as is one.
+    void entered(qint64 port);
+
+private:
+    void enter(const QString& text);
+    void putBack();
+
+    qint64 m_port = 0;
+};
+
+} // namespace ostrelle

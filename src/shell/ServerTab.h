@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "shell/SettingBinding.h"
+#include "shell/ShellParts.h"
+
+#include <QWidget>
+
+namespace ostrelle {
+
+class ActionButton;
+class Card;
+class SettingsActions;
+class StatusMark;
+
+/// How the remote server is reached.
+class ServerTab : public QWidget {
+    Q_OBJECT
+
+public:
+    /// The actions have to outlive the tab.
+    ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent = nullptr);
+
+private:
+    void addField(Card& card, const QString& name, QLineEdit* field, SettingAccess<QString> setting);
+    void addPort(Card& card);
+    QLayout* makeButtons();
+    void showStatus();
+
+    ShellParts m_parts;
+    SettingsActions& m_actions;
+    ActionButton* m_test = nullptr;
+    StatusMark* m_status = nullptr;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/SettingsActions.h"
+
+#include "core/Attempt.h"
+#include "state/SettingsFigures.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Alert news(const QString& title, const QString& text) {
+    Alert alert;
+    alert.title = title;
+    alert.text = text;
+    alert.buttons = QStringList{u"OK"_s};
+    return alert;
+}
+
+Alert warning(const QString& title, const QString& text, const QStringList& buttons) {
+    Alert alert;
+    alert.title = title;
+    alert.text = text;
+    alert.buttons = buttons;
+    alert.style = Alert::Style::warning;
+    return alert;
+}
+
+Alert clearKeyQuestion() {
+    return warning(u"Clear API Key?"_s,
+                   u"This will remove your personal API key. You will need to add your own OpenAI API key to "
+                   "continue using Ostrelle Captions. You can add your key back anytime."_s,
+                   {u"Clear"_s, u"Cancel"_s});
+}
+
+Alert clearStatisticsQuestion() {
+    return warning(
+        u"Clear All Statistics?"_s,
+        u"This will permanently delete all processing statistics, usage history, and cost tracking. "
+        "This action cannot be undone."_s,
+        {u"Cancel"_s, u"Clear Statistics"_s});
+}
+
+Alert clearPromptCacheQuestion() {
+    return warning(u"Clear Prompt Cache?"_s,
+                   u"This will clear all cached prompt templates. The app will fetch fresh prompts from the "
+                   "server on the next caption generation."_s,
+                   {u"Cancel"_s, u"Clear Cache"_s});
+}
+
+} // namespace
+
+SettingsActions::SettingsActions(ShellParts parts, ConnectionTest connectionTest, QObject* parent)
+    : QObject(parent)
+    , m_parts(parts)
+    , m_connectionTest(std::move(connectionTest))
+    , m_questions([&console = parts.console](const QString& words) {
+        console.print(u"[SettingsView] An action failed: "_s + words);
+    })
+    , m_tests([&console = parts.console](const QString& words) {
+        console.print(u"[SettingsView] A connection test failed: "_s + words);
+    }) {}
+
+void SettingsActions::begin(QCoro::Task<> (*question)(Self self)) {
+    if (m_questions.running() == 0) {
+        m_questions.spawn(question(this));
+    }
+}
+
+void SettingsActions::saveKey(const QString& entered) {
+    if (m_questions.running() == 0) {
+        m_questions.spawn(storeKey(this, entered));
+    }
+}
+
+void SettingsActions::clearKey() {
+    begin(&SettingsActions::confirmClearKey);
+}
+
+void SettingsActions::clearStatistics() {
+    begin(&SettingsActions::confirmClearStatistics);
+}
+
+void SettingsActions::clearPromptCache() {
+    begin(&SettingsActions::confirmClearPromptCache);
+}
+
+QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests) {
+    co_await questions.finished();
+    co_await tests.finished();
+}
+
+QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
+    const ShellParts parts = self->m_parts;
+    if (!saveApiKey(parts.defaults, parts.settings, entered)) {
+        co_return;
+    }
+    Q_EMIT self->keyChanged();
+    const Alert saved = news(u"API Key Saved"_s, u"Your OpenAI API key has been saved successfully."_s);
+    co_await parts.alerts.show(saved);
+}
+
+QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
+    const ShellParts parts = self->m_parts;
+    const Alert question = clearKeyQuestion();
+    const int button = co_await parts.alerts.show(question);
+    if (button != 0) {
+        co_return;
+    }
+    clearApiKey(parts.defaults, parts.settings);
+    if (self) {
+        Q_EMIT self->keyChanged();
+    }
+}
+
+QCoro::Task<> SettingsActions::confirmClearStatistics(Self self) {
+    const ShellParts parts = self->m_parts;
+    const Alert question = clearStatisticsQuestion();
+    const int button = co_await parts.alerts.show(question);
+    if (button != 1) {
+        co_return;
+    }
+    parts.status.clearStatistics();
+    if (self) {
+        Q_EMIT self->statisticsCleared();
+    }
+    const Alert cleared = news(u"Statistics Cleared"_s, u"All statistics have been cleared successfully."_s);
+    co_await parts.alerts.show(cleared);
+}
+
+QCoro::Task<> SettingsActions::confirmClearPromptCache(Self self) {
+    const ShellParts parts = self->m_parts;
+    const Alert question = clearPromptCacheQuestion();
+    const int button = co_await parts.alerts.show(question);
+    if (button != 1) {
+        co_return;
+    }
+    parts.prompts.clearCache();
+    if (self) {
+        Q_EMIT self->promptCacheCleared();
+    }
+    const Alert cleared = news(u"Cache Cleared"_s, u"Prompt cache has been cleared successfully."_s);
+    co_await parts.alerts.show(cleared);
+}
+
+void SettingsActions::testConnection() {
+    if (isTestingConnection()) {
+        return;
+    }
+    SettingsStore& settings = m_parts.settings;
+    settings.setFtpConnectionStatus(std::nullopt);
+    if (const std::optional<QString> refusal = connectionTestRefusal(settings)) {
+        settings.setFtpConnectionStatus(refusal);
+    } else if (!m_connectionTest) {
+        settings.setFtpConnectionStatus(u"This version cannot connect to FTP servers yet."_s);
+    } else {
+        setRunningTest(std::make_shared<const bool>(true));
+        m_tests.spawn(runTest(this, m_connectionTest, m_runningTest));
+    }
+}
+
+QCoro::Task<bool> SettingsActions::connects(ConnectionTest test) {
+    co_return co_await test(); // what it throws before its first wait is caught in here too
+}
+
+QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTest running) {
+    const auto connected = co_await attempt(connects(std::move(test)));
+    if (!self || self->m_runningTest != running) {
+        co_return;
+    }
+    const bool succeeded = connected && *connected;
+    self->m_parts.settings.setFtpConnectionStatus(succeeded ? connectionSucceeded : u"Connection failed"_s);
+    self->setRunningTest(nullptr);
+}
+
+void SettingsActions::setRunningTest(RunningTest running) {
+    m_runningTest = std::move(running);
+    Q_EMIT isTestingConnectionChanged();
+}
+
+void SettingsActions::clearFtpSettings() {
+    setRunningTest(nullptr);
+    ostrelle::clearFtpSettings(m_parts.settings);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+namespace ostrelle {
+
+/// How many steps there are and which one is shown, as a row of dots. Not for input.
+class StepDots : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit StepDots(int count, QWidget* parent = nullptr);
+
+    void setCurrent(int step);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    int m_count;
+    int m_current = 0;
+};
+
+} // namespace ostrelle

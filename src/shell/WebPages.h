@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QUrl>
+
+namespace ostrelle::web {
+
+/// What the program is and does.
+inline QUrl productPage() {
+    return QUrl(QStringLiteral("https://ostrelle.example/"));
+}
+
+/// Where users tell what they think of it.
+inline QUrl feedbackPage() {
+    return QUrl(QStringLiteral("https://ostrelle.example/feedback"));
+}
+
+} // namespace ostrelle::web
