@@ -2,6 +2,7 @@
 #include "app/DesktopProgram.h"
 
 #include <QApplication>
+#include <QDialog>
 
 namespace ostrelle {
 
@@ -55,7 +56,11 @@ void DesktopProgram::quit() {
     m_isQuitting = true;
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows) {
-        window->hide();
+        if (auto* dialog = qobject_cast<QDialog*>(window)) {
+            dialog->reject(); // whoever waits for its answer has it
+        } else {
+            window->hide();
+        }
     }
     finish(*this);
 }

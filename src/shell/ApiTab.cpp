@@ -47,7 +47,7 @@ ApiTab::ApiTab(ShellParts parts, SettingsActions& actions, QWidget* parent)
     addKeyState(*key);
     addKeyEntry(*key);
     addIntegrations();
-    layout->addStretch();
+    layout->addStretch(1);
     showKey();
     connect(&m_actions, &SettingsActions::keyChanged, this, &ApiTab::showKey);
     connect(&m_parts.settings, &SettingsStore::hasAPIKeyChanged, this, &ApiTab::showKey);
@@ -100,7 +100,11 @@ void ApiTab::addKeyEntry(Card& card) {
     line->addWidget(m_field, 1);
     line->addWidget(save);
     lines->addLayout(line);
-    lines->addWidget(link, 0, Qt::AlignLeft);
+    auto* linkLine = new QHBoxLayout;
+    constexpr int ring = 3; // a link keeps room for its focus ring; its words begin where the rest does
+    linkLine->setContentsMargins(-ring, 0, 0, 0);
+    linkLine->addWidget(link, 0, Qt::AlignLeft);
+    lines->addLayout(linkLine);
     m_entry = card.addPaddedRow(content);
 }
 

@@ -65,7 +65,7 @@ CaptioningTab::CaptioningTab(SettingsStore& settings, QWidget* parent)
     layout->addWidget(credit);
     addCredit(*credit);
     addRightsFallback(*credit);
-    layout->addStretch();
+    layout->addStretch(1);
 }
 
 void CaptioningTab::addStyle(Card& card) {

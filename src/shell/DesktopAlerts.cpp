@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/DesktopAlerts.h"
 
+#include "shell/OwnerWindow.h"
+
 #include <QApplication>
 #include <QCoroSignal>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 
 namespace ostrelle {
@@ -33,21 +36,23 @@ QList<QPushButton*> addButtons(QMessageBox& box, const QStringList& words) {
 } // namespace
 
 QCoro::Task<int> DesktopAlerts::show(Alert alert) {
-    QMessageBox box(QApplication::activeWindow());
-    box.setObjectName(u"alert"_s);
-    box.setWindowTitle(QApplication::applicationDisplayName());
-    box.setIcon(alert.style == Alert::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
-    box.setText(alert.title);
-    box.setInformativeText(alert.text);
-    const QList<QPushButton*> buttons = addButtons(box, alert.buttons);
-    box.open();
-    co_await qCoro(&box, &QMessageBox::finished);
-    for (qsizetype index = 0; index < buttons.size(); ++index) {
-        if (box.clickedButton() == buttons[index]) {
-            co_return static_cast<int>(index);
-        }
+    // The window below it owns the box: it may go first, when the program ends.
+    const QPointer<QMessageBox> box = new QMessageBox(ownerWindow());
+    box->setObjectName(u"alert"_s);
+    box->setWindowTitle(QApplication::applicationDisplayName());
+    box->setIcon(alert.style == Alert::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
+    box->setText(alert.title);
+    box->setInformativeText(alert.text);
+    const QList<QPushButton*> buttons = addButtons(*box, alert.buttons);
+    box->open();
+    co_await qCoro(box.data(), &QMessageBox::finished);
+    if (!box) {
+        co_return static_cast<int>(escapeIndex(alert.buttons));
     }
-    co_return static_cast<int>(escapeIndex(alert.buttons));
+    box->deleteLater();
+    const auto* clicked = qobject_cast<QPushButton*>(box->clickedButton());
+    const qsizetype index = buttons.indexOf(clicked);
+    co_return static_cast<int>(index < 0 ? escapeIndex(alert.buttons) : index);
 }
 
 } // namespace ostrelle

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/DesktopFileChooser.h"
 
+#include "shell/OwnerWindow.h"
+
 #include <QApplication>
 #include <QCoroSignal>
 #include <QDir>
 #include <QFileDialog>
+#include <QPointer>
 
 namespace ostrelle {
 
@@ -43,31 +46,37 @@ QCoro::Task<QStringList> DesktopFileChooser::chooseFiles(FileQuestion question) 
 }
 
 QCoro::Task<QStringList> DesktopFileChooser::ask(FileQuestion question, Choice choice) {
-    QFileDialog dialog(QApplication::activeWindow(), question.title, startFolder(question));
-    dialog.setObjectName(u"fileChooser"_s);
+    // The window below it owns the dialog: it may go first, when the program ends.
+    const QPointer<QFileDialog> dialog =
+        new QFileDialog(ownerWindow(), question.title, startFolder(question));
+    dialog->setObjectName(u"fileChooser"_s);
     switch (choice) {
     case Choice::folder:
-        dialog.setFileMode(QFileDialog::Directory);
+        dialog->setFileMode(QFileDialog::Directory);
         break;
     case Choice::file:
-        dialog.setFileMode(QFileDialog::ExistingFile);
+        dialog->setFileMode(QFileDialog::ExistingFile);
         break;
     case Choice::files:
-        dialog.setFileMode(QFileDialog::ExistingFiles);
+        dialog->setFileMode(QFileDialog::ExistingFiles);
         break;
     }
-    dialog.setOption(QFileDialog::ShowDirsOnly, choice == Choice::folder);
+    dialog->setOption(QFileDialog::ShowDirsOnly, choice == Choice::folder);
     if (!question.extensions.isEmpty()) {
-        dialog.setNameFilters({nameFilter(question.extensions), u"(*)"_s});
+        dialog->setNameFilters({nameFilter(question.extensions), u"(*)"_s});
     }
-    dialog.open();
-    const int result = co_await qCoro(&dialog, &QFileDialog::finished);
-    if (result != QDialog::Accepted) {
+    dialog->open();
+    co_await qCoro(dialog.data(), &QFileDialog::finished);
+    if (!dialog) {
         co_return {};
     }
-    m_defaults.set(lastFolderKey, dialog.directory().absolutePath());
+    dialog->deleteLater();
+    if (dialog->result() != QDialog::Accepted) {
+        co_return {};
+    }
+    m_defaults.set(lastFolderKey, dialog->directory().absolutePath());
     QStringList paths;
-    for (const QString& path : dialog.selectedFiles()) {
+    for (const QString& path : dialog->selectedFiles()) {
         paths.append(QDir(path).absolutePath());
     }
     co_return paths;

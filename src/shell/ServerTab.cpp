@@ -60,7 +60,7 @@ ServerTab::ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent
     layout->addWidget(card);
     layout->addLayout(makeButtons());
     layout->addWidget(m_status);
-    layout->addStretch();
+    layout->addStretch(1);
     showStatus();
     connect(&m_parts.settings, &SettingsStore::ftpConnectionStatusChanged, this, &ServerTab::showStatus);
     connect(&m_actions, &SettingsActions::isTestingConnectionChanged, this, &ServerTab::showStatus);

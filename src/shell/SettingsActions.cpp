@@ -172,6 +172,9 @@ QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTe
     const bool succeeded = connected && *connected;
     self->m_parts.settings.setFtpConnectionStatus(succeeded ? connectionSucceeded : u"Connection failed"_s);
     self->setRunningTest(nullptr);
+    if (!connected) {
+        connected.rethrow(); // for the log
+    }
 }
 
 void SettingsActions::setRunningTest(RunningTest running) {

@@ -80,15 +80,15 @@ void SettingsTabBar::paintTab(QPainter& painter, int index) const {
         painter.drawRoundedRect(area.adjusted(1, 1, -1, -1), tabRadius, tabRadius);
     }
     const QColor color = isCurrent ? theme.accent : isLit ? theme.text : theme.dim;
-    paintIcon(painter, QRectF(area.left() + padding, area.center().y() - sign / 2.0, sign, sign),
-              m_signs.at(index), color);
     const bool underlines = style()->styleHint(QStyle::SH_UnderlineShortcut, nullptr, this) != 0;
+    const int mnemonic = underlines ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
     painter.setFont(isCurrent ? currentFont() : typeFont(TypeSize::text));
     painter.setPen(color);
-    painter.drawText(area.adjusted(padding + sign + signGap, 0, 0, 0),
-                     static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter) |
-                         (underlines ? Qt::TextShowMnemonic : Qt::TextHideMnemonic),
-                     tabText(index));
+    const int words = painter.fontMetrics().size(mnemonic, tabText(index)).width();
+    const double left = area.center().x() - (sign + signGap + words) / 2.0;
+    paintIcon(painter, QRectF(left, area.center().y() - sign / 2.0, sign, sign), m_signs.at(index), color);
+    painter.drawText(QRectF(left + sign + signGap, area.top(), words + 1, area.height()),
+                     static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter) | mnemonic, tabText(index));
 }
 
 void SettingsTabBar::wheelEvent(QWheelEvent* event) {

@@ -58,8 +58,8 @@ SettingsView::SettingsView(ShellParts parts, ConnectionTest connectionTest, QWid
     layout->setSpacing(0);
     layout->addWidget(makeHead());
     layout->addWidget(m_pages, 1);
+    addTabs(); // before the foot, which comes after them in the order of tab stops
     layout->addWidget(makeFoot());
-    addTabs();
     addShortcuts();
 }
 
@@ -114,11 +114,12 @@ QWidget* SettingsView::makeFoot() {
 
     auto* row = new QWidget;
     auto* line = new QHBoxLayout(row);
+    constexpr int side = sideMargin - measure::windowMargin; // the foot has the latter, the cards the former
+    line->setContentsMargins(side, 2, side, 2);
     line->addWidget(version, 1);
     line->addWidget(onboarding);
     auto* foot = new PanelFoot;
     foot->addRow(row);
-    line->setContentsMargins(measure::cardPadding, 2, measure::cardPadding, 2);
     return foot;
 }
 

@@ -51,7 +51,7 @@ StatisticsTab::StatisticsTab(ShellParts parts, SettingsActions& actions, QWidget
     connect(clear, &ActionButton::clicked, &m_actions, &SettingsActions::clearStatistics);
     layout->addWidget(clear, 0, Qt::AlignRight);
     addPromptCache();
-    layout->addStretch();
+    layout->addStretch(1);
     showFigures();
     observe();
 }

@@ -230,8 +230,10 @@ TEST_F(LocalScanTest, CaptionsEachOfManyImagesOnceHoweverManyScansOverlap) {
 }
 
 TEST_F(LocalScanTest, ATickWithinALookIsNotMadeUpFor) {
+    HangingFolder share(threads, ingest);
     scan.startScan(ingest);
     scan.startScan(ingest);
+    share.recover();
     finishAll();
     EXPECT_TRUE(log.has(u"[AppDelegate] The last scan of ingest is still going on, no other is begun"_s));
     EXPECT_EQ(log.count(u"Scan complete"_s), 1);
