@@ -74,6 +74,7 @@ void CaptioningTab::addStyle(Card& card) {
         names.append(row.label.toString());
     }
     auto* style = new SegmentedControl(names, u"captionStyle"_s);
+    style->setAccessibleName(u"Caption Style"_s);
     card.addRow(new SettingRow(u"Caption Style:"_s, style));
     const auto show = [style, &settings = m_settings] {
         style->setCurrentIndex(static_cast<int>(settings.captionStyle()));

@@ -84,17 +84,17 @@ void ServerTab::addPort(Card& card) {
 }
 
 QLayout* ServerTab::makeButtons() {
-    m_test = new ActionButton(u"Test Connection"_s, ActionKind::main);
-    m_test->setObjectName(u"testConnection"_s);
-    m_test->setText(u"&Test Connection"_s);
+    auto* test = new ActionButton(u"Test Connection"_s, ActionKind::main);
+    test->setObjectName(u"testConnection"_s);
+    test->setText(u"&Test Connection"_s);
     auto* clear = new ActionButton(u"Clear FTP Settings"_s, ActionKind::destroying);
     clear->setObjectName(u"clearFtpSettings"_s);
     clear->setText(u"C&lear FTP Settings"_s);
-    connect(m_test, &ActionButton::clicked, &m_actions, &SettingsActions::testConnection);
+    connect(test, &ActionButton::clicked, &m_actions, &SettingsActions::testConnection);
     connect(clear, &ActionButton::clicked, &m_actions, &SettingsActions::clearFtpSettings);
 
     auto* line = new QHBoxLayout;
-    line->addWidget(m_test);
+    line->addWidget(test);
     line->addStretch();
     line->addWidget(clear);
     return line;
@@ -109,7 +109,6 @@ void ServerTab::showStatus() {
                             connectionStatusText(*status));
     }
     m_status->setVisible(status || m_actions.isTestingConnection());
-    m_test->setEnabled(!m_actions.isTestingConnection());
 }
 
 } // namespace ostrelle

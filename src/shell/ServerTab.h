@@ -8,7 +8,6 @@
 
 namespace ostrelle {
 
-class ActionButton;
 class Card;
 class SettingsActions;
 class StatusMark;
@@ -29,7 +28,6 @@ private:
 
     ShellParts m_parts;
     SettingsActions& m_actions;
-    ActionButton* m_test = nullptr;
     StatusMark* m_status = nullptr;
 };
 

@@ -27,7 +27,7 @@ public:
     void saveKey(const QString& entered);
     void clearKey();
     /// What comes of it is the settings' connection status, unless what was tested has been cleared
-    /// meanwhile.
+    /// meanwhile. While a test runs no other is begun.
     void testConnection();
     bool isTestingConnection() const { return m_runningTest != nullptr; }
     void clearFtpSettings();
