@@ -20,6 +20,9 @@ public:
     }
     void set(const QString& key, const QVariant& value) override { m_changed.insert(key, value); }
     void remove(const QString& key) override { m_changed.insert(key, QVariant()); }
+    bool isSaved(const QString& key) const override {
+        return !m_changed.contains(key) && m_stored.isSaved(key);
+    }
 
 private:
     const DefaultsStore& m_stored;

@@ -26,6 +26,9 @@ public:
         }
     }
 
+    /// Whether what was last set or removed under the key is known to have been saved.
+    virtual bool isSaved(const QString& /*key*/) const { return true; }
+
     bool exists(const QString& key) const { return value(key).isValid(); }
 
     /// The value under the key if it is of just this type: the text "21" is no integer.

@@ -11,8 +11,8 @@
 
 namespace ostrelle {
 
-/// The notification service of the desktop: org.freedesktop.Notifications on the session bus (Desktop
-/// Notifications Specification 1.2). Available is a service that runs or that the bus can start. It must
+/// The notification service of the desktop: org.freedesktop.Notifications on the session bus, in its
+/// version 1.2 (freedesktop.org). Available is a service that runs or that the bus can start. It must
 /// outlive its tasks.
 class DesktopNotificationCenter : public NotificationCenter {
 public:

@@ -27,6 +27,7 @@ public:
     void set(const QString& key, const QVariant& value) override;
     void remove(const QString& key) override;
     void setAll(const QVariantMap& values) override;
+    bool isSaved(const QString& key) const override { return !m_unsaved.contains(key); }
 
 private:
     class Snapshot;

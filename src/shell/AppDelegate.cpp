@@ -32,7 +32,7 @@ void centre(QWidget* window) {
 
 /// Makes the window on first demand and puts it in front.
 template <typename View>
-void present(std::unique_ptr<QWidget>& window, const ShellParts& parts, const QString& title, QSize size) {
+void present(std::unique_ptr<View>& window, const ShellParts& parts, const QString& title, QSize size) {
     if (!window) {
         window = std::make_unique<View>(parts);
         window->setWindowTitle(title);
@@ -73,10 +73,10 @@ QCoro::Task<> AppDelegate::finished() const {
         co_await m_panel->finished();
     }
     if (m_settingsWindow) {
-        co_await static_cast<SettingsView*>(m_settingsWindow.get())->finished();
+        co_await m_settingsWindow->finished();
     }
     if (m_onboardingWindow) {
-        co_await static_cast<OnboardingView*>(m_onboardingWindow.get())->finished();
+        co_await m_onboardingWindow->finished();
     }
     co_await m_tasks.finished();
 }
@@ -139,7 +139,7 @@ void AppDelegate::showMainWindow() {
 }
 
 void AppDelegate::showAboutWindow() {
-    present<AboutView>(m_aboutWindow, m_parts, u"About Ostrelle Captions"_s, {400, 450});
+    present(m_aboutWindow, m_parts, u"About Ostrelle Captions"_s, {400, 450});
     m_aboutWindow->setFixedSize(m_aboutWindow->size());
 }
 
@@ -148,17 +148,17 @@ void AppDelegate::showSettingsWindow() {
     if (m_settingsWindow) {
         m_settingsWindow->resize(m_settingsWindow->width(), size.height());
     }
-    present<SettingsView>(m_settingsWindow, m_parts, u"Settings"_s, size);
+    present(m_settingsWindow, m_parts, u"Settings"_s, size);
     m_settingsWindow->setMinimumSize(500, 400);
 }
 
 void AppDelegate::showHelpWindow() {
-    present<HelpView>(m_helpWindow, m_parts, u"Help - IPTC Preset Guide"_s, {900, 820});
+    present(m_helpWindow, m_parts, u"Help - IPTC Preset Guide"_s, {900, 820});
     m_helpWindow->setMinimumSize(900, 720);
 }
 
 void AppDelegate::showOnboardingWindow() {
-    present<OnboardingView>(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500});
+    present(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500});
     m_onboardingWindow->setFixedSize(m_onboardingWindow->size());
 }
 

@@ -12,7 +12,11 @@
 
 namespace ostrelle {
 
+class AboutView;
+class HelpView;
 class MenuContentView;
+class OnboardingView;
+class SettingsView;
 
 /// Owns the windows and answers the in-process notifications that ask for one. A window is made when it is
 /// first asked for; closing only hides it.
@@ -60,10 +64,10 @@ private:
     bool m_isAsking = false;
     std::unique_ptr<QMainWindow> m_mainWindow;
     MenuContentView* m_panel = nullptr; ///< the main window's
-    std::unique_ptr<QWidget> m_aboutWindow;
-    std::unique_ptr<QWidget> m_settingsWindow;
-    std::unique_ptr<QWidget> m_onboardingWindow;
-    std::unique_ptr<QWidget> m_helpWindow;
+    std::unique_ptr<AboutView> m_aboutWindow;
+    std::unique_ptr<SettingsView> m_settingsWindow;
+    std::unique_ptr<OnboardingView> m_onboardingWindow;
+    std::unique_ptr<HelpView> m_helpWindow;
 };
 
 } // namespace ostrelle

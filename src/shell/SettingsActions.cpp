@@ -2,6 +2,7 @@
 #include "shell/SettingsActions.h"
 
 #include "core/Attempt.h"
+#include "platform/ApiKey.h"
 #include "state/SettingsFigures.h"
 
 namespace ostrelle {
@@ -25,6 +26,25 @@ Alert warning(const QString& title, const QString& text, const QStringList& butt
     alert.buttons = buttons;
     alert.style = Alert::Style::warning;
     return alert;
+}
+
+Alert keySavedNews(bool isSaved) {
+    return isSaved
+               ? news(u"API Key Saved"_s, u"Your OpenAI API key has been saved successfully."_s)
+               : warning(u"API Key Not Saved"_s,
+                         u"Your OpenAI API key could not be saved and is used only until you quit Ostrelle "
+                         "Captions. Check that your home folder can be written to and that the disk is not "
+                         "full, then clear the key and enter it again."_s,
+                         {u"OK"_s});
+}
+
+Alert keyNotRemovedWarning() {
+    return warning(
+        u"API Key Not Removed"_s,
+        u"Your OpenAI API key is no longer used, but it could not be removed from the disk and may be "
+        "back when you start Ostrelle Captions again. Check that your home folder can be written to "
+        "and that the disk is not full."_s,
+        {u"OK"_s});
 }
 
 Alert clearKeyQuestion() {
@@ -97,8 +117,8 @@ QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
         co_return;
     }
     Q_EMIT self->keyChanged();
-    const Alert saved = news(u"API Key Saved"_s, u"Your OpenAI API key has been saved successfully."_s);
-    co_await parts.alerts.show(saved);
+    const Alert outcome = keySavedNews(parts.defaults.isSaved(apiKeyName));
+    co_await parts.alerts.show(outcome);
 }
 
 QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
@@ -111,6 +131,10 @@ QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
     clearApiKey(parts.defaults, parts.settings);
     if (self) {
         Q_EMIT self->keyChanged();
+    }
+    if (!parts.defaults.isSaved(apiKeyName)) {
+        const Alert notRemoved = keyNotRemovedWarning();
+        co_await parts.alerts.show(notRemoved);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QByteArray>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
@@ -36,6 +37,32 @@ inline void killWriters(int kills, const std::function<void()>& write, const std
         ::waitpid(writer, nullptr, 0);
         ASSERT_TRUE(check()) << "after kill " << kill;
     }
+}
+
+/// killWriters() with a short and a long caption in turn. After each kill the file has to be one of the two
+/// that `write` leaves when nothing kills it; at the end both have to have been found.
+inline void killCaptionWriters(int kills, const std::function<void(const QString& caption)>& write,
+                               const std::function<QByteArray()>& bytes) {
+    const QString oneCaption = u"One"_s;
+    const QString otherCaption(20'000, u'x');
+    write(oneCaption);
+    const QByteArray one = bytes();
+    write(otherCaption);
+    const QByteArray other = bytes();
+    int ones = 0;
+    const auto writeBoth = [&] {
+        write(oneCaption);
+        write(otherCaption);
+    };
+    killWriters(kills, writeBoth, [&] {
+        const QByteArray found = bytes();
+        ones += found == one ? 1 : 0;
+        return found == one || found == other;
+    });
+    EXPECT_GT(ones, 0) << "the writer never got to write";
+    EXPECT_LT(ones, kills) << "the writer never got to write";
+    write(oneCaption);
+    EXPECT_EQ(bytes(), one) << "what was left behind is in nobody's way";
 }
 
 /// All that is in the folder but the file and what a kill right before a rename leaves of its successor.

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/SettingsViewFixture.h"
+#include "shell/StatusMark.h"
+
+#include <QLineEdit>
+#include <QSignalSpy>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A connection test that a test lets end when it wants.
+struct HeldTest {
+    QCoro::Task<bool> operator()() {
+        ++*begun;
+        const auto ended = result;
+        while (!*ended) {
+            co_await clock->sleep(std::chrono::seconds(1));
+        }
+        co_return **ended;
+    }
+
+    Clock* clock;
+    std::shared_ptr<int> begun = std::make_shared<int>(0);
+    std::shared_ptr<std::optional<bool>> result = std::make_shared<std::optional<bool>>();
+};
+
+class ServerTabTest : public SettingsViewTest {
+protected:
+    /// The connection status as shown, with its sign; nothing when there is none.
+    std::optional<std::pair<StatusTone, QString>> status() {
+        const auto* mark = find<StatusMark>(u"ftpConnectionStatus"_s);
+        return mark->isVisible() ? std::optional(std::pair(mark->tone(), mark->text())) : std::nullopt;
+    }
+    void enterServer() {
+        world.settings.setFtpHost(u"ftp.gameday.example"_s);
+        world.settings.setFtpUsername(u"sideline"_s);
+        world.settings.setFtpPassword(u"secret"_s);
+    }
+};
+
+} // namespace
+
+TEST_F(ServerTabTest, FieldsAndSettingsOfTheServerFollowEachOther) {
+    showTab(1);
+    SettingsStore& settings = world.settings;
+    enterServer(); // as the keychain's answer comes: late
+    EXPECT_EQ(find<QLineEdit>(u"ftpPassword"_s)->text(), u"secret"_s);
+    EXPECT_EQ(find<QLineEdit>(u"ftpPassword"_s)->echoMode(), QLineEdit::Password);
+    for (const QString& name : {u"ftpHost"_s, u"ftpUsername"_s, u"ftpPassword"_s, u"ftpPath"_s}) {
+        find<QLineEdit>(name)->clear();
+        QTest::keyClicks(find(name), u"typed"_s);
+        EXPECT_EQ(settings.property(name.toUtf8()).toString(), u"typed"_s) << name.toStdString();
+    }
+}
+
+TEST_F(ServerTabTest, OnlyAPortIsTakenForAPort) {
+    showTab(1);
+    const struct {
+        QString typed;
+        qint64 stored;
+    } rows[] = {{u"2121"_s, 2121}, {u"0"_s, 21}, {u""_s, 21}, {u"21a"_s, 21}, {u"65536"_s, 6553}};
+    auto* port = find<QLineEdit>(u"ftpPort"_s);
+    for (const auto& row : rows) {
+        world.settings.setFtpPort(21);
+        port->setFocus();
+        port->selectAll();
+        QTest::keyClick(port, Qt::Key_Delete);
+        QTest::keyClicks(port, row.typed);
+        EXPECT_EQ(world.settings.ftpPort(), row.stored) << row.typed.toStdString();
+        QTest::keyClick(port, Qt::Key_Return);
+        EXPECT_EQ(port->text(), QString::number(row.stored)) << row.typed.toStdString();
+    }
+    world.settings.setFtpPort(99999); // stored by other means
+    EXPECT_EQ(port->text(), u"99999"_s);
+}
+
+TEST_F(ServerTabTest, AConnectionTestNeedsHostUserAndPassword) {
+    HeldTest test{&world.clock};
+    show(std::make_unique<SettingsView>(world.parts, test));
+    showTab(1);
+    for (const auto clear :
+         {&SettingsStore::setFtpHost, &SettingsStore::setFtpUsername, &SettingsStore::setFtpPassword}) {
+        enterServer();
+        (world.settings.*clear)({});
+        click(u"testConnection"_s);
+        EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Please fill in all required fields"_s));
+    }
+    EXPECT_EQ(*test.begun, 0);
+}
+
+TEST_F(ServerTabTest, AConnectionTestTellsHowItWent) {
+    HeldTest test{&world.clock};
+    show(std::make_unique<SettingsView>(world.parts, test));
+    showTab(1);
+    enterServer();
+    world.settings.setTransferProtocol(TransferProtocol::sftp);
+    const std::pair<bool, QString> rows[] = {{true, u"Connection successful"_s},
+                                             {false, u"Connection failed"_s}};
+    auto* button = find<QAbstractButton>(u"testConnection"_s);
+    for (const auto& [succeeds, words] : rows) {
+        *test.result = std::nullopt;
+        button->click();
+        button->click(); // while it runs
+        EXPECT_FALSE(world.settings.ftpConnectionStatus()) << "the result of the last test is gone";
+        *test.result = succeeds;
+        world.clock.advance(std::chrono::seconds(1));
+        await(view->finished());
+        EXPECT_EQ(status(), std::pair(succeeds ? StatusTone::good : StatusTone::destroying, words));
+    }
+    EXPECT_EQ(*test.begun, 2);
+}
+
+TEST_F(ServerTabTest, ATestThatThrowsHasFailed) {
+    show(std::make_unique<SettingsView>(world.parts,
+                                        []() -> QCoro::Task<bool> { throw std::runtime_error("refused"); }));
+    showTab(1);
+    enterServer();
+    click(u"testConnection"_s);
+    EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Connection failed"_s));
+    EXPECT_EQ(world.console.lines.last(), u"[SettingsView] A connection test failed: refused"_s);
+}
+
+TEST_F(ServerTabTest, AWindowThatGoesLeavesItsTestToEndUnheard) {
+    HeldTest test{&world.clock};
+    show(std::make_unique<SettingsView>(world.parts, test));
+    enterServer();
+    find<QAbstractButton>(u"testConnection"_s)->click();
+    QCoro::Task<> finished = view->finished();
+    show(std::make_unique<SettingsView>(world.parts));
+    *test.result = true;
+    world.clock.advance(std::chrono::seconds(1));
+    await(std::move(finished));
+    EXPECT_FALSE(world.settings.ftpConnectionStatus());
+}
+
+TEST_F(ServerTabTest, WithoutAClientTheTestSaysSo) {
+    showTab(1);
+    enterServer();
+    click(u"testConnection"_s);
+    EXPECT_EQ(status(),
+              std::pair(StatusTone::destroying, u"This version cannot connect to FTP servers yet."_s));
+}
+
+TEST_F(ServerTabTest, ClearingTheServerKeepsTheProtocolAndDropsARunningTest) {
+    HeldTest test{&world.clock};
+    show(std::make_unique<SettingsView>(world.parts, test));
+    showTab(1);
+    SettingsStore& settings = world.settings;
+    settings.setTransferProtocol(TransferProtocol::sftp);
+    enterServer();
+    settings.setFtpPath(u"/cam1"_s);
+    settings.setFtpPort(2222);
+    find<QAbstractButton>(u"testConnection"_s)->click();
+    find<QAbstractButton>(u"clearFtpSettings"_s)->click();
+    *test.result = true;
+    world.clock.advance(std::chrono::seconds(1));
+    await(view->finished());
+    EXPECT_FALSE(status()) << "of a server that is no longer set";
+    EXPECT_EQ(settings.transferProtocol(), TransferProtocol::sftp);
+    EXPECT_EQ(settings.ftpHost() + settings.ftpUsername() + settings.ftpPassword(), QString());
+    EXPECT_EQ(settings.ftpPath(), u"/"_s);
+    EXPECT_EQ(find<QLineEdit>(u"ftpPort"_s)->text(), u"21"_s);
+    settings.setTransferProtocol(TransferProtocol::ftp);
+    EXPECT_EQ(settings.ftpPort(), 21);
+}
+
+} // namespace ostrelle
