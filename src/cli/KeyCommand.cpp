@@ -3,18 +3,14 @@
 
 #include "cli/ExitStatus.h"
 #include "platform/ApiKey.h"
-#include "platform/ConsoleLog.h"
-#include "platform/FileError.h"
-#include "platform/Files.h"
-#include "platform/JsonDefaultsStore.h"
+#include "platform/DefaultsFile.h"
+#include "platform/TaggedJson.h"
 
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <limits>
 
 namespace ostrelle {
 
@@ -58,18 +54,21 @@ QString readLine(std::FILE* input) {
     return hasControl ? QString() : key;
 }
 
-/// True when another program that opens the file now finds this key, or none when it is empty. The store
-/// itself would go on with what it could not save, and takes a file that it cannot read for an empty one.
-bool isStored(const QString& defaultsPath, const QString& key) {
-    constexpr qint64 anySize = std::numeric_limits<qint64>::max() - 1;
+/// Makes the change in the file at once. False when the file does not have it then; says why.
+bool changeKey(const QString& defaultsPath, const QJsonValue& key, PlainLog& errors) {
+    DefaultsFile file(defaultsPath);
+    QString failure;
     try {
-        readFile(defaultsPath, anySize);
+        file.apply({{apiKeyName, key}});
     } catch (const FileError& error) {
-        return error.code() == ENOENT && key.isEmpty();
+        failure = u"ostrelle-caption: "_s + error.localizedDescription();
     }
-    SilentLog silent;
-    const JsonDefaultsStore reader(defaultsPath, silent);
-    return apiKey(reader) == key;
+    for (const QString& line : {file.takeNotice(), failure}) {
+        if (!line.isEmpty()) {
+            errors.print(line);
+        }
+    }
+    return failure.isEmpty();
 }
 
 } // namespace
@@ -86,9 +85,7 @@ int storeKey(const QString& defaultsPath, std::FILE* input, PlainLog& output, Pl
             u"ostrelle-caption: No key was given, and the stored one is as it was. To forget it: ostrelle-caption key --clear"_s);
         return ExitStatus::usageOrConfiguration;
     }
-    JsonDefaultsStore defaults(defaultsPath, errors);
-    defaults.set(apiKeyName, key);
-    if (!isStored(defaultsPath, key)) {
+    if (!changeKey(defaultsPath, taggedValue(key), errors)) {
         errors.print(u"ostrelle-caption: The key could not be stored in %1."_s.arg(defaultsPath));
         return ExitStatus::fileFailed;
     }
@@ -97,9 +94,7 @@ int storeKey(const QString& defaultsPath, std::FILE* input, PlainLog& output, Pl
 }
 
 int clearKey(const QString& defaultsPath, PlainLog& output, PlainLog& errors) {
-    JsonDefaultsStore defaults(defaultsPath, errors);
-    defaults.remove(apiKeyName);
-    if (!isStored(defaultsPath, {})) {
+    if (!changeKey(defaultsPath, QJsonValue::Null, errors)) {
         errors.print(u"ostrelle-caption: The key could not be removed from %1."_s.arg(defaultsPath));
         return ExitStatus::fileFailed;
     }

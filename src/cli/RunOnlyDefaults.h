@@ -20,8 +20,11 @@ public:
     }
     void set(const QString& key, const QVariant& value) override { m_changed.insert(key, value); }
     void remove(const QString& key) override { m_changed.insert(key, QVariant()); }
-    bool isSaved(const QString& key) const override {
-        return !m_changed.contains(key) && m_stored.isSaved(key);
+    QCoro::Task<bool> saved(QString key) const override {
+        if (m_changed.contains(key)) {
+            co_return false;
+        }
+        co_return co_await m_stored.saved(key);
     }
 
 private:

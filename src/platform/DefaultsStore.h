@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QCoroTask>
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
@@ -16,7 +17,8 @@ public:
 
     /// The value under the key, or an invalid variant.
     virtual QVariant value(const QString& key) const = 0;
-    /// Stores the value at once. A failure to save is logged; the value then lasts until the program ends.
+    /// The value is there for the next read at once, and saved soon. A failure to save is logged; the value
+    /// then lasts until the program ends.
     virtual void set(const QString& key, const QVariant& value) = 0;
     virtual void remove(const QString& key) = 0;
     /// Stores several values that belong together, in one go where the store can.
@@ -26,8 +28,11 @@ public:
         }
     }
 
-    /// Whether what was last set or removed under the key is known to have been saved.
-    virtual bool isSaved(const QString& /*key*/) const { return true; }
+    /// Resumes when the saves under way that concern the key have ended: whether what was last set or removed
+    /// under it is known to have been saved.
+    virtual QCoro::Task<bool> saved(QString /*key*/) const { co_return true; }
+    /// Resumes when no save is under way.
+    virtual QCoro::Task<> finished() const { co_return; }
 
     bool exists(const QString& key) const { return value(key).isValid(); }
 

@@ -1,25 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/JsonDefaultsStore.h"
 
-#include "platform/FileError.h"
-#include "platform/Files.h"
+#include "core/Attempt.h"
+#include "platform/DefaultsFile.h"
 #include "platform/TaggedJson.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonDocument>
-#include <cerrno>
-#include <chrono>
-#include <cstdio>
-#include <optional>
-#include <thread>
+#include <QCoroFuture>
+#include <QFutureWatcher>
+#include <QThreadPool>
+#include <QtConcurrentRun>
 #include <utility>
 
 namespace ostrelle {
@@ -27,28 +16,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr qint64 largestFile = 4LL * 1024 * 1024;
-constexpr mode_t privateFile = S_IRUSR | S_IWUSR;
-constexpr mode_t privateFolder = S_IRWXU;
-
-/// All keys of the file with their tagged values, or nothing when it is not JSON of that shape. An entry that
-/// this version does not understand is nothing to read but stays in the file.
-std::optional<QJsonObject> parse(const QByteArray& bytes) {
-    const QJsonDocument document = QJsonDocument::fromJson(bytes);
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
-}
-
-QJsonObject merged(QJsonObject stored, const QJsonObject& changes) {
-    for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
-        if (change.value().isNull()) {
-            stored.remove(change.key());
-        } else {
-            stored.insert(change.key(), change.value());
-        }
-    }
-    return stored;
-}
 
 /// Both sets of changes, the later ones on top.
 QJsonObject joined(QJsonObject earlier, const QJsonObject& later) {
@@ -58,102 +25,158 @@ QJsonObject joined(QJsonObject earlier, const QJsonObject& later) {
     return earlier;
 }
 
-void makePrivateFolder(const QString& path) {
-    makeFolder(QFileInfo(path).path());
-    if (::mkdir(QFile::encodeName(path).constData(), privateFolder) != 0 && errno != EEXIST) {
-        throw FileError(u"make the folder"_s, path, errno);
+/// What the file holds after a save.
+using Outcome = Attempt<QJsonObject>;
+
+Outcome apply(DefaultsFile& file, const QJsonObject& changes) {
+    try {
+        return Outcome::success(file.apply(changes));
+    } catch (...) {
+        return Outcome::failure(std::current_exception());
     }
 }
-
-/// A name for a damaged file that no other file has: when it was last written, and a number if need be.
-QString asideName(const QString& path) {
-    const QDateTime written = QFileInfo(path).lastModified().toUTC();
-    const QString stem = path + u".broken-"_s + written.toString(u"yyyyMMdd'T'HHmmss.zzz'Z'");
-    QString name = stem;
-    for (int number = 2; QFileInfo::exists(name); ++number) {
-        name = stem + u'-' + QString::number(number);
-    }
-    return name;
-}
-
-/// Keeps the other processes from writing while it lives. The kernel releases it when a process is killed;
-/// the lock file itself stays, as removing it would pull it away from under somebody who waits for it.
-class WriteLock {
-public:
-    /// Waits two seconds at most: a write takes far less, and a process that has been stopped in the middle
-    /// of one must not stop the others for good. Throws FileError.
-    explicit WriteLock(const QString& path) : m_path(path + u".lock"_s) {
-        m_descriptor =
-            ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, privateFile);
-        constexpr int tries = 2000;
-        for (int left = tries; m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0; --left) {
-            if (left == 0 || (errno != EWOULDBLOCK && errno != EINTR)) {
-                const int reason = errno;
-                ::close(m_descriptor);
-                errno = reason;
-                m_descriptor = -1;
-            } else {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-        }
-        if (m_descriptor < 0) {
-            throw FileError(u"lock"_s, m_path, errno);
-        }
-    }
-    ~WriteLock() { ::close(m_descriptor); }
-    WriteLock(const WriteLock&) = delete;
-    WriteLock& operator=(const WriteLock&) = delete;
-
-private:
-    QString m_path;
-    int m_descriptor;
-};
 
 } // namespace
 
-/// One state of the file. It stays open as long as it is remembered, which keeps its inode number from being
-/// given to a later state: no two states that follow within one tick of the file system's clock look alike.
-class JsonDefaultsStore::Snapshot {
-public:
-    /// Throws FileError when the file can neither be looked at nor is missing.
-    explicit Snapshot(const QString& path)
-        : m_descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC)) {
-        if (m_descriptor < 0 && errno != ENOENT) {
-            throw FileError(u"read"_s, path, errno);
-        }
-        if (m_descriptor >= 0) {
-            ::fstat(m_descriptor, &m_status);
-        }
-    }
-    ~Snapshot() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    Snapshot(const Snapshot&) = delete;
-    Snapshot& operator=(const Snapshot&) = delete;
-
-    bool exists() const { return m_descriptor >= 0; }
-    bool isOpenToOthers() const { return (m_status.st_mode & (S_IRWXG | S_IRWXO)) != 0; }
-    bool isSameAs(const Snapshot& other) const {
-        return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino &&
-               m_status.st_size == other.m_status.st_size &&
-               m_status.st_mtim.tv_sec == other.m_status.st_mtim.tv_sec &&
-               m_status.st_mtim.tv_nsec == other.m_status.st_mtim.tv_nsec;
+struct JsonDefaultsStore::State {
+    State(const QString& path, PlainLog& givenLog)
+        : log(givenLog), file(std::make_shared<DefaultsFile>(path)) {
+        thread.setMaxThreadCount(1);
+        QObject::connect(&save, &QFutureWatcherBase::finished, &save, [this] { takeSaveIn(); });
     }
 
-private:
-    int m_descriptor;
-    struct stat m_status{};
+    bool isPending(const QString& key) const { return unsaved.contains(key) || saving.contains(key); }
+    QJsonValue value(const QString& key);
+    void change(const QJsonObject& changes);
+    void refresh();
+    void beginSave();
+    void takeSaveIn();
+    void endSave(const QString& consequence);
+    void saveRest();
+    void leaveFileAlone(const QString& reason);
+    void tellNotice();
+
+    PlainLog& log;
+    std::shared_ptr<DefaultsFile> file; // for the save that runs, in its thread
+    QJsonObject stored;                 // what the file held when it was last seen
+    QJsonObject saving;                 // the changes of the save that runs, with null for a removed key
+    QJsonObject unsaved;                // those on top that no save has, likewise
+    bool isSaving = false;
+    bool isFileOffLimits = false;
+    QFutureWatcher<Outcome> save;
+    QThreadPool thread; // not the workers' pool, where a save would wait until images are decoded
 };
 
-JsonDefaultsStore::JsonDefaultsStore(QString path, PlainLog& log) : m_path(std::move(path)), m_log(log) {}
+/// As the user sees it: the latest change on top.
+QJsonValue JsonDefaultsStore::State::value(const QString& key) {
+    refresh();
+    for (const QJsonObject* changes : {&unsaved, &saving}) {
+        if (changes->contains(key)) {
+            return changes->value(key);
+        }
+    }
+    return stored.value(key);
+}
 
-JsonDefaultsStore::~JsonDefaultsStore() = default;
+void JsonDefaultsStore::State::change(const QJsonObject& changes) {
+    refresh();
+    const bool isAllSaved = !isSaving && unsaved.isEmpty();
+    if (isAllSaved && withChanges(stored, changes) == stored) {
+        return;
+    }
+    unsaved = joined(unsaved, changes);
+    beginSave();
+}
+
+/// Sees what other processes have changed, unless a save runs: the file is in its hands then, and it will
+/// tell.
+void JsonDefaultsStore::State::refresh() {
+    takeSaveIn();
+    if (isSaving || isFileOffLimits) {
+        return;
+    }
+    try {
+        stored = file->load();
+    } catch (const FileError& error) {
+        leaveFileAlone(error.localizedDescription());
+    }
+    tellNotice();
+}
+
+void JsonDefaultsStore::State::beginSave() {
+    if (isSaving || isFileOffLimits) {
+        return;
+    }
+    isSaving = true;
+    saving = std::exchange(unsaved, {});
+    const auto work = [ownFile = file, changes = saving] { return apply(*ownFile, changes); };
+    save.setFuture(QtConcurrent::run(&thread, work));
+}
+
+/// A save that has ended is taken in by whoever comes first: the event loop, if there is one, or the next
+/// call. What was changed meanwhile is for the next save.
+void JsonDefaultsStore::State::takeSaveIn() {
+    if (!isSaving || !save.isFinished()) {
+        return;
+    }
+    const bool isMoreWanted = !unsaved.isEmpty();
+    endSave(u"The change is kept in memory until a later one can be saved."_s);
+    if (isMoreWanted) {
+        beginSave();
+    }
+}
+
+/// Waits for the save if it has not ended. What it could not save is unsaved again.
+void JsonDefaultsStore::State::endSave(const QString& consequence) {
+    const Outcome outcome = save.result();
+    isSaving = false;
+    const QJsonObject changes = std::exchange(saving, {});
+    tellNotice();
+    if (outcome) {
+        stored = *outcome;
+        return;
+    }
+    unsaved = joined(changes, unsaved);
+    if (outcome.failureAs<DefaultsFile::OffLimits>()) {
+        leaveFileAlone(outcome.words());
+    } else {
+        log.print(u"[DefaultsStore] %1 %2"_s.arg(outcome.words(), consequence));
+    }
+}
+
+/// The last of all, for a program that ends: without the event loop.
+void JsonDefaultsStore::State::saveRest() {
+    if (isSaving) {
+        endSave(u"It is tried once more."_s);
+    }
+    if (!unsaved.isEmpty()) {
+        beginSave();
+    }
+    if (isSaving) {
+        endSave(u"What was changed last is lost."_s);
+    }
+}
+
+void JsonDefaultsStore::State::leaveFileAlone(const QString& reason) {
+    isFileOffLimits = true;
+    log.print(u"[DefaultsStore] %1 Settings are kept in memory until the program ends."_s.arg(reason));
+}
+
+void JsonDefaultsStore::State::tellNotice() {
+    if (const QString notice = file->takeNotice(); !notice.isEmpty()) {
+        log.print(notice);
+    }
+}
+
+JsonDefaultsStore::JsonDefaultsStore(const QString& path, PlainLog& log)
+    : m_state(std::make_shared<State>(path, log)) {}
+
+JsonDefaultsStore::~JsonDefaultsStore() {
+    m_state->saveRest();
+}
 
 QVariant JsonDefaultsStore::value(const QString& key) const {
-    refresh();
-    return plainValue(m_unsaved.contains(key) ? m_unsaved.value(key) : m_stored.value(key));
+    return plainValue(m_state->value(key));
 }
 
 void JsonDefaultsStore::set(const QString& key, const QVariant& value) {
@@ -165,118 +188,44 @@ void JsonDefaultsStore::setAll(const QVariantMap& values) {
     for (auto value = values.begin(); value != values.end(); ++value) {
         const QJsonValue tagged = taggedValue(*value);
         if (tagged.isUndefined()) {
-            m_log.print(u"[DefaultsStore] The value for %1 cannot be stored, its type is %2"_s.arg(
+            m_state->log.print(u"[DefaultsStore] The value for %1 cannot be stored, its type is %2"_s.arg(
                 value.key(), QString::fromUtf8(value->typeName())));
         } else {
             changes.insert(value.key(), tagged);
         }
     }
-    change(changes);
+    m_state->change(changes);
 }
 
 void JsonDefaultsStore::remove(const QString& key) {
-    change({{key, QJsonValue::Null}});
+    m_state->change({{key, QJsonValue::Null}});
 }
 
-void JsonDefaultsStore::change(const QJsonObject& changes) {
-    refresh();
-    if (merged(m_stored, changes) == m_stored && m_unsaved.isEmpty()) {
-        return;
-    }
-    m_unsaved = joined(m_unsaved, changes);
-    if (m_isFileOffLimits) {
-        return;
-    }
-    try {
-        save();
-    } catch (const FileError& error) {
-        m_log.print(u"[DefaultsStore] %1 The change is kept in memory until a later one can be saved."_s.arg(
-            error.localizedDescription()));
-    }
+QCoro::Task<bool> JsonDefaultsStore::saved(QString key) const {
+    return saved(m_state, key);
 }
 
-/// Writes all that is unsaved on top of what the file holds by now.
-void JsonDefaultsStore::save() {
-    makePrivateFolder(QFileInfo(m_path).path());
-    const WriteLock lock(m_path);
-    if (!reload()) {
-        setAside();
-    }
-    if (m_isFileOffLimits) {
-        return;
-    }
-    const QJsonObject contents = merged(m_stored, m_unsaved);
-    if (contents != m_stored) {
-        const QByteArray bytes = QJsonDocument(contents).toJson();
-        if (bytes.size() > largestFile) {
-            throw FileError(u"write"_s, m_path, EFBIG); // it would count as damaged when it is read again
-        }
-        replaceFile(m_path, bytes, privateFile);
-        m_stored = contents;
-        m_snapshot = std::make_unique<const Snapshot>(m_path);
-    }
-    m_unsaved = {};
+QCoro::Task<> JsonDefaultsStore::finished() const {
+    return finished(m_state);
 }
 
-void JsonDefaultsStore::refresh() const {
-    if (m_isFileOffLimits || reload()) {
-        return;
+QCoro::Task<bool> JsonDefaultsStore::saved(std::shared_ptr<State> state, QString key) {
+    while (state->isSaving && state->isPending(key)) {
+        co_await saveEnded(state);
     }
-    try {
-        const WriteLock lock(m_path);
-        if (!reload()) { // still damaged, and nobody else can have set it aside
-            setAside();
-        }
-    } catch (const FileError& error) {
-        leaveFileAlone(error);
+    co_return !state->isPending(key);
+}
+
+QCoro::Task<> JsonDefaultsStore::finished(std::shared_ptr<State> state) {
+    while (state->isSaving) {
+        co_await saveEnded(state);
     }
 }
 
-/// Reads the file if it is not in the state that was last seen. False when its contents are not valid.
-bool JsonDefaultsStore::reload() const {
-    try {
-        auto snapshot = std::make_unique<const Snapshot>(m_path);
-        if (m_snapshot && m_snapshot->isSameAs(*snapshot)) {
-            return true;
-        }
-        const std::optional<QJsonObject> contents =
-            snapshot->exists() ? parse(readFile(m_path, largestFile)) : QJsonObject();
-        if (!contents) {
-            return false;
-        }
-        if (snapshot->isOpenToOthers()) { // the model service's key is in it
-            [[maybe_unused]] const int closed = ::chmod(QFile::encodeName(m_path).constData(), privateFile);
-        }
-        m_stored = *contents;
-        m_snapshot = std::move(snapshot);
-    } catch (const FileError& error) {
-        if (error.code() == EFBIG) {
-            return false;
-        }
-        if (error.code() != ENOENT) { // which it is when another process has set it aside just now
-            leaveFileAlone(error);
-        }
-    }
-    return true;
-}
-
-void JsonDefaultsStore::setAside() const {
-    const QString name = asideName(m_path);
-    if (std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(name).constData()) != 0) {
-        leaveFileAlone(FileError(u"set aside"_s, m_path, errno));
-        return;
-    }
-    m_log.print(
-        u"[DefaultsStore] The settings in %1 are damaged and start anew; the old file is now %2"_s.arg(m_path,
-                                                                                                       name));
-    m_stored = {};
-    m_snapshot.reset();
-}
-
-void JsonDefaultsStore::leaveFileAlone(const std::exception& reason) const {
-    m_isFileOffLimits = true;
-    m_log.print(u"[DefaultsStore] %1 Settings are kept in memory until the program ends."_s.arg(
-        QString::fromUtf8(reason.what())));
+QCoro::Task<> JsonDefaultsStore::saveEnded(std::shared_ptr<State> state) {
+    QFuture<Outcome> save = state->save.future();
+    co_await save;
+    state->takeSaveIn();
 }
 
 } // namespace ostrelle

@@ -6,7 +6,6 @@
 
 #include <QJsonObject>
 #include <QString>
-#include <exception>
 #include <memory>
 
 namespace ostrelle {
@@ -14,39 +13,36 @@ namespace ostrelle {
 /// A defaults store over one JSON file that only its user can read. Every key holds an object of one
 /// member that names the type, such as {"ftpPort": {"integer": 21}}, so that types survive exactly.
 ///
-/// Several processes may share the file: each sees the others' changes at its next read, and a write
-/// changes only its own key. A file that is not valid is set aside under another name, and one that cannot
-/// be read is left alone; the log says so.
+/// For one thread; changes are saved on a thread of its own, one save at a time, each with all that was
+/// changed until it begins, so that no caller waits for the disk. The file is whole at any instant, and a
+/// killed process loses what it changed in its last moments only; the destructor saves the rest and waits.
+///
+/// Several processes may share the file: each sees the others' changes at its next read that no save of its
+/// own is in the way of, and a save changes only its own keys. A file that is not valid is set aside under
+/// another name, and one that cannot be read is left alone; the log says so.
 class JsonDefaultsStore : public DefaultsStore {
 public:
     /// The file and its folder need not exist yet. The log must outlive the store.
-    JsonDefaultsStore(QString path, PlainLog& log);
+    JsonDefaultsStore(const QString& path, PlainLog& log);
     ~JsonDefaultsStore() override;
+    JsonDefaultsStore(const JsonDefaultsStore&) = delete;
+    JsonDefaultsStore& operator=(const JsonDefaultsStore&) = delete;
 
     QVariant value(const QString& key) const override;
     void set(const QString& key, const QVariant& value) override;
     void remove(const QString& key) override;
     void setAll(const QVariantMap& values) override;
-    bool isSaved(const QString& key) const override { return !m_unsaved.contains(key); }
+    QCoro::Task<bool> saved(QString key) const override;
+    QCoro::Task<> finished() const override;
 
 private:
-    class Snapshot;
+    struct State;
 
-    /// `changes` has null for a removed key.
-    void change(const QJsonObject& changes);
-    void save();
-    void refresh() const;
-    bool reload() const;
-    void setAside() const;
-    void leaveFileAlone(const std::exception& reason) const;
+    static QCoro::Task<bool> saved(std::shared_ptr<State> state, QString key);
+    static QCoro::Task<> finished(std::shared_ptr<State> state);
+    static QCoro::Task<> saveEnded(std::shared_ptr<State> state);
 
-    QString m_path;
-    PlainLog& m_log;
-    // The cache of the file is brought up to date by reading, hence mutable.
-    mutable std::unique_ptr<const Snapshot> m_snapshot; // the state of the file that m_stored comes from
-    mutable QJsonObject m_stored;
-    mutable bool m_isFileOffLimits = false;
-    QJsonObject m_unsaved; // changes that the file does not have yet, with null for a removed key
+    std::shared_ptr<State> m_state; // with those who wait for a save, too
 };
 
 } // namespace ostrelle

@@ -50,7 +50,9 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                 .notifications = notifications,
                 .threads = threads,
                 .clock = clock,
-                .log = given.console}) {}
+                .log = given.console})
+    , m_defaults(given.defaults)
+    , m_settingsDefaults(given.settingsDefaults) {}
 
 QCoro::Task<> CaptionProgram::finishWork() {
     turns.close();
@@ -58,6 +60,8 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await scan.finished();
     co_await turns.idle();
     co_await prompts.finishPending();
+    co_await m_defaults.finished(); // last: what ended above has changed counters
+    co_await m_settingsDefaults.finished();
 }
 
 PromptAccess CaptionProgram::accessToPrompts(const ServiceEndpoints& endpoints) {

@@ -68,6 +68,9 @@ public:
 
 private:
     PromptAccess accessToPrompts(const ServiceEndpoints& endpoints);
+
+    DefaultsStore& m_defaults;
+    DefaultsStore& m_settingsDefaults;
 };
 
 } // namespace ostrelle

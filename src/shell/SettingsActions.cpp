@@ -117,7 +117,8 @@ QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
         co_return;
     }
     Q_EMIT self->keyChanged();
-    const Alert outcome = keySavedNews(parts.defaults.isSaved(apiKeyName));
+    const bool isSaved = co_await parts.defaults.saved(apiKeyName);
+    const Alert outcome = keySavedNews(isSaved);
     co_await parts.alerts.show(outcome);
 }
 
@@ -132,7 +133,8 @@ QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
     if (self) {
         Q_EMIT self->keyChanged();
     }
-    if (!parts.defaults.isSaved(apiKeyName)) {
+    const bool isSaved = co_await parts.defaults.saved(apiKeyName);
+    if (!isSaved) {
         const Alert notRemoved = keyNotRemovedWarning();
         co_await parts.alerts.show(notRemoved);
     }

@@ -1,18 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/JsonDefaultsStoreFixture.h"
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "support/FullDisk.h"
 
 #include <QJsonDocument>
-#include <array>
-#include <atomic>
-#include <csignal>
 #include <functional>
-#include <random>
+#include <optional>
 
 namespace ostrelle {
 
@@ -21,15 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 class JsonDefaultsStoreFaultTest : public JsonDefaultsStoreTest {};
-
-/// Writes beyond so many bytes of a file fail, much as they do on a full disk.
-void limitFileSize(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-    limit.rlim_cur = std::min(bytes, limit.rlim_max);
-    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-}
 
 TEST_F(JsonDefaultsStoreFaultTest, ADamagedFileIsSetAsideAndTheStoreGoesOn) {
     const QList<QByteArray> damaged = {
@@ -56,6 +39,7 @@ TEST_F(JsonDefaultsStoreFaultTest, ADamagedFileIsSetAsideAndTheStoreGoesOn) {
                 u"[DefaultsStore] The settings in %1 are damaged and start anew; the old file is now %2"_s
                     .arg(path, folder.filePath(aside.first()))));
         store.set(u"sport"_s, u"football"_s);
+        await(store.finished());
         EXPECT_EQ(afterRestart(u"sport"_s), u"football"_s);
         QFile::remove(folder.filePath(aside.first()));
     }
@@ -85,24 +69,11 @@ TEST_F(JsonDefaultsStoreFaultTest, AnEntryThatIsNotUnderstoodIsNoValueAndStays) 
         EXPECT_FALSE(store.exists(u"sport"_s));
         EXPECT_EQ(store.value(u"on"_s), true);
         store.set(u"autoMode"_s, true);
+        await(store.finished());
         EXPECT_EQ(QJsonDocument::fromJson(contentsOf(path))[u"sport"_s],
                   QJsonDocument::fromJson(bytes)[u"sport"_s]);
     }
     EXPECT_EQ(log.lines, QStringList());
-}
-
-TEST_F(JsonDefaultsStoreFaultTest, AFileSetAsideNeverTakesThePlaceOfAnEarlierOne) {
-    for (const QByteArray& bytes : {"first", "second", "third"}) {
-        writeFile(bytes);
-        constexpr std::array<timespec, 2> sameMoment = {
-            {{.tv_sec = 1'700'000'000, .tv_nsec = 0}, {.tv_sec = 1'700'000'000, .tv_nsec = 0}}};
-        ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), sameMoment.data(), 0), 0);
-        EXPECT_FALSE(afterRestart(u"sport"_s).isValid());
-    }
-    const QString name = u"settings.json.broken-20231114T221320.000Z"_s;
-    EXPECT_EQ(files(u"*.broken-*"_s), QStringList({name, name + u"-2"_s, name + u"-3"_s}));
-    EXPECT_EQ(contentsOf(folder.filePath(name)), "first");
-    EXPECT_EQ(contentsOf(folder.filePath(name + u"-3"_s)), "third");
 }
 
 TEST_F(JsonDefaultsStoreFaultTest, AFileThatCannotBeReadIsLeftAloneAndSaidOnce) {
@@ -113,6 +84,7 @@ TEST_F(JsonDefaultsStoreFaultTest, AFileThatCannotBeReadIsLeftAloneAndSaidOnce) 
         store.set(u"sport"_s, u"football"_s);
         store.set(u"autoMode"_s, true);
         EXPECT_EQ(store.value(u"sport"_s), u"football"_s);
+        EXPECT_FALSE(await(store.saved(u"sport"_s)));
         EXPECT_EQ(log.lines,
                   QStringList(u"[DefaultsStore] Could not read %1: %2. Settings are kept in memory "
                               "until the program ends."_s.arg(path, reason)));
@@ -136,102 +108,53 @@ TEST_F(JsonDefaultsStoreFaultTest, AFailedSaveLeavesTheOldFileAndIsMadeUpForByTh
         std::function<void()> begin;
         std::function<void()> end;
     };
+    std::optional<FullDisk> fullDisk;
     const Obstacle obstacles[] = {
         {u": Permission denied."_s, [this] { setMode(folder.path(), 0500); },
          [this] { setMode(folder.path(), 0700); }},
-        {u": File too large."_s, [] { limitFileSize(10); }, [] { limitFileSize(RLIM_INFINITY); }},
+        {u": File too large."_s, [&fullDisk] { fullDisk.emplace(10); }, [&fullDisk] { fullDisk.reset(); }},
     };
     for (const Obstacle& obstacle : obstacles) {
         JsonDefaultsStore store(path, log);
-        store.set(u"sport"_s, u"soccer"_s);
-        store.set(u"autoMode"_s, true);
+        store.setAll({{u"sport"_s, u"soccer"_s}, {u"autoMode"_s, true}});
+        await(store.finished());
         const QByteArray before = contentsOf(path);
         log.lines.clear();
         obstacle.begin();
         store.set(u"sport"_s, u"football"_s);
+        EXPECT_FALSE(await(store.saved(u"sport"_s)));
         store.remove(u"autoMode"_s);
+        EXPECT_FALSE(await(store.saved(u"autoMode"_s)));
         obstacle.end();
         EXPECT_EQ(log.lines.filter(obstacle.reason + u" The change is kept in memory until"_s).size(), 2)
             << qPrintable(log.lines.join(u'\n'));
         EXPECT_EQ(contentsOf(path), before);
         EXPECT_EQ(files(), QStringList({u"settings.json"_s, u"settings.json.lock"_s}));
         EXPECT_FALSE(store.exists(u"autoMode"_s));
-        EXPECT_FALSE(store.isSaved(u"sport"_s) || store.isSaved(u"autoMode"_s));
-        EXPECT_TRUE(store.isSaved(u"ftpPort"_s));
+        EXPECT_TRUE(await(store.saved(u"ftpPort"_s)));
         store.set(u"sport"_s, u"football"_s); // the value that it holds, but the file does not
-        EXPECT_TRUE(store.isSaved(u"sport"_s) && store.isSaved(u"autoMode"_s));
+        EXPECT_TRUE(await(store.saved(u"sport"_s)) && await(store.saved(u"autoMode"_s)));
         EXPECT_EQ(afterRestart(u"sport"_s), u"football"_s);
         EXPECT_FALSE(afterRestart(u"autoMode"_s).isValid());
     }
 }
 
-TEST_F(JsonDefaultsStoreFaultTest, AFileThatWouldBeTooLargeToReadIsNotWritten) {
-    JsonDefaultsStore store(path, log);
-    store.set(u"sport"_s, u"soccer"_s);
-    store.set(u"data"_s, QByteArray(4'000'000, 'x'));
-    EXPECT_EQ(log.lines.size(), 1);
-    EXPECT_EQ(afterRestart(u"sport"_s), u"soccer"_s);
-    store.remove(u"data"_s);
-    store.set(u"sport"_s, u"football"_s);
-    EXPECT_EQ(afterRestart(u"sport"_s), u"football"_s);
-}
-
-/// A number that a child process writes and its parent reads.
-std::atomic<qint64>& sharedNumber() {
-    return *static_cast<std::atomic<qint64>*>(
-        ::mmap(nullptr, sizeof(qint64), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-}
-
-TEST_F(JsonDefaultsStoreFaultTest, AKilledProcessLeavesAWholeFileWithAllThatWasAcknowledged) {
-    std::mt19937 random(20241026); // NOLINT(bugprone-random-generator-seed): failures should repeat
-    std::atomic<qint64>& acknowledged = sharedNumber();
-    for (int round = 0; round < 300; ++round) {
-        const qint64 start = acknowledged;
-        const pid_t child = ::fork();
-        if (child == 0) {
+TEST_F(JsonDefaultsStoreFaultTest, TheEndOfAStoreTriesOnceMoreAndTellsWhatIsLost) {
+    for (const bool isRoomAgain : {true, false}) {
+        log.lines.clear();
+        std::optional<FullDisk> fullDisk(std::in_place, 10);
+        {
             JsonDefaultsStore store(path, log);
-            for (;; ++acknowledged) {
-                store.set(u"number"_s, acknowledged + 1);
+            store.set(u"roomAgain"_s, isRoomAgain);
+            await(store.finished());
+            if (isRoomAgain) {
+                fullDisk.reset();
             }
         }
-        const qint64 wanted = start + static_cast<qint64>(random() % 4);
-        while (acknowledged < wanted && ::waitpid(child, nullptr, WNOHANG) == 0) {
-        }
-        for (volatile auto spin = random() % 300'000; spin > 0; spin = spin - 1) {
-        }
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        const qint64 stored = afterRestart(u"number"_s).toLongLong();
-        ASSERT_TRUE(stored == acknowledged || stored == acknowledged + 1)
-            << stored << " after " << acknowledged;
-        ASSERT_EQ(log.lines, QStringList());
-        acknowledged = stored;
+        fullDisk.reset();
+        EXPECT_EQ(afterRestart(u"roomAgain"_s), true) << "what was saved before is not lost";
+        EXPECT_EQ(log.lines.filter(u" What was changed last is lost."_s).size(), isRoomAgain ? 0 : 1);
     }
-    EXPECT_GT(acknowledged, 300);
-}
-
-TEST_F(JsonDefaultsStoreFaultTest, TwoProcessesThatWriteAtOnceLoseNothing) {
-    constexpr qint64 keys = 150;
-    const auto writeKeys = [this](const QString& name) {
-        JsonDefaultsStore store(path, log);
-        for (qint64 number = 0; number < keys; ++number) {
-            store.set(name + QString::number(number), number);
-        }
-    };
-    const pid_t child = ::fork();
-    if (child == 0) {
-        writeKeys(u"child"_s);
-        ::_exit(0);
-    }
-    writeKeys(u"parent"_s);
-    ::waitpid(child, nullptr, 0);
-
-    const JsonDefaultsStore store(path, log);
-    for (qint64 number = 0; number < keys; ++number) {
-        EXPECT_EQ(store.value(u"child"_s + QString::number(number)), QVariant(number));
-        EXPECT_EQ(store.value(u"parent"_s + QString::number(number)), QVariant(number));
-    }
-    EXPECT_EQ(log.lines, QStringList());
 }
 
 } // namespace

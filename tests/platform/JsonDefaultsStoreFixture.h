@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/JsonDefaultsStore.h"
+#include "support/Await.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 

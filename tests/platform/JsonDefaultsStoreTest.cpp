@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/FileLock.h"
 #include "platform/JsonDefaultsStoreFixture.h"
 
 #include <QDataStream>
 #include <QDateTime>
 #include <QTimeZone>
+#include <chrono>
 #include <functional>
 #include <limits>
+#include <memory>
 
 namespace ostrelle {
 
@@ -55,9 +58,11 @@ TEST_F(JsonDefaultsStoreTest, ValuesSurviveARestartWithTheirTypes) {
         QVariantList{1.0, qint64(1), u"1"_s, true, QByteArray("1"), QVariantList{2.0}},
     };
     for (const QVariant& value : values) {
-        JsonDefaultsStore store(path, log);
-        store.set(u"key"_s, value);
-        EXPECT_EQ(serialized(store.value(u"key"_s)), serialized(value)) << contentsOf(path).constData();
+        {
+            JsonDefaultsStore store(path, log);
+            store.set(u"key"_s, value);
+            EXPECT_EQ(serialized(store.value(u"key"_s)), serialized(value));
+        }
         EXPECT_EQ(serialized(afterRestart(u"key"_s)), serialized(value)) << contentsOf(path).constData();
     }
     EXPECT_EQ(log.lines, QStringList());
@@ -77,6 +82,7 @@ TEST_F(JsonDefaultsStoreTest, TheFileIsSortedAndForItsUserOnly) {
     JsonDefaultsStore store(path, log);
     store.set(u"installed"_s, QDateTime(QDate(2024, 3, 1), QTime(20, 0), QTimeZone("America/New_York")));
     store.set(u"ftpPort"_s, qint64(21));
+    await(store.finished());
     EXPECT_EQ(contentsOf(path),
               "{\n    \"ftpPort\": {\n        \"integer\": 21\n    },\n"
               "    \"installed\": {\n        \"date\": \"2024-03-02T01:00:00.000Z\"\n    }\n}\n");
@@ -98,12 +104,15 @@ TEST_F(JsonDefaultsStoreTest, ReadingMakesNoFile) {
 TEST_F(JsonDefaultsStoreTest, AValueThatIsHeldIsNotWrittenAgain) {
     JsonDefaultsStore store(path, log);
     store.set(u"price"_s, 2.0);
+    await(store.finished());
     setMode(folder.path(), 0500); // so that a write would fail
     store.set(u"price"_s, 2.0);
     store.remove(u"absent"_s);
+    await(store.finished());
     setMode(folder.path(), 0700);
     EXPECT_EQ(log.lines, QStringList());
     store.set(u"price"_s, qint64(2));
+    await(store.finished());
     EXPECT_EQ(afterRestart(u"price"_s).typeId(), QMetaType::LongLong);
 }
 
@@ -129,14 +138,18 @@ TEST_F(JsonDefaultsStoreTest, TwoStoresSeeEachOthersChangesAndLoseNone) {
     JsonDefaultsStore window(path, log);
     JsonDefaultsStore commandLine(path, log);
     window.set(u"sport"_s, u"soccer"_s);
+    await(window.finished());
     EXPECT_EQ(commandLine.value(u"sport"_s), u"soccer"_s);
     for (qint64 round = 0; round < 50; ++round) { // values of one length, faster than the file system's clock
         window.set(u"sport"_s, round % 2 == 0 ? u"soccer"_s : u"hockey"_s);
         window.set(u"round"_s, 1000 + round);
+        await(window.finished());
         EXPECT_EQ(commandLine.value(u"round"_s), QVariant(1000 + round));
     }
     commandLine.set(u"autoMode"_s, true);
     window.remove(u"sport"_s);
+    await(commandLine.finished());
+    await(window.finished());
     EXPECT_EQ(afterRestart(u"autoMode"_s), true);
     EXPECT_EQ(afterRestart(u"round"_s), QVariant(qint64(1049)));
     EXPECT_FALSE(commandLine.exists(u"sport"_s));
@@ -145,10 +158,53 @@ TEST_F(JsonDefaultsStoreTest, TwoStoresSeeEachOthersChangesAndLoseNone) {
 TEST_F(JsonDefaultsStoreTest, AnEditInPlaceIsSeen) {
     JsonDefaultsStore store(path, log);
     store.set(u"sport"_s, u"soccer"_s);
+    await(store.finished());
     writeFile(R"({"sport": {"text": "baseball"}, "later": {"bool": true}})");
     EXPECT_EQ(store.value(u"sport"_s), u"baseball"_s);
     store.set(u"autoMode"_s, true);
+    await(store.finished());
     EXPECT_EQ(afterRestart(u"later"_s), true); // a key that nobody here knows
+}
+
+/// A save waits for this lock, and so does whatever waits for the save.
+constexpr std::chrono::seconds patience(2);
+
+TEST_F(JsonDefaultsStoreTest, NobodyWaitsForASaveThatRuns) {
+    JsonDefaultsStore store(path, log);
+    {
+        const FileLock otherProcess(path, patience);
+        store.set(u"sport"_s, u"soccer"_s);
+        store.set(u"round"_s, qint64(1));
+        store.set(u"round"_s, qint64(2));
+        store.set(u"autoMode"_s, true);
+        store.remove(u"autoMode"_s);
+        EXPECT_EQ(store.value(u"sport"_s), u"soccer"_s);
+        EXPECT_EQ(store.value(u"round"_s), QVariant(qint64(2)));
+        EXPECT_FALSE(store.exists(u"autoMode"_s));
+        EXPECT_FALSE(store.saved(u"sport"_s).isReady() || store.saved(u"round"_s).isReady());
+        EXPECT_TRUE(await(store.saved(u"ftpPort"_s)));
+        EXPECT_EQ(files(), QStringList(u"settings.json.lock"_s));
+    }
+    EXPECT_TRUE(await(store.saved(u"round"_s)));
+    EXPECT_EQ(afterRestart(u"sport"_s), u"soccer"_s);
+    EXPECT_EQ(afterRestart(u"round"_s), QVariant(qint64(2)));
+    EXPECT_FALSE(afterRestart(u"autoMode"_s).isValid());
+    EXPECT_EQ(log.lines, QStringList());
+}
+
+TEST_F(JsonDefaultsStoreTest, AStoreThatEndsSavesAllWithoutAnEventLoop) {
+    auto store = std::make_unique<JsonDefaultsStore>(path, log);
+    auto otherProcess = std::make_unique<FileLock>(path, patience);
+    store->set(u"sport"_s, u"soccer"_s);
+    store->set(u"sport"_s, u"football"_s);
+    QCoro::Task<bool> saved = store->saved(u"sport"_s);
+    QCoro::Task<> finished = store->finished();
+    otherProcess.reset();
+    store.reset();
+    EXPECT_EQ(afterRestart(u"sport"_s), u"football"_s);
+    EXPECT_TRUE(await(std::move(saved))) << "whoever waits may outlive the store";
+    await(std::move(finished));
+    EXPECT_EQ(log.lines, QStringList());
 }
 
 } // namespace

@@ -13,7 +13,7 @@ public:
     QVariant value(const QString& key) const override { return values.value(key); }
     void set(const QString& key, const QVariant& value) override { values.insert(key, value); }
     void remove(const QString& key) override { values.remove(key); }
-    bool isSaved(const QString&) const override { return !isDiskFull; }
+    QCoro::Task<bool> saved(QString) const override { co_return !isDiskFull; }
 
     QMap<QString, QVariant> values;
     bool isDiskFull = false; ///< what is set lasts until the program ends

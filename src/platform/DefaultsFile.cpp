@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DefaultsFile.h"
+
+#include "platform/FileLock.h"
+#include "platform/FileStamp.h"
+#include "platform/Files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 largestFile = 4LL * 1024 * 1024;
+constexpr mode_t privateFile = S_IRUSR | S_IWUSR;
+constexpr mode_t privateFolder = S_IRWXU;
+constexpr std::chrono::seconds longestWait(2); // for another process that saves, which takes far less
+
+/// All keys of the file with their tagged values, or nothing when it is not JSON of that shape. An entry that
+/// this version does not understand is nothing to read but stays in the file.
+std::optional<QJsonObject> parse(const QByteArray& bytes) {
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+void makePrivateFolder(const QString& path) {
+    makeFolder(QFileInfo(path).path());
+    if (::mkdir(QFile::encodeName(path).constData(), privateFolder) != 0 && errno != EEXIST) {
+        throw FileError(u"make the folder"_s, path, errno);
+    }
+}
+
+/// A name for a damaged file that no other file has: when it was last written, and a number if need be.
+QString asideName(const QString& path) {
+    const QDateTime written = QFileInfo(path).lastModified().toUTC();
+    const QString stem = path + u".broken-"_s + written.toString(u"yyyyMMdd'T'HHmmss.zzz'Z'");
+    QString name = stem;
+    for (int number = 2; QFileInfo::exists(name); ++number) {
+        name = stem + u'-' + QString::number(number);
+    }
+    return name;
+}
+
+} // namespace
+
+QJsonObject withChanges(QJsonObject values, const QJsonObject& changes) {
+    for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
+        if (change.value().isNull()) {
+            values.remove(change.key());
+        } else {
+            values.insert(change.key(), change.value());
+        }
+    }
+    return values;
+}
+
+/// One state of the file. It stays open as long as it is remembered, which keeps its inode number from being
+/// given to a later state: no two states that follow within one tick of the file system's clock look alike.
+class DefaultsFile::Snapshot {
+public:
+    /// Throws FileError when the file can neither be looked at nor is missing.
+    explicit Snapshot(const QString& path)
+        : m_descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC)) {
+        if (m_descriptor < 0 && errno != ENOENT) {
+            throw FileError(u"read"_s, path, errno);
+        }
+        if (m_descriptor >= 0) {
+            ::fstat(m_descriptor, &m_status);
+        }
+    }
+    ~Snapshot() {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+
+    bool exists() const { return m_descriptor >= 0; }
+    bool isOpenToOthers() const { return (m_status.st_mode & (S_IRWXG | S_IRWXO)) != 0; }
+    bool isSameAs(const Snapshot& other) const { return FileStamp(m_status) == FileStamp(other.m_status); }
+
+private:
+    int m_descriptor;
+    struct stat m_status{};
+};
+
+DefaultsFile::DefaultsFile(QString path) : m_path(std::move(path)) {}
+
+DefaultsFile::~DefaultsFile() = default;
+
+QJsonObject DefaultsFile::load() {
+    if (isRead()) {
+        return m_values;
+    }
+    try {
+        const FileLock lock(m_path, longestWait);
+        readOrSetAside();
+    } catch (const FileError& error) {
+        throw OffLimits(error);
+    }
+    return m_values;
+}
+
+QJsonObject DefaultsFile::apply(const QJsonObject& changes) {
+    if (isRead() && withChanges(m_values, changes) == m_values) {
+        return m_values;
+    }
+    makePrivateFolder(QFileInfo(m_path).path());
+    const FileLock lock(m_path, longestWait);
+    readOrSetAside();
+    const QJsonObject values = withChanges(m_values, changes);
+    if (values != m_values) {
+        replace(values);
+    }
+    return m_values;
+}
+
+QString DefaultsFile::takeNotice() {
+    return std::exchange(m_notice, {});
+}
+
+/// Reads the file if it is not in the state that was last seen. False when its contents are not valid.
+bool DefaultsFile::isRead() {
+    try {
+        auto snapshot = std::make_unique<const Snapshot>(m_path);
+        if (m_snapshot && m_snapshot->isSameAs(*snapshot)) {
+            return true;
+        }
+        const std::optional<QJsonObject> values =
+            snapshot->exists() ? parse(readFile(m_path, largestFile)) : QJsonObject();
+        if (!values) {
+            return false;
+        }
+        if (snapshot->isOpenToOthers()) { // the model service's key is in it
+            [[maybe_unused]] const int closed = ::chmod(QFile::encodeName(m_path).constData(), privateFile);
+        }
+        m_values = *values;
+        m_snapshot = std::move(snapshot);
+    } catch (const FileError& error) {
+        if (error.code() == EFBIG) {
+            return false;
+        }
+        if (error.code() != ENOENT) { // which it is when another process has set it aside just now
+            throw OffLimits(error);
+        }
+    }
+    return true;
+}
+
+/// Under the lock: a file that is still damaged cannot have been set aside by anybody else.
+void DefaultsFile::readOrSetAside() {
+    if (!isRead()) {
+        setAside();
+    }
+}
+
+void DefaultsFile::setAside() {
+    const QString name = asideName(m_path);
+    if (std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(name).constData()) != 0) {
+        throw OffLimits(FileError(u"set aside"_s, m_path, errno));
+    }
+    m_notice = u"[DefaultsStore] The settings in %1 are damaged and start anew; the old file is now %2"_s.arg(
+        m_path, name);
+    m_values = {};
+    m_snapshot.reset();
+}
+
+void DefaultsFile::replace(const QJsonObject& values) {
+    const QByteArray bytes = QJsonDocument(values).toJson();
+    if (bytes.size() > largestFile) {
+        throw FileError(u"write"_s, m_path, EFBIG); // it would count as damaged when it is read again
+    }
+    replaceFile(m_path, bytes, privateFile);
+    m_values = values;
+    m_snapshot = std::make_unique<const Snapshot>(m_path);
+}
+
+} // namespace ostrelle
