@@ -3,8 +3,8 @@
 
 #include "cli/CommandLoop.h"
 #include "cli/CommandProgram.h"
-#include "cli/InterruptSignals.h"
 #include "cli/ReportPrinter.h"
+#include "platform/InterruptSignals.h"
 
 #include <QCoroSignal>
 
@@ -19,7 +19,8 @@ class WatchRun : public QObject {
     Q_OBJECT
 
 public:
-    WatchRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
+    WatchRun(CommandProgram& program, InterruptSignals& interrupts)
+        : m_program(program), m_interrupts(interrupts) {
         connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::tell);
         connect(&interrupts, &InterruptSignals::interrupted, this, &WatchRun::ended);
         connect(&program.captions.settings, &SettingsStore::autoModeChanged, this,
@@ -27,6 +28,7 @@ public:
     }
 
     QCoro::Task<int> run() {
+        m_interrupts.listen();
         m_program.errors.print(u"Watching %1. Ctrl-C ends it."_s.arg(*m_program.options.folder));
         m_program.captions.autoMode.observeAutoModeSettings();
         co_await qCoro(this, &WatchRun::ended);
@@ -56,13 +58,14 @@ private:
     }
 
     CommandProgram& m_program;
+    InterruptSignals& m_interrupts;
     ExitStatus m_status = ExitStatus::success;
 };
 
 } // namespace
 
 int runWatchCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
-    const InterruptSignals interrupts;
+    InterruptSignals interrupts;
     CommandProgram program(options, folders, endpoints);
     WatchRun run(program, interrupts);
     return runCommandLoop(program, [&run] { return run.run(); });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cli/InterruptSignals.h"
+#include "platform/InterruptSignals.h"
 
 #include "core/Error.h"
 
@@ -32,13 +32,16 @@ int openDescriptor() {
 
 } // namespace
 
-InterruptSignals::InterruptSignals()
-    : m_descriptor(openDescriptor()), m_notifier(m_descriptor, QSocketNotifier::Read) {
-    connect(&m_notifier, &QSocketNotifier::activated, this, &InterruptSignals::take);
-}
+InterruptSignals::InterruptSignals() : m_descriptor(openDescriptor()) {}
 
 InterruptSignals::~InterruptSignals() {
+    m_notifier.reset();
     ::close(m_descriptor);
+}
+
+void InterruptSignals::listen() {
+    m_notifier.emplace(m_descriptor, QSocketNotifier::Read);
+    connect(&*m_notifier, &QSocketNotifier::activated, this, &InterruptSignals::take);
 }
 
 void InterruptSignals::take() {
@@ -46,7 +49,7 @@ void InterruptSignals::take() {
     if (::read(m_descriptor, &received, sizeof received) != static_cast<ssize_t>(sizeof received)) {
         return;
     }
-    m_notifier.setEnabled(false);
+    m_notifier->setEnabled(false);
     const sigset_t set = interruptSet();
     ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
     Q_EMIT interrupted();
