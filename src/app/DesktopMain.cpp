@@ -3,33 +3,58 @@
 
 #include "app/DesktopProgram.h"
 #include "app/SingleInstance.h"
+#include "platform/DesktopColorScheme.h"
+#include "platform/InterruptSignals.h"
+#include "shell/DesktopAppearance.h"
 #include "shell/Icon.h"
-#include "shell/Theme.h"
 
 #include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
+#include <chrono>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// So that the first window does not change before the user's eyes. But not for long: a window that comes up
+/// late is worse.
+void waitForAnswer(const DesktopColorScheme& colorScheme) {
+    QEventLoop loop;
+    QObject::connect(&colorScheme, &DesktopColorScheme::settled, &loop, &QEventLoop::quit);
+    QTimer::singleShot(std::chrono::milliseconds(100), &loop, &QEventLoop::quit);
+    if (!colorScheme.isSettled()) {
+        loop.exec();
+    }
+}
+
+} // namespace
+
 int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoints()>& endpoints) {
+    InterruptSignals interrupts; // before the application, which starts threads
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"ostrelle-captions"_s);
-    QApplication::setApplicationDisplayName(u"Ostrelle Captions"_s);
     QApplication::setApplicationVersion(QStringLiteral(OSTRELLE_VERSION));
     QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setQuitOnLastWindowClosed(false); // the delegate decides
     QApplication::setWindowIcon(applicationIcon());
-    applyTheme(application);
 
     const AppFolders folders = AppFolders::ofDesktop();
     SingleInstance instance(folders.config);
     if (!instance.isFirst()) {
         return 0;
     }
+    DesktopColorScheme colorScheme; // asks while the parts are made
     DesktopProgram program(folders, endpoints());
+    waitForAnswer(colorScheme);
+    DesktopAppearance appearance(application, colorScheme);
     QObject::connect(&instance, &SingleInstance::startedAgain, &program.delegate(),
                      &AppDelegate::applicationShouldHandleReopen);
+    QObject::connect(&interrupts, &InterruptSignals::interrupted, &program.delegate(),
+                     [&program] { program.quit(); }); // nobody is there to be asked
+    interrupts.listen();
     program.delegate().applicationDidFinishLaunching();
     return QApplication::exec();
 }

@@ -54,6 +54,7 @@ void DesktopProgram::quit() {
         return;
     }
     m_isQuitting = true;
+    m_delegate.applicationWillTerminate();
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows) {
         if (auto* dialog = qobject_cast<QDialog*>(window)) {
@@ -68,6 +69,7 @@ void DesktopProgram::quit() {
 QCoro::Task<> DesktopProgram::finish(DesktopProgram& program) {
     co_await program.m_captions.finishWork();
     co_await program.m_delegate.finished();
+    co_await program.m_defaults.finished(); // which these may have set
     QCoreApplication::exit();
 }
 

@@ -35,10 +35,11 @@ public:
 
     AppDelegate& delegate() { return m_delegate; }
 
-private:
-    ShellParts shellParts();
     /// Hides the windows, finishes what is in the works and ends the event loop; asked twice, at once.
     void quit();
+
+private:
+    ShellParts shellParts();
     static QCoro::Task<> finish(DesktopProgram& program);
 
     ConsoleLog m_console;

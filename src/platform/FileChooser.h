@@ -13,6 +13,7 @@ struct FileQuestion {
     QString title;
     QString startFolder;         ///< empty: where the user last was
     QStringList extensions = {}; ///< of the files to offer, without the dot, in any case; empty offers all
+    QString extensionsName = {}; ///< what files with these extensions are called
 };
 
 /// Lets the user choose files and folders. Paths are absolute.

@@ -7,6 +7,7 @@
 #include "shell/MenuContentView.h"
 #include "shell/OnboardingView.h"
 #include "shell/SettingsView.h"
+#include "shell/Theme.h"
 
 #include <QAction>
 #include <QEvent>
@@ -30,16 +31,29 @@ void centre(QWidget* window) {
     }
 }
 
+/// How the user can change the size of a window: not at all where the content has just one.
+enum class Resizing { free, none };
+
+constexpr auto fixedWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+
 /// Makes the window on first demand and puts it in front.
 template <typename View>
-void present(std::unique_ptr<View>& window, const ShellParts& parts, const QString& title, QSize size) {
+void present(std::unique_ptr<View>& window, const ShellParts& parts, const QString& title, QSize size,
+             Resizing resizing = Resizing::free) {
     if (!window) {
         window = std::make_unique<View>(parts);
         window->setWindowTitle(title);
+        if (resizing == Resizing::none) {
+            window->setWindowFlags(fixedWindow);
+        }
         window->resize(size);
         centre(window.get());
     }
     window->show();
+    if (resizing == Resizing::none) {
+        window->setFixedSize(window->size()); // which large type may have made larger
+    }
     window->raise();
     window->activateWindow();
 }
@@ -85,6 +99,12 @@ void AppDelegate::applicationShouldHandleReopen() {
     showMainWindow();
 }
 
+void AppDelegate::applicationWillTerminate() {
+    if (m_mainWindow) {
+        m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());
+    }
+}
+
 void AppDelegate::observeEvents() {
     AppEvents& events = m_parts.events;
     connect(&events, &AppEvents::showAboutWindow, this, &AppDelegate::showAboutWindow);
@@ -92,6 +112,7 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
+    connect(&m_dashboardShortcut, &DashboardShortcut::pressed, &events, &AppEvents::showAnalyticsWindow);
     // Who closes the tour before its end would be left without any window.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, &AppDelegate::showMainWindow);
 }
@@ -125,6 +146,20 @@ void AppDelegate::addMenus() {
         help->addAction(icon(IconName::help), u"IPTC &Help"_s, this, &AppDelegate::showHelpWindow);
     guide->setShortcut(QKeySequence(Qt::Key_F1));
     help->addAction(u"&Welcome Tour"_s, this, &AppDelegate::showOnboardingWindow);
+    addToolBar({settings, guide});
+}
+
+/// Beside the menus: a bar of its own would take height from the panel.
+void AppDelegate::addToolBar(const QList<QAction*>& actions) {
+    auto* bar = new QToolBar(u"Toolbar"_s);
+    bar->setObjectName(u"MainToolbar"_s);
+    bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    bar->setIconSize(QSize(measure::iconSize, measure::iconSize));
+    for (QAction* action : actions) {
+        action->setIconVisibleInMenu(false);
+        bar->addAction(action);
+    }
+    m_mainWindow->menuBar()->setCornerWidget(bar);
 }
 
 void AppDelegate::showMainWindow() {
@@ -139,8 +174,7 @@ void AppDelegate::showMainWindow() {
 }
 
 void AppDelegate::showAboutWindow() {
-    present(m_aboutWindow, m_parts, u"About Ostrelle Captions"_s, {400, 450});
-    m_aboutWindow->setFixedSize(m_aboutWindow->size());
+    present(m_aboutWindow, m_parts, u"About Ostrelle Captions"_s, {400, 450}, Resizing::none);
 }
 
 void AppDelegate::showSettingsWindow() {
@@ -158,8 +192,7 @@ void AppDelegate::showHelpWindow() {
 }
 
 void AppDelegate::showOnboardingWindow() {
-    present(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500});
-    m_onboardingWindow->setFixedSize(m_onboardingWindow->size());
+    present(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none);
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
@@ -183,7 +216,6 @@ void AppDelegate::quit() {
         m_tasks.spawn(askAndQuit());
         return;
     }
-    savePlace();
     m_quit();
 }
 
@@ -202,22 +234,17 @@ QCoro::Task<> AppDelegate::askAndQuit() {
     if (button == 0) {
         m_mainWindow->showMinimized();
     } else if (button == 1) {
-        savePlace();
         m_quit();
     }
 }
 
 void AppDelegate::restorePlace() {
-    constexpr QSize size(480, 600);
-    m_mainWindow->resize(size);
+    // The panel's size, for the menus stand above it.
+    m_mainWindow->resize(480, 600 + m_mainWindow->menuBar()->sizeHint().height());
     const QByteArray place = m_parts.defaults.get<QByteArray>(placeKey).value_or(QByteArray());
     if (!m_mainWindow->restoreGeometry(place)) {
         centre(m_mainWindow.get());
     }
-}
-
-void AppDelegate::savePlace() const {
-    m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());
 }
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/TaskGroup.h"
+#include "shell/DashboardShortcut.h"
 #include "shell/ShellParts.h"
 #include "transfer/AutoModeController.h"
 
@@ -33,6 +34,8 @@ public:
     void applicationDidFinishLaunching();
     /// The program was started once more.
     void applicationShouldHandleReopen();
+    /// The program ends, whoever has asked for it: the window's place is kept.
+    void applicationWillTerminate();
     /// Ends the program, after a question if it is at work.
     void quit();
     /// Resumes when nothing is left that the windows began.
@@ -51,9 +54,9 @@ public:
 private:
     void makeMainWindow();
     void addMenus();
+    void addToolBar(const QList<QAction*>& actions);
     void observeEvents();
     void restorePlace();
-    void savePlace() const;
     bool isAtWork() const;
     QCoro::Task<> askAndQuit();
 
@@ -61,6 +64,7 @@ private:
     AutoModeController& m_autoMode;
     std::function<void()> m_quit;
     TaskGroup m_tasks;
+    DashboardShortcut m_dashboardShortcut;
     bool m_isAsking = false;
     std::unique_ptr<QMainWindow> m_mainWindow;
     MenuContentView* m_panel = nullptr; ///< the main window's

@@ -121,8 +121,7 @@ void CaptioningTab::addRightsFallback(Card& card) {
     field->setObjectName(u"defaultRightsFallback"_s);
     field->setPlaceholderText(u"e.g., AP Photo/John Smith"_s);
     field->setAccessibleName(rightsFallbackName);
-    QAction* check =
-        field->addAction(icon(IconName::check, Theme::of(*this).good), QLineEdit::TrailingPosition);
+    QAction* check = field->addAction(icon(IconName::check, &Theme::good), QLineEdit::TrailingPosition);
     check->setObjectName(u"defaultRightsFallbackSet"_s);
     check->setToolTip(u"A fallback is set"_s);
 

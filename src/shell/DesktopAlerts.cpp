@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/DesktopAlerts.h"
 
+#include "shell/Icon.h"
 #include "shell/OwnerWindow.h"
+#include "shell/Theme.h"
 
 #include <QApplication>
 #include <QCoroSignal>
+#include <QEvent>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -14,6 +18,30 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+QIcon signOf(Alert::Style style) {
+    return style == Alert::Style::warning ? icon(IconName::warning, &Theme::missing)
+                                          : icon(IconName::info, &Theme::accent);
+}
+
+/// A message box with a sign in the theme's colours.
+class AlertBox : public QMessageBox {
+public:
+    AlertBox(Alert::Style style, QWidget* owner) : QMessageBox(owner), m_sign(signOf(style)) { showSign(); }
+
+protected:
+    void changeEvent(QEvent* event) override {
+        QMessageBox::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange) {
+            showSign();
+        }
+    }
+
+private:
+    void showSign() { setIconPixmap(m_sign.pixmap(QSize(32, 32), devicePixelRatioF())); }
+
+    QIcon m_sign;
+};
 
 /// Escape must not do what was only asked about.
 qsizetype escapeIndex(const QStringList& words) {
@@ -33,16 +61,23 @@ QList<QPushButton*> addButtons(QMessageBox& box, const QStringList& words) {
     return buttons;
 }
 
+void showWords(QMessageBox& box, const Alert& alert) {
+    box.setTextFormat(Qt::PlainText);
+    box.setText(alert.title);
+    box.setInformativeText(alert.text);
+    if (auto* words = box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s)) {
+        words->setTextFormat(Qt::PlainText); // a path may look like a tag
+    }
+}
+
 } // namespace
 
 QCoro::Task<int> DesktopAlerts::show(Alert alert) {
     // The window below it owns the box: it may go first, when the program ends.
-    const QPointer<QMessageBox> box = new QMessageBox(ownerWindow());
+    const QPointer<QMessageBox> box = new AlertBox(alert.style, ownerWindow());
     box->setObjectName(u"alert"_s);
-    box->setWindowTitle(QApplication::applicationDisplayName());
-    box->setIcon(alert.style == Alert::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
-    box->setText(alert.title);
-    box->setInformativeText(alert.text);
+    box->setWindowTitle(u"Ostrelle Captions"_s);
+    showWords(*box, alert);
     const QList<QPushButton*> buttons = addButtons(*box, alert.buttons);
     box->open();
     co_await qCoro(box.data(), &QMessageBox::finished);

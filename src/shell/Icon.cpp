@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/Icon.h"
 
-#include "shell/Theme.h"
-
 #include <QFile>
 #include <QGuiApplication>
 #include <QIconEngine>
@@ -63,11 +61,11 @@ QByteArray drawing(QStringView name) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Draws one SVG at whatever size it is asked for. A drawing in "currentColor" takes the colour given, or the
-/// palette's.
+/// Draws one SVG at whatever size it is asked for. A drawing in "currentColor" takes the theme's colour.
 class DrawingEngine : public QIconEngine {
 public:
-    DrawingEngine(QByteArray svg, std::optional<QColor> color) : m_svg(std::move(svg)), m_color(color) {}
+    explicit DrawingEngine(QByteArray svg, QColor Theme::* color = &Theme::text)
+        : m_svg(std::move(svg)), m_color(color) {}
 
     QIconEngine* clone() const override { return new DrawingEngine(*this); }
 
@@ -97,22 +95,22 @@ public:
 
 private:
     QColor colorFor(QIcon::Mode mode) const {
-        const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
-        return m_color.value_or(QGuiApplication::palette().color(QPalette::Active, role));
+        const Theme& theme = Theme::of(QGuiApplication::palette());
+        return mode == QIcon::Selected ? theme.onAccent : theme.*m_color;
     }
 
     QByteArray m_svg;
-    std::optional<QColor> m_color;
+    QColor Theme::* m_color;
 };
 
 } // namespace
 
-QIcon icon(IconName name, std::optional<QColor> color) {
+QIcon icon(IconName name, QColor Theme::* color) {
     return QIcon(new DrawingEngine(drawing(fileName(name)), color));
 }
 
 void paintIcon(QPainter& painter, const QRectF& rectangle, IconName name, const QColor& color) {
-    DrawingEngine(drawing(fileName(name)), color).draw(painter, rectangle, color, 1);
+    DrawingEngine(drawing(fileName(name))).draw(painter, rectangle, color, 1);
 }
 
 IconName sportIcon(Sport sport) {
@@ -142,7 +140,7 @@ IconName sportIcon(Sport sport) {
 }
 
 QIcon applicationIcon() {
-    return QIcon(new DrawingEngine(drawing(u"ostrelle-captions"), {}));
+    return QIcon(new DrawingEngine(drawing(u"ostrelle-captions")));
 }
 
 } // namespace ostrelle

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "core/Sport.h"
+#include "shell/Theme.h"
 
 #include <QColor>
 #include <QIcon>
-#include <optional>
 
 class QPainter;
 
@@ -50,9 +50,9 @@ enum class IconName {
     warning,
 };
 
-/// The sign as an icon, drawn anew for each size and scale. Without a colour it takes the text colour of the
-/// application's palette at the time it is drawn; disabled, it is paler.
-QIcon icon(IconName name, std::optional<QColor> color = {});
+/// The sign as an icon, drawn anew for each size and scale in the colour that the theme has at that time;
+/// disabled, it is paler.
+QIcon icon(IconName name, QColor Theme::* color = &Theme::text);
 
 /// Draws the sign into the rectangle.
 void paintIcon(QPainter& painter, const QRectF& rectangle, IconName name, const QColor& color);

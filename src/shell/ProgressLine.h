@@ -34,7 +34,7 @@ private:
 
     double m_fraction = 0;
     bool m_indeterminate = false;
-    QVariantAnimation m_motion;
+    QVariantAnimation m_motion{this};
 };
 
 } // namespace ostrelle

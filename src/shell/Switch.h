@@ -33,7 +33,7 @@ private:
     void slide(bool on);
 
     Guard m_guard;
-    QVariantAnimation m_knob; // 0 is off, 1 is on
+    QVariantAnimation m_knob{this}; // 0 is off, 1 is on
 };
 
 } // namespace ostrelle

@@ -58,7 +58,13 @@ QString styleSheet(const Theme& theme) {
     return sheet;
 }
 
-const Theme& chosenTheme(const QPalette& desktop, ThemeChoice choice) {
+/// The theme of the platform's own palette, which the one that we set hides.
+const Theme& desktopTheme() {
+    QApplication::setPalette(QPalette());
+    return Theme::of(QApplication::palette());
+}
+
+const Theme& chosenTheme(ThemeChoice choice) {
     switch (choice) {
     case ThemeChoice::light:
         return Theme::light();
@@ -67,7 +73,7 @@ const Theme& chosenTheme(const QPalette& desktop, ThemeChoice choice) {
     case ThemeChoice::desktop:
         break;
     }
-    return Theme::of(desktop);
+    return desktopTheme();
 }
 
 double proportion(TypeSize size) {
@@ -147,7 +153,7 @@ QPalette Theme::palette() const {
 }
 
 void applyTheme(QApplication& application, ThemeChoice choice) {
-    const Theme& theme = chosenTheme(QApplication::palette(), choice);
+    const Theme& theme = chosenTheme(choice);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     QApplication::setPalette(theme.palette());
     application.setStyleSheet(styleSheet(theme));

@@ -39,10 +39,10 @@ struct Theme {
     QPalette palette() const;
 };
 
-/// Which theme an application shows: its desktop's, or one that a test or a screenshot fixes.
+/// Which theme an application shows. `desktop` goes by the lightness of the platform's own palette.
 enum class ThemeChoice { desktop, light, dark };
 
-/// Gives all widgets of the application the theme's colours and shapes. Call before the first window.
+/// Gives all widgets of the application the theme's colours and shapes; those that are shown change at once.
 void applyTheme(QApplication& application, ThemeChoice choice = ThemeChoice::desktop);
 
 /// The three sizes of type. `text` is the desktop's own; the others keep their proportion to it (22/13,

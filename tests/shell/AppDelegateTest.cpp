@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/AppDelegate.h"
 
-#include "shell/ShellFixture.h"
-#include "support/Await.h"
+#include "shell/ProgramWorld.h"
 
 #include <gtest/gtest.h>
 
 #include <QAction>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMenuBar>
 #include <QTest>
+#include <QToolBar>
 
 namespace ostrelle {
 
@@ -17,20 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class NoSource : public RemoteSource {
-public:
-    void start() override {}
-    void stop() override {}
-};
-
 class AppDelegateTest : public testing::Test {
 protected:
-    void start(bool hasCompletedOnboarding = true) {
-        world.defaults.set(u"hasCompletedOnboarding"_s, hasCompletedOnboarding);
-        delegate.applicationDidFinishLaunching();
-    }
-    ~AppDelegateTest() override { await(delegate.finished()); }
-
     /// The titles of the windows that are to be seen.
     static QStringList titles() {
         QStringList titles;
@@ -43,61 +32,31 @@ protected:
         titles.sort();
         return titles;
     }
-    static QWidget* window(const QString& title) {
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        for (QWidget* window : windows) {
-            if (window->windowTitle() == title) {
-                return window;
-            }
-        }
-        return nullptr;
-    }
 
-    ShellWorld world;
-    ProcessingTracker tracker{world.clock};
-    NoSource remote;
-    LocalFolderScan scan{{.settings = world.settings,
-                          .manifest = world.manifest,
-                          .tracker = tracker,
-                          .access = world.access,
-                          .turns = world.turns,
-                          .threads = world.threads,
-                          .clock = world.clock,
-                          .log = world.console,
-                          .captioning = [this](QString file) { return world.analyzer.captionInTurn(file); }}};
-    AutoModeController autoMode{{.settings = world.settings,
-                                 .status = world.status,
-                                 .defaults = world.defaults,
-                                 .scan = scan,
-                                 .remote = remote,
-                                 .notifications = world.notifications,
-                                 .threads = world.threads,
-                                 .clock = world.clock,
-                                 .log = world.console}};
-    int quits = 0;
-    AppDelegate delegate{world.parts, autoMode, [this] { ++quits; }};
+    ProgramWorld world;
+    AppDelegate& delegate = world.delegate;
 };
 
 } // namespace
 
 TEST_F(AppDelegateTest, TheFirstStartShowsTheTourAndLaterOnesThePanel) {
-    start(false);
+    world.start(false);
     EXPECT_EQ(titles(), QStringList{u"Welcome to Ostrelle Captions"_s});
     Q_EMIT world.events.showMainWindow();
     EXPECT_TRUE(titles().contains(u"Ostrelle Captions"_s));
 }
 
 TEST_F(AppDelegateTest, AWindowIsMadeOnceAndOnlyHidden) {
-    start();
+    world.start();
     EXPECT_EQ(titles(), QStringList{u"Ostrelle Captions"_s});
     Q_EMIT world.events.showSettingsWindow();
-    QWidget* settings = window(u"Settings"_s);
+    QWidget* settings = world.window(u"Settings"_s);
     ASSERT_TRUE(settings);
     settings->resize(700, 650);
     settings->close();
     EXPECT_EQ(titles(), QStringList{u"Ostrelle Captions"_s});
     Q_EMIT world.events.showSettingsWindow();
-    EXPECT_EQ(window(u"Settings"_s), settings);
+    EXPECT_EQ(world.window(u"Settings"_s), settings);
     EXPECT_EQ(settings->size(), QSize(700, 575));
     for (const auto& [show, title] :
          {std::pair(&AppEvents::showAboutWindow, u"About Ostrelle Captions"_s),
@@ -109,9 +68,9 @@ TEST_F(AppDelegateTest, AWindowIsMadeOnceAndOnlyHidden) {
 }
 
 TEST_F(AppDelegateTest, ClosingThePanelQuitsOrAsksWhatIsToBecomeOfTheWork) {
-    start();
+    world.start();
     delegate.mainWindow()->close();
-    EXPECT_EQ(quits, 1);
+    EXPECT_EQ(world.quits, 1);
     const struct {
         int answer;
         int quits;
@@ -122,11 +81,55 @@ TEST_F(AppDelegateTest, ClosingThePanelQuitsOrAsksWhatIsToBecomeOfTheWork) {
         world.alerts.answer = row.answer;
         delegate.mainWindow()->close();
         await(delegate.finished());
-        EXPECT_EQ(quits, row.quits);
+        EXPECT_EQ(world.quits, row.quits);
         EXPECT_EQ(delegate.mainWindow()->isMinimized(), row.isMinimized);
         EXPECT_EQ(world.alerts.shown.last().title, u"Captioning is still going on"_s);
     }
     EXPECT_TRUE(world.defaults.get<QByteArray>(u"MainWindow"_s));
+}
+
+TEST_F(AppDelegateTest, TheSignsBesideTheMenusAreThoseOfTheirItems) {
+    world.start();
+    const auto* bar = delegate.mainWindow()->findChild<QToolBar*>(u"MainToolbar"_s);
+    ASSERT_TRUE(bar);
+    EXPECT_EQ(bar->toolButtonStyle(), Qt::ToolButtonIconOnly);
+    const QStringList windows = {u"Settings"_s, u"Help - IPTC Preset Guide"_s};
+    ASSERT_EQ(bar->actions().size(), windows.size());
+    for (int index = 0; index < windows.size(); ++index) {
+        QWidget* button = bar->widgetForAction(bar->actions().at(index));
+        EXPECT_TRUE(button->isVisible());
+        QTest::mouseClick(button, Qt::LeftButton);
+        EXPECT_TRUE(titles().contains(windows.at(index))) << windows.at(index).toStdString();
+    }
+}
+
+TEST_F(AppDelegateTest, TheHiddenShortcutIsToldAndGoesNoFurther) {
+    world.start();
+    int told = 0;
+    QObject::connect(&world.events, &AppEvents::showAnalyticsWindow, [&told] { ++told; });
+    constexpr Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
+    QTest::keyClick(delegate.mainWindow(), Qt::Key_D, both);
+    EXPECT_EQ(told, 1);
+
+    constexpr quint32 keyRightOfS = 40; // D on an English keyboard
+    const struct {
+        int key;
+        quint32 scanCode;
+        Qt::KeyboardModifiers modifiers;
+        bool isSwallowed;
+    } rows[] = {
+        {Qt::Key_D, 0, both, true},
+        {Qt::Key_D, 0, both | Qt::AltModifier, true},
+        {Qt::Key_E, keyRightOfS, both, true}, // on a Dvorak keyboard
+        {Qt::Key_D, keyRightOfS, Qt::ControlModifier, false},
+        {Qt::Key_D, keyRightOfS, Qt::ShiftModifier, false},
+        {Qt::Key_E, 0, both, false},
+    };
+    DashboardShortcut shortcut;
+    for (const auto& row : rows) {
+        QKeyEvent event(QEvent::KeyPress, row.key, row.modifiers, row.scanCode, 0, 0);
+        EXPECT_EQ(shortcut.eventFilter(&shortcut, &event), row.isSwallowed) << row.key << ' ' << row.scanCode;
+    }
 }
 
 TEST_F(AppDelegateTest, AutoModeThatWasLeftOnStartsBehindTheTour) {
@@ -134,12 +137,12 @@ TEST_F(AppDelegateTest, AutoModeThatWasLeftOnStartsBehindTheTour) {
     world.settings.setIngestFolder(world.folder.path());
     world.settings.setCodeReplacementsFile(world.folder.filePath(u"roster.txt"_s));
     world.settings.setAutoMode(true);
-    start(false);
+    world.start(false);
     world.clock.advance(std::chrono::milliseconds(500));
     waitUntil([this] { return world.status.nextScanCountdown().has_value(); });
     EXPECT_TRUE(world.status.lastMessage().value_or(QString()).startsWith(u"Auto mode: Watching"_s));
-    scan.stop();
-    await(scan.finished());
+    world.scan.stop();
+    await(world.scan.finished());
 }
 
 } // namespace ostrelle

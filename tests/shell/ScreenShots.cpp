@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/ScreenShots.h"
 
+#include <QAbstractAnimation>
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -8,10 +9,34 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QWidget>
+#include <algorithm>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isMoving(const QWidget& widget) {
+    const auto animations = widget.findChildren<QAbstractAnimation*>();
+    return std::any_of(animations.begin(), animations.end(), [](const QAbstractAnimation* animation) {
+        return animation->state() == QAbstractAnimation::Running && animation->loopCount() >= 0;
+    });
+}
+
+/// Lets animations come to their end, and layouts, each of which takes a pass after the one in it.
+void settle() {
+    constexpr int deepestLayout = 10;
+    for (int pass = 0; pass < deepestLayout; ++pass) {
+        QApplication::processEvents();
+    }
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    while (std::any_of(widgets.begin(), widgets.end(), [](QWidget* widget) { return isMoving(*widget); })) {
+        QApplication::processEvents();
+    }
+}
+
+} // namespace
 
 void usePictureFont(QApplication&, int pixels) {
     const QStringList families = QFontDatabase::families();
@@ -27,13 +52,23 @@ void usePictureFont(QApplication&, int pixels) {
 
 bool saveScreenshot(QWidget& window, const QString& path) {
     window.show();
-    QApplication::processEvents();
-    QPixmap picture = window.grab();
-    QPainter painter(&picture);
-    for (QWidget* other : QApplication::topLevelWidgets()) {
+    settle();
+    QList<QWidget*> shown = {&window};
+    QRect room = window.geometry();
+    const QWidgetList others = QApplication::topLevelWidgets();
+    for (QWidget* other : others) {
         if (other->isVisible() && (other->windowFlags() & Qt::Popup) == Qt::Popup) {
-            painter.drawPixmap(other->pos() - window.mapToGlobal(QPoint(0, 0)), other->grab());
+            shown.append(other);
+            room |= other->geometry();
         }
+    }
+    const qreal scale = window.devicePixelRatioF();
+    QPixmap picture(room.size() * scale);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    for (QWidget* widget : shown) {
+        painter.drawPixmap(widget->pos() - room.topLeft(), widget->grab());
     }
     painter.end();
     QDir().mkpath(QFileInfo(path).path());

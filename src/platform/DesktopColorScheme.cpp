@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DesktopColorScheme.h"
+
+#include "core/OffMainThread.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QVariant>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
+const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
+const QString appearance = u"org.freedesktop.appearance"_s;
+const QString colorScheme = u"color-scheme"_s;
+
+/// `Read`, which every version of the portal has; `ReadOne` is newer.
+QDBusMessage question() {
+    QDBusMessage message = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s, portalPath,
+                                                          settingsInterface, u"Read"_s);
+    message.setArguments({appearance, colorScheme});
+    return message;
+}
+
+/// The signal has the number in one variant, `Read` in two.
+ColorScheme preferenceOf(QVariant value) {
+    while (value.metaType() == QMetaType::fromType<QDBusVariant>()) {
+        value = value.value<QDBusVariant>().variant();
+    }
+    if (value.metaType() != QMetaType::fromType<uint>()) {
+        return ColorScheme::noPreference;
+    }
+    switch (value.toUInt()) {
+    case 1:
+        return ColorScheme::dark;
+    case 2:
+        return ColorScheme::light;
+    default:
+        return ColorScheme::noPreference;
+    }
+}
+
+} // namespace
+
+DesktopColorScheme::DesktopColorScheme(std::chrono::milliseconds patience) {
+    ask(this, patience);
+}
+
+QCoro::Task<> DesktopColorScheme::ask(QPointer<DesktopColorScheme> scheme,
+                                      std::chrono::milliseconds patience) {
+    // Connecting waits for the bus to answer.
+    const QDBusConnection bus = co_await offMainThread(QDBusConnection::sessionBus);
+    if (!scheme) {
+        co_return;
+    }
+    scheme->watch(bus); // first, so that no change falls between the answer and the watch
+    const QDBusPendingCall pending = bus.asyncCall(question(), static_cast<int>(patience.count()));
+    const QDBusMessage answer = co_await pending;
+    if (!scheme) {
+        co_return;
+    }
+    if (answer.type() == QDBusMessage::ReplyMessage) {
+        scheme->setPreference(preferenceOf(answer.arguments().value(0)));
+    }
+    scheme->settle();
+}
+
+/// Whoever sends it: to be told the sender by its name, Qt would wait for the bus on this thread.
+void DesktopColorScheme::watch(QDBusConnection bus) {
+    qRegisterMetaType<QDBusVariant>(); // or the slot, whose types Qt looks for by name, is not found
+    bus.connect({}, portalPath, settingsInterface, u"SettingChanged"_s, {appearance, colorScheme}, {}, this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+}
+
+void DesktopColorScheme::settingChanged(const QString&, const QString&, const QDBusVariant& value) {
+    setPreference(preferenceOf(value.variant()));
+}
+
+void DesktopColorScheme::setPreference(ColorScheme preference) {
+    if (preference != m_preference) {
+        m_preference = preference;
+        Q_EMIT changed();
+    }
+}
+
+void DesktopColorScheme::settle() {
+    m_isSettled = true;
+    Q_EMIT settled();
+}
+
+} // namespace ostrelle

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QCoroTask>
+#include <QDBusConnection>
+#include <QDBusVariant>
+#include <QObject>
+#include <QPointer>
+#include <chrono>
+
+namespace ostrelle {
+
+/// Which appearance the user of the desktop prefers.
+enum class ColorScheme { noPreference, dark, light };
+
+/// The preference as the desktop's portal tells it (org.freedesktop.portal.Settings on the session bus), kept
+/// up to date. Where there is no bus or no portal, or its answer cannot be understood, there is no
+/// preference.
+class DesktopColorScheme : public QObject {
+    Q_OBJECT
+
+public:
+    /// Sends the question and returns at once. `patience` is how long the answer may take.
+    explicit DesktopColorScheme(std::chrono::milliseconds patience = std::chrono::seconds(5));
+
+    ColorScheme preference() const { return m_preference; }
+    /// Whether the question is settled: by an answer, or because there will be none.
+    bool isSettled() const { return m_isSettled; }
+
+Q_SIGNALS:
+    /// The preference is another one than before.
+    void changed();
+    /// Once, after the preference was set.
+    void settled();
+
+private Q_SLOTS:
+    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
+private:
+    static QCoro::Task<> ask(QPointer<DesktopColorScheme> scheme, std::chrono::milliseconds patience);
+    void watch(QDBusConnection bus);
+    void setPreference(ColorScheme preference);
+    void settle();
+
+    ColorScheme m_preference = ColorScheme::noPreference;
+    bool m_isSettled = false;
+};
+
+} // namespace ostrelle

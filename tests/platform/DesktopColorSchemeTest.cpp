@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DesktopColorScheme.h"
+
+#include "support/Await.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QSignalSpy>
+#include <functional>
+#include <memory>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString portalName = u"org.freedesktop.portal.Desktop"_s;
+const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
+const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
+
+QVariant inVariant(const QVariant& value) {
+    return QVariant::fromValue(QDBusVariant(value));
+}
+
+/// A portal on the session bus that answers as it is told, or never.
+class Portal : public QDBusVirtualObject {
+public:
+    using Answer = std::function<QDBusMessage(const QDBusMessage& question)>;
+
+    explicit Portal(Answer answer) : m_answer(std::move(answer)) {
+        EXPECT_TRUE(m_bus.registerVirtualObject(portalPath, this));
+        EXPECT_TRUE(m_bus.registerService(portalName));
+    }
+    ~Portal() override {
+        m_bus.unregisterService(portalName);
+        QDBusConnection::disconnectFromBus(u"portal"_s);
+    }
+
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        asked.append(message.member() + u' ' + message.arguments().value(0).toString() + u' ' +
+                     message.arguments().value(1).toString());
+        message.setDelayedReply(true);
+        return !m_answer || bus.send(m_answer(message));
+    }
+    void tell(const QString& group, const QString& key, const QVariant& value) {
+        QDBusMessage signal = QDBusMessage::createSignal(portalPath, settingsInterface, u"SettingChanged"_s);
+        signal.setArguments({group, key, value});
+        m_bus.send(signal);
+    }
+
+    QStringList asked;
+
+private:
+    Answer m_answer;
+    QDBusConnection m_bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s);
+};
+
+Portal::Answer answering(const QVariantList& values) {
+    return [values](const QDBusMessage& question) { return question.createReply(values); };
+}
+
+Portal::Answer answeringNumber(uint number) {
+    return answering({inVariant(inVariant(number))});
+}
+
+QDBusMessage refusal(const QDBusMessage& question) {
+    return question.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s,
+                                     u"Requested setting not found"_s);
+}
+
+/// Only ever on a bus of its own: see without-secret-service beside this file.
+class DesktopColorSchemeTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!qEnvironmentVariableIsSet("OSTRELLE_PRIVATE_SESSION")) {
+            GTEST_SKIP() << "this is the user's own session";
+        }
+    }
+    void expectNoPreference(std::chrono::milliseconds patience) {
+        DesktopColorScheme scheme(patience);
+        const QSignalSpy changed(&scheme, &DesktopColorScheme::changed);
+        EXPECT_FALSE(scheme.isSettled());
+        waitUntil([&] { return scheme.isSettled(); });
+        EXPECT_EQ(scheme.preference(), ColorScheme::noPreference);
+        EXPECT_EQ(changed.count(), 0);
+    }
+};
+
+class WithBus : public DesktopColorSchemeTest {};
+
+TEST_F(WithBus, AnAnswerThatIsNotOneOfTheTwoIsNoPreference) {
+    const struct {
+        const char* name;
+        Portal::Answer answer;
+        ColorScheme preference;
+    } rows[] = {
+        {"dark", answeringNumber(1), ColorScheme::dark},
+        {"light", answeringNumber(2), ColorScheme::light},
+        {"in one variant", answering({inVariant(1U)}), ColorScheme::dark},
+        {"none", answeringNumber(0), ColorScheme::noPreference},
+        {"unknown number", answeringNumber(3), ColorScheme::noPreference},
+        {"largest number", answeringNumber(~0U), ColorScheme::noPreference},
+        {"text", answering({inVariant(inVariant(u"1"_s))}), ColorScheme::noPreference},
+        {"signed", answering({inVariant(inVariant(1))}), ColorScheme::noPreference},
+        {"list", answering({inVariant(QVariantList{1U})}), ColorScheme::noPreference},
+        {"no value", answering({}), ColorScheme::noPreference},
+        {"error", refusal, ColorScheme::noPreference},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Portal portal(row.answer);
+        DesktopColorScheme scheme;
+        const QSignalSpy changed(&scheme, &DesktopColorScheme::changed);
+        waitUntil([&] { return scheme.isSettled(); });
+        EXPECT_EQ(scheme.preference(), row.preference);
+        EXPECT_EQ(changed.count(), row.preference == ColorScheme::noPreference ? 0 : 1);
+        EXPECT_EQ(portal.asked, QStringList(u"Read org.freedesktop.appearance color-scheme"_s));
+    }
+}
+
+TEST_F(WithBus, OnlyAnotherPreferenceIsAChange) {
+    Portal portal(answeringNumber(1));
+    DesktopColorScheme scheme;
+    waitUntil([&] { return scheme.isSettled(); });
+    QList<ColorScheme> seen;
+    QObject::connect(&scheme, &DesktopColorScheme::changed, &scheme,
+                     [&] { seen.append(scheme.preference()); });
+    const QString appearance = u"org.freedesktop.appearance"_s;
+    portal.tell(appearance, u"color-scheme"_s, inVariant(1U)); // as it is
+    portal.tell(appearance, u"contrast"_s, inVariant(2U));
+    portal.tell(u"org.gnome.desktop.interface"_s, u"color-scheme"_s, inVariant(2U));
+    portal.tell(appearance, u"color-scheme"_s, u"2"_s); // not in a variant
+    portal.tell(appearance, u"color-scheme"_s, inVariant(2U));
+    portal.tell(appearance, u"color-scheme"_s, inVariant(u"prefer-dark"_s));
+    portal.tell(appearance, u"color-scheme"_s, inVariant(7U)); // still no preference
+    portal.tell(appearance, u"color-scheme"_s, inVariant(inVariant(1U)));
+    waitUntil([&] { return scheme.preference() == ColorScheme::dark && !seen.isEmpty(); });
+    EXPECT_EQ(seen, (QList{ColorScheme::light, ColorScheme::noPreference, ColorScheme::dark}));
+}
+
+TEST_F(WithBus, AChangeIsHeardBeforeTheAnswerAndWithoutIt) {
+    Portal portal(nullptr);
+    DesktopColorScheme scheme(std::chrono::milliseconds(200));
+    waitUntil([&] { return !portal.asked.isEmpty(); });
+    portal.tell(u"org.freedesktop.appearance"_s, u"color-scheme"_s, inVariant(1U));
+    waitUntil([&] { return scheme.isSettled(); });
+    EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "that no answer came does not undo it";
+}
+
+TEST_F(WithBus, APortalThatNeverAnswersIsNotWaitedForInVain) {
+    Portal portal(nullptr);
+    expectNoPreference(std::chrono::milliseconds(50));
+    EXPECT_EQ(portal.asked.size(), 1);
+}
+
+TEST_F(WithBus, ItMayGoBeforeTheAnswerComes) {
+    Portal portal(answeringNumber(1));
+    auto scheme = std::make_unique<DesktopColorScheme>();
+    scheme.reset();
+    DesktopColorScheme next;
+    waitUntil([&] { return next.preference() == ColorScheme::dark; });
+    auto asking = std::make_unique<DesktopColorScheme>();
+    waitUntil([&] { return portal.asked.size() == 2; });
+    asking.reset();
+    DesktopColorScheme last;
+    waitUntil([&] { return last.preference() == ColorScheme::dark; });
+}
+
+/// A process of its own, in which nothing has told Qt yet of the types that the signal has.
+class FirstOnBus : public DesktopColorSchemeTest {};
+
+TEST_F(FirstOnBus, APortalThatComesLaterIsHeard) {
+    DesktopColorScheme scheme;
+    waitUntil([&] { return scheme.isSettled(); });
+    Portal portal(answeringNumber(1));
+    portal.tell(u"org.freedesktop.appearance"_s, u"color-scheme"_s, inVariant(1U));
+    waitUntil([&] { return scheme.preference() == ColorScheme::dark; });
+    EXPECT_EQ(portal.asked, QStringList());
+}
+
+class WithoutPortal : public DesktopColorSchemeTest {};
+
+TEST_F(WithoutPortal, ThereIsNoPreference) {
+    expectNoPreference(std::chrono::minutes(5)); // which it does not take
+}
+
+} // namespace
+
+} // namespace ostrelle
