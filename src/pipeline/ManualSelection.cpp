@@ -83,7 +83,8 @@ std::optional<QString> workingFolder(const SettingsStore& settings) {
 FileQuestion imageQuestion(const SettingsStore& settings) {
     return {.title = u"Select images to caption (select XMP files too for RAW images)"_s,
             .startFolder = workingFolder(settings).value_or(QString()),
-            .extensions = rawExtensions() + QStringList{u"jpg"_s, u"jpeg"_s, sidecarExtension}};
+            .extensions = rawExtensions() + QStringList{u"jpg"_s, u"jpeg"_s, sidecarExtension},
+            .extensionsName = u"Images and XMP sidecars"_s};
 }
 
 std::optional<QString> imageQuestionLogLine(const SettingsStore& settings) {

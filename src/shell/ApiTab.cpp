@@ -132,6 +132,9 @@ void ApiTab::tellOfPhotoMechanic(bool on) {
 void ApiTab::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     showKey(); // another process may have stored one meanwhile
+    if (m_entry->isVisible() && window()->focusWidget() == nullptr) {
+        m_field->setFocus(); // what somebody without a key has come for
+    }
 }
 
 void ApiTab::showKey() {
@@ -141,8 +144,16 @@ void ApiTab::showKey() {
     if (hasKey) {
         m_field->clear(); // the secret has done its work here
     }
-    m_clear->setVisible(hasKey);
+    // The focus would go on to the next control, which then takes keys that were not meant for it.
+    const QWidget* focused = window()->focusWidget();
+    if (hasKey && focused != nullptr && m_entry->isAncestorOf(focused)) {
+        window()->setFocus();
+    }
     m_entry->setVisible(!hasKey);
+    if (!hasKey && focused == m_clear) {
+        m_field->setFocus();
+    }
+    m_clear->setVisible(hasKey);
 }
 
 } // namespace ostrelle

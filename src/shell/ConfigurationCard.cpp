@@ -90,6 +90,13 @@ void ConfigurationCard::addFolders() {
            &SettingsStore::codeReplacementsFileChanged);
     connect(roster, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseCodeReplacements);
     addRow(roster);
+    const auto showFound = [this, roster] {
+        roster->setNote(m_actions.roster().isUsed() ? rosterOfFolderUsed() : QString());
+    };
+    showFound();
+    connect(&m_actions.roster(), &RosterWatch::foundChanged, roster, showFound);
+    connect(&settings, &SettingsStore::codeReplacementsFileChanged, roster, showFound);
+    connect(&settings, &SettingsStore::sourceTypeChanged, roster, showFound);
 }
 
 void ConfigurationCard::addHost() {

@@ -18,13 +18,13 @@ namespace {
 const QString lastFolderKey = u"lastChosenFolder"_s;
 
 /// Cameras write capitals, and the dialog may tell them apart.
-QString nameFilter(const QStringList& extensions) {
+QString nameFilter(const FileQuestion& question) {
     QStringList patterns;
-    for (const QString& extension : extensions) {
+    for (const QString& extension : question.extensions) {
         patterns.append(u"*."_s + extension.toLower());
         patterns.append(u"*."_s + extension.toUpper());
     }
-    return u"(%1)"_s.arg(patterns.join(u' '));
+    return u"%1 (%2)"_s.arg(question.extensionsName, patterns.join(u' '));
 }
 
 std::optional<QString> firstOf(const QStringList& paths) {
@@ -63,7 +63,8 @@ QCoro::Task<QStringList> DesktopFileChooser::ask(FileQuestion question, Choice c
     }
     dialog->setOption(QFileDialog::ShowDirsOnly, choice == Choice::folder);
     if (!question.extensions.isEmpty()) {
-        dialog->setNameFilters({nameFilter(question.extensions), u"(*)"_s});
+        dialog->setOption(QFileDialog::HideNameFilterDetails); // the pattern of each extension, twice
+        dialog->setNameFilters({nameFilter(question), u"All files (*)"_s});
     }
     dialog->open();
     co_await qCoro(dialog.data(), &QFileDialog::finished);

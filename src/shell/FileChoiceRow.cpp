@@ -3,9 +3,11 @@
 
 #include "shell/ActionButton.h"
 #include "shell/ElidedLabel.h"
+#include "shell/Theme.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 
 namespace ostrelle {
 
@@ -42,6 +44,18 @@ FileChoiceRow::FileChoiceRow(const QString& name, ElidedLabel* value, QWidget* p
 
 void FileChoiceRow::explain(const InfoText& text) {
     setTabOrder(setInfo(text), m_choose);
+}
+
+void FileChoiceRow::setNote(const QString& words) {
+    if (m_note == nullptr && !words.isEmpty()) {
+        m_note = makeLabel({}, TypeSize::small, TextTone::dim);
+        m_note->setObjectName(m_value->objectName() + u"Note"_s);
+        setSecondLine(m_note);
+    }
+    if (m_note != nullptr) {
+        m_note->setText(words);
+        m_note->setVisible(!words.isEmpty());
+    }
 }
 
 void FileChoiceRow::setPath(const std::optional<QString>& path) {

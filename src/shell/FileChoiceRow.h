@@ -6,6 +6,8 @@
 #include <QString>
 #include <optional>
 
+class QLabel;
+
 namespace ostrelle {
 
 class ActionButton;
@@ -22,6 +24,9 @@ public:
     /// Shows the last part of the path, "None" without one. The whole path is in the tooltip.
     void setPath(const std::optional<QString>& path);
 
+    /// Grey words below; none when they are empty.
+    void setNote(const QString& words);
+
     /// Adds a round "i" that explains the choice; the tab key reaches it before the button.
     void explain(const InfoText& text);
 
@@ -34,6 +39,7 @@ private:
 
     ElidedLabel* m_value;
     ActionButton* m_choose;
+    QLabel* m_note = nullptr; ///< none before there are words for it
 };
 
 } // namespace ostrelle

@@ -6,6 +6,7 @@
 #include "shell/AutoModeRow.h"
 #include "shell/ConfigurationCard.h"
 #include "shell/DroppedFiles.h"
+#include "shell/LastMessageLine.h"
 #include "shell/NoticeBar.h"
 #include "shell/PanelFoot.h"
 #include "shell/ProcessingCard.h"
@@ -103,6 +104,7 @@ QWidget* MenuContentView::makeKeyNotice() {
 QWidget* MenuContentView::makeFoot() {
     auto* foot = new PanelFoot;
     foot->addRow(new ProgressSection(m_parts));
+    foot->addRow(new LastMessageLine(m_parts.status));
     foot->addBareRow(new AutoModeRow(m_parts, m_actions));
     foot->addRow(new ActionsBar(m_parts, m_actions));
     foot->addBareRow(makeLinks());
@@ -136,6 +138,13 @@ void MenuContentView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     if (window()->focusWidget() == nullptr) {
         setFocus(); // else the first control would begin with the ring, and take keys meant for nobody
+    }
+}
+
+void MenuContentView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
+        m_actions.roster().lookAgain(); // somebody may have put one there meanwhile
     }
 }
 

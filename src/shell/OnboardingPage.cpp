@@ -95,15 +95,25 @@ void OnboardingPage::offerFolder() {
 }
 
 void OnboardingPage::offerRoster() {
-    addChoice(u"onboardingCodeReplacements"_s, u"Select Code Replacements File"_s,
-              &SettingsStore::codeReplacementsFile, &SettingsStore::codeReplacementsFileChanged,
-              &PanelActions::chooseCodeReplacements);
+    ElidedLabel* chosen =
+        addChoice(u"onboardingCodeReplacements"_s, u"Select Code Replacements File"_s,
+                  &SettingsStore::codeReplacementsFile, &SettingsStore::codeReplacementsFileChanged,
+                  &PanelActions::chooseCodeReplacements);
+    const auto showFound = [this, chosen] {
+        if (!m_parts.settings.codeReplacementsFile()) {
+            chosen->setText(m_actions.roster().isUsed() ? rosterOfFolderUsed() : QString());
+        }
+    };
+    showFound();
+    connect(&m_actions.roster(), &RosterWatch::foundChanged, chosen, showFound);
+    connect(&m_parts.settings, &SettingsStore::codeReplacementsFileChanged, chosen, showFound);
 }
 
-void OnboardingPage::addChoice(const QString& name, const QString& words,
-                               std::optional<QString> (SettingsStore::*path)() const,
-                               void (SettingsStore::*changed)(), void (PanelActions::*choose)()) {
+ElidedLabel* OnboardingPage::addChoice(const QString& name, const QString& words,
+                                       std::optional<QString> (SettingsStore::*path)() const,
+                                       void (SettingsStore::*changed)(), void (PanelActions::*choose)()) {
     auto* button = new ActionButton(u"Choose…"_s);
+    button->setText(u"&Choose…"_s);
     button->setObjectName(name + u"Choose"_s);
     button->setAccessibleDescription(words);
     button->setFocusPolicy(Qt::TabFocus);
@@ -123,6 +133,7 @@ void OnboardingPage::addChoice(const QString& name, const QString& words,
     };
     show();
     connect(&m_parts.settings, changed, chosen, show);
+    return chosen;
 }
 
 void OnboardingPage::offerStyle() {

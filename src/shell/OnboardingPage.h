@@ -10,6 +10,7 @@ class QVBoxLayout;
 
 namespace ostrelle {
 
+class ElidedLabel;
 class PanelActions;
 
 /// One step of the tour: its picture, its words, and what it lets the user do at once.
@@ -28,9 +29,9 @@ private:
     void offerRoster();
     void offerStyle();
     void offerGuide();
-    void addChoice(const QString& name, const QString& words,
-                   std::optional<QString> (SettingsStore::*path)() const, void (SettingsStore::*changed)(),
-                   void (PanelActions::*choose)());
+    ElidedLabel* addChoice(const QString& name, const QString& words,
+                           std::optional<QString> (SettingsStore::*path)() const,
+                           void (SettingsStore::*changed)(), void (PanelActions::*choose)());
 
     ShellParts m_parts;
     PanelActions& m_actions;

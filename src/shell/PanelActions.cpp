@@ -50,6 +50,10 @@ private:
     Self m_self;
 };
 
+QString rosterOfFolderUsed() {
+    return u"The one in the watch folder is used."_s;
+}
+
 PanelActions::PanelActions(ShellParts parts, QObject* parent)
     : QObject(parent)
     , m_parts(parts)
@@ -204,7 +208,8 @@ QCoro::Task<> PanelActions::askForCodeReplacements(Self self) {
     const ShellParts parts = self->m_parts;
     const FileQuestion file{.title = u"Select Code Replacements File"_s,
                             .startFolder = workingFolder(parts.settings).value_or(QString()),
-                            .extensions = {u"txt"_s}};
+                            .extensions = {u"txt"_s},
+                            .extensionsName = u"Text files"_s};
     const std::optional<QString> chosen = co_await parts.files.chooseFile(file);
     if (chosen) {
         parts.settings.setCodeReplacementsFile(chosen);

@@ -13,6 +13,9 @@
 
 namespace ostrelle {
 
+/// What is said where no roster is selected and none need be.
+QString rosterOfFolderUsed();
+
 /// What the user can have done from the main panel: asks what has to be asked, and hands over. While one
 /// question is open no other is begun. What has begun goes on without the panel.
 class PanelActions : public QObject {
@@ -31,6 +34,8 @@ public:
     void chooseWatchFolder();
     void chooseDestinationFolder();
     void chooseCodeReplacements();
+
+    RosterWatch& roster() { return m_roster; }
 
     /// Resumes when nothing is left that was begun here.
     QCoro::Task<> finished() const { return m_tasks.finished(); }

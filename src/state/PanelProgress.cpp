@@ -71,6 +71,10 @@ QList<ProgressRow> progressRows(SourceType source, const StatusStore& status) {
     return isTransferring ? transferRows(status) : QList<ProgressRow>();
 }
 
+std::optional<QString> lastMessageLine(const StatusStore& status) {
+    return status.isProcessing() ? std::nullopt : status.lastMessage();
+}
+
 std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status) {
     if (!settings.autoMode()) {
         return std::nullopt;

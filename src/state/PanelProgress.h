@@ -27,6 +27,9 @@ struct ProgressRow {
 /// What the main panel shows of the run and of the remote side; empty while nothing goes on.
 QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
 
+/// The last thing that was told; nothing while a run goes on, whose progress tells it.
+std::optional<QString> lastMessageLine(const StatusStore& status);
+
 /// The line about auto mode; nothing when it is off.
 std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status);
 

@@ -15,13 +15,21 @@ RosterWatch::RosterWatch(const SettingsStore& settings, FolderThreads& threads, 
     lookAgain();
 }
 
+bool RosterWatch::isUsed() const {
+    return m_isFound && matters();
+}
+
+bool RosterWatch::matters() const {
+    return !m_settings.codeReplacementsFile() && m_settings.sourceType() == SourceType::local;
+}
+
 void RosterWatch::lookAgain() {
     beginLook();
 }
 
 QCoro::Task<bool> RosterWatch::found() {
-    if (m_settings.codeReplacementsFile() || m_settings.sourceType() != SourceType::local) {
-        co_return m_isFound; // the folder does not matter: it need not be waited for
+    if (!matters()) {
+        co_return m_isFound; // need not be waited for
     }
     const QPointer<RosterWatch> self(this);
     const Answer answer = beginLook();

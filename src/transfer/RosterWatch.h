@@ -29,6 +29,8 @@ public:
 
     /// What the last look at the present folder found; false before its first has ended.
     bool isFound() const { return m_isFound; }
+    /// Whether captions are made with the roster of the folder, as none is selected.
+    bool isUsed() const;
     /// Looks again, as when the window becomes active: the user may have put a file there.
     void lookAgain();
     /// Looks again and resumes with what is found. Resumes with isFound() when the folder does not answer, or
@@ -41,6 +43,8 @@ Q_SIGNALS:
 private:
     using Answer = std::shared_ptr<QPromise<void>>;
 
+    /// Whether a roster in the folder makes a difference.
+    bool matters() const;
     /// The answer to come of a look that has begun.
     Answer beginLook();
     static QCoro::Task<> look(QPointer<RosterWatch> watch, QString folder, Answer answer);

@@ -127,6 +127,31 @@ TEST_F(MenuContentViewTest, TheProgressTellsWhatGoesOn) {
     EXPECT_EQ(progress(), (QStringList{u"Downloading 4 files||"_s, u"||250"_s}));
 }
 
+TEST_F(MenuContentViewTest, WhatARunCameToStaysInSightUntilTheNext) {
+    EXPECT_FALSE(isShown(u"lastMessage"_s));
+    world.status.setIsProcessing(true);
+    world.status.setLastMessage(u"Captioned 3 images, failed 1"_s);
+    EXPECT_FALSE(isShown(u"lastMessage"_s));
+    world.status.setIsProcessing(false);
+    EXPECT_TRUE(isShown(u"lastMessage"_s));
+    EXPECT_EQ(textOf(u"lastMessage"_s), u"Captioned 3 images, failed 1"_s);
+}
+
+TEST_F(MenuContentViewTest, ARosterThatIsPutIntoTheWatchFolderIsSaidToBeUsed) {
+    configure(true, true, false);
+    EXPECT_FALSE(panel.findChild<QWidget*>(u"codeReplacementsNote"_s));
+    touch(u"code-replacements.txt"_s);
+    QWidget another;
+    another.show();
+    another.activateWindow();
+    waitUntil([&another] { return another.isActiveWindow(); });
+    panel.activateWindow();
+    waitUntil([this] { return panel.findChild<QWidget*>(u"codeReplacementsNote"_s) != nullptr; });
+    EXPECT_TRUE(isShown(u"codeReplacementsNote"_s));
+    configure(true, true, true);
+    EXPECT_FALSE(isShown(u"codeReplacementsNote"_s));
+}
+
 TEST_F(MenuContentViewTest, ANameOfAnyLengthLeavesThePanelItsWidth) {
     for (const SourceType source : {SourceType::ftp, SourceType::local}) {
         world.settings.setSourceType(source);

@@ -61,6 +61,15 @@ TEST_F(SettingsViewTest, EnterSavesTheKeyAndAYesClearsIt) {
     EXPECT_TRUE(find(u"apiKey"_s)->isVisible());
 }
 
+TEST_F(SettingsViewTest, TheFocusIsWhereAKeyIsEnteredAndElseOnNothingThatActs) {
+    EXPECT_EQ(view->focusWidget(), find(u"apiKey"_s));
+    QTest::keyClicks(view->focusWidget(), u"sk-typed"_s);
+    click(u"saveKey"_s);
+    EXPECT_EQ(view->focusWidget(), view.get());
+    click(u"clearKey"_s);
+    EXPECT_EQ(view->focusWidget(), find(u"apiKey"_s));
+}
+
 TEST_F(SettingsViewTest, AKeyThatTheDiskDidNotTakeIsNotSaidToBeSaved) {
     world.defaults.isDiskFull = true;
     find<QLineEdit>(u"apiKey"_s)->setText(u"sk-typed"_s);

@@ -61,6 +61,13 @@ TEST_F(RosterWatchTest, ARosterThatIsPutThereIsFound) {
     QSignalSpy changes(&watch, &RosterWatch::foundChanged);
     watch.lookAgain();
     waitUntil([&watch] { return watch.isFound(); });
+    EXPECT_TRUE(watch.isUsed());
+    settings.setCodeReplacementsFile(folder.filePath(u"another.txt"_s));
+    EXPECT_FALSE(watch.isUsed());
+    settings.setCodeReplacementsFile(std::nullopt);
+    settings.setSourceType(SourceType::ftp);
+    EXPECT_FALSE(watch.isUsed());
+    settings.setSourceType(SourceType::local);
     EXPECT_TRUE(QFile::remove(folder.filePath(u"codereplacements.txt"_s)));
     EXPECT_FALSE(await(watch.found()));
     EXPECT_EQ(changes.size(), 2);
