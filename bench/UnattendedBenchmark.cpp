@@ -13,9 +13,6 @@
 #include "platform/Files.h"
 #include "support/DngBuilder.h"
 #include "support/JpegBuilder.h"
-#include "support/ModelStandIn.h"
-
-#include <time.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -24,7 +21,6 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
@@ -33,13 +29,13 @@
 #include <memory>
 
 #include "../demo/ShootSidecar.h"
+#include "ModelThread.h"
 
 namespace ostrelle {
 namespace {
 
 using namespace Qt::StringLiterals;
 
-const QString key = u"bench-key"_s;
 const QString rosterName = u"code-replacements.txt"_s;
 
 /// Two kinds of pictures in turn, each with what an ingest tool writes about it and no caption.
@@ -91,57 +87,6 @@ double renderAll(const QStringList& images) {
     QThreadPool::globalInstance()->waitForDone();
     return static_cast<double>(timer.nsecsElapsed()) / 1e9;
 }
-
-/// Seconds of processor time: of the calling thread, or of all threads of the process.
-double processorSeconds(clockid_t whose) {
-    timespec time{};
-    ::clock_gettime(whose, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-/// The stand-in in a thread of its own, so that what it computes does not hold up the program's.
-class ModelThread {
-public:
-    explicit ModelThread(std::chrono::milliseconds delay) {
-        m_context.moveToThread(&m_thread);
-        m_thread.start();
-        run([this, delay] {
-            m_model = std::make_unique<ModelStandIn>(key.toUtf8());
-            m_model->setDelay(delay);
-            m_model->setKeepsBodies(false);
-        });
-    }
-    ~ModelThread() {
-        run([this] { m_model.reset(); });
-        m_thread.quit();
-        m_thread.wait();
-    }
-    ModelThread(const ModelThread&) = delete;
-    ModelThread& operator=(const ModelThread&) = delete;
-
-    QUrl url() const { return m_model->url(); } // which never changes
-    qsizetype requests() {
-        qsizetype count = 0;
-        run([this, &count] { count = m_model->requests().size(); });
-        return count;
-    }
-    /// The processor time of the model: what a real one would not take from this machine.
-    double seconds() {
-        double seconds = 0;
-        run([&seconds] { seconds = processorSeconds(CLOCK_THREAD_CPUTIME_ID); });
-        return seconds;
-    }
-
-private:
-    template <typename Function>
-    void run(Function function) {
-        QMetaObject::invokeMethod(&m_context, function, Qt::BlockingQueuedConnection);
-    }
-
-    QThread m_thread;
-    QObject m_context; ///< whatever it is called with runs in the thread
-    std::unique_ptr<ModelStandIn> m_model;
-};
 
 /// How late a timer of the main thread comes, which is how long a window would stand still.
 class Heartbeat {
@@ -220,7 +165,7 @@ public:
         if (std::ranges::any_of(m_images, [](const QString& image) { return !captionOf(image).isEmpty(); })) {
             throw Error(u"The folder has images with captions. It needs to be made anew for each run."_s);
         }
-        m_program.defaults.set(apiKeyName, key);
+        m_program.defaults.set(apiKeyName, ModelThread::key());
         Analyzer& analyzer = m_program.captions.analyzer;
         QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer,
                          [this](const ImageReport& report) { m_reports[report.file].append(report); });
