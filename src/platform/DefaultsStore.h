@@ -33,6 +33,8 @@ public:
     virtual QCoro::Task<bool> saved(QString /*key*/) const { co_return true; }
     /// Resumes when no save is under way.
     virtual QCoro::Task<> finished() const { co_return; }
+    /// False while a change is being saved, and after one that could not be saved.
+    virtual bool isAllSaved() const { return true; }
 
     bool exists(const QString& key) const { return value(key).isValid(); }
 

@@ -45,6 +45,7 @@ struct JsonDefaultsStore::State {
         QObject::connect(&save, &QFutureWatcherBase::finished, &save, [this] { takeSaveIn(); });
     }
 
+    bool isAllSaved() const { return !isSaving && unsaved.isEmpty(); }
     bool isPending(const QString& key) const { return unsaved.contains(key) || saving.contains(key); }
     QJsonValue value(const QString& key);
     void change(const QJsonObject& changes);
@@ -80,8 +81,7 @@ QJsonValue JsonDefaultsStore::State::value(const QString& key) {
 
 void JsonDefaultsStore::State::change(const QJsonObject& changes) {
     refresh();
-    const bool isAllSaved = !isSaving && unsaved.isEmpty();
-    if (isAllSaved && withChanges(stored, changes) == stored) {
+    if (isAllSaved() && withChanges(stored, changes) == stored) {
         return;
     }
     unsaved = joined(unsaved, changes);
@@ -195,6 +195,10 @@ void JsonDefaultsStore::setAll(const QVariantMap& values) {
         }
     }
     m_state->change(changes);
+}
+
+bool JsonDefaultsStore::isAllSaved() const {
+    return m_state->isAllSaved();
 }
 
 void JsonDefaultsStore::remove(const QString& key) {

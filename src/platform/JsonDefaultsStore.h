@@ -34,6 +34,7 @@ public:
     void setAll(const QVariantMap& values) override;
     QCoro::Task<bool> saved(QString key) const override;
     QCoro::Task<> finished() const override;
+    bool isAllSaved() const override;
 
 private:
     struct State;

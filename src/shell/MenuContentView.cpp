@@ -11,6 +11,7 @@
 #include "shell/PanelFoot.h"
 #include "shell/ProcessingCard.h"
 #include "shell/ProgressSection.h"
+#include "shell/SavingNotice.h"
 #include "shell/TeamCard.h"
 #include "shell/Theme.h"
 #include "shell/WebPages.h"
@@ -82,6 +83,7 @@ QWidget* MenuContentView::makeSettings() {
     layout->setContentsMargins(measure::windowMargin, 12, measure::windowMargin, 12);
     layout->setSpacing(measure::cardSpacing);
     layout->addWidget(makeKeyNotice());
+    layout->addWidget(m_savingNotice = new SavingNotice(m_parts.defaults, m_parts.console));
     // Each card is made inside the page: it orders its tab stops among those that are there.
     layout->addWidget(new ConfigurationCard(m_parts, m_actions, settings));
     layout->addWidget(new TeamCard(m_parts.settings, settings));
@@ -144,7 +146,9 @@ void MenuContentView::showEvent(QShowEvent* event) {
 void MenuContentView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
-        m_actions.roster().lookAgain(); // somebody may have put one there meanwhile
+        // Somebody may have put a roster there meanwhile, or made room on the disk.
+        m_actions.roster().lookAgain();
+        m_savingNotice->lookAgain();
     }
 }
 

@@ -8,6 +8,8 @@
 
 namespace ostrelle {
 
+class SavingNotice;
+
 /// The main panel. The settings that change from game to game scroll above; what the photographer does and
 /// what is going on stays in sight below. Folders, images and rosters can be dropped on it.
 class MenuContentView : public QWidget {
@@ -34,6 +36,7 @@ private:
 
     ShellParts m_parts;
     PanelActions m_actions;
+    SavingNotice* m_savingNotice = nullptr;
 };
 
 } // namespace ostrelle

@@ -20,6 +20,8 @@ NoticeBar::NoticeBar(const QString& words, const QString& buttonWords, QWidget* 
     layout->setSpacing(measure::controlSpacing);
     layout->addWidget(m_words, 1);
     layout->addWidget(m_button);
+    m_button->setVisible(!buttonWords.isEmpty());
+    m_words->setMinimumHeight(m_button->sizeHint().height()); // with a button or without
     setAccessibleName(words);
 }
 

@@ -14,6 +14,7 @@ class NoticeBar : public QFrame {
     Q_OBJECT
 
 public:
+    /// Without words for the button there is none.
     NoticeBar(const QString& words, const QString& buttonWords, QWidget* parent = nullptr);
 
     void setWords(const QString& words);

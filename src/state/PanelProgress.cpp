@@ -72,7 +72,8 @@ QList<ProgressRow> progressRows(SourceType source, const StatusStore& status) {
 }
 
 std::optional<QString> lastMessageLine(const StatusStore& status) {
-    return status.isProcessing() ? std::nullopt : status.lastMessage();
+    const bool isOnTheSwitch = status.lastMessage() == u"Auto mode: Off";
+    return status.isProcessing() || isOnTheSwitch ? std::nullopt : status.lastMessage();
 }
 
 std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status) {

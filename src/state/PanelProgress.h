@@ -27,7 +27,8 @@ struct ProgressRow {
 /// What the main panel shows of the run and of the remote side; empty while nothing goes on.
 QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
 
-/// The last thing that was told; nothing while a run goes on, whose progress tells it.
+/// The last thing that was told. Nothing while a run goes on, whose progress tells it, and when it is only
+/// that auto mode is off.
 std::optional<QString> lastMessageLine(const StatusStore& status);
 
 /// The line about auto mode; nothing when it is off.

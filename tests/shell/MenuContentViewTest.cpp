@@ -135,6 +135,26 @@ TEST_F(MenuContentViewTest, WhatARunCameToStaysInSightUntilTheNext) {
     world.status.setIsProcessing(false);
     EXPECT_TRUE(isShown(u"lastMessage"_s));
     EXPECT_EQ(textOf(u"lastMessage"_s), u"Captioned 3 images, failed 1"_s);
+    world.status.setLastMessage(u"Auto mode: Off"_s);
+    EXPECT_FALSE(isShown(u"lastMessage"_s));
+}
+
+TEST_F(MenuContentViewTest, SettingsThatCannotBeSavedAreToldWhileItIsSo) {
+    const auto comeBack = [this] {
+        QWidget another;
+        another.show();
+        another.activateWindow();
+        waitUntil([&another] { return another.isActiveWindow(); });
+        panel.activateWindow();
+        waitUntil([this] { return panel.isActiveWindow(); });
+    };
+    EXPECT_FALSE(isShown(u"savingNotice"_s));
+    world.defaults.isDiskFull = true;
+    comeBack();
+    EXPECT_TRUE(isShown(u"savingNotice"_s));
+    world.defaults.isDiskFull = false;
+    comeBack();
+    EXPECT_FALSE(isShown(u"savingNotice"_s));
 }
 
 TEST_F(MenuContentViewTest, ARosterThatIsPutIntoTheWatchFolderIsSaidToBeUsed) {

@@ -15,6 +15,8 @@ public:
     void remove(const QString& key) override { values.remove(key); }
     QCoro::Task<bool> saved(QString) const override { co_return !isDiskFull; }
 
+    bool isAllSaved() const override { return !isDiskFull; }
+
     QMap<QString, QVariant> values;
     bool isDiskFull = false; ///< what is set lasts until the program ends
 };
