@@ -25,10 +25,15 @@ namespace {
 const QString onboardingKey = u"hasCompletedOnboarding"_s;
 const QString placeKey = u"MainWindow"_s;
 
+/// What there is room for on the screen, with a title bar above the window.
+QSize fitting(const QWidget& window, QSize size) {
+    constexpr QSize frame(8, 40);
+    return size.boundedTo(window.screen()->availableSize() - frame);
+}
+
 void centre(QWidget* window) {
-    if (const QScreen* screen = window->screen()) {
-        window->move(screen->availableGeometry().center() - window->rect().center());
-    }
+    const QRect room = window->screen()->availableGeometry();
+    window->move(room.center() - window->rect().center());
 }
 
 /// How the user can change the size of a window: not at all where the content has just one.
@@ -47,7 +52,7 @@ void present(std::unique_ptr<View>& window, const ShellParts& parts, const QStri
         if (resizing == Resizing::none) {
             window->setWindowFlags(fixedWindow);
         }
-        window->resize(size);
+        window->resize(fitting(*window, size));
         centre(window.get());
     }
     window->show();
@@ -180,7 +185,7 @@ void AppDelegate::showAboutWindow() {
 void AppDelegate::showSettingsWindow() {
     constexpr QSize size(550, 575);
     if (m_settingsWindow) {
-        m_settingsWindow->resize(m_settingsWindow->width(), size.height());
+        m_settingsWindow->resize(fitting(*m_settingsWindow, {m_settingsWindow->width(), size.height()}));
     }
     present(m_settingsWindow, m_parts, u"Settings"_s, size);
     m_settingsWindow->setMinimumSize(500, 400);
@@ -188,7 +193,7 @@ void AppDelegate::showSettingsWindow() {
 
 void AppDelegate::showHelpWindow() {
     present(m_helpWindow, m_parts, u"Help - IPTC Preset Guide"_s, {900, 820});
-    m_helpWindow->setMinimumSize(900, 720);
+    m_helpWindow->setMinimumSize(fitting(*m_helpWindow, {900, 720}));
 }
 
 void AppDelegate::showOnboardingWindow() {
@@ -240,7 +245,8 @@ QCoro::Task<> AppDelegate::askAndQuit() {
 
 void AppDelegate::restorePlace() {
     // The panel's size, for the menus stand above it.
-    m_mainWindow->resize(480, 600 + m_mainWindow->menuBar()->sizeHint().height());
+    const QSize size(480, 600 + m_mainWindow->menuBar()->sizeHint().height());
+    m_mainWindow->resize(fitting(*m_mainWindow, size));
     const QByteArray place = m_parts.defaults.get<QByteArray>(placeKey).value_or(QByteArray());
     if (!m_mainWindow->restoreGeometry(place)) {
         centre(m_mainWindow.get());

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMenuBar>
+#include <QScreen>
 #include <QTest>
 #include <QToolBar>
 
@@ -64,6 +65,8 @@ TEST_F(AppDelegateTest, AWindowIsMadeOnceAndOnlyHidden) {
           std::pair(&AppEvents::showOnboardingWindow, u"Welcome to Ostrelle Captions"_s)}) {
         Q_EMIT(world.events.*show)();
         EXPECT_TRUE(titles().contains(title)) << title.toStdString();
+        const QWidget* shown = world.window(title);
+        EXPECT_TRUE(shown->screen()->geometry().contains(shown->geometry())) << title.toStdString();
     }
 }
 
