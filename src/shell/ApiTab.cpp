@@ -11,6 +11,7 @@
 #include "shell/SettingsActions.h"
 #include "shell/StatusMark.h"
 #include "shell/Theme.h"
+#include "shell/WebPages.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -21,9 +22,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Where the model service hands out keys.
-const QString keyPage = u"https://platform.openai.com/api-keys"_s;
 
 const InfoText keyInfo{u"API Key Information"_s,
                        {{u"To use Ostrelle Captions, you need your own OpenAI API key:"_s},
@@ -87,7 +85,7 @@ void ApiTab::addKeyEntry(Card& card) {
     const auto enter = [this] { m_actions.saveKey(m_field->text()); };
     connect(m_field, &SecureField::returnPressed, this, enter);
     connect(save, &ActionButton::clicked, this, enter);
-    connect(link, &ActionButton::clicked, this, [this] { m_parts.workspace.openLink(QUrl(keyPage)); });
+    connect(link, &ActionButton::clicked, this, [this] { m_parts.workspace.openLink(web::keyPage()); });
 
     auto* content = new QWidget;
     auto* lines = new QVBoxLayout(content);

@@ -15,4 +15,9 @@ inline QUrl feedbackPage() {
     return QUrl(QStringLiteral("https://ostrelle.example/feedback"));
 }
 
+/// Where OpenAI gives out API keys.
+inline QUrl keyPage() {
+    return QUrl(QStringLiteral("https://platform.openai.com/api-keys"));
+}
+
 } // namespace ostrelle::web
