@@ -121,22 +121,31 @@ std::optional<QString> contactNameOf(const XmlDocument& packet) {
     return std::nullopt;
 }
 
-void addPacket(QByteArrayView content, EmbeddedMetadata& metadata) {
+/// A damaged packet says nothing.
+std::optional<XmlDocument> parsePacket(QByteArrayView content) {
     try {
-        const XmlDocument packet = XmlDocument::parse(packetText(content).toByteArray());
-        for (const PacketField& field : packetFields) {
-            const QString name = field.name.toString();
-            if (metadata.iptc.contains(name)) {
-                continue;
-            }
-            const auto values = packetValues(packet, field.localName, field.namespaceUri);
-            if (values && !values->isEmpty()) {
-                metadata.iptc.insert(name, *values);
-            }
-        }
-        metadata.contactName = metadata.contactName ? metadata.contactName : contactNameOf(packet);
-    } catch (const XmlError&) { // a damaged packet says nothing
+        return XmlDocument::parse(packetText(content).toByteArray());
+    } catch (const XmlError&) {
+        return std::nullopt;
     }
+}
+
+void addPacket(QByteArrayView content, EmbeddedMetadata& metadata) {
+    const std::optional<XmlDocument> packet = parsePacket(content);
+    if (!packet) {
+        return;
+    }
+    for (const PacketField& field : packetFields) {
+        const QString name = field.name.toString();
+        if (metadata.iptc.contains(name)) {
+            continue;
+        }
+        const auto values = packetValues(*packet, field.localName, field.namespaceUri);
+        if (values && !values->isEmpty()) {
+            metadata.iptc.insert(name, *values);
+        }
+    }
+    metadata.contactName = metadata.contactName ? metadata.contactName : contactNameOf(*packet);
 }
 
 std::optional<QString> exifText(const TiffBlock& block, const TiffDirectory& directory, quint16 tag) {

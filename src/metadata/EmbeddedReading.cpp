@@ -30,7 +30,7 @@ std::optional<QString> captionFrom(const FallbackField& field, QStringList& blan
         return std::nullopt;
     }
     const QString length = QString::number(characterCount(*field.value));
-    const QString trimmed = field.value->trimmed();
+    QString trimmed = field.value->trimmed();
     say(log, field.label + u" found: \""_s + *field.value + u"\" (raw length: "_s + length +
                  u", trimmed length: "_s + QString::number(characterCount(trimmed)) + u')');
     if (trimmed.isEmpty()) {

@@ -57,7 +57,7 @@ QString decodeUtf16(QByteArrayView bytes, bool isBigEndian) {
 /// JIS X 0208 in its seven-bit form with escape sequences.
 QString decodeJis(QByteArrayView bytes) {
     const iconv_t converter = ::iconv_open("UTF-8", "ISO-2022-JP");
-    if (converter == reinterpret_cast<iconv_t>(-1)) {
+    if (converter == reinterpret_cast<iconv_t>(-1)) { // NOLINT(performance-no-int-to-ptr): POSIX says so
         return decodeUndeclared(bytes);
     }
     QByteArray input = bytes.toByteArray();

@@ -61,6 +61,21 @@ QString searchedText(QString words, const QString& image) {
     return words.toLower();
 }
 
+ImageFailure::Kind kindOf(const FailureFacts& facts, const QString& text, bool mentionsRateLimit) {
+    using Kind = ImageFailure::Kind;
+    if (facts.isMissingKey) {
+        return Kind::missingKey;
+    }
+    if (holdsOneOf(text,
+                   {u"writefailed"_s, u"operation not permitted"_s, u"permission"_s, u"cannot create"_s})) {
+        return Kind::permission;
+    }
+    if (facts.isRateLimit || mentionsRateLimit) {
+        return Kind::rateLimit;
+    }
+    return facts.isUnwrittenMetadata ? Kind::permission : Kind::ordinary;
+}
+
 } // namespace
 
 ImageFailure classifyFailure(const std::exception_ptr& error, const QString& image) {
@@ -69,16 +84,7 @@ ImageFailure classifyFailure(const std::exception_ptr& error, const QString& ima
     ImageFailure failure;
     failure.words = facts.words;
     failure.mentionsRateLimit = holdsOneOf(text, {u"rate limit"_s, u"429"_s});
-    if (facts.isMissingKey) {
-        failure.kind = ImageFailure::Kind::missingKey;
-    } else if (holdsOneOf(text, {u"writefailed"_s, u"operation not permitted"_s, u"permission"_s,
-                                 u"cannot create"_s})) {
-        failure.kind = ImageFailure::Kind::permission;
-    } else if (facts.isRateLimit || failure.mentionsRateLimit) {
-        failure.kind = ImageFailure::Kind::rateLimit;
-    } else if (facts.isUnwrittenMetadata) {
-        failure.kind = ImageFailure::Kind::permission;
-    }
+    failure.kind = kindOf(facts, text, failure.mentionsRateLimit);
     return failure;
 }
 

@@ -9,8 +9,8 @@ QStringList tokenComparison(const Usage& usage, qsizetype imageCount) {
     // The rules that a batch shares go with every single image: measured, two thirds more a request.
     constexpr double shareOfRules = 1.67;
     constexpr int ruleWidth = 60;
-    const qint64 perImage =
-        static_cast<qint64>(static_cast<double>(usage.promptTokens / imageCount) * shareOfRules);
+    const qint64 batchShare = usage.promptTokens / imageCount; // of whole tokens
+    const auto perImage = static_cast<qint64>(static_cast<double>(batchShare) * shareOfRules);
     const qint64 oldPrompt = perImage * imageCount;
     const qint64 oldTotal = oldPrompt + usage.completionTokens;
     const qint64 saved = oldTotal - usage.totalTokens;

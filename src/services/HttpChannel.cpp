@@ -135,8 +135,8 @@ HttpChannel::~HttpChannel() {
     }
 }
 
-QCoro::Task<HttpReply> HttpChannel::post(QNetworkRequest request, QByteArray body) {
-    return exchange(std::move(request), timeOut,
+QCoro::Task<HttpReply> HttpChannel::post(const QNetworkRequest& request, QByteArray body) {
+    return exchange(request, timeOut,
                     [body = std::move(body)](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
                         auto upload = std::make_unique<OneTimeBody>(body);
                         QNetworkReply* reply = manager.post(toSend, upload.get());
@@ -145,10 +145,10 @@ QCoro::Task<HttpReply> HttpChannel::post(QNetworkRequest request, QByteArray bod
                     });
 }
 
-QCoro::Task<HttpReply> HttpChannel::get(QNetworkRequest request, std::chrono::milliseconds deadline) {
-    return exchange(
-        std::move(request), deadline,
-        [](QNetworkAccessManager& manager, const QNetworkRequest& toSend) { return manager.get(toSend); });
+QCoro::Task<HttpReply> HttpChannel::get(const QNetworkRequest& request, std::chrono::milliseconds deadline) {
+    return exchange(request, deadline, [](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
+        return manager.get(toSend);
+    });
 }
 
 QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chrono::milliseconds deadline,

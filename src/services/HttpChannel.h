@@ -39,9 +39,9 @@ public:
     ~HttpChannel();
 
     /// Posts the body and resumes with the whole reply. Throws TransportError.
-    QCoro::Task<HttpReply> post(QNetworkRequest request, QByteArray body);
+    QCoro::Task<HttpReply> post(const QNetworkRequest& request, QByteArray body);
     /// Gets under a deadline of the caller's and resumes with the whole reply. Throws TransportError.
-    QCoro::Task<HttpReply> get(QNetworkRequest request, std::chrono::milliseconds deadline);
+    QCoro::Task<HttpReply> get(const QNetworkRequest& request, std::chrono::milliseconds deadline);
 
 private:
     using Send = std::function<QNetworkReply*(QNetworkAccessManager&, const QNetworkRequest&)>;

@@ -9,8 +9,8 @@ namespace ostrelle {
 /// The window that a new dialog belongs to: the one in use, but no dialog, which may just be closing.
 inline QWidget* ownerWindow() {
     QWidget* window = QApplication::activeWindow();
-    while (qobject_cast<QDialog*>(window)) {
-        window = window->parentWidget() ? window->parentWidget()->window() : nullptr;
+    while (window != nullptr && qobject_cast<QDialog*>(window) != nullptr) {
+        window = window->parentWidget() != nullptr ? window->parentWidget()->window() : nullptr;
     }
     return window;
 }
