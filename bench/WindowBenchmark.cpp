@@ -50,7 +50,7 @@ void storeSettings(const AppFolders& folders, const QString& folder) {
 template <typename Condition>
 void wait(const Condition& condition) {
     while (!condition()) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 }
 
@@ -99,10 +99,10 @@ public:
                                          {u"prioritizeAudioFiles"_s, {}},  {u"settingsTabs"_s, 0},
                                          {u"useTeamIdentification"_s, {}}, {u"settingsTabs"_s, 2}};
         const Target& next = targets[static_cast<size_t>(m_count++) % std::size(targets)];
-        m_target = widget(next.name);
-        m_sentAt = sentAt;
-        const auto* bar = qobject_cast<QTabBar*>(m_target);
-        click(m_target, bar ? bar->tabRect(*next.tab).center() : m_target->rect().center());
+        QWidget* target = widget(next.name);
+        m_unanswered.append({target, sentAt});
+        const auto* bar = qobject_cast<QTabBar*>(target);
+        click(target, bar ? bar->tabRect(*next.tab).center() : target->rect().center());
     }
 
     qint64 now() const { return m_clock.nsecsElapsed(); }
@@ -115,22 +115,30 @@ public:
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint && watched == m_target) {
-            m_answers.append(static_cast<double>(now() - m_sentAt) / 1e6);
-            m_target = nullptr;
+        if (event->type() == QEvent::Paint) {
+            m_unanswered.removeIf([this, watched](const Sent& click) {
+                if (click.target == watched) {
+                    m_answers.append(static_cast<double>(now() - click.at) / 1e6);
+                }
+                return click.target == watched;
+            });
         }
         return QObject::eventFilter(watched, event);
     }
 
 private:
+    struct Sent {
+        const QWidget* target;
+        qint64 at;
+    };
+
     QElapsedTimer m_clock = [] {
         QElapsedTimer clock;
         clock.start();
         return clock;
     }();
     int m_count = 0;
-    QWidget* m_target = nullptr; ///< that has not painted itself since its click
-    qint64 m_sentAt = 0;
+    QList<Sent> m_unanswered; ///< whose targets have not painted themselves since
     QList<double> m_answers;
 };
 
@@ -169,7 +177,7 @@ void printAnswers(const Clicks& clicks) {
     std::fprintf(stderr, "  99 of 100 within                          %10.1f ms\n",
                  answers[answers.size() * 99 / 100]);
     std::fprintf(stderr, "  the worst                                 %10.1f ms   at most 50 ms  %s\n",
-                 answers.last(), answers.last() <= 50 ? "met" : "MISSED");
+                 answers.last(), answers.last() <= 50 && answers.size() == clicks.count() ? "met" : "MISSED");
     std::fprintf(stderr, "  later than 50 ms                          %10lld\n",
                  static_cast<long long>(late));
 }

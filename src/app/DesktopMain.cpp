@@ -33,7 +33,6 @@ void waitForAnswer(const DesktopColorScheme& colorScheme) {
 } // namespace
 
 int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoints()>& endpoints) {
-    InterruptSignals interrupts; // before the application, which starts threads
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"ostrelle-captions"_s);
     QApplication::setApplicationVersion(QStringLiteral(OSTRELLE_VERSION));
@@ -52,9 +51,9 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
     DesktopAppearance appearance(application, colorScheme);
     QObject::connect(&instance, &SingleInstance::startedAgain, &program.delegate(),
                      &AppDelegate::applicationShouldHandleReopen);
+    const InterruptSignals interrupts;
     QObject::connect(&interrupts, &InterruptSignals::interrupted, &program.delegate(),
                      [&program] { program.quit(); }); // nobody is there to be asked
-    interrupts.listen();
     program.delegate().applicationDidFinishLaunching();
     return QApplication::exec();
 }

@@ -8,10 +8,6 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-void AbsentRemoteSource::start() {
-    m_status->setFtpStatusMessage(u"This version cannot download from an FTP server yet."_s);
-}
-
 DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints)
     : m_defaults(folders.defaultsFile(), m_errors)
     , m_captions({.folders = folders,
@@ -25,9 +21,8 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .remote = m_remote,
                   .console = m_console,
                   .errors = m_errors})
-    , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); }) {
-    m_remote.setStatus(m_captions.status);
-}
+    , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })
+    , m_notThereYet(m_remote, m_events, m_captions.settings, m_alerts, m_console) {}
 
 ShellParts DesktopProgram::shellParts() {
     return {.settings = m_captions.settings,
@@ -69,6 +64,7 @@ void DesktopProgram::quit() {
 QCoro::Task<> DesktopProgram::finish(DesktopProgram& program) {
     co_await program.m_captions.finishWork();
     co_await program.m_delegate.finished();
+    co_await program.m_notThereYet.finished();
     co_await program.m_defaults.finished(); // which these may have set
     QCoreApplication::exit();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/NotThereYet.h"
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/DesktopSecretStore.h"
@@ -12,19 +13,6 @@
 #include "shell/DesktopWorkspace.h"
 
 namespace ostrelle {
-
-/// The remote source of a program that cannot download yet: it says so.
-class AbsentRemoteSource : public RemoteSource {
-public:
-    /// The status is set when the source starts; it has to be given before.
-    void setStatus(StatusStore& status) { m_status = &status; }
-
-    void start() override;
-    void stop() override {}
-
-private:
-    StatusStore* m_status = nullptr;
-};
 
 /// The composition root of `ostrelle-captions`. Needs the application object.
 class DesktopProgram {
@@ -54,6 +42,7 @@ private:
     AbsentRemoteSource m_remote;
     CaptionProgram m_captions;
     AppDelegate m_delegate;
+    NotThereYet m_notThereYet;
     bool m_isQuitting = false;
 };
 

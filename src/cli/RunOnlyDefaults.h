@@ -26,6 +26,8 @@ public:
         }
         co_return co_await m_stored.saved(key);
     }
+    QCoro::Task<> finished() const override { co_await m_stored.finished(); }
+    bool isAllSaved() const override { return m_changed.isEmpty() && m_stored.isAllSaved(); }
 
 private:
     const DefaultsStore& m_stored;

@@ -19,8 +19,7 @@ class WatchRun : public QObject {
     Q_OBJECT
 
 public:
-    WatchRun(CommandProgram& program, InterruptSignals& interrupts)
-        : m_program(program), m_interrupts(interrupts) {
+    WatchRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
         connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::tell);
         connect(&interrupts, &InterruptSignals::interrupted, this, &WatchRun::ended);
         connect(&program.captions.settings, &SettingsStore::autoModeChanged, this,
@@ -28,7 +27,6 @@ public:
     }
 
     QCoro::Task<int> run() {
-        m_interrupts.listen();
         m_program.errors.print(u"Watching %1. Ctrl-C ends it."_s.arg(*m_program.options.folder));
         m_program.captions.autoMode.observeAutoModeSettings();
         co_await qCoro(this, &WatchRun::ended);
@@ -58,14 +56,13 @@ private:
     }
 
     CommandProgram& m_program;
-    InterruptSignals& m_interrupts;
     ExitStatus m_status = ExitStatus::success;
 };
 
 } // namespace
 
 int runWatchCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
-    InterruptSignals interrupts;
+    const InterruptSignals interrupts;
     CommandProgram program(options, folders, endpoints);
     WatchRun run(program, interrupts);
     return runCommandLoop(program, [&run] { return run.run(); });

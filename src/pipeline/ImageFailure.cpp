@@ -22,6 +22,7 @@ struct FailureFacts {
     bool isRateLimit = false;
     bool isMissingKey = false;
     bool isUnwrittenMetadata = false;
+    bool isOfService = false; ///< whose words on permissions are not about files
 };
 
 FailureFacts factsOf(const std::exception_ptr& failure) {
@@ -32,7 +33,8 @@ FailureFacts factsOf(const std::exception_ptr& failure) {
         return {.words = error.localizedDescription(),
                 .isRateLimit =
                     error.kind() == OpenAIError::Case::http && error.statusCode() == tooManyRequests,
-                .isMissingKey = error.kind() == OpenAIError::Case::missingAPIKey};
+                .isMissingKey = error.kind() == OpenAIError::Case::missingAPIKey,
+                .isOfService = true};
     } catch (const AnalyzerError& error) {
         return {.words = error.localizedDescription(),
                 .isMissingKey = error.code() == AnalyzerError::missingKey};
@@ -66,8 +68,8 @@ ImageFailure::Kind kindOf(const FailureFacts& facts, const QString& text, bool m
     if (facts.isMissingKey) {
         return Kind::missingKey;
     }
-    if (holdsOneOf(text,
-                   {u"writefailed"_s, u"operation not permitted"_s, u"permission"_s, u"cannot create"_s})) {
+    if (!facts.isOfService && holdsOneOf(text, {u"writefailed"_s, u"operation not permitted"_s,
+                                                u"permission"_s, u"cannot create"_s})) {
         return Kind::permission;
     }
     if (facts.isRateLimit || mentionsRateLimit) {

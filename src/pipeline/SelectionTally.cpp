@@ -60,6 +60,9 @@ Alert SelectionTally::permissionAlert() const {
 }
 
 QString SelectionTally::closingMessage() const {
+    if (failed() == 0 && m_success == 0) {
+        return u"All images have captions already"_s;
+    }
     if (failed() == 0) {
         return u"Successfully captioned %1 image%2"_s.arg(m_success).arg(plural(m_success));
     }

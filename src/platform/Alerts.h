@@ -15,13 +15,15 @@ struct Alert {
     QString text;
     QStringList buttons; ///< the first is the default
     Style style = Style::informational;
+    int destroyingButton = -1; ///< the index of the one that cannot be undone, which Enter must not press
 };
 
 class Alerts {
 public:
     virtual ~Alerts() = default;
 
-    /// Shows the alert and resumes with the index of the button that was pressed.
+    /// Shows the alert and resumes with the index of the button that was pressed, or -1 when it was closed
+    /// and none of several buttons is "Cancel".
     virtual QCoro::Task<int> show(Alert alert) = 0;
 };
 

@@ -104,7 +104,9 @@ DefaultsFile::DefaultsFile(QString path) : m_path(std::move(path)) {}
 DefaultsFile::~DefaultsFile() = default;
 
 QJsonObject DefaultsFile::load() {
-    if (isRead()) {
+    // What was whole before may be half written just now, by an editor: apply() is to judge it.
+    const bool isKnown = m_snapshot != nullptr;
+    if (isRead() || isKnown) {
         return m_values;
     }
     try {

@@ -35,6 +35,8 @@ public:
     virtual QCoro::Task<> finished() const { co_return; }
     /// False while a change is being saved, and after one that could not be saved.
     virtual bool isAllSaved() const { return true; }
+    /// Tries once more to save what could not be saved.
+    virtual void saveAgain() {}
 
     bool exists(const QString& key) const { return value(key).isValid(); }
 

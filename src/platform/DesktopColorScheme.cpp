@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopColorScheme.h"
 
-#include "core/OffMainThread.h"
+#include "platform/SessionBus.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>
@@ -53,13 +53,16 @@ DesktopColorScheme::DesktopColorScheme(std::chrono::milliseconds patience) {
 
 QCoro::Task<> DesktopColorScheme::ask(QPointer<DesktopColorScheme> scheme,
                                       std::chrono::milliseconds patience) {
-    // Connecting waits for the bus to answer.
-    const QDBusConnection bus = co_await offMainThread(QDBusConnection::sessionBus);
+    const std::optional<QDBusConnection> bus = co_await sessionBus(patience);
     if (!scheme) {
         co_return;
     }
-    scheme->watch(bus); // first, so that no change falls between the answer and the watch
-    const QDBusPendingCall pending = bus.asyncCall(question(), static_cast<int>(patience.count()));
+    if (!bus) {
+        scheme->settle();
+        co_return;
+    }
+    scheme->watch(*bus); // first, so that no change falls between the answer and the watch
+    const QDBusPendingCall pending = bus->asyncCall(question(), static_cast<int>(patience.count()));
     const QDBusMessage answer = co_await pending;
     if (!scheme) {
         co_return;

@@ -2,8 +2,8 @@
 #include "platform/DesktopNotificationCenter.h"
 
 #include "core/Error.h"
-#include "core/OffMainThread.h"
 #include "platform/AppFolders.h"
+#include "platform/SessionBus.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>
@@ -75,8 +75,10 @@ QCoro::Task<> DesktopNotificationCenter::post(DesktopNotification notification) 
 
 QCoro::Task<QVariant> DesktopNotificationCenter::call(QDBusMessage message) {
     if (!m_bus) {
-        // Connecting waits for the bus to answer.
-        m_bus = co_await offMainThread(QDBusConnection::sessionBus);
+        m_bus = co_await sessionBus(m_patience);
+    }
+    if (!m_bus) {
+        throw Error(u"The session bus does not answer."_s);
     }
     const QDBusPendingCall pending = m_bus->asyncCall(message, static_cast<int>(m_patience.count()));
     const QDBusMessage answer = co_await pending;

@@ -3,27 +3,40 @@
 
 #include "core/Error.h"
 
-#include <pthread.h>
 #include <signal.h>
-#include <sys/signalfd.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
 
 namespace ostrelle {
 
 namespace {
 
-sigset_t interruptSet() {
-    sigset_t set;
-    ::sigemptyset(&set);
-    ::sigaddset(&set, SIGINT);
-    ::sigaddset(&set, SIGTERM);
-    return set;
+constexpr int handledSignals[] = {SIGINT, SIGTERM};
+
+// A signal handler can reach nothing else.
+volatile sig_atomic_t wakeUp = -1;
+
+void wake(int) {
+    const int before = errno;
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(wakeUp, &one, sizeof one);
+    errno = before;
+}
+
+void handleSignals(void (*handler)(int)) {
+    struct sigaction action{};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : handledSignals) {
+        ::sigaction(signal, &action, nullptr);
+    }
 }
 
 int openDescriptor() {
-    const sigset_t set = interruptSet();
-    ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    const int descriptor = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
+    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (descriptor < 0) {
         throw Error(QStringLiteral("The system cannot tell the program of signals."));
     }
@@ -32,26 +45,23 @@ int openDescriptor() {
 
 } // namespace
 
-InterruptSignals::InterruptSignals() : m_descriptor(openDescriptor()) {}
+InterruptSignals::InterruptSignals()
+    : m_descriptor(openDescriptor()), m_notifier(m_descriptor, QSocketNotifier::Read) {
+    connect(&m_notifier, &QSocketNotifier::activated, this, &InterruptSignals::take);
+    wakeUp = m_descriptor;
+    handleSignals(wake);
+}
 
 InterruptSignals::~InterruptSignals() {
-    m_notifier.reset();
+    handleSignals(SIG_DFL);
+    wakeUp = -1;
+    m_notifier.setEnabled(false);
     ::close(m_descriptor);
 }
 
-void InterruptSignals::listen() {
-    m_notifier.emplace(m_descriptor, QSocketNotifier::Read);
-    connect(&*m_notifier, &QSocketNotifier::activated, this, &InterruptSignals::take);
-}
-
 void InterruptSignals::take() {
-    signalfd_siginfo received{};
-    if (::read(m_descriptor, &received, sizeof received) != static_cast<ssize_t>(sizeof received)) {
-        return;
-    }
-    m_notifier->setEnabled(false);
-    const sigset_t set = interruptSet();
-    ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    handleSignals(SIG_DFL);
+    m_notifier.setEnabled(false);
     Q_EMIT interrupted();
 }
 

@@ -63,7 +63,7 @@ struct JsonDefaultsStore::State {
     QJsonObject saving;                 // the changes of the save that runs, with null for a removed key
     QJsonObject unsaved;                // those on top that no save has, likewise
     bool isSaving = false;
-    bool isFileOffLimits = false;
+    QString offLimits; // why the file cannot be read; empty when it can
     QFutureWatcher<Outcome> save;
     QThreadPool thread; // not the workers' pool, where a save would wait until images are decoded
 };
@@ -81,7 +81,8 @@ QJsonValue JsonDefaultsStore::State::value(const QString& key) {
 
 void JsonDefaultsStore::State::change(const QJsonObject& changes) {
     refresh();
-    if (isAllSaved() && withChanges(stored, changes) == stored) {
+    const bool isFileSeen = offLimits.isEmpty();
+    if (isFileSeen && isAllSaved() && withChanges(stored, changes) == stored) {
         return;
     }
     unsaved = joined(unsaved, changes);
@@ -92,11 +93,12 @@ void JsonDefaultsStore::State::change(const QJsonObject& changes) {
 /// tell.
 void JsonDefaultsStore::State::refresh() {
     takeSaveIn();
-    if (isSaving || isFileOffLimits) {
+    if (isSaving) {
         return;
     }
     try {
         stored = file->load();
+        offLimits.clear();
     } catch (const FileError& error) {
         leaveFileAlone(error.localizedDescription());
     }
@@ -104,7 +106,7 @@ void JsonDefaultsStore::State::refresh() {
 }
 
 void JsonDefaultsStore::State::beginSave() {
-    if (isSaving || isFileOffLimits) {
+    if (isSaving) {
         return;
     }
     isSaving = true;
@@ -157,9 +159,11 @@ void JsonDefaultsStore::State::saveRest() {
     }
 }
 
+/// Until it can be read, which each call tries anew. Said once.
 void JsonDefaultsStore::State::leaveFileAlone(const QString& reason) {
-    isFileOffLimits = true;
-    log.print(u"[DefaultsStore] %1 Settings are kept in memory until the program ends."_s.arg(reason));
+    if (reason != std::exchange(offLimits, reason)) {
+        log.print(u"[DefaultsStore] %1 Settings are kept in memory until it can be."_s.arg(reason));
+    }
 }
 
 void JsonDefaultsStore::State::tellNotice() {
@@ -199,6 +203,12 @@ void JsonDefaultsStore::setAll(const QVariantMap& values) {
 
 bool JsonDefaultsStore::isAllSaved() const {
     return m_state->isAllSaved();
+}
+
+void JsonDefaultsStore::saveAgain() {
+    if (!m_state->unsaved.isEmpty()) {
+        m_state->beginSave();
+    }
 }
 
 void JsonDefaultsStore::remove(const QString& key) {

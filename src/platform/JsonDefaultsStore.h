@@ -35,6 +35,7 @@ public:
     QCoro::Task<bool> saved(QString key) const override;
     QCoro::Task<> finished() const override;
     bool isAllSaved() const override;
+    void saveAgain() override;
 
 private:
     struct State;

@@ -55,6 +55,7 @@ void present(std::unique_ptr<View>& window, const ShellParts& parts, const QStri
         window->resize(fitting(*window, size));
         centre(window.get());
     }
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     if (resizing == Resizing::none) {
         window->setFixedSize(window->size()); // which large type may have made larger

@@ -20,7 +20,7 @@ class OnboardingView;
 class SettingsView;
 
 /// Owns the windows and answers the in-process notifications that ask for one. A window is made when it is
-/// first asked for; closing only hides it.
+/// first asked for; closing only hides it, but for the main one, which ends the program.
 class AppDelegate : public QObject {
     Q_OBJECT
 

@@ -94,9 +94,7 @@ void ConfigurationCard::addFolders() {
         roster->setNote(m_actions.roster().isUsed() ? rosterOfFolderUsed() : QString());
     };
     showFound();
-    connect(&m_actions.roster(), &RosterWatch::foundChanged, roster, showFound);
-    connect(&settings, &SettingsStore::codeReplacementsFileChanged, roster, showFound);
-    connect(&settings, &SettingsStore::sourceTypeChanged, roster, showFound);
+    connect(&m_actions.roster(), &RosterWatch::useChanged, roster, showFound);
 }
 
 void ConfigurationCard::addHost() {

@@ -5,9 +5,10 @@
 #include "shell/OwnerWindow.h"
 #include "shell/Theme.h"
 
-#include <QApplication>
+#include <QCloseEvent>
 #include <QCoroSignal>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
@@ -36,6 +37,14 @@ protected:
             showSign();
         }
     }
+    // Where no button means "no", a message box can be closed by neither.
+    void keyPressEvent(QKeyEvent* event) override {
+        event->key() == Qt::Key_Escape&& escapeButton() == nullptr ? reject()
+                                                                   : QMessageBox::keyPressEvent(event);
+    }
+    void closeEvent(QCloseEvent* event) override {
+        escapeButton() == nullptr ? reject() : QMessageBox::closeEvent(event);
+    }
 
 private:
     void showSign() { setIconPixmap(m_sign.pixmap(QSize(32, 32), devicePixelRatioF())); }
@@ -43,20 +52,36 @@ private:
     QIcon m_sign;
 };
 
-/// Escape must not do what was only asked about.
+/// What Escape presses: "Cancel", or the only button. -1 when it decides nothing.
 qsizetype escapeIndex(const QStringList& words) {
-    const qsizetype cancel = words.indexOf(u"Cancel"_s);
-    return cancel < 0 ? words.size() - 1 : cancel;
+    return words.size() == 1 ? 0 : words.indexOf(u"Cancel"_s);
 }
 
-QList<QPushButton*> addButtons(QMessageBox& box, const QStringList& words) {
+/// One button is the main one: the first that does something and can be undone.
+void dress(const QList<QPushButton*>& buttons, const Alert& alert) {
+    for (qsizetype index = 0; index < buttons.size(); ++index) {
+        if (index == alert.destroyingButton) {
+            buttons[index]->setProperty("kind", u"destroying"_s);
+        } else if (alert.buttons[index] != u"Cancel") {
+            buttons[index]->setProperty("kind", u"main"_s);
+            return;
+        }
+    }
+}
+
+QList<QPushButton*> addButtons(QMessageBox& box, const Alert& alert) {
     QList<QPushButton*> buttons;
-    for (const QString& text : words) {
+    for (const QString& text : alert.buttons) {
         buttons.append(box.addButton(text, QMessageBox::ActionRole));
     }
+    dress(buttons, alert);
+    const qsizetype escape = escapeIndex(alert.buttons);
+    if (escape >= 0) {
+        box.setEscapeButton(buttons[escape]);
+    }
     if (!buttons.isEmpty()) {
-        box.setDefaultButton(buttons.first());
-        box.setEscapeButton(buttons[escapeIndex(words)]);
+        const bool isFirstSafe = alert.destroyingButton != 0 || escape < 0;
+        box.setDefaultButton(isFirstSafe ? buttons.first() : buttons[escape]);
     }
     return buttons;
 }
@@ -78,15 +103,14 @@ QCoro::Task<int> DesktopAlerts::show(Alert alert) {
     box->setObjectName(u"alert"_s);
     box->setWindowTitle(u"Ostrelle Captions"_s);
     showWords(*box, alert);
-    const QList<QPushButton*> buttons = addButtons(*box, alert.buttons);
+    const QList<QPushButton*> buttons = addButtons(*box, alert);
     box->open();
     co_await qCoro(box.data(), &QMessageBox::finished);
     if (!box) {
         co_return static_cast<int>(escapeIndex(alert.buttons));
     }
     box->deleteLater();
-    const auto* clicked = qobject_cast<QPushButton*>(box->clickedButton());
-    const qsizetype index = buttons.indexOf(clicked);
+    const qsizetype index = buttons.indexOf(qobject_cast<QPushButton*>(box->clickedButton()));
     co_return static_cast<int>(index < 0 ? escapeIndex(alert.buttons) : index);
 }
 

@@ -8,7 +8,7 @@ namespace ostrelle {
 /// Alerts as dialogs over the window that is in use. The program goes on behind them.
 class DesktopAlerts : public Alerts {
 public:
-    /// Escape and closing the dialog press "Cancel", or the last button where there is none.
+    /// Escape and closing the dialog press "Cancel" or the only button, and else none.
     QCoro::Task<int> show(Alert alert) override;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/MenuContentView.h"
 
+#include "platform/ApiKey.h"
 #include "shell/ActionButton.h"
 #include "shell/ActionsBar.h"
 #include "shell/AutoModeRow.h"
@@ -83,7 +84,7 @@ QWidget* MenuContentView::makeSettings() {
     layout->setContentsMargins(measure::windowMargin, 12, measure::windowMargin, 12);
     layout->setSpacing(measure::cardSpacing);
     layout->addWidget(makeKeyNotice());
-    layout->addWidget(m_savingNotice = new SavingNotice(m_parts.defaults, m_parts.console));
+    layout->addWidget(m_savingNotice = new SavingNotice(m_parts.defaults, m_parts.clock, m_parts.console));
     // Each card is made inside the page: it orders its tab stops among those that are there.
     layout->addWidget(new ConfigurationCard(m_parts, m_actions, settings));
     layout->addWidget(new TeamCard(m_parts.settings, settings));
@@ -146,9 +147,11 @@ void MenuContentView::showEvent(QShowEvent* event) {
 void MenuContentView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
-        // Somebody may have put a roster there meanwhile, or made room on the disk.
+        // Somebody may have put a roster there meanwhile, made room on the disk, or stored a key in a
+        // terminal.
         m_actions.roster().lookAgain();
-        m_savingNotice->lookAgain();
+        m_savingNotice->tryAgain();
+        m_parts.settings.setHasAPIKey(!apiKey(m_parts.defaults).isEmpty());
     }
 }
 

@@ -105,8 +105,7 @@ void OnboardingPage::offerRoster() {
         }
     };
     showFound();
-    connect(&m_actions.roster(), &RosterWatch::foundChanged, chosen, showFound);
-    connect(&m_parts.settings, &SettingsStore::codeReplacementsFileChanged, chosen, showFound);
+    connect(&m_actions.roster(), &RosterWatch::useChanged, chosen, showFound);
 }
 
 ElidedLabel* OnboardingPage::addChoice(const QString& name, const QString& words,

@@ -5,18 +5,23 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-SavingNotice::SavingNotice(const DefaultsStore& defaults, PlainLog& console, QWidget* parent)
+SavingNotice::SavingNotice(DefaultsStore& defaults, Clock& clock, PlainLog& console, QWidget* parent)
     : NoticeBar(u"Settings cannot be saved: they last until you quit"_s, {}, parent)
     , m_defaults(defaults)
     , m_looks([&console](const QString& words) {
         console.print(u"[MenuContentView] Cannot tell whether settings are saved: "_s + words);
-    }) {
+    })
+    , m_timer(clock.every(std::chrono::seconds(5), [this] { look(); })) {
     setObjectName(u"savingNotice"_s);
     hide();
-    lookAgain();
 }
 
-void SavingNotice::lookAgain() {
+void SavingNotice::tryAgain() {
+    m_defaults.saveAgain();
+    look();
+}
+
+void SavingNotice::look() {
     m_looks.spawn(look(this, &m_defaults));
 }
 

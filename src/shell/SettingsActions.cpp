@@ -19,12 +19,14 @@ Alert news(const QString& title, const QString& text) {
     return alert;
 }
 
-Alert warning(const QString& title, const QString& text, const QStringList& buttons) {
+Alert warning(const QString& title, const QString& text, const QStringList& buttons,
+              int destroyingButton = -1) {
     Alert alert;
     alert.title = title;
     alert.text = text;
     alert.buttons = buttons;
     alert.style = Alert::Style::warning;
+    alert.destroyingButton = destroyingButton;
     return alert;
 }
 
@@ -51,7 +53,7 @@ Alert clearKeyQuestion() {
     return warning(u"Clear API Key?"_s,
                    u"This will remove your personal API key. You will need to add your own OpenAI API key to "
                    "continue using Ostrelle Captions. You can add your key back anytime."_s,
-                   {u"Clear"_s, u"Cancel"_s});
+                   {u"Clear"_s, u"Cancel"_s}, 0);
 }
 
 Alert clearStatisticsQuestion() {
@@ -59,14 +61,14 @@ Alert clearStatisticsQuestion() {
         u"Clear All Statistics?"_s,
         u"This will permanently delete all processing statistics, usage history, and cost tracking. "
         "This action cannot be undone."_s,
-        {u"Cancel"_s, u"Clear Statistics"_s});
+        {u"Cancel"_s, u"Clear Statistics"_s}, 1);
 }
 
 Alert clearPromptCacheQuestion() {
     return warning(u"Clear Prompt Cache?"_s,
                    u"This will clear all cached prompt templates. The app will fetch fresh prompts from the "
                    "server on the next caption generation."_s,
-                   {u"Cancel"_s, u"Clear Cache"_s});
+                   {u"Cancel"_s, u"Clear Cache"_s}, 1);
 }
 
 } // namespace

@@ -51,6 +51,9 @@ QList<ProgressRow> localRunRows(const StatusStore& status) {
             {.text = u"Batch %1: %2 image%3"_s.arg(status.currentBatchNumber()).arg(size).arg(plural(size)),
              .fraction = barOf(status.batchProgress())});
     }
+    if (status.totalBatchCount() < 1) {
+        rows.append({.fraction = barOf(status.overallProgress())});
+    }
     if (isInBatches) {
         rows.append({.text = u"Batch %1/%2"_s.arg(status.currentBatchNumber()).arg(status.totalBatchCount()),
                      .fraction = barOf(status.batchedRunProgress())});

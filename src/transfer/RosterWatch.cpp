@@ -12,6 +12,9 @@ namespace ostrelle {
 RosterWatch::RosterWatch(const SettingsStore& settings, FolderThreads& threads, Clock& clock)
     : m_settings(settings), m_threads(threads), m_clock(clock) {
     connect(&settings, &SettingsStore::ingestFolderChanged, this, &RosterWatch::folderChanged);
+    connect(&settings, &SettingsStore::codeReplacementsFileChanged, this, &RosterWatch::useChanged);
+    connect(&settings, &SettingsStore::sourceTypeChanged, this, &RosterWatch::useChanged);
+    connect(this, &RosterWatch::foundChanged, this, &RosterWatch::useChanged);
     lookAgain();
 }
 

@@ -39,6 +39,8 @@ public:
 
 Q_SIGNALS:
     void foundChanged();
+    /// Something has changed that isUsed() depends on.
+    void useChanged();
 
 private:
     using Answer = std::shared_ptr<QPromise<void>>;

@@ -45,6 +45,17 @@ TEST_F(JsonDefaultsStoreFaultTest, ADamagedFileIsSetAsideAndTheStoreGoesOn) {
     }
 }
 
+TEST_F(JsonDefaultsStoreFaultTest, AFileThatAnEditorIsJustWritingIsNotSetAside) {
+    writeFile(R"({"sport": {"text": "soccer"}})");
+    JsonDefaultsStore store(path, log);
+    EXPECT_EQ(store.value(u"sport"_s), u"soccer"_s);
+    writeFile(R"({"sport": )");
+    EXPECT_EQ(store.value(u"sport"_s), u"soccer"_s);
+    writeFile(R"({"sport": {"text": "football"}})");
+    EXPECT_EQ(store.value(u"sport"_s), u"football"_s);
+    EXPECT_EQ(files(u"*.broken-*"_s), QStringList());
+}
+
 TEST_F(JsonDefaultsStoreFaultTest, AnEntryThatIsNotUnderstoodIsNoValueAndStays) {
     const QList<QByteArray> entries = {
         R"("soccer")",
@@ -87,8 +98,8 @@ TEST_F(JsonDefaultsStoreFaultTest, AFileThatCannotBeReadIsLeftAloneAndSaidOnce) 
         EXPECT_FALSE(await(store.saved(u"sport"_s)));
         EXPECT_EQ(log.lines,
                   QStringList(u"[DefaultsStore] Could not read %1: %2. Settings are kept in memory "
-                              "until the program ends."_s.arg(path, reason)));
-        EXPECT_EQ(files(), QStringList(u"settings.json"_s));
+                              "until it can be."_s.arg(path, reason)));
+        EXPECT_EQ(files(u"*.broken-*"_s), QStringList());
     };
     const QByteArray secret = R"({"sport": {"text": "soccer"}})";
     writeFile(secret);
@@ -96,6 +107,15 @@ TEST_F(JsonDefaultsStoreFaultTest, AFileThatCannotBeReadIsLeftAloneAndSaidOnce) 
     useAndExpect(u"Permission denied"_s);
     setMode(path, 0600);
     EXPECT_EQ(contentsOf(path), secret);
+    {
+        JsonDefaultsStore store(path, log);
+        setMode(path, 0);
+        store.set(u"autoMode"_s, true);
+        EXPECT_FALSE(await(store.saved(u"autoMode"_s)));
+        setMode(path, 0600); // it was a passing trouble
+        store.saveAgain();
+        EXPECT_TRUE(await(store.saved(u"autoMode"_s)));
+    }
 
     QFile::remove(path);
     QDir().mkpath(path); // a folder in the file's place

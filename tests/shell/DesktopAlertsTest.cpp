@@ -41,6 +41,8 @@ TEST(DesktopAlerts, EscapeNeverDoesWhatWasOnlyAskedAbout) {
         {{u"Clear"_s, u"Cancel"_s}, std::nullopt, 1},
         {{u"Clear"_s, u"Cancel"_s}, 0, 0},
         {{u"OK"_s}, std::nullopt, 0},
+        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, std::nullopt, -1},
+        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, 1, 1},
     };
     DesktopAlerts alerts;
     for (const auto& row : rows) {

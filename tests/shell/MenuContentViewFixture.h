@@ -54,6 +54,16 @@ protected:
         return file.fileName();
     }
 
+    /// Uses another window and then the panel again.
+    void comeBack() {
+        QWidget another;
+        another.show();
+        another.activateWindow();
+        waitUntil([&another] { return another.isActiveWindow(); });
+        panel.activateWindow();
+        waitUntil([this] { return panel.isActiveWindow(); });
+    }
+
     /// Whether the panel takes the files, which are dropped then.
     bool drop(const QStringList& paths, Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction) {
         QMimeData data;

@@ -101,7 +101,7 @@ TEST_F(MenuContentViewTest, TheProgressTellsWhatGoesOn) {
     EXPECT_FALSE(isShown(u"progress"_s));
     status.setIsProcessing(true);
     status.setTotalFiles(1);
-    EXPECT_EQ(progress(), (QStringList{u"1 images||"_s, u"Processing...||"_s}));
+    EXPECT_EQ(progress(), (QStringList{u"1 images||"_s, u"Processing...||"_s, u"||0"_s}));
     status.setTotalFiles(21);
     status.setTotalBatchCount(3);
     status.setCurrentBatchNumber(3);
@@ -140,16 +140,11 @@ TEST_F(MenuContentViewTest, WhatARunCameToStaysInSightUntilTheNext) {
 }
 
 TEST_F(MenuContentViewTest, SettingsThatCannotBeSavedAreToldWhileItIsSo) {
-    const auto comeBack = [this] {
-        QWidget another;
-        another.show();
-        another.activateWindow();
-        waitUntil([&another] { return another.isActiveWindow(); });
-        panel.activateWindow();
-        waitUntil([this] { return panel.isActiveWindow(); });
-    };
-    EXPECT_FALSE(isShown(u"savingNotice"_s));
     world.defaults.isDiskFull = true;
+    world.settings.setTeam1Name(u"Herons"_s);
+    EXPECT_FALSE(isShown(u"savingNotice"_s));
+    world.clock.advance(std::chrono::seconds(5));
+    EXPECT_TRUE(isShown(u"savingNotice"_s));
     comeBack();
     EXPECT_TRUE(isShown(u"savingNotice"_s));
     world.defaults.isDiskFull = false;
@@ -157,15 +152,18 @@ TEST_F(MenuContentViewTest, SettingsThatCannotBeSavedAreToldWhileItIsSo) {
     EXPECT_FALSE(isShown(u"savingNotice"_s));
 }
 
+TEST_F(MenuContentViewTest, AKeyThatWasStoredInATerminalIsSeenWhenThePanelIsUsedAgain) {
+    EXPECT_TRUE(isShown(u"keyNotice"_s));
+    world.defaults.set(u"OPENAI_API_KEY"_s, u"sk-other"_s);
+    comeBack();
+    EXPECT_FALSE(isShown(u"keyNotice"_s));
+}
+
 TEST_F(MenuContentViewTest, ARosterThatIsPutIntoTheWatchFolderIsSaidToBeUsed) {
     configure(true, true, false);
     EXPECT_FALSE(panel.findChild<QWidget*>(u"codeReplacementsNote"_s));
     touch(u"code-replacements.txt"_s);
-    QWidget another;
-    another.show();
-    another.activateWindow();
-    waitUntil([&another] { return another.isActiveWindow(); });
-    panel.activateWindow();
+    comeBack();
     waitUntil([this] { return panel.findChild<QWidget*>(u"codeReplacementsNote"_s) != nullptr; });
     EXPECT_TRUE(isShown(u"codeReplacementsNote"_s));
     configure(true, true, true);

@@ -47,7 +47,7 @@ TEST_F(PanelProgressTest, WhileNothingGoesOnThereIsNothingToSee) {
 TEST_F(PanelProgressTest, ALocalRunTellsItsBatches) {
     status.setIsProcessing(true);
     status.setTotalFiles(1);
-    EXPECT_EQ(local(), (QStringList{u"1 images||"_s, u"Processing...||"_s}));
+    EXPECT_EQ(local(), (QStringList{u"1 images||"_s, u"Processing...||"_s, u"||0%"_s}));
     status.setLastMessage(u"Preparing"_s);
     EXPECT_EQ(local().at(1), u"Preparing||");
     status.setCurrentFileName(u"a.jpg"_s);

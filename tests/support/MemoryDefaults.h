@@ -11,14 +11,24 @@ namespace ostrelle {
 class MemoryDefaults : public DefaultsStore {
 public:
     QVariant value(const QString& key) const override { return values.value(key); }
-    void set(const QString& key, const QVariant& value) override { values.insert(key, value); }
-    void remove(const QString& key) override { values.remove(key); }
+    void set(const QString& key, const QVariant& value) override {
+        values.insert(key, value);
+        m_isAllSaved = !isDiskFull;
+    }
+    void remove(const QString& key) override {
+        values.remove(key);
+        m_isAllSaved = !isDiskFull;
+    }
     QCoro::Task<bool> saved(QString) const override { co_return !isDiskFull; }
 
-    bool isAllSaved() const override { return !isDiskFull; }
+    bool isAllSaved() const override { return m_isAllSaved; }
+    void saveAgain() override { m_isAllSaved = !isDiskFull; }
 
     QMap<QString, QVariant> values;
     bool isDiskFull = false; ///< what is set lasts until the program ends
+
+private:
+    bool m_isAllSaved = true;
 };
 
 } // namespace ostrelle

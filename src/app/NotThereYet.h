@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/TaskGroup.h"
+#include "platform/Alerts.h"
+#include "platform/AppEvents.h"
+#include "platform/PlainLog.h"
+#include "state/SettingsStore.h"
+#include "transfer/RemoteSource.h"
+
+#include <QObject>
+
+namespace ostrelle {
+
+/// The remote source of a program that cannot download yet.
+class AbsentRemoteSource : public QObject, public RemoteSource {
+    Q_OBJECT
+
+public:
+    void start() override { Q_EMIT wanted(); }
+    void stop() override {}
+
+Q_SIGNALS:
+    void wanted();
+};
+
+/// Tells the user plainly of what the window has controls for and this version cannot do: downloading from an
+/// FTP server, which leaves auto mode off, and starting with Photo Mechanic.
+class NotThereYet : public QObject {
+    Q_OBJECT
+
+public:
+    /// All arguments have to outlive it.
+    NotThereYet(const AbsentRemoteSource& remote, const AppEvents& events, SettingsStore& settings,
+                Alerts& alerts, PlainLog& console);
+
+    /// Resumes when no news is open.
+    QCoro::Task<> finished() const { return m_news.finished(); }
+
+private:
+    void tellOfDownloads();
+    void tellOfPhotoMechanic();
+    void tell(const QString& text);
+
+    SettingsStore& m_settings;
+    Alerts& m_alerts;
+    TaskGroup m_news;
+};
+
+} // namespace ostrelle
