@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/DesktopAlerts.h"
 
+#include "shell/ActionButton.h"
 #include "shell/Icon.h"
 #include "shell/OwnerWindow.h"
 #include "shell/Theme.h"
@@ -58,23 +59,25 @@ qsizetype escapeIndex(const QStringList& words) {
 }
 
 /// One button is the main one: the first that does something and can be undone.
-void dress(const QList<QPushButton*>& buttons, const Alert& alert) {
-    for (qsizetype index = 0; index < buttons.size(); ++index) {
-        if (index == alert.destroyingButton) {
-            buttons[index]->setProperty("kind", u"destroying"_s);
-        } else if (alert.buttons[index] != u"Cancel") {
-            buttons[index]->setProperty("kind", u"main"_s);
-            return;
-        }
+QList<ActionKind> kindsOf(const Alert& alert) {
+    QList<ActionKind> kinds;
+    for (qsizetype index = 0; index < alert.buttons.size(); ++index) {
+        const bool isMain = alert.buttons[index] != u"Cancel" && !kinds.contains(ActionKind::main);
+        kinds.append(index == alert.destroyingButton ? ActionKind::destroying
+                     : isMain                        ? ActionKind::main
+                                                     : ActionKind::normal);
     }
+    return kinds;
 }
 
 QList<QPushButton*> addButtons(QMessageBox& box, const Alert& alert) {
     QList<QPushButton*> buttons;
-    for (const QString& text : alert.buttons) {
-        buttons.append(box.addButton(text, QMessageBox::ActionRole));
+    const QList<ActionKind> kinds = kindsOf(alert);
+    for (qsizetype index = 0; index < alert.buttons.size(); ++index) {
+        auto* button = new ActionButton(alert.buttons[index], kinds[index]);
+        box.addButton(button, QMessageBox::ActionRole);
+        buttons.append(button);
     }
-    dress(buttons, alert);
     const qsizetype escape = escapeIndex(alert.buttons);
     if (escape >= 0) {
         box.setEscapeButton(buttons[escape]);

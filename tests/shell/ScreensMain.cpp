@@ -78,16 +78,17 @@ struct GameWorld : ProgramWorld {
     }
 };
 
-/// 24 images, of which 16 are done: in one go, or in batches of ten.
+/// 24 images, of which 16 are done, in batches of ten; or 8 in one batch.
 void setRun(StatusStore& status, qint64 batches) {
+    const bool isLong = batches != 1;
     status.setIsProcessing(true);
-    status.setTotalFiles(24);
+    status.setTotalFiles(isLong ? 24 : 8);
     status.setTotalBatchCount(batches);
-    status.setCurrentBatchNumber(batches > 1 ? 2 : batches);
-    status.setCurrentBatchSize(batches > 1 ? 10 : 24);
-    status.setCurrentBatchStartIndex(batches > 1 ? 10 : 0);
-    status.setProcessed(16);
-    status.setCurrentFileIndex(16);
+    status.setCurrentBatchNumber(isLong ? 2 : 1);
+    status.setCurrentBatchSize(isLong ? 10 : 8);
+    status.setCurrentBatchStartIndex(isLong ? 10 : 0);
+    status.setProcessed(isLong ? 16 : 5);
+    status.setCurrentFileIndex(isLong ? 16 : 5);
     status.setCurrentFileName(u"2N6A4471.CR3"_s);
 }
 
@@ -174,7 +175,7 @@ void writeSettings(Screens& screens) {
     world.settings.setFtpPassword(u"12345678"_s);
     world.settings.setFtpConnectionStatus(u"success"_s);
     screens.write(window, u"settings-ftp-success"_s);
-    world.settings.setFtpConnectionStatus(u"Please fill in all required fields"_s);
+    world.settings.setFtpConnectionStatus(u"Connection failed"_s);
     screens.write(window, u"settings-ftp-failure"_s);
 
     tabs->setCurrentIndex(2);
