@@ -43,6 +43,8 @@ TEST(ImageFailureTest, TypeAndWordsTellWhatItMeans) {
         {"the model's rate limit", classify(OpenAIError::http(429, u"slow down"_s)), Kind::rateLimit, true},
         {"a rate limit in words", classify(Error(u"Rate limit reached."_s)), Kind::rateLimit, true},
         {"another answer of the model", classify(OpenAIError::http(500, u"oops"_s)), Kind::ordinary, false},
+        {"a key that may not", classify(OpenAIError::http(403, u"You have insufficient permissions"_s)),
+         Kind::ordinary, false},
         {"no key for the model", classify(OpenAIError::missingAPIKey()), Kind::missingKey, false},
         {"no key at all", classify(AnalyzerError(AnalyzerError::missingKey, u"?"_s)), Kind::missingKey,
          false},
@@ -73,9 +75,10 @@ TEST(SelectionTallyTest, TheClosingMessageNamesBothCounts) {
         int failed;
         const char16_t* message;
     } rows[] = {
-        {1, 0, u"Successfully captioned 1 image"}, {25, 0, u"Successfully captioned 25 images"},
-        {0, 1, u"Failed to caption 1 image"},      {0, 3, u"Failed to caption 3 images"},
-        {1, 2, u"Captioned 1 image, failed 2"},    {2, 1, u"Captioned 2 images, failed 1"},
+        {1, 0, u"Successfully captioned 1 image"},   {25, 0, u"Successfully captioned 25 images"},
+        {0, 1, u"Failed to caption 1 image"},        {0, 3, u"Failed to caption 3 images"},
+        {1, 2, u"Captioned 1 image, failed 2"},      {2, 1, u"Captioned 2 images, failed 1"},
+        {0, 0, u"All images have captions already"},
     };
     for (const auto& row : rows) {
         SelectionTally tally;
