@@ -264,6 +264,7 @@ TEST_F(ThemeTest, WithoutAPreferenceThePlatformsOwnPaletteCounts) {
 TEST_F(ThemeTest, APlatformThatChangesIsFollowed) {
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); // the user's own may have a preference
     DesktopColorScheme none;
+    waitUntil([&none] { return none.isSettled(); });
     QWidget window;
     DesktopAppearance appearance(*qApp, none);
     apply(ThemeChoice::dark); // as if the platform had been dark
