@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Files.h"
 
+#include "platform/Descriptor.h"
 #include "platform/FileError.h"
-#include "platform/FileStamp.h"
+#include "platform/SettledReading.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,6 +19,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -26,27 +28,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor() {
-        if (m_number >= 0) {
-            ::close(m_number);
-        }
-    }
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-
-    int number() const { return m_number; }
-    bool isOpen() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
 
 /// A file beside the one it is to become, nameless where the file system knows that, so that a killed process
 /// leaves nothing behind; otherwise hidden, and removed unless it has taken its place.
@@ -227,36 +208,6 @@ std::filesystem::path linkTarget(const std::filesystem::path& path) {
     return error ? path : target;
 }
 
-struct StampedFile {
-    QByteArray bytes;
-    FileStamp stamp; ///< from before the bytes were read, so that a change during the reading shows too
-};
-
-StampedFile readStampedFile(const QString& path, qint64 limit) {
-    const Descriptor file(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status{};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
-        throw FileError(u"read"_s, path, errno);
-    }
-    if (S_ISDIR(status.st_mode)) {
-        throw FileError(u"read"_s, path, EISDIR);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        throw FileError(u"read"_s, path, EINVAL);
-    }
-    if (status.st_size > limit) {
-        throw FileError(u"read"_s, path, EFBIG);
-    }
-    std::optional<QByteArray> bytes = readAll(file.number(), status.st_size, limit);
-    if (!bytes) {
-        throw FileError(u"read"_s, path, errno);
-    }
-    if (bytes->size() > limit) {
-        throw FileError(u"read"_s, path, EFBIG);
-    }
-    return {std::move(*bytes), FileStamp(status)};
-}
-
 enum class Replacement { done, outdated };
 
 /// As replaceFile(). With a stamp, only the file that has it is replaced, which is looked at when nothing but
@@ -291,6 +242,31 @@ Replacement replace(const QString& path, const QByteArray& bytes, mode_t newFile
 
 } // namespace
 
+StampedBytes readStampedFile(const QString& path, qint64 limit) {
+    const Descriptor file(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status{};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
+        throw FileError(u"read"_s, path, errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        throw FileError(u"read"_s, path, EISDIR);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw FileError(u"read"_s, path, EINVAL);
+    }
+    if (status.st_size > limit) {
+        throw FileError(u"read"_s, path, EFBIG);
+    }
+    std::optional<QByteArray> bytes = readAll(file.number(), status.st_size, limit);
+    if (!bytes) {
+        throw FileError(u"read"_s, path, errno);
+    }
+    if (bytes->size() > limit) {
+        throw FileError(u"read"_s, path, EFBIG);
+    }
+    return {std::move(*bytes), FileStamp(status)};
+}
+
 QByteArray readFile(const QString& path, qint64 limit) {
     return readStampedFile(path, limit).bytes;
 }
@@ -299,15 +275,35 @@ void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMod
     replace(path, bytes, newFileMode, std::nullopt);
 }
 
-void editFile(const QString& path, qint64 limit, const FileEdit& edit) {
-    constexpr int attempts = 3;
-    for (int attempt = 0; attempt < attempts; ++attempt) {
-        const StampedFile file = readStampedFile(path, limit);
-        if (replace(path, edit(file.bytes), S_IRUSR | S_IWUSR, file.stamp) == Replacement::done) {
+void pauseThread(std::chrono::milliseconds span) {
+    std::this_thread::sleep_for(span);
+}
+
+void editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause) {
+    editFile(path, limit, StampedFileEdit([&edit](const StampedBytes& file) { return edit(file.bytes); }),
+             pause);
+}
+
+void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause) {
+    ReadAttempts attempts(path, pause);
+    for (;;) {
+        const StampedBytes file = readStampedFile(path, limit);
+        QByteArray edited;
+        try {
+            edited = edit(file);
+        } catch (...) {
+            if (!attempts.againAfterFailure(file.stamp)) {
+                throw;
+            }
+            continue;
+        }
+        if (replace(path, edited, S_IRUSR | S_IWUSR, file.stamp) == Replacement::done) {
             return;
         }
+        if (!attempts.again()) {
+            throw FileError(u"keep up with another program's changes to"_s, path, EBUSY);
+        }
     }
-    throw FileError(u"keep up with another program's changes to"_s, path, EBUSY);
 }
 
 bool createFile(const QString& path, const QByteArray& bytes) {

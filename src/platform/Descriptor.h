@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace ostrelle {
+
+/// A file descriptor that is closed with its owner, or none. Leaves errno as it is.
+class Descriptor {
+public:
+    Descriptor() = default;
+    /// Takes what open() and its like return, a failure's -1 included.
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor();
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+
+    int number() const { return m_number; }
+    bool isOpen() const { return m_number >= 0; }
+
+private:
+    int m_number = -1;
+};
+
+inline Descriptor::~Descriptor() {
+    if (m_number >= 0) {
+        const int before = errno;
+        ::close(m_number);
+        errno = before;
+    }
+}
+
+} // namespace ostrelle
