@@ -144,7 +144,7 @@ Measured scanOnce(const QString& folder, const QString& manifestPath) {
     FolderThreads threads;
     KeychainHelper keychain(secrets, log);
     SettingsStore settings(defaults, keychain, references, log);
-    ProcessedFilesManifest manifest(manifestPath, clock, log, events);
+    ProcessedFilesManifest manifest(manifestPath, threads, clock, log, events);
     ProcessingTracker tracker(clock);
     CaptionTurns turns;
     LocalFolderScan scan({.settings = settings,

@@ -7,7 +7,7 @@
 //   bench_unattended memory FOLDER            captions it and reports the process's peak memory
 #include "cli/CommandProgram.h"
 #include "core/Error.h"
-#include "pipeline/ImageKind.h"
+#include "metadata/ImageKind.h"
 #include "pipeline/ImageListing.h"
 #include "platform/ApiKey.h"
 #include "platform/Files.h"

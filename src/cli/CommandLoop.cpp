@@ -28,6 +28,7 @@ int runCommandLoop(CommandProgram& program, std::function<QCoro::Task<int>()> co
         program.errors.print(u"ostrelle-caption: "_s + missing);
         return ExitStatus::usageOrConfiguration;
     }
+    program.warnOfRoster();
     // From inside the event loop, so that a command that needs no waiting can end it.
     QMetaObject::invokeMethod(
         &program.captions.analyzer, [&program, command] { runToTheEnd(program, command); },

@@ -55,7 +55,29 @@ QCoro::Task<bool> CommandProgram::finish() {
     if (!isTold) {
         errors.print(u"ostrelle-caption: Not all results could be written to standard output."_s);
     }
-    co_return isTold;
+    const QString failure = captions.manifest.savingFailure();
+    if (!failure.isEmpty()) {
+        errors.print(u"ostrelle-caption: Which images have been captioned could not be saved, so they may be "
+                     "captioned again. "_s +
+                     failure);
+    }
+    co_return isTold&& failure.isEmpty();
+}
+
+void CommandProgram::warnOfRoster() {
+    const auto roster = resolveCodeReplacementsFile(captions.settings.codeReplacementsFile(),
+                                                    captions.settings.ingestFolder());
+    const QString problem = roster ? rosterProblem(roster->path) : QString();
+    if (!problem.isEmpty()) {
+        warn(u"The names of the roster %1 will not be used. %2"_s.arg(roster->path, problem));
+    }
+}
+
+void CommandProgram::warn(const QString& warning) {
+    if (!m_warnings.contains(warning)) {
+        m_warnings.insert(warning);
+        errors.print(u"ostrelle-caption: Warning: "_s + warning);
+    }
 }
 
 /// Before the settings are read, the options take the place of what is stored. What the settings store
@@ -80,18 +102,13 @@ DefaultsStore& CommandProgram::withRunOnlyValues() {
     return m_runOnly;
 }
 
-/// The folder takes the place of the user's ingest folder; watching it wants a roster that is set, so one
-/// that lies in it is.
+/// The folder takes the place of the user's ingest folder.
 void CommandProgram::takeIngestFolder(const QString& folder) {
     const PathReferences references;
     const bool isWatching = options.command == Options::Command::watchFolder;
     m_runOnly.set(u"ingestFolder"_s, references.make(folder));
     m_runOnly.set(u"sourceType"_s, rawValue(SourceType::local));
     m_runOnly.set(u"autoMode"_s, isWatching);
-    const std::optional<QString> roster = findCodeReplacementsFile(folder);
-    if (isWatching && roster && defaults.value(u"codeReplacementsFile"_s).isNull()) {
-        m_runOnly.set(u"codeReplacementsFile"_s, references.make(*roster));
-    }
 }
 
 } // namespace ostrelle

@@ -11,6 +11,7 @@
 #include "program/CaptionProgram.h"
 
 #include <QCoroTask>
+#include <QSet>
 #include <QString>
 
 namespace ostrelle {
@@ -31,7 +32,11 @@ public:
 
     /// What is missing before anything can be captioned; empty when nothing is.
     QString missingConfiguration() const;
-    /// Finishes what is under way and says whether all results could be told.
+    /// Says on standard error when the names of the roster will not be used.
+    void warnOfRoster();
+    /// Says it on standard error, once.
+    void warn(const QString& warning);
+    /// Finishes what is under way and says whether all results could be told and saved.
     QCoro::Task<bool> finish();
 
     const Options options;
@@ -50,6 +55,7 @@ private:
     TerminalAlerts m_alerts{errors};
     AppEvents m_events;
     NoRemoteSource m_remote;
+    QSet<QString> m_warnings; ///< said so far
 
 public:
     CaptionProgram captions;

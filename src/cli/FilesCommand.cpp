@@ -6,6 +6,7 @@
 #include "cli/ProgressBar.h"
 #include "cli/ReportPrinter.h"
 #include "core/Attempt.h"
+#include "pipeline/FolderWork.h"
 
 #include <QFileInfo>
 
@@ -14,6 +15,15 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Empty for a file.
+QString whyNoImage(const QString& path) {
+    const QFileInfo file(path);
+    if (file.isDir()) {
+        return u"It is a folder, not an image. Caption its images with: --folder"_s;
+    }
+    return file.isFile() ? QString() : u"There is no such file."_s;
+}
 
 /// The files of a command line, one after the other.
 class FilesRun : public QObject {
@@ -37,13 +47,12 @@ public:
 
 private:
     QCoro::Task<> take(QString path) {
-        const QFileInfo file(path);
-        if (!file.isFile()) {
+        auto look = [path] { return whyNoImage(path); };
+        const QString obstacle = co_await onThreadOf(m_program.captions.threads, path, look);
+        if (!obstacle.isEmpty()) {
             ImageReport report;
             report.file = path;
-            report.reason = file.isDir()
-                                ? u"It is a folder, not an image. Caption its images with: --folder"_s
-                                : u"There is no such file."_s;
+            report.reason = obstacle;
             tell(report);
         } else if (m_program.options.command == Options::Command::showPrompt) {
             co_await showPrompt(path);

@@ -33,6 +33,9 @@ public:
 private:
     void tell(const ImageReport& report) {
         m_bar.clear();
+        for (const QString& warning : report.warnings) {
+            m_program.warn(warning);
+        }
         m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
     }
 

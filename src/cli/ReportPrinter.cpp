@@ -2,6 +2,7 @@
 #include "cli/ReportPrinter.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -48,6 +49,9 @@ QString reportText(const ImageReport& report) {
     if (!report.reason.isEmpty()) {
         text += detail(u"why"_s, report.reason);
     }
+    for (const QString& warning : report.warnings) {
+        text += detail(u"warning"_s, warning);
+    }
     if (report.captionAfter) {
         text += detail(u"before"_s, report.captionBefore && !report.captionBefore->isEmpty()
                                         ? *report.captionBefore
@@ -74,6 +78,7 @@ QString reportJson(const ImageReport& report) {
     const QJsonObject line{
         {u"file"_s, report.file},
         {u"result"_s, outcomeWord(report.outcome)},
+        {u"warnings"_s, QJsonArray::fromStringList(report.warnings)},
         {u"reason"_s, report.reason.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(report.reason)},
         {u"before"_s, textOrNull(report.captionBefore)},
         {u"after"_s, textOrNull(report.captionAfter)},

@@ -42,6 +42,9 @@ Q_SIGNALS:
 
 private:
     void tell(const ImageReport& report) {
+        for (const QString& warning : report.warnings) {
+            m_program.warn(warning);
+        }
         m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
     }
 

@@ -12,6 +12,21 @@
 
 namespace ostrelle {
 
+/// The exception as this type; nothing when it is another one, or null.
+template <typename E>
+std::optional<E> failureAs(const std::exception_ptr& failure) {
+    if (!failure) {
+        return std::nullopt;
+    }
+    try {
+        std::rethrow_exception(failure);
+    } catch (const E& error) {
+        return error;
+    } catch (...) {
+        return std::nullopt;
+    }
+}
+
 /// The value of an operation, or the exception that it ended with: for callers that log a failure, or take
 /// another way, before they await something else.
 template <typename T>
@@ -22,7 +37,7 @@ public:
         attempt.m_value.emplace(std::move(value));
         return attempt;
     }
-    static Attempt failure(std::exception_ptr error) {
+    static Attempt failed(std::exception_ptr error) {
         Attempt attempt;
         attempt.m_error = std::move(error);
         return attempt;
@@ -44,16 +59,12 @@ public:
             return QStringLiteral("Unknown failure.");
         }
     }
-    /// The failure as this type, or null.
+    /// Null for a success.
+    const std::exception_ptr& failure() const { return m_error; }
+    /// The failure as this type, or nothing.
     template <typename E>
     std::optional<E> failureAs() const {
-        try {
-            rethrow();
-        } catch (const E& error) {
-            return error;
-        } catch (...) {
-            return std::nullopt;
-        }
+        return ostrelle::failureAs<E>(m_error);
     }
 
 private:
@@ -67,7 +78,7 @@ inline QCoro::Task<Attempt<std::monostate>> attempt(QCoro::Task<> task) {
         co_await std::move(task);
         co_return Attempt<std::monostate>::success({});
     } catch (...) {
-        co_return Attempt<std::monostate>::failure(std::current_exception());
+        co_return Attempt<std::monostate>::failed(std::current_exception());
     }
 }
 
@@ -76,7 +87,7 @@ QCoro::Task<Attempt<T>> attempt(QCoro::Task<T> task) {
     try {
         co_return Attempt<T>::success(co_await std::move(task));
     } catch (...) {
-        co_return Attempt<T>::failure(std::current_exception());
+        co_return Attempt<T>::failed(std::current_exception());
     }
 }
 

@@ -4,13 +4,19 @@
 #include "metadata/EditRefusal.h"
 #include "metadata/EmbeddedCaptionEdit.h"
 #include "metadata/EmbeddedMetadata.h"
+#include "metadata/EmbeddedReading.h"
 #include "metadata/ExtractError.h"
 #include "metadata/JpegDecoder.h"
+#include "metadata/JpegFront.h"
 #include "metadata/XMPError.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
+#include "platform/WriteCheck.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <algorithm>
+#include <cerrno>
 
 namespace ostrelle {
 
@@ -20,12 +26,27 @@ namespace {
 
 constexpr qint64 maximumFileSize = qint64{512} << 20;
 
-/// One caption write into one file, with its words for the log.
+/// What the edits look at of a file: its segments, and the end of what follows the picture.
+QByteArray frontAndTrailer(const QString& path) {
+    constexpr qint64 trailerSize = 64;
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        throw XMPError(XMPError::Case::fileMissing);
+    }
+    if (file.size() > maximumFileSize) {
+        throw FileError(u"read"_s, path, EFBIG);
+    }
+    QByteArray bytes = readJpegFront(file);
+    file.seek(std::max(file.size() - trailerSize, qint64{bytes.size()}));
+    return bytes + file.read(trailerSize);
+}
+
+/// One caption write into one file, or the trial of one, with its words for the log.
 class EmbeddedCaptionWrite {
 public:
     EmbeddedCaptionWrite(const QString& path, const QString& caption, PlainLog& log,
-                         const std::optional<FileStamp>& decoded)
-        : m_path(path), m_caption(caption), m_log(log), m_decoded(decoded) {}
+                         const std::optional<CaptionSource>& source)
+        : m_path(path), m_caption(caption), m_log(log), m_source(source) {}
 
     void run() {
         try {
@@ -44,6 +65,16 @@ public:
         }
     }
 
+    void tryOut() {
+        try {
+            requireReplaceable(m_path);
+            withCaption(frontAndTrailer(m_path));
+        } catch (const FileError& error) {
+            explain(error);
+            throw XMPError(XMPError::Case::writeFailed);
+        }
+    }
+
 private:
     void say(const QString& words) { m_log.print(u"[XMPWriter] "_s + words); }
     QString fileName() const { return QFileInfo(m_path).fileName(); }
@@ -56,28 +87,30 @@ private:
 
     /// Called again for what another program has put in the file's place meanwhile.
     QByteArray edited(const QByteArray& original) {
+        const EmbeddedMetadata metadata = parseEmbeddedMetadata(original).value_or(EmbeddedMetadata());
         if (m_attempts++ == 0) {
-            tellWhatStays(original);
+            tellWhatStays(metadata);
         } else {
             say(u"The file was changed by another program, reading it again: "_s + fileName());
         }
-        checkPicture();
+        if (m_source) {
+            requireSameFacts(embeddedReading(metadata, m_source->zone).facts, m_source->facts);
+            requireSamePicture(m_path, m_source->picture); // which has been decoded whole for its rendition
+        } else {
+            checkPicture();
+        }
         m_hasManifest = hasSignedManifest(original);
         return withCaption(original);
     }
 
-    void tellWhatStays(const QByteArray& original) {
-        const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(original);
-        if (metadata && !metadata->iptc.isEmpty()) {
-            say(u"Preserving IPTC fields: "_s + metadata->iptc.keys().join(u", "_s));
+    void tellWhatStays(const EmbeddedMetadata& metadata) {
+        if (!metadata.iptc.isEmpty()) {
+            say(u"Preserving IPTC fields: "_s + metadata.iptc.keys().join(u", "_s));
         }
     }
 
     /// A file whose picture is damaged is left alone: it may still be arriving.
     void checkPicture() {
-        if (m_decoded && m_decoded == FileStamp::at(m_path)) {
-            return; // the picture has just been decoded whole, for its rendition
-        }
         constexpr int side = 64; // the smallest decoding that still goes over all of the data
         try {
             decodeJpeg(m_path, side);
@@ -110,7 +143,7 @@ private:
     QString m_path;
     QString m_caption;
     PlainLog& m_log;
-    std::optional<FileStamp> m_decoded;
+    std::optional<CaptionSource> m_source;
     int m_attempts = 0;
     bool m_hasManifest = false;
 };
@@ -118,8 +151,13 @@ private:
 } // namespace
 
 void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
-                          const std::optional<FileStamp>& decoded) {
-    EmbeddedCaptionWrite(path, caption, log, decoded).run();
+                          const std::optional<CaptionSource>& source) {
+    EmbeddedCaptionWrite(path, caption, log, source).run();
+}
+
+void requireEditableJpeg(const QString& path, PlainLog& log) {
+    const QString longCaption(400, QChar(0x00E9)); // which no metadata hold as ASCII
+    EmbeddedCaptionWrite(path, longCaption, log, std::nullopt).tryOut();
 }
 
 } // namespace ostrelle

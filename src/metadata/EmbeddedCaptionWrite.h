@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/FileStamp.h"
+#include "metadata/CaptionSource.h"
 #include "platform/PlainLog.h"
 
 #include <QString>
@@ -10,10 +10,14 @@
 namespace ostrelle {
 
 /// Writes the caption into the JPEG file's own metadata; on any failure the old file is intact. The picture
-/// is decoded first, unless `decoded` says that this very file has been, and the file is read again when
-/// another program replaces it meanwhile. Tells the log what goes wrong. Throws XMPError: fileMissing,
-/// parseFailed or writeFailed.
+/// is decoded first, unless it is still the source's, and the file is read again when another program
+/// replaces it meanwhile. Tells the log what goes wrong. Throws XMPError: fileMissing, parseFailed or
+/// writeFailed; with a source, OvertakenError where the file is no longer that.
 void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
-                          const std::optional<FileStamp>& decoded = {});
+                          const std::optional<CaptionSource>& source = {});
+
+/// Finds out whether a caption could be written into the file, from its metadata and rights, and changes
+/// nothing. Throws XMPError as writeCaptionIntoJpeg() would, and tells the log why.
+void requireEditableJpeg(const QString& path, PlainLog& log);
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #include "metadata/EmbeddedMetadata.h"
 
 #include "metadata/IptcRecords.h"
+#include "metadata/JpegFront.h"
 #include "metadata/JpegSegments.h"
 #include "metadata/MetadataText.h"
 #include "metadata/PhotoshopResources.h"
@@ -178,20 +179,6 @@ void addExif(QByteArrayView content, EmbeddedMetadata& metadata) {
     }
 }
 
-/// The bytes in front of the picture. Far more than any program writes is not read.
-QByteArray readFront(QFile& file) {
-    constexpr qint64 most = qint64{128} << 20;
-    QByteArray bytes;
-    for (qint64 wanted = qint64{128} << 10; wanted <= most; wanted *= 4) {
-        bytes += file.read(wanted - bytes.size());
-        const std::optional<JpegSegments> found = JpegSegments::walk(bytes);
-        if (!found || !found->isCut || bytes.size() < wanted) {
-            break;
-        }
-    }
-    return bytes;
-}
-
 } // namespace
 
 std::optional<QString> EmbeddedMetadata::iptcText(const QString& name) const {
@@ -230,7 +217,7 @@ std::optional<EmbeddedMetadata> readEmbeddedMetadata(const QString& path) {
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         throw XMPError(XMPError::Case::fileMissing);
     }
-    return parseEmbeddedMetadata(readFront(file));
+    return parseEmbeddedMetadata(readJpegFront(file));
 }
 
 } // namespace ostrelle

@@ -4,6 +4,7 @@
 #include "core/Text.h"
 #include "metadata/MetadataDates.h"
 #include "metadata/XmpQueries.h"
+#include "platform/KeptLines.h"
 
 #include <array>
 
@@ -184,6 +185,19 @@ std::optional<QString> embeddedRights(const EmbeddedMetadata& metadata) {
 std::optional<QString> embeddedCreator(const EmbeddedMetadata& metadata) {
     return firstOf({metadata.iptcText(u"Byline"_s), metadata.contactName,
                     metadata.tiff ? metadata.tiff->artist : std::nullopt});
+}
+
+MetadataReading embeddedReading(const EmbeddedMetadata& metadata, const QTimeZone& zone) {
+    KeptLines captionLines;
+    KeptLines contextLines;
+    MetadataReading reading;
+    reading.facts = {.caption = embeddedCaption(metadata, captionLines),
+                     .context = embeddedContext(metadata, zone, contextLines),
+                     .rights = embeddedRights(metadata),
+                     .creator = embeddedCreator(metadata)};
+    reading.captionLines = captionLines.lines();
+    reading.contextLines = contextLines.lines();
+    return reading;
 }
 
 } // namespace ostrelle

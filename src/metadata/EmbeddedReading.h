@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/EmbeddedMetadata.h"
+#include "metadata/ImageFacts.h"
 #include "metadata/XMPContext.h"
 #include "platform/PlainLog.h"
 
@@ -20,5 +21,8 @@ XMPContext embeddedContext(const EmbeddedMetadata& metadata, const QTimeZone& zo
 
 std::optional<QString> embeddedRights(const EmbeddedMetadata& metadata);
 std::optional<QString> embeddedCreator(const EmbeddedMetadata& metadata);
+
+/// All of these, with their log lines.
+MetadataReading embeddedReading(const EmbeddedMetadata& metadata, const QTimeZone& zone);
 
 } // namespace ostrelle

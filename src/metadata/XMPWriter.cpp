@@ -3,19 +3,15 @@
 
 #include "metadata/EmbeddedCaptionWrite.h"
 #include "metadata/EmbeddedReading.h"
-#include "metadata/MetadataDates.h"
 #include "metadata/SidecarCaptionEdit.h"
+#include "metadata/SidecarReading.h"
 #include "metadata/XMPError.h"
 #include "metadata/XmlDocument.h"
-#include "metadata/XmlError.h"
-#include "metadata/XmpNamespaces.h"
-#include "metadata/XmpQueries.h"
 #include "platform/Files.h"
+#include "platform/KeptLines.h"
 
 #include <QFileInfo>
-#include <algorithm>
-#include <array>
-#include <functional>
+#include <optional>
 
 namespace ostrelle {
 
@@ -58,60 +54,18 @@ XmlDocument openSidecar(const QString& sidecar) {
     return parseSidecar(readFile(sidecar, XmlDocument::maximumSize));
 }
 
-/// The first value that is not blank, of the attributes that may tell the date of the picture.
-std::optional<QString> dateFromAttributes(const XmlElement& subject) {
-    using Test = std::function<bool(const XmlAttribute&)>;
-    static const std::array<Test, 4> order = {
-        [](const XmlAttribute& attribute) { return attribute.isCalled(u"photoshop:DateCreated"); },
-        [](const XmlAttribute& attribute) { return attribute.hasLocalName(u"DateCreated"); },
-        [](const XmlAttribute& attribute) { return attribute.isCalled(u"xmp:CreateDate"); },
-        [](const XmlAttribute& attribute) { return attribute.hasLocalName(u"CreateDate"); }};
-    const QList<XmlAttribute> attributes = subject.attributes();
-    for (const Test& isWanted : order) {
-        const auto found = std::ranges::find_if(attributes, isWanted);
-        if (found == attributes.end()) {
-            continue;
-        }
-        if (const std::optional<QString> value = trimmedOrNothing(found->value())) {
-            return roundTripIso8601(*value);
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<QString> dateFromElements(const XmlDocument& document, const QTimeZone& zone) {
-    std::optional<QString> value = firstElementText(document, "DateTimeOriginal", xmp::exif);
-    if (!value) {
-        value = firstElementText(document, "CreateDate", xmp::basic);
-    }
-    return value ? std::optional(normalizeDate(*value, zone)) : std::nullopt;
-}
-
-QStringList keywordsOf(const XmlDocument& document) {
-    QStringList keywords;
-    qsizetype size = 0;
-    for (const XmlElement& subject : document.find("subject", xmp::dc)) {
-        const XmlElement bag = subject.child("Bag", xmp::rdf);
-        for (const XmlElement& item : bag ? bag.children("li", xmp::rdf) : QList<XmlElement>()) {
-            if (const std::optional<QString> keyword = trimmedOrNothing(item.text())) {
-                keywords.append(*keyword);
-                size += keyword->size();
-            }
-            if (size > document.bytes().size()) { // lists within lists tell the same text again and again
-                throw XmlError(u"The XML was refused: its keywords are longer than itself."_s);
-            }
-        }
-    }
-    return keywords;
+MetadataReading readingOf(const XmlDocument& document, const QTimeZone& zone) {
+    KeptLines rightsLines;
+    MetadataReading reading;
+    reading.facts = {.caption = sidecarCaption(document),
+                     .context = sidecarContext(document, zone),
+                     .rights = sidecarRights(document, rightsLines),
+                     .creator = sidecarCreator(document)};
+    reading.rightsLines = rightsLines.lines();
+    return reading;
 }
 
 } // namespace
-
-QString sidecarPath(const QString& imagePath) {
-    const QFileInfo image(imagePath);
-    const qsizetype extension = image.suffix().isEmpty() ? 0 : image.suffix().size() + 1;
-    return imagePath.chopped(extension) + u".xmp"_s;
-}
 
 void XMPWriter::createEmptySidecar(const QString& sidecar) const {
     replaceFile(sidecar, sidecarTemplate.toByteArray());
@@ -121,43 +75,18 @@ bool XMPWriter::createMissingSidecar(const QString& sidecar) const {
     return createFile(sidecar, sidecarTemplate.toByteArray());
 }
 
-std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) const {
-    const XmlDocument document = openSidecar(sidecar);
-    for (const XmlElement& caption : document.find("description", xmp::dc)) {
-        if (std::optional<QString> value = findAltLangValue(caption, u"x-default")) {
-            return value;
-        }
-    }
-    // A sidecar without a caption: the x-default text of its first list of languages, whatever it is about.
-    const XmlElement alt = document.findFirst("Alt", xmp::rdf);
-    return alt ? findAltLangValue(alt, u"x-default") : std::nullopt;
+MetadataReading XMPWriter::readSidecar(const QString& sidecar, const QTimeZone& zone) const {
+    MetadataReading reading = readingOf(openSidecar(sidecar), zone);
+    reading.rightsLines.prepend(u"[XMPWriter] readRights called for: "_s + QFileInfo(sidecar).fileName());
+    return reading;
 }
 
-void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar) const {
-    checkExists(sidecar);
-    editFile(sidecar, XmlDocument::maximumSize,
-             [&caption](const QByteArray& bytes) { return withCaption(parseSidecar(bytes), caption); });
+std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) const {
+    return sidecarCaption(openSidecar(sidecar));
 }
 
 XMPContext XMPWriter::readContext(const QString& sidecar, const QTimeZone& zone) const {
-    const XmlDocument document = openSidecar(sidecar);
-    XMPContext context;
-    if (const XmlElement subject = describedSubject(document)) {
-        context.dateISO8601 = dateFromAttributes(subject);
-    }
-    context.city = firstElementText(document, "City", xmp::photoshop);
-    context.state = firstElementText(document, "State", xmp::photoshop);
-    context.country = firstElementText(document, "Country", xmp::photoshop);
-    context.location = firstElementText(document, "Location", xmp::iptcCore);
-    context.event = firstElementText(document, "Event", xmp::iptcCore);
-    if (!context.event) {
-        context.event = firstElementText(document, "Headline", xmp::photoshop);
-    }
-    if (!context.dateISO8601) {
-        context.dateISO8601 = dateFromElements(document, zone);
-    }
-    context.keywords = keywordsOf(document);
-    return context;
+    return sidecarContext(openSidecar(sidecar), zone);
 }
 
 std::optional<QString> XMPWriter::readRights(const QString& sidecar, PlainLog& log) const {
@@ -172,43 +101,37 @@ std::optional<QString> XMPWriter::readRights(const QString& sidecar, PlainLog& l
         say(u": no root element"_s);
         throw XMPError(XMPError::Case::noPacket);
     }
-    const QList<XmlElement> nodes = document.find("rights");
-    say(u": found %1 rights nodes (any namespace)"_s.arg(nodes.size()));
-    for (qsizetype index = 0; index < nodes.size(); ++index) {
-        const QByteArrayView uri = nodes[index].namespaceUri();
-        say(u": node %1 namespace-uri: %2"_s.arg(QString::number(index),
-                                                 uri.isEmpty() ? u"nil"_s : QString::fromUtf8(uri)));
-    }
-    for (qsizetype index = 0; index < nodes.size(); ++index) {
-        say(u": processing node %1"_s.arg(index));
-        const QList<XmlElement> alts = nodes[index].children("Alt");
-        say(u": found %1 Alt elements"_s.arg(alts.size()));
-        if (alts.isEmpty()) {
-            say(u": no Alt element found"_s);
-            continue;
-        }
-        say(u": calling findAltLangValue"_s);
-        const std::optional<QString> value = findAltLangValue(alts.first(), u"x-default");
-        if (value && !value->trimmed().isEmpty()) {
-            say(u": found value: \"%1\""_s.arg(*value));
-            return value->trimmed();
-        }
-        say(u": findAltLangValue returned nil or empty"_s);
-    }
-    say(u": returning nil - no rights found"_s);
-    return std::nullopt;
+    return sidecarRights(document, log);
 }
 
 std::optional<QString> XMPWriter::readCreator(const QString& sidecar) const {
-    const XmlDocument document = openSidecar(sidecar);
-    for (const XmlElement& creator : document.find("creator", xmp::dc)) {
-        const XmlElement sequence = creator.child("Seq", xmp::rdf);
-        const XmlElement item = sequence ? sequence.child("li", xmp::rdf) : XmlElement();
-        if (const std::optional<QString> name = item ? trimmedOrNothing(item.text()) : std::nullopt) {
-            return name;
-        }
-    }
-    return std::nullopt;
+    return sidecarCreator(openSidecar(sidecar));
+}
+
+void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar) const {
+    checkExists(sidecar);
+    editFile(sidecar, XmlDocument::maximumSize,
+             [&caption](const QByteArray& bytes) { return withCaption(parseSidecar(bytes), caption); });
+}
+
+void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar, const QString& image,
+                                    const CaptionSource& source) const {
+    checkExists(sidecar);
+    editFile(sidecar, XmlDocument::maximumSize, [&](const QByteArray& bytes) {
+        const XmlDocument document = parseSidecar(bytes);
+        requireSameFacts(readingOf(document, source.zone).facts, source.facts);
+        requireSamePicture(image, source.picture);
+        return withCaption(document, caption);
+    });
+}
+
+void XMPWriter::requireEditableSidecar(const QString& sidecar) const {
+    withCaption(openSidecar(sidecar), u"caption"_s);
+}
+
+MetadataReading XMPWriter::readEmbedded(const QString& image, const QTimeZone& zone) const {
+    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
+    return metadata ? embeddedReading(*metadata, zone) : MetadataReading();
 }
 
 std::optional<QString> XMPWriter::readEmbeddedCaption(const QString& image, PlainLog& log) const {
@@ -232,8 +155,8 @@ std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) cons
 }
 
 void XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
-                                     const std::optional<FileStamp>& decoded) const {
-    writeCaptionIntoJpeg(image, caption, log, decoded);
+                                     const std::optional<CaptionSource>& source) const {
+    writeCaptionIntoJpeg(image, caption, log, source);
 }
 
 } // namespace ostrelle

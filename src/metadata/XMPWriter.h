@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/CaptionSource.h"
+#include "metadata/ImageFacts.h"
 #include "metadata/XMPContext.h"
-#include "platform/FileStamp.h"
 #include "platform/PlainLog.h"
 
 #include <QString>
@@ -10,9 +11,6 @@
 #include <optional>
 
 namespace ostrelle {
-
-/// The place of a RAW image's sidecar: the same path with the last extension replaced by "xmp".
-QString sidecarPath(const QString& imagePath);
 
 /// Reads and writes image metadata. Every operation opens the file anew and is safe on any thread. A missing
 /// file is XMPError::fileMissing and a document without root XMPError::noPacket; XML that cannot be read is
@@ -26,12 +24,24 @@ public:
     /// write it at any moment, and what it knows of the picture must not be lost.
     bool createMissingSidecar(const QString& sidecar) const;
 
+    /// All of the following four from one opening. Dates in element form become days in the given zone.
+    MetadataReading readSidecar(const QString& sidecar, const QTimeZone& zone) const;
+
     /// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
     std::optional<QString> readDefaultCaption(const QString& sidecar) const;
 
     /// Puts the caption into the existing sidecar and leaves all else in it as it was. On any failure the
     /// old file is intact. Also throws XMPError::writeFailed.
     void writeDefaultCaption(const QString& caption, const QString& sidecar) const;
+
+    /// The same, only over what the caption was made from: throws OvertakenError where the sidecar or the
+    /// image's picture is another by now.
+    void writeDefaultCaption(const QString& caption, const QString& sidecar, const QString& image,
+                             const CaptionSource& source) const;
+
+    /// Finds out whether a caption could be put into the sidecar's text, and changes nothing. Throws what
+    /// writeDefaultCaption() would.
+    void requireEditableSidecar(const QString& sidecar) const;
 
     /// What is known of place, event and date. Dates in element form become days in the given zone.
     XMPContext readContext(const QString& sidecar, const QTimeZone& zone) const;
@@ -44,6 +54,9 @@ public:
 
     // The same of a JPEG image, whose metadata are in the file itself. An image that cannot be opened is
     // XMPError::fileMissing; one that is no JPEG has no metadata.
+
+    /// All of the following four from one opening. Dates become days in the given zone.
+    MetadataReading readEmbedded(const QString& image, const QTimeZone& zone) const;
 
     /// The caption, trimmed. Empty when the file's IPTC data have none, which a photographer may have
     /// cleared; nothing when it has no such data and no other field with a caption.
@@ -59,12 +72,12 @@ public:
     std::optional<QString> readEmbeddedCreator(const QString& image) const;
 
     /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
-    /// `decoded` is the file as it was when its picture was last decoded, whole: if it still is that file,
-    /// the picture is not decoded again. On any failure the old file is intact. Throws XMPError::parseFailed
-    /// when the picture cannot be decoded and XMPError::writeFailed when the file cannot be changed without
-    /// harm or not be replaced.
+    /// With a source, only over what the caption was made from: throws OvertakenError where metadata or
+    /// picture are others by now, and a picture that was decoded for its rendition is not decoded again. On
+    /// any failure the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded
+    /// and XMPError::writeFailed when the file cannot be changed without harm or not be replaced.
     void writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
-                              const std::optional<FileStamp>& decoded = {}) const;
+                              const std::optional<CaptionSource>& source = {}) const;
 };
 
 } // namespace ostrelle

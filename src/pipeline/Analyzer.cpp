@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/Analyzer.h"
 
-#include "core/Attempt.h"
-#include "pipeline/AnalyzerError.h"
-#include "pipeline/CaptionAcceptance.h"
-#include "pipeline/ImageKind.h"
 #include "pipeline/ImageRun.h"
 #include "pipeline/MissingKey.h"
-#include "pipeline/SidecarCreation.h"
+#include "platform/ApiKey.h"
 
 #include <QFileInfo>
 
@@ -26,130 +22,126 @@ QString nameOf(const QString& file) {
 Analyzer::Analyzer(AnalyzerParts parts) : m_parts(parts) {}
 
 QCoro::Task<bool> Analyzer::analyzeSingle(QString file) {
-    co_return co_await captionInTurn(file) == CaptionResult::done;
+    const ImageRequest request{.file = file, .seenAt = m_parts.clock.now()};
+    const Ending ending = co_await captionInTurn(request, ImageTurn::Sender::user);
+    co_return ending == Ending::captioned || ending == Ending::skipped || ending == Ending::edited;
 }
 
-QCoro::Task<CaptionResult> Analyzer::captionInTurn(QString file) {
-    const quint64 runsBefore = m_parts.turns.runsEnded();
-    auto turn = co_await m_parts.turns.imageTurn();
-    if (!turn) {
+QCoro::Task<CaptionResult> Analyzer::captionWatched(ImageRequest request) {
+    switch (co_await captionInTurn(request, ImageTurn::Sender::autoMode)) {
+    case Ending::captioned:
+    case Ending::skipped:
+    case Ending::edited:
+        co_return CaptionResult::done;
+    case Ending::dismissed:
         co_return CaptionResult::notBegun;
+    case Ending::changed:
+        co_return CaptionResult::changed;
+    case Ending::unwritable:
+        co_return CaptionResult::unwritable;
+    case Ending::refused:
+    case Ending::failed:
+    case Ending::keyMissing:
+        break;
     }
+    co_return CaptionResult::failed;
+}
+
+QCoro::Task<Analyzer::Ending> Analyzer::captionInTurn(ImageRequest request, ImageTurn::Sender sender) {
+    Ending ending = Ending::failed;
     ImageReport report;
-    report.file = file;
-    const Course course = co_await takeCourse(file, runsBefore, &report);
-    turn.reset();
-    Q_EMIT imageFinished(report);
-    switch (course) {
-    case Course::captioned:
-        co_await lingerAfterSuccess();
-        break;
-    case Course::failed:
-        co_await lingerAfterFailure(file, report.reason);
-        break;
-    case Course::keyMissing:
-        co_await askForKey();
-        break;
-    case Course::done:
-    case Course::refused:
-        break;
+    {
+        ImageTurn image(m_parts, request, sender, [this, &request] { beginProgress(request.file); });
+        ending = co_await image.execute();
+        countEnding(ending, image);
+        report = image.report();
     }
-    const bool isDone = course == Course::captioned || course == Course::done;
-    co_return isDone ? CaptionResult::done : CaptionResult::failed;
+    if (ending != Ending::dismissed) {
+        Q_EMIT imageFinished(report);
+        co_await finishEnding(ending, report);
+    }
+    co_return ending;
 }
 
-QCoro::Task<Analyzer::Course> Analyzer::takeCourse(QString file, quint64 runsBefore, ImageReport* report) {
-    if (co_await wasOvertaken(file, runsBefore)) {
-        report->outcome = ImageReport::Outcome::skipped;
-        report->reason = u"It was captioned by another run meanwhile."_s;
-        co_return Course::done;
-    }
-    const Gate gate = co_await passGates(file, report);
-    if (gate != Gate::open) {
-        co_return gate == Gate::done ? Course::done : Course::refused;
-    }
-    co_return co_await runImage(file, report);
-}
-
-QCoro::Task<bool> Analyzer::wasOvertaken(QString file, quint64 runsBefore) {
-    if (m_parts.turns.runsEnded() == runsBefore) {
-        co_return false;
-    }
-    co_return co_await m_parts.manifest.isProcessed(file);
-}
-
-QCoro::Task<Analyzer::Gate> Analyzer::passGates(QString file, ImageReport* report) {
-    const QString name = nameOf(file);
-    if (!m_parts.settings.codeReplacementsFile()) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Auto mode: Skipping %1 - no code replacement file set"_s.arg(name));
-        report->reason = u"No Code Replacements file is set."_s;
-        co_return Gate::closed;
-    }
-    if (!isSupportedImage(file)) {
-        report->reason = u"Files of this kind are not captioned."_s;
-        co_return Gate::closed;
-    }
-    if (!isJpegImage(file) && !QFileInfo::exists(sidecarPath(file))) {
-        const auto created = co_await attempt(createSidecar(m_parts, file));
-        if (!created) {
-            m_parts.log.printAndAppend(
-                u"[Analyzer] Auto mode: failed to create XMP sidecar for RAW file %1: %2"_s.arg(
-                    name, created.words()));
-            report->reason = created.words();
-            co_return Gate::closed;
-        }
-    }
-    const bool isFinished = !m_parts.settings.alwaysOverwriteCaptions() && co_await hasRealCaption(file);
-    if (isFinished) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Auto mode: %1 already has caption, skipping (overwrite disabled)"_s.arg(name));
-        report->outcome = ImageReport::Outcome::skipped;
-        report->reason = u"It already has a caption."_s;
-        co_return Gate::done;
-    }
-    m_parts.log.printAndAppend(u"[Analyzer] Auto mode: processing "_s + name);
-    co_return Gate::open;
-}
-
-QCoro::Task<bool> Analyzer::hasRealCaption(QString file) {
-    const ImageMetadata metadata(file, m_parts.xmp, m_parts.log.console());
-    const auto caption = co_await attempt(metadata.readCaption());
-    co_return caption&& isRealCaption(caption->value_or(QString()));
-}
-
-QCoro::Task<Analyzer::Course> Analyzer::runImage(QString file, ImageReport* report) {
+void Analyzer::beginProgress(const QString& file) {
     setProgress(nameOf(file));
     ++m_imagesInProgress;
-    ImageRun run(m_parts, file);
-    const auto executed = co_await attempt(run.execute());
-    --m_imagesInProgress;
-    *report = run.report(); // what was found and spent up to a failure, too
-    if (executed) {
-        countSuccess(*report);
-        co_return Course::captioned;
+}
+
+void Analyzer::countEnding(Ending ending, const ImageTurn& image) {
+    m_imagesInProgress -= image.hasBegun() ? 1 : 0;
+    switch (ending) {
+    case Ending::captioned:
+        countSuccess(image.report());
+        break;
+    case Ending::failed:
+    case Ending::unwritable:
+        countFailure(image.report(), image.failure());
+        break;
+    case Ending::dismissed:
+    case Ending::refused:
+    case Ending::skipped:
+    case Ending::edited:
+    case Ending::changed:
+    case Ending::keyMissing:
+        break;
     }
-    report->reason = executed.words();
-    const auto analyzerError = executed.failureAs<AnalyzerError>();
-    if (analyzerError && analyzerError->code() == AnalyzerError::missingKey) {
-        co_return Course::keyMissing;
+}
+
+QCoro::Task<> Analyzer::finishEnding(Ending ending, ImageReport report) {
+    switch (ending) {
+    case Ending::captioned:
+    case Ending::edited:
+    case Ending::changed:
+        co_await lingerAfterSuccess();
+        break;
+    case Ending::failed:
+    case Ending::unwritable:
+        co_await notifyOfRefusals();
+        co_await lingerAfterFailure(report.file, report.reason);
+        break;
+    case Ending::keyMissing:
+        co_await askForKey();
+        break;
+    case Ending::dismissed:
+    case Ending::refused:
+    case Ending::skipped:
+        break;
     }
-    countFailure(*report);
-    co_return Course::failed;
 }
 
 void Analyzer::countSuccess(const ImageReport& report) {
     m_parts.status.setProcessed(m_parts.status.processed() + 1);
     m_parts.status.setLastMessage(u"Auto: Processed "_s + nameOf(report.file));
+    m_refusals.succeeded();
+    m_refusal.reset();
     if (report.outcome == ImageReport::Outcome::captioned) {
         m_parts.status.recordImageProcessed();
     }
 }
 
-void Analyzer::countFailure(const ImageReport& report) {
+void Analyzer::countFailure(const ImageReport& report, const std::exception_ptr& failure) {
+    const QString name = nameOf(report.file);
     m_parts.status.setFailed(m_parts.status.failed() + 1);
     m_parts.status.setTotalFailedAllTime(m_parts.status.totalFailedAllTime() + 1);
-    m_parts.status.setLastMessage(u"Auto: Failed "_s + nameOf(report.file));
+    m_parts.status.setLastMessage(u"Auto: Failed "_s + name);
+    m_refusal = m_refusals.failed(name, failure, apiKey(m_parts.defaults));
+    if (m_refusal) {
+        m_parts.status.setLastMessage(m_refusal->words);
+    }
+}
+
+QCoro::Task<> Analyzer::notifyOfRefusals() {
+    if (!m_refusal || !m_refusals.takeIsNew()) {
+        co_return;
+    }
+    const ServiceRefusals::Cause cause = *m_refusal;
+    const QStringList names = m_refusals.names();
+    if (cause.isRateLimit) {
+        co_await m_parts.notifications.postRateLimitFailure(names.size(), names, cause.words);
+    } else {
+        co_await m_parts.notifications.postProcessingResult(0, names.size(), names, cause.words);
+    }
 }
 
 QCoro::Task<> Analyzer::lingerAfterSuccess() {
@@ -193,16 +185,21 @@ QCoro::Task<> Analyzer::recaptionFolder(FolderImages which) {
     co_await run.execute(which);
 }
 
-QCoro::Task<BatchOutcome> Analyzer::processBatch(QStringList files, qint64 startIndex) {
-    BatchRun batch(m_parts, files, startIndex, announcer());
+QCoro::Task<BatchOutcome> Analyzer::processBatch(QStringList files, qint64 startIndex,
+                                                 std::optional<QDateTime> begun) {
+    BatchRun batch(m_parts, files, startIndex, begun.value_or(m_parts.clock.now()), announcer());
     co_return co_await batch.execute();
 }
 
-QCoro::Task<QList<AnalyzedFile>> Analyzer::analyzeFiles(QStringList files, qint64 startIndex) {
-    const BatchOutcome outcome = co_await processBatch(files, startIndex);
+QCoro::Task<QList<AnalyzedFile>> Analyzer::analyzeFiles(QStringList files, qint64 startIndex,
+                                                        std::optional<QDateTime> begun) {
+    const BatchOutcome outcome = co_await processBatch(files, startIndex, begun);
     QList<AnalyzedFile> analyzed;
     for (const BatchFileResult& result : outcome.results) {
-        analyzed.append({.name = result.name, .success = result.success, .cause = result.cause});
+        analyzed.append({.name = result.name,
+                         .isBegun = result.isBegun,
+                         .success = result.success,
+                         .cause = result.cause});
         if (result.failed) {
             analyzed.last().error = AnalyzerError(AnalyzerError::imageFailed, u"Failed to process image"_s);
         }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/RAWPreviewExtractor.h"
-#include "metadata/XMPWriter.h"
 #include "pipeline/AnalyzerLog.h"
 #include "pipeline/CaptionTurns.h"
 #include "pipeline/PreviewCopies.h"
@@ -11,6 +9,8 @@
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
+#include "platform/FolderThreads.h"
+#include "platform/ImageClaims.h"
 #include "platform/NotificationManager.h"
 #include "services/OpenAIClient.h"
 #include "services/PromptService.h"
@@ -40,8 +40,8 @@ struct AnalyzerParts {
     AppEvents& events;
     Clock& clock;
     CaptionTurns& turns;
-    RAWPreviewExtractor previewer = {};
-    XMPWriter xmp = {};
+    FolderThreads& threads;
+    ImageClaims& claims;
     /// How long a finished image's progress stays to be seen.
     std::chrono::milliseconds progressLinger = std::chrono::seconds(2);
 };

@@ -2,6 +2,7 @@
 #include "pipeline/AudioNote.h"
 
 #include "core/Attempt.h"
+#include "pipeline/FolderWork.h"
 
 #include <QFileInfo>
 #include <array>
@@ -32,7 +33,7 @@ QStringList audioNotesOf(const QString& image) {
 
 QCoro::Task<std::optional<QString>> transcribeAudioNote(AnalyzerParts parts, QString image) {
     auto look = [image] { return audioNotesOf(image); };
-    const QStringList notes = co_await offMainThread(look);
+    const QStringList notes = co_await onThreadOf(parts.threads, image, look);
     for (const QString& note : notes) {
         parts.log.appendToLog(u"[Analyzer] Found audio file: "_s + QFileInfo(note).fileName());
         const auto words = co_await attempt(parts.openAI.transcribeAudio(note));

@@ -2,8 +2,10 @@
 #include "pipeline/BatchRun.h"
 
 #include "core/Attempt.h"
+#include "metadata/OvertakenError.h"
+#include "metadata/SidecarPath.h"
 #include "pipeline/CaptionAcceptance.h"
-#include "pipeline/CodeReplacementsReading.h"
+#include "pipeline/CaptionWriting.h"
 #include "pipeline/ImageGathering.h"
 #include "pipeline/PromptBuilder.h"
 #include "pipeline/PromptComposition.h"
@@ -12,6 +14,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <chrono>
+#include <utility>
 
 namespace ostrelle {
 
@@ -37,8 +40,12 @@ QHash<qsizetype, QString> captionsByPosition(const BatchCaptionReply& reply) {
 
 } // namespace
 
-BatchRun::BatchRun(AnalyzerParts parts, QStringList files, qint64 startIndex, ImageListener listener)
-    : m_parts(parts), m_listener(std::move(listener)), m_progress(parts.status, startIndex) {
+BatchRun::BatchRun(AnalyzerParts parts, QStringList files, qint64 startIndex, QDateTime begun,
+                   ImageListener listener)
+    : m_parts(parts)
+    , m_begun(std::move(begun))
+    , m_listener(std::move(listener))
+    , m_progress(parts.status, startIndex) {
     for (const QString& file : std::as_const(files)) {
         m_outcome.results.append({.name = QFileInfo(file).fileName()});
         m_reports.emplace_back().file = file;
@@ -48,29 +55,46 @@ BatchRun::BatchRun(AnalyzerParts parts, QStringList files, qint64 startIndex, Im
 QCoro::Task<BatchOutcome> BatchRun::execute() {
     m_progress.preparing(m_reports.size());
     co_await prepareAll();
-    if (m_parts.turns.isClosed()) {
-        co_return m_outcome; // the program ends
+    if (!m_parts.turns.isClosed()) { // as it is when the program ends
+        co_await captionPrepared();
     }
+    co_return m_outcome;
+}
+
+QCoro::Task<> BatchRun::captionPrepared() {
     if (m_prepared.size() == 1) {
         co_await captionSingle(m_prepared.first());
     } else if (m_prepared.size() > 1) {
         co_await captionTogether();
     }
-    co_return m_outcome;
+    co_await captionReplaced();
 }
 
 QCoro::Task<> BatchRun::prepareAll() {
-    for (qsizetype index = 0; index < m_reports.size() && !m_parts.turns.isClosed(); ++index) {
-        m_progress.uploading(index, nameOf(index));
-        const auto image = co_await attempt(prepare(m_reports.at(index).file, &m_reports[index]));
-        if (!image) {
-            fail(index, u"[Analyzer] Failed to prepare %1: %2"_s.arg(nameOf(index), image.words()),
-                 failureOf(image), Telling::byItself);
-        } else if (*image) {
-            m_prepared.append({.index = index, .image = **image});
+    QStringList files;
+    for (const ImageReport& report : std::as_const(m_reports)) {
+        files.append(report.file);
+    }
+    m_claims = (co_await claimImages(m_parts, files)).value_or(QList<HeldImage>());
+    for (qsizetype index = 0; index < m_claims.size() && !m_parts.turns.isClosed(); ++index) {
+        if (m_claims.at(index).isCaptionedSince(m_begun)) {
+            skip(index, u"It was captioned by another program meanwhile."_s);
         } else {
-            skip(index);
+            co_await prepareOne(index);
         }
+    }
+}
+
+QCoro::Task<> BatchRun::prepareOne(qsizetype index) {
+    m_progress.uploading(index, nameOf(index));
+    const auto image = co_await attempt(prepare(m_reports.at(index).file, &m_reports[index]));
+    if (!image) {
+        fail(index, u"[Analyzer] Failed to prepare %1: %2"_s.arg(nameOf(index), image.words()),
+             failureOf(image), Telling::byItself);
+    } else if (*image) {
+        m_prepared.append({.index = index, .image = **image});
+    } else {
+        skip(index, u"It already has a caption."_s);
     }
 }
 
@@ -80,7 +104,7 @@ QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(QString file, ImageR
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
     std::optional<ScopedAccess> sidecarAccess;
     if (!gathering.metadata().isEmbedded()) {
-        sidecarAccess.emplace(m_parts.access, gathering.metadata().sidecar());
+        sidecarAccess.emplace(m_parts.access, sidecarPath(file));
     }
     co_await gathering.ensureSidecar();
     co_await gathering.readCaption();
@@ -88,8 +112,9 @@ QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(QString file, ImageR
     if (gathering.isFinished()) {
         co_return std::nullopt;
     }
-    co_await gathering.readContextOrRecreate();
-    co_await gathering.readRightsAndCreator();
+    gathering.sayContext();
+    gathering.sayRights();
+    co_await gathering.requireEditable();
     co_await gathering.extractPreview();
     co_await gathering.gatherAudioNote();
     co_return gathering.image();
@@ -97,11 +122,13 @@ QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(QString file, ImageR
 
 QCoro::Task<> BatchRun::captionTogether() {
     constexpr int maximumTokens = 2000;
-    const CodeReplacements roster = co_await readRoster(m_parts);
-    if (roster.isTruncated()) {
-        m_parts.log.print(truncationWarning(roster));
+    const RosterReading roster = co_await readRoster(m_parts);
+    takeWarnings(roster);
+    if (roster.replacements.isTruncated()) {
+        m_parts.log.print(truncationWarning(roster.replacements));
     }
-    const QString prompt = buildBatchPrompt(promptQuery(m_parts.settings), roster);
+    // Prompt and images from the settings of one moment.
+    const QString prompt = buildBatchPrompt(promptQuery(m_parts.settings), roster.replacements);
     const QList<BatchImageItem> images = items();
     m_progress.asking(images.size());
     const auto reply = co_await attempt(m_parts.openAI.generateBatchCaptions(
@@ -122,7 +149,7 @@ QList<BatchImageItem> BatchRun::items() const {
     QList<BatchImageItem> items;
     for (const Prepared& prepared : m_prepared) {
         const CaptionFacts facts = captionFacts(prepared.image, m_parts.settings);
-        items.append({.imageJPEGData = prepared.image.jpegData,
+        items.append({.imageJPEGData = prepared.image.jpegData(),
                       .filename = nameOf(prepared.index),
                       .context = buildBatchContext(facts, m_parts.clock.timeZone())});
     }
@@ -154,17 +181,18 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
              {.words = u"The model returned no caption for it."_s}, Telling::inBatch);
         co_return;
     }
-    const auto written = co_await attempt(write(prepared.image.file, *caption, prepared.image.decoded));
+    const auto written = co_await attempt(write(prepared, *caption));
     if (written) {
         succeed(prepared.index, *caption, Telling::inBatch);
     } else {
-        fail(prepared.index,
-             u"[Analyzer] Failed to write caption for %1: %2"_s.arg(nameOf(prepared.index), written.words()),
-             failureOf(written), Telling::inBatch);
+        endWithout(
+            prepared.index,
+            u"[Analyzer] Failed to write caption for %1: %2"_s.arg(nameOf(prepared.index), written.words()),
+            failureOf(written), Telling::inBatch);
     }
 }
 
-QCoro::Task<> BatchRun::captionOneByOne(CodeReplacements roster) {
+QCoro::Task<> BatchRun::captionOneByOne(RosterReading roster) {
     for (const Prepared& prepared : std::as_const(m_prepared)) {
         if (m_parts.turns.isClosed()) {
             co_return;
@@ -174,10 +202,10 @@ QCoro::Task<> BatchRun::captionOneByOne(CodeReplacements roster) {
         if (caption) {
             succeed(prepared.index, *caption, Telling::inBatch);
         } else {
-            fail(prepared.index,
-                 u"[Analyzer] Individual fallback failed for %1: %2"_s.arg(nameOf(prepared.index),
-                                                                           caption.words()),
-                 failureOf(caption), Telling::inBatch);
+            endWithout(prepared.index,
+                       u"[Analyzer] Individual fallback failed for %1: %2"_s.arg(nameOf(prepared.index),
+                                                                                 caption.words()),
+                       failureOf(caption), Telling::inBatch);
         }
         co_await m_parts.clock.sleep(breath);
     }
@@ -185,40 +213,69 @@ QCoro::Task<> BatchRun::captionOneByOne(CodeReplacements roster) {
 
 QCoro::Task<> BatchRun::captionSingle(Prepared prepared) {
     m_progress.working(prepared.index, nameOf(prepared.index));
-    const CodeReplacements roster = co_await readRoster(m_parts, RosterFailure::ignored);
+    const RosterReading roster = co_await readRoster(m_parts, RosterFailure::ignored);
+    takeWarnings(roster);
     const auto caption = co_await attempt(askAndWrite(prepared, roster));
     if (caption) {
         succeed(prepared.index, *caption, Telling::byItself);
     } else {
-        fail(prepared.index,
-             u"[Analyzer] Failed to process single image %1: %2"_s.arg(nameOf(prepared.index),
-                                                                       caption.words()),
-             failureOf(caption), Telling::byItself);
+        endWithout(prepared.index,
+                   u"[Analyzer] Failed to process single image %1: %2"_s.arg(nameOf(prepared.index),
+                                                                             caption.words()),
+                   failureOf(caption), Telling::byItself);
     }
 }
 
-QCoro::Task<QString> BatchRun::askAndWrite(Prepared prepared, CodeReplacements roster) {
-    const QString prompt = co_await composeImagePrompt(m_parts, prepared.image, roster);
-    const CaptionReply reply = co_await askForCaption(m_parts, prepared.image.jpegData, prompt);
-    const QString caption = finalizeCaption(reply.text, prepared.image.rights, m_parts.settings);
-    co_await write(prepared.image.file, caption, prepared.image.decoded);
+QCoro::Task<> BatchRun::captionReplaced() {
+    constexpr int mostRounds = 2;
+    for (int round = 0; round < mostRounds && !m_replaced.isEmpty(); ++round) {
+        const QList<qsizetype> replaced = std::exchange(m_replaced, {});
+        for (const qsizetype index : replaced) {
+            if (m_parts.turns.isClosed()) {
+                co_return;
+            }
+            m_prepared.clear();
+            co_await prepareOne(index);
+            if (!m_prepared.isEmpty()) {
+                co_await captionSingle(m_prepared.first());
+            }
+        }
+    }
+    for (const qsizetype index : std::exchange(m_replaced, {})) {
+        fail(index, u"[Analyzer] %1 is replaced again and again"_s.arg(nameOf(index)),
+             {.words = u"Another program replaces it again and again."_s}, Telling::byItself);
+    }
+}
+
+QCoro::Task<QString> BatchRun::askAndWrite(Prepared prepared, RosterReading roster) {
+    const QString prompt = co_await composeImagePrompt(m_parts, prepared.image, roster.replacements);
+    const CaptionReply reply = co_await askForCaption(m_parts, prepared.image.jpegData(), prompt);
+    const QString caption = finalizeCaption(reply.text, prepared.image.rights(), m_parts.settings);
+    co_await write(prepared, caption);
     co_return caption;
 }
 
-QCoro::Task<> BatchRun::write(QString file, QString caption, std::optional<FileStamp> decoded) {
+QCoro::Task<> BatchRun::write(Prepared prepared, QString caption) {
+    const QString& file = prepared.image.file;
     const ScopedAccess fileAccess(m_parts.access, file);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
-    const ImageMetadata metadata(file, m_parts.xmp, m_parts.log.console());
-    co_await metadata.writeCaption(caption, decoded);
+    co_await writeCaption(m_parts, prepared.image, caption);
     co_await m_parts.manifest.markProcessed(file);
+    co_await recordCaptioned(m_parts, m_claims.at(prepared.index));
+}
+
+void BatchRun::takeWarnings(const RosterReading& roster) {
+    for (const Prepared& prepared : std::as_const(m_prepared)) {
+        m_reports[prepared.index].warnings = roster.warnings;
+    }
 }
 
 /// Left out of all counters.
-void BatchRun::skip(qsizetype index) {
+void BatchRun::skip(qsizetype index, const QString& reason) {
     ImageReport& report = m_reports[index];
     report.outcome = ImageReport::Outcome::skipped;
-    report.reason = u"It already has a caption."_s;
-    m_listener(report);
+    report.reason = reason;
+    this->report(index);
 }
 
 void BatchRun::succeed(qsizetype index, const QString& caption, Telling telling) {
@@ -227,14 +284,25 @@ void BatchRun::succeed(qsizetype index, const QString& caption, Telling telling)
     ImageReport& report = m_reports[index];
     report.outcome = ImageReport::Outcome::captioned;
     report.captionAfter = caption;
-    m_listener(report);
+    this->report(index);
 }
 
 BatchRun::Failure BatchRun::failureOf(const auto& attempt) {
-    try {
-        attempt.rethrow();
-    } catch (...) {
-        return {.words = attempt.words(), .cause = std::current_exception()};
+    return {.words = attempt.words(), .cause = attempt.failure()};
+}
+
+void BatchRun::endWithout(qsizetype index, const QString& logLine, const Failure& failure, Telling telling) {
+    const auto overtaken = failureAs<OvertakenError>(failure.cause);
+    if (!overtaken) {
+        fail(index, logLine, failure, telling);
+        return;
+    }
+    m_parts.log.printAndAppend(
+        u"[Analyzer] Nothing was written into %1: %2"_s.arg(nameOf(index), failure.words));
+    if (overtaken->kind() == OvertakenError::Case::captionEdited) {
+        skip(index, failure.words);
+    } else {
+        m_replaced.append(index);
     }
 }
 
@@ -245,6 +313,11 @@ void BatchRun::fail(qsizetype index, const QString& logLine, const Failure& fail
     m_outcome.results[index].failed = true;
     m_outcome.results[index].cause = failure.cause;
     m_reports[index].reason = failure.words;
+    report(index);
+}
+
+void BatchRun::report(qsizetype index) {
+    m_outcome.results[index].isBegun = true;
     m_listener(m_reports.at(index));
 }
 

@@ -3,11 +3,13 @@
 
 namespace ostrelle {
 
-/// How an attempt to caption a single image ended.
+/// How an attempt to caption an image of auto mode ended.
 enum class CaptionResult {
     done, ///< it needs no further attempt: it was captioned, or has a caption
     failed,
-    notBegun, ///< it was sent away before its turn: nothing has been tried
+    unwritable, ///< failed, and will fail until the rights on the image or its folder change
+    notBegun,   ///< it was sent away before its turn: nothing has been tried
+    changed,    ///< it is no longer what the scan saw: nothing was written, and it is to be looked at anew
 };
 
 } // namespace ostrelle

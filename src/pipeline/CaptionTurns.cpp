@@ -29,7 +29,7 @@ struct CaptionTurns::State {
     int places;
     int free;
     bool hasRun = false;
-    quint64 runsEnded = 0;
+    quint64 dismissals = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
     std::deque<Waiting> waitingForIdle = {};
@@ -42,7 +42,6 @@ struct CaptionTurns::State {
     }
     void give(int given) {
         free += given;
-        runsEnded += hasRun ? 1 : 0;
         hasRun = false;
         admit();
         if (isIdle()) {
@@ -116,11 +115,12 @@ bool CaptionTurns::hasRun() const {
     return m_state->hasRun;
 }
 
-quint64 CaptionTurns::runsEnded() const {
-    return m_state->runsEnded;
+quint64 CaptionTurns::dismissals() const {
+    return m_state->dismissals;
 }
 
 void CaptionTurns::dismissImages() {
+    ++m_state->dismissals;
     std::deque<Waiting> runs;
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
         if (m_state->isRun(waiting.places)) {
@@ -133,6 +133,7 @@ void CaptionTurns::dismissImages() {
 }
 
 void CaptionTurns::close() {
+    ++m_state->dismissals;
     m_state->isClosed = true;
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
         answer(waiting, false);

@@ -38,8 +38,8 @@ public:
     QCoro::Task<std::unique_ptr<Turn>> runTurn();
     /// True while a run has its turn.
     bool hasRun() const;
-    /// How many runs have had their turn: who waited can see whether one came in between.
-    quint64 runsEnded() const;
+    /// How often images were sent away: one that waits elsewhere meanwhile is not to begin either.
+    quint64 dismissals() const;
 
     /// Sends the images away that wait: they are not to begin. Those that have a turn finish.
     void dismissImages();

@@ -2,6 +2,7 @@
 #include "pipeline/CodeReplacements.h"
 
 #include "core/CharacterSpan.h"
+#include "core/Error.h"
 #include "platform/Files.h"
 
 #include <QFileInfo>
@@ -105,7 +106,11 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes) {
     QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
     const QString text = decoder.decode(bytes);
     CodeReplacements replacements;
-    if (decoder.hasError() || text.isEmpty()) {
+    if (decoder.hasError()) {
+        replacements.problem = u"Its text is not UTF-8. Save it as UTF-8 in a text editor."_s;
+        return replacements;
+    }
+    if (text.isEmpty()) {
         return replacements;
     }
     countEntries(text, replacements);
@@ -119,6 +124,14 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes) {
 
 CodeReplacements readCodeReplacements(const QString& path) {
     return parseCodeReplacements(readFile(path, largestFile));
+}
+
+QString rosterProblem(const QString& path) {
+    try {
+        return readCodeReplacements(path).problem;
+    } catch (const Error& error) {
+        return error.localizedDescription();
+    }
 }
 
 QStringList logLines(const CodeReplacements& replacements) {

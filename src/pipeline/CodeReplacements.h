@@ -38,6 +38,7 @@ struct CodeReplacements {
     qsizetype uniqueKeyCount = 0;
     QStringList sampleKeys; ///< the first few
     QString preview;        ///< the beginning of the text
+    QString problem;        ///< why a text cannot be used, in a sentence; empty when it can
 
     bool isTruncated() const { return characterCount > mostCharacters; }
 };
@@ -47,6 +48,10 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes);
 
 /// Reads a roster from a file. Throws FileError, also for a file beyond any roster's size.
 CodeReplacements readCodeReplacements(const QString& path);
+
+/// Why the names of the roster cannot be used, in a sentence for the user; empty when they can. Looks at the
+/// disk.
+QString rosterProblem(const QString& path);
 
 /// What the log file says about the roster before the model is asked.
 QStringList logLines(const CodeReplacements& replacements);

@@ -2,16 +2,33 @@
 #include "pipeline/CodeReplacementsReading.h"
 
 #include "core/Attempt.h"
+#include "pipeline/FolderWork.h"
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts, RosterFailure failure) {
-    auto look = [selected = parts.settings.codeReplacementsFile(), folder = parts.settings.ingestFolder()] {
-        return resolveCodeReplacementsFile(selected, folder);
-    };
-    const auto file = co_await offMainThread(look);
+namespace {
+
+/// On the thread of the folder that is searched, if one is.
+QCoro::Task<std::optional<CodeReplacementsFile>> findRoster(AnalyzerParts parts) {
+    const std::optional<QString> selected = parts.settings.codeReplacementsFile();
+    const std::optional<QString> folder = parts.settings.ingestFolder();
+    if (selected || !folder) {
+        co_return resolveCodeReplacementsFile(selected, std::nullopt);
+    }
+    auto look = [folder] { return resolveCodeReplacementsFile(std::nullopt, folder); };
+    co_return co_await onThreadPool(parts.threads.of(*folder), look);
+}
+
+QString unusedRosterWarning(const QString& reason) {
+    return u"The caption was made without the names of the roster. %1"_s.arg(reason);
+}
+
+} // namespace
+
+QCoro::Task<RosterReading> readRoster(AnalyzerParts parts, RosterFailure failure) {
+    const std::optional<CodeReplacementsFile> file = co_await findRoster(parts);
     if (!file) {
         parts.log.appendToLog(u"[Analyzer] No code replacements file found (neither manually selected nor "
                               "auto-discovered)"_s);
@@ -21,12 +38,21 @@ QCoro::Task<CodeReplacements> readRoster(AnalyzerParts parts, RosterFailure fail
         file->isManuallySelected ? u"manually selected"_s : u"auto-discovered"_s, file->path));
     const ScopedAccess access(parts.access, file->path);
     auto read = [path = file->path] { return readCodeReplacements(path); };
-    const auto replacements = co_await attemptOffMainThread(read);
-    if (!replacements && failure == RosterFailure::logged) {
+    const auto replacements = co_await attempt(onThreadOf(parts.threads, file->path, read));
+    RosterReading reading;
+    if (replacements) {
+        reading.replacements = *replacements;
+        if (!replacements->problem.isEmpty()) {
+            reading.warnings = {unusedRosterWarning(replacements->problem)};
+        }
+        co_return reading;
+    }
+    reading.warnings = {unusedRosterWarning(replacements.words())};
+    if (failure == RosterFailure::logged) {
         parts.log.printAndAppend(u"[Analyzer] Failed to read Code Replacements file: "_s +
                                  replacements.words());
     }
-    co_return replacements.valueOr({});
+    co_return reading;
 }
 
 } // namespace ostrelle

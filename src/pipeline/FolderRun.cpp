@@ -16,6 +16,11 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+QString interruptionMessage(qint64 processed, qint64 failed, qint64 notBegun) {
+    return u"Interrupted. Captioned: %1, failed: %2, not begun: %3."_s.arg(processed).arg(failed).arg(
+        notBegun);
+}
+
 QCoro::Task<> FolderRun::execute(FolderImages which) {
     const std::optional<QString> folder = co_await permittedFolder();
     if (!folder) {
@@ -23,6 +28,9 @@ QCoro::Task<> FolderRun::execute(FolderImages which) {
     }
     const std::optional<Result> result = co_await captionInTurn(*folder, which);
     // By now others may caption again: neither the desktop nor the user need be waited for.
+    if (result && result->isInterrupted) {
+        co_return; // which the status says
+    }
     if (result && result->imageCount > 0) {
         co_await m_parts.notifications.postProcessingResult(result->processed, result->failed, m_failedNames);
     } else if (result) {
@@ -35,27 +43,33 @@ QCoro::Task<std::optional<FolderRun::Result>> FolderRun::captionInTurn(QString f
     if (!turn) {
         co_return std::nullopt; // the program ends
     }
+    const QDateTime begun = m_parts.clock.now();
     const ScopedAccess access(m_parts.access, folder);
-    std::optional<QStringList> images = co_await findImages(folder);
-    if (!images) {
+    std::optional<Finds> finds = co_await findImages(folder);
+    if (!finds) {
         co_return std::nullopt;
     }
+    QStringList& images = finds->images;
     if (which == FolderImages::onlyNew) {
-        *images = co_await withoutProcessed(*images);
+        images = co_await withoutProcessed(images);
     } else {
         m_parts.log.appendToLog(
             u"[Analyzer] Force Re-analyze All: Processing all %1 files, ignoring manifest"_s.arg(
-                images->size()));
+                images.size()));
     }
-    begin(images->size());
-    if (images->isEmpty()) {
+    const qsizetype count = images.size() + finds->illegible.size();
+    begin(count);
+    if (count == 0) {
         co_return Result{};
     }
-    co_await runBatches(*images);
-    end();
-    co_return Result{.imageCount = images->size(),
+    failIllegible(folder, finds->illegible);
+    const qsizetype imagesBegun = co_await runBatches(images, begun);
+    const qsizetype notBegun = images.size() - imagesBegun;
+    end(notBegun);
+    co_return Result{.imageCount = count,
                      .processed = m_parts.status.processed(),
-                     .failed = m_parts.status.failed()};
+                     .failed = m_parts.status.failed(),
+                     .isInterrupted = notBegun > 0};
 }
 
 QCoro::Task<> FolderRun::tellThatNoneIsNew() {
@@ -116,7 +130,7 @@ QCoro::Task<bool> FolderRun::hasRoster(QString folder) {
     auto look = [selected = m_parts.settings.codeReplacementsFile(), folder] {
         return hasCodeReplacementsFile(selected, folder);
     };
-    if (co_await offMainThread(look)) {
+    if (co_await onThreadPool(m_parts.threads.of(folder), look)) {
         co_return true;
     }
     Alert alert;
@@ -130,21 +144,21 @@ QCoro::Task<bool> FolderRun::hasRoster(QString folder) {
     co_return false;
 }
 
-QCoro::Task<std::optional<QStringList>> FolderRun::findImages(QString folder) {
+QCoro::Task<std::optional<FolderRun::Finds>> FolderRun::findImages(QString folder) {
     const QDir directory(folder); // which may be given with a slash at its end
     auto read = [folder] { return listImages(folder); };
-    const auto listing = co_await attemptOffMainThread(read);
+    const auto listing = co_await attempt(onThreadPool(m_parts.threads.of(folder), read));
     if (listing) {
         m_parts.log.appendToLog(u"[Analyzer] RECAPTION: Found %1 items in folder: %2"_s.arg(
             QString::number(listing->itemCount), folder));
         for (const QString& name : listing->illegible) {
             m_parts.log.printAndAppend(u"[Analyzer] %1: The file name is not UTF-8, skipping"_s.arg(name));
         }
-        QStringList images;
+        Finds finds{.images = {}, .illegible = listing->illegible};
         for (const QString& image : listing->images) {
-            images.append(directory.filePath(image));
+            finds.images.append(directory.filePath(image));
         }
-        co_return images;
+        co_return finds;
     }
     const auto error = listing.failureAs<FileError>();
     if (error && (error->code() == ENOENT || error->code() == ENOTDIR)) {
@@ -190,25 +204,39 @@ void FolderRun::begin(qsizetype imageCount) {
     status.beginTimedRun(imageCount);
 }
 
-QCoro::Task<> FolderRun::runBatches(QStringList images) {
+void FolderRun::failIllegible(const QString& folder, const QStringList& names) {
+    for (const QString& name : names) {
+        ImageReport report;
+        report.file = QDir(folder).filePath(name);
+        report.reason = u"Its file name is not UTF-8, so it cannot be opened. Rename it."_s;
+        BatchProgress(m_parts.status, 0).failed(name, BatchProgress::Telling::byItself);
+        m_failedNames.append(name);
+        m_listener(report);
+    }
+}
+
+QCoro::Task<qsizetype> FolderRun::runBatches(QStringList images, QDateTime begun) {
     constexpr qsizetype size = BatchRun::mostImages;
     const qsizetype count = (images.size() + size - 1) / size;
     m_parts.log.appendToLog(
         u"[Analyzer] Processing %1 files in %2 batch(es) of up to 10 images each"_s.arg(images.size())
             .arg(count));
+    qsizetype imagesBegun = 0;
     for (qsizetype index = 0; index < count && !m_parts.turns.isClosed(); ++index) {
         const qsizetype start = index * size;
         const QStringList files = images.mid(start, size);
         beginBatch(index, count, files.size());
-        BatchRun batch(m_parts, files, start, m_listener);
+        BatchRun batch(m_parts, files, start, begun, m_listener);
         const BatchOutcome outcome = co_await batch.execute();
         m_failedNames.append(outcome.failedNames);
         for (const BatchFileResult& result : outcome.results) {
+            imagesBegun += result.isBegun ? 1 : 0;
             if (!result.success) {
                 m_failedNames.append(result.name);
             }
         }
     }
+    co_return imagesBegun;
 }
 
 void FolderRun::beginBatch(qsizetype index, qsizetype count, qsizetype imageCount) {
@@ -226,12 +254,19 @@ void FolderRun::beginBatch(qsizetype index, qsizetype count, qsizetype imageCoun
     status.setCurrentFileIndex(std::max(start + 1, status.currentFileIndex()));
 }
 
-void FolderRun::end() {
+void FolderRun::end(qsizetype notBegun) {
     StatusStore& status = m_parts.status;
     const qint64 processed = status.processed();
     const qint64 failed = status.failed();
-    m_parts.log.printAndAppend(u"[Analyzer] Completed. Processed %1, Failed %2"_s.arg(processed).arg(failed));
-    status.setLastMessage(u"Done. Processed: %1, Failed: %2."_s.arg(processed).arg(failed));
+    if (notBegun == 0) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Completed. Processed %1, Failed %2"_s.arg(processed).arg(failed));
+        status.setLastMessage(u"Done. Processed: %1, Failed: %2."_s.arg(processed).arg(failed));
+    } else {
+        const QString words = interruptionMessage(processed, failed, notBegun);
+        m_parts.log.printAndAppend(u"[Analyzer] "_s + words);
+        status.setLastMessage(words);
+    }
     status.setIsProcessing(false);
     status.setCurrentFileName(std::nullopt);
     status.setCurrentFileIndex(0);

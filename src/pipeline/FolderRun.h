@@ -5,6 +5,7 @@
 #include "pipeline/BatchRun.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -17,6 +18,9 @@ enum class FolderImages {
     all,
     onlyNew, ///< those that have not been captioned before
 };
+
+/// The status line of a run that the program's end has stopped.
+QString interruptionMessage(qint64 processed, qint64 failed, qint64 notBegun);
 
 /// Captions the images of the folder that the settings name, ten in a request. It lives on the frame that
 /// executes it.
@@ -36,6 +40,12 @@ private:
         qsizetype imageCount = 0;
         qint64 processed = 0;
         qint64 failed = 0;
+        bool isInterrupted = false; ///< the program ends
+    };
+    /// What a run finds in its folder.
+    struct Finds {
+        QStringList images;    ///< paths, in no particular order
+        QStringList illegible; ///< names that no path leads to
     };
 
     /// Nothing when there is no run, of which the user has been told.
@@ -46,13 +56,15 @@ private:
     QCoro::Task<bool> hasKey();
     std::optional<QString> selectedFolder();
     QCoro::Task<bool> hasRoster(QString folder);
-    /// The images in the folder, in no particular order; nothing after the user has been told.
-    QCoro::Task<std::optional<QStringList>> findImages(QString folder);
+    /// Nothing after the user has been told.
+    QCoro::Task<std::optional<Finds>> findImages(QString folder);
     QCoro::Task<QStringList> withoutProcessed(QStringList images);
     void begin(qsizetype imageCount);
-    QCoro::Task<> runBatches(QStringList images);
+    /// Returns how many images were begun.
+    QCoro::Task<qsizetype> runBatches(QStringList images, QDateTime begun);
     void beginBatch(qsizetype index, qsizetype count, qsizetype imageCount);
-    void end();
+    void failIllegible(const QString& folder, const QStringList& names);
+    void end(qsizetype notBegun);
     void refuse(qint64 failed, const QString& message);
 
     AnalyzerParts m_parts;

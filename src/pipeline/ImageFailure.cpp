@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ImageFailure.h"
 
+#include "metadata/SidecarPath.h"
 #include "metadata/XMPError.h"
-#include "metadata/XMPWriter.h"
 #include "pipeline/AnalyzerError.h"
 #include "services/OpenAIError.h"
 

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ImageGathering.h"
 
-#include "core/Attempt.h"
+#include "metadata/RAWPreviewExtractor.h"
+#include "metadata/SidecarPath.h"
+#include "metadata/XMPError.h"
 #include "pipeline/AudioNote.h"
 #include "pipeline/CaptionAcceptance.h"
+#include "pipeline/FolderWork.h"
 #include "pipeline/SidecarCreation.h"
 #include "platform/FileError.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 namespace ostrelle {
@@ -19,24 +21,31 @@ namespace {
 /// Stands for a caption that is not there, in the prompt and in comparisons.
 const QString noCaption = u"No caption"_s;
 
-bool isPermissionFailure(const auto& attempt) {
-    const auto error = attempt.template failureAs<FileError>();
-    return error && error->isPermissionDenied();
+/// The model's rendition of an image.
+SeenPicture render(const QString& file, bool isEmbedded) {
+    constexpr double longestSide = 1024; // pixels
+    constexpr double jpegQuality = 0.6;
+    constexpr double rawQuality = 0.85;
+    SeenPicture picture{.stamp = FileStamp::at(file), // of what is read, or of what was before
+                        .rendition = {},
+                        .maxPixelSize = longestSide,
+                        .quality = isEmbedded ? jpegQuality : rawQuality};
+    picture.rendition = RAWPreviewExtractor().extractPreview(file, picture.maxPixelSize, picture.quality);
+    return picture;
 }
 
 } // namespace
 
 ImageGathering::ImageGathering(AnalyzerParts parts, QString file)
-    : m_parts(parts), m_name(QFileInfo(file).fileName()), m_metadata(file, parts.xmp, parts.log.console()) {
+    : m_parts(parts), m_name(QFileInfo(file).fileName()), m_metadata(file) {
     m_image.file = std::move(file);
+    m_image.source.zone = parts.clock.timeZone();
     m_image.defaultCaption = noCaption;
 }
 
 QCoro::Task<> ImageGathering::ensureSidecar() {
-    if (m_metadata.isEmbedded()) {
-        co_return;
-    }
-    const auto created = co_await attempt(createSidecar(m_parts, m_image.file));
+    const auto created =
+        co_await attempt(createSidecar(m_parts.threads, m_parts.access, m_parts.log.console(), m_image.file));
     if (created) {
         co_return;
     }
@@ -47,23 +56,75 @@ QCoro::Task<> ImageGathering::ensureSidecar() {
     created.rethrow();
 }
 
-QCoro::Task<> ImageGathering::readCaption() {
-    const auto caption = co_await attempt(m_metadata.readCaption());
-    if (caption) {
-        m_caption = *caption ? std::optional((*caption)->trimmed()) : std::nullopt;
-        m_image.defaultCaption = m_caption.value_or(noCaption);
+QCoro::Task<> ImageGathering::open() {
+    if (isRead()) {
         co_return;
     }
-    if (m_metadata.isEmbedded() || !isPermissionFailure(caption)) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, caption.words()));
-        caption.rethrow();
+    auto read = [metadata = m_metadata, zone = m_image.source.zone] { return metadata.read(zone); };
+    m_reading = co_await attempt(onThreadOf(m_parts.threads, m_image.file, read));
+    if (*m_reading) {
+        takeFacts();
+    }
+}
+
+void ImageGathering::takeFacts() {
+    const MetadataReading& reading = **m_reading;
+    say(reading.captionLines);
+    m_contextLines = reading.contextLines;
+    m_rightsLines = reading.rightsLines;
+    m_image.source.facts = reading.facts;
+}
+
+QCoro::Task<> ImageGathering::readCaption() {
+    co_await open();
+    if (isRead() || !isUnreadableSidecar()) {
+        takeCaption();
+        co_return;
     }
     m_parts.log.print(
         u"[Analyzer] Permission error reading default caption from XMP for %1, attempting to recreate "
         "sidecar..."_s.arg(m_name));
     co_await recreateSidecar();
     m_parts.log.print(u"[Analyzer] Recreated unreadable XMP sidecar for "_s + m_name);
+}
+
+void ImageGathering::takeCaption() {
+    if (!isRead()) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, m_reading->words()));
+        m_reading->rethrow();
+    }
+    const std::optional<QString>& caption = facts().caption;
+    m_caption = caption ? std::optional(caption->trimmed()) : std::nullopt;
+    m_image.defaultCaption = m_caption.value_or(noCaption);
+}
+
+bool ImageGathering::isSidecarMissing() const {
+    const bool hasFailed = m_reading && !*m_reading;
+    const auto error = hasFailed ? m_reading->failureAs<XMPError>() : std::nullopt;
+    return !m_metadata.isEmbedded() && error && error->kind() == XMPError::Case::fileMissing;
+}
+
+bool ImageGathering::isUnreadableSidecar() const {
+    const auto error = m_reading->failureAs<FileError>();
+    return !m_metadata.isEmbedded() && error && error->isPermissionDenied();
+}
+
+/// A sidecar that nobody may read is of no use to anybody: a new one takes its place, without a caption.
+QCoro::Task<> ImageGathering::recreateSidecar() {
+    const ScopedAccess fileAccess(m_parts.access, sidecarPath(m_image.file));
+    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_image.file).path());
+    auto recreate = [metadata = m_metadata, zone = m_image.source.zone] {
+        metadata.replaceUnreadableSidecar();
+        return metadata.read(zone);
+    };
+    m_reading = co_await attempt(onThreadOf(m_parts.threads, m_image.file, recreate));
+    if (!*m_reading) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, m_reading->words()));
+        m_reading->rethrow();
+    }
+    takeFacts();
 }
 
 bool ImageGathering::isFinished() {
@@ -75,78 +136,40 @@ bool ImageGathering::isFinished() {
     return true;
 }
 
-/// A sidecar that nobody may read is of no use to anybody: a new one takes its place, without a caption.
-QCoro::Task<> ImageGathering::recreateSidecar() {
-    const ScopedAccess fileAccess(m_parts.access, m_metadata.sidecar());
-    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_metadata.sidecar()).path());
-    auto recreate = [xmp = m_parts.xmp, sidecar = m_metadata.sidecar()] {
-        // Not removed but put aside, if that can be: its owner may still want to know what is in it.
-        if (!QFile::rename(sidecar, sidecar + u".unreadable"_s)) {
-            QFile::remove(sidecar);
-        }
-        xmp.createEmptySidecar(sidecar);
-    };
-    const auto recreated = co_await attemptOffMainThread(recreate);
-    if (!recreated) {
+QCoro::Task<> ImageGathering::requireEditable() {
+    auto check = [metadata = m_metadata](PlainLog& log) { metadata.requireEditable(log); };
+    const auto checked =
+        co_await attempt(onThreadOf(m_parts.threads, m_image.file, m_parts.log.console(), check));
+    if (!checked) {
         m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, recreated.words()));
-        recreated.rethrow();
+            u"[Analyzer] The model is not asked about %1, as no caption can be written: %2"_s.arg(
+                m_name, checked.words()));
+        checked.rethrow();
     }
-}
-
-QCoro::Task<> ImageGathering::readContext() {
-    const auto context = co_await attempt(m_metadata.readContext(m_parts.clock.timeZone()));
-    if (!context) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read context for %1: %2"_s.arg(m_name, context.words()));
-        context.rethrow();
-    }
-    m_image.context = *context;
-}
-
-QCoro::Task<> ImageGathering::readContextOrRecreate() {
-    const auto context = co_await attempt(m_metadata.readContext(m_parts.clock.timeZone()));
-    if (context) {
-        m_image.context = *context;
-        co_return;
-    }
-    if (!m_metadata.isEmbedded() && isPermissionFailure(context)) {
-        m_parts.log.print(
-            u"[Analyzer] Permission error reading XMP for %1, attempting to recreate..."_s.arg(m_name));
-        co_await recreateSidecar();
-        m_parts.log.print(u"[Analyzer] Recreated XMP sidecar for "_s + m_name);
-    }
-    co_await readContext();
-}
-
-QCoro::Task<> ImageGathering::readRightsAndCreator() {
-    const auto rights = co_await attempt(m_metadata.readRights());
-    const auto creator = co_await attempt(m_metadata.readCreator());
-    m_image.rights = rights.valueOr(std::nullopt);
-    m_creator = creator.valueOr(std::nullopt);
 }
 
 QCoro::Task<> ImageGathering::extractPreview() {
-    constexpr double longestSide = 1024; // pixels
-    constexpr double jpegQuality = 0.6;
-    constexpr double rawQuality = 0.85;
-    const double quality = m_metadata.isEmbedded() ? jpegQuality : rawQuality;
-    auto extract = [previewer = m_parts.previewer, file = m_image.file, quality] {
-        const std::optional<FileStamp> stamp = FileStamp::at(file); // of what is read, or of what was before
-        return std::pair(previewer.extractPreview(file, longestSide, quality), stamp);
+    auto extract = [file = m_image.file, isEmbedded = m_metadata.isEmbedded()] {
+        return render(file, isEmbedded);
     };
-    const auto jpeg = co_await attemptOffMainThread(extract);
-    if (!jpeg) {
+    QThreadPool* renderers = m_parts.threads.renderersOf(QFileInfo(m_image.file).path());
+    const auto picture = co_await attempt(onThreadPool(renderers, extract));
+    if (!picture) {
         m_parts.log.printAndAppend(
-            u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, jpeg.words()));
-        jpeg.rethrow();
+            u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
+        picture.rethrow();
     }
-    m_image.jpegData = jpeg->first;
-    m_image.decoded = jpeg->second;
+    m_image.source.picture = *picture;
 }
 
 QCoro::Task<> ImageGathering::gatherAudioNote() {
     m_image.audioTranscription = co_await transcribeAudioNote(m_parts, m_image.file);
+}
+
+void ImageGathering::say(const QStringList& lines) {
+    for (const QString& line : lines) {
+        m_parts.log.print(line);
+    }
 }
 
 } // namespace ostrelle

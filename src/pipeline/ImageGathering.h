@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Attempt.h"
+#include "metadata/ImageMetadata.h"
 #include "pipeline/AnalyzerParts.h"
-#include "pipeline/ImageMetadata.h"
 #include "pipeline/PreparedImage.h"
 
 #include <QCoroTask>
@@ -21,36 +22,53 @@ public:
 
     /// A RAW image has a sidecar from here on.
     QCoro::Task<> ensureSidecar();
-    /// Puts a new sidecar in the place of one that nobody may read.
+    /// Opens the metadata, unless they have been read. What goes wrong is left to the next two; does not
+    /// throw.
+    QCoro::Task<> open();
+    /// Takes the caption from what open() has read.
+    void takeCaption();
+    /// Both, with a new sidecar in the place of one that nobody may read.
     QCoro::Task<> readCaption();
     /// True when the image is to be left alone, which is said in the log: it has a caption, and captions are
     /// not to be overwritten.
     bool isFinished();
-    QCoro::Task<> readContext();
-    /// As readContext(), with a new sidecar in the place of one that nobody may read.
-    QCoro::Task<> readContextOrRecreate();
-    /// Whatever cannot be read stays unset.
-    QCoro::Task<> readRightsAndCreator();
+    /// Finds out whether the caption could be written.
+    QCoro::Task<> requireEditable();
     QCoro::Task<> extractPreview();
     /// A note that cannot be transcribed is left out.
     QCoro::Task<> gatherAudioNote();
 
+    /// What was read says of the context and of the rights, for the log.
+    void sayContext() { say(m_contextLines); }
+    void sayRights() { say(m_rightsLines); }
+
     const PreparedImage& image() const { return m_image; }
+    const ImageFacts& facts() const { return m_image.source.facts; }
     const QString& name() const { return m_name; }
     const ImageMetadata& metadata() const { return m_metadata; }
     /// Trimmed, and nothing before readCaption() and when there is none.
     const std::optional<QString>& caption() const { return m_caption; }
-    const std::optional<QString>& creator() const { return m_creator; }
+    /// Whether open() has read the metadata.
+    bool isRead() const { return m_reading && *m_reading; }
+    /// Whether open() has found no sidecar.
+    bool isSidecarMissing() const;
 
 private:
+    using Reading = Attempt<MetadataReading>;
+
+    bool isUnreadableSidecar() const;
     QCoro::Task<> recreateSidecar();
+    void takeFacts();
+    void say(const QStringList& lines);
 
     AnalyzerParts m_parts;
     QString m_name;
     ImageMetadata m_metadata;
     PreparedImage m_image;
+    std::optional<Reading> m_reading;
     std::optional<QString> m_caption;
-    std::optional<QString> m_creator;
+    QStringList m_contextLines;
+    QStringList m_rightsLines;
 };
 
 } // namespace ostrelle

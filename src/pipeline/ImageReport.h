@@ -3,6 +3,7 @@
 
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace ostrelle {
@@ -17,7 +18,8 @@ struct ImageReport {
 
     QString file;
     Outcome outcome = Outcome::failed;
-    QString reason; ///< why it was skipped or failed
+    QString reason;       ///< why it was skipped or failed
+    QStringList warnings; ///< what its caption was made without, a sentence each
     std::optional<QString> captionBefore;
     std::optional<QString> captionAfter;
     std::optional<QString> previewPath; ///< the copy of what the model saw

@@ -6,7 +6,8 @@
 #include "metadata/XmlDocument.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
-#include "pipeline/CodeReplacementsReading.h"
+#include "pipeline/CaptionWriting.h"
+#include "pipeline/FolderWork.h"
 #include "pipeline/PromptComposition.h"
 #include "platform/ApiKey.h"
 #include "platform/Files.h"
@@ -66,8 +67,14 @@ const WriteLines embeddedWrite = {
 
 } // namespace
 
-ImageRun::ImageRun(AnalyzerParts parts, QString file) : m_parts(parts), m_gathering(parts, file) {
+ImageRun::ImageRun(AnalyzerParts parts, QString file, std::optional<ImageFacts> seen)
+    : m_parts(parts), m_gathering(parts, file), m_seen(std::move(seen)) {
     m_report.file = std::move(file);
+}
+
+QCoro::Task<std::optional<QString>> ImageRun::peekCaption() {
+    co_await m_gathering.open();
+    co_return m_gathering.isRead() ? m_gathering.facts().caption : std::nullopt;
 }
 
 QCoro::Task<> ImageRun::execute() {
@@ -75,33 +82,46 @@ QCoro::Task<> ImageRun::execute() {
     co_await m_gathering.ensureSidecar();
     co_await m_gathering.readCaption();
     m_report.captionBefore = m_gathering.caption();
+    if (m_seen) {
+        requireSameFacts(m_gathering.facts(), *m_seen);
+    }
     if (m_gathering.isFinished()) {
         m_report.outcome = ImageReport::Outcome::skipped;
         m_report.reason = u"It already has a caption."_s;
         co_return;
     }
-    co_await m_gathering.readContext();
+    m_gathering.sayContext();
     co_await dumpSidecar();
-    co_await m_gathering.readRightsAndCreator();
-    const CodeReplacements roster = co_await readRoster(m_parts);
+    m_gathering.sayRights();
+    co_await requireEditable();
+    const RosterReading roster = co_await readRoster(m_parts);
+    m_report.warnings = roster.warnings;
     co_await m_gathering.extractPreview();
     co_await savePreview();
     co_await m_gathering.gatherAudioNote();
-    const QString prompt = co_await composeImagePrompt(m_parts, m_gathering.image(), roster);
-    logRequest(prompt, roster);
+    const QString prompt = co_await composeImagePrompt(m_parts, m_gathering.image(), roster.replacements);
+    logRequest(prompt, roster.replacements);
     const QString reply = co_await askModel(prompt);
     co_await acceptCaption(reply);
 }
 
 QCoro::Task<QString> ImageRun::composePrompt() {
-    const ImageMetadata& metadata = m_gathering.metadata();
-    if (metadata.isEmbedded() || QFileInfo::exists(metadata.sidecar())) {
-        co_await m_gathering.readCaption();
-        co_await m_gathering.readContext();
-        co_await m_gathering.readRightsAndCreator();
+    co_await m_gathering.open(); // an image that has no sidecar yet has no facts
+    if (!m_gathering.isSidecarMissing()) {
+        m_gathering.takeCaption();
+        m_gathering.sayContext();
+        m_gathering.sayRights();
     }
-    const CodeReplacements roster = co_await readRoster(m_parts);
-    co_return co_await composeImagePrompt(m_parts, m_gathering.image(), roster);
+    const RosterReading roster = co_await readRoster(m_parts);
+    co_return co_await composeImagePrompt(m_parts, m_gathering.image(), roster.replacements);
+}
+
+QCoro::Task<> ImageRun::requireEditable() {
+    const auto editable = co_await attempt(m_gathering.requireEditable());
+    if (!editable) {
+        m_isUnwritable = true;
+        editable.rethrow();
+    }
 }
 
 void ImageRun::requireKey() const {
@@ -114,16 +134,16 @@ void ImageRun::requireKey() const {
 /// For diagnosis only, also of a sidecar that lies beside a JPEG and is not used.
 QCoro::Task<> ImageRun::dumpSidecar() {
     const QString name = m_gathering.name();
-    const bool isEmbedded = m_gathering.metadata().isEmbedded();
-    auto dump = [sidecar = m_gathering.metadata().sidecar(), name, isEmbedded] {
+    auto dump = [metadata = m_gathering.metadata(), name] {
+        const QString sidecar = metadata.sidecar();
         if (QFileInfo::exists(sidecar)) {
             return sidecarDump(sidecar, name);
         }
-        return isEmbedded
+        return metadata.isEmbedded()
                    ? u"[Analyzer] JPEG file %1 has no XMP sidecar (will use embedded metadata)"_s.arg(name)
                    : QString();
     };
-    const auto text = co_await attemptOffMainThread(dump);
+    const auto text = co_await attempt(onThreadOf(m_parts.threads, m_report.file, dump));
     const QString line = text ? *text : u"[Analyzer] Failed to dump XMP for %1: %2"_s.arg(name, text.words());
     if (!line.isEmpty()) {
         m_parts.log.printAndAppend(line);
@@ -132,7 +152,7 @@ QCoro::Task<> ImageRun::dumpSidecar() {
 
 /// A copy to look at later; the run goes on without it.
 QCoro::Task<> ImageRun::savePreview() {
-    auto save = [previews = m_parts.previews, jpeg = m_gathering.image().jpegData, file = m_report.file] {
+    auto save = [previews = m_parts.previews, jpeg = m_gathering.image().jpegData(), file = m_report.file] {
         previews.save(jpeg, file);
         return previews.path(file);
     };
@@ -148,19 +168,19 @@ void ImageRun::logRequest(const QString& prompt, const CodeReplacements& roster)
     constexpr qsizetype tailCharacters = 500;
     AnalyzerLog& log = m_parts.log;
     const PreparedImage& image = m_gathering.image();
-    const std::optional<QString>& creator = m_gathering.creator();
-    log.appendToLog(contextIsEmpty(image.context)
+    const std::optional<QString>& creator = m_gathering.facts().creator;
+    log.appendToLog(contextIsEmpty(image.context())
                         ? u"[Analyzer] Context present: NO"_s
-                        : u"[Analyzer] Context present: YES — "_s + contextDescription(image.context));
+                        : u"[Analyzer] Context present: YES — "_s + contextDescription(image.context()));
     for (const QString& line : logLines(roster)) {
         log.appendToLog(line);
     }
     log.appendToLog(creator ? u"[Analyzer] XMP creator present: YES — "_s + *creator
                             : u"[Analyzer] XMP creator present: NO"_s);
-    if (image.rights) {
+    if (const std::optional<QString>& rights = image.rights()) {
         log.appendToLog(u"[Analyzer] XMP rights present: YES"_s);
-        log.appendToLog(u"[Analyzer] XMP rights FULL VALUE: \"%1\""_s.arg(*image.rights));
-        log.printAndAppend(u"[Analyzer] XMP rights will appear in Context as: Rights: "_s + *image.rights);
+        log.appendToLog(u"[Analyzer] XMP rights FULL VALUE: \"%1\""_s.arg(*rights));
+        log.printAndAppend(u"[Analyzer] XMP rights will appear in Context as: Rights: "_s + *rights);
     } else {
         log.appendToLog(u"[Analyzer] XMP rights present: NO"_s);
     }
@@ -174,7 +194,7 @@ void ImageRun::logRequest(const QString& prompt, const CodeReplacements& roster)
 }
 
 QCoro::Task<QString> ImageRun::askModel(QString prompt) {
-    const auto reply = co_await attempt(askForCaption(m_parts, m_gathering.image().jpegData, prompt));
+    const auto reply = co_await attempt(askForCaption(m_parts, m_gathering.image().jpegData(), prompt));
     if (!reply) {
         m_parts.log.printAndAppend(
             u"[Analyzer] OpenAI generateCaption failed for %1: %2"_s.arg(m_gathering.name(), reply.words()));
@@ -201,12 +221,12 @@ QCoro::Task<> ImageRun::acceptCaption(QString reply) {
             u"[Analyzer] WARNING: Model returned caption with placeholders unchanged for %1. "
             "Caption may need manual editing."_s.arg(m_gathering.name()));
     }
-    co_await writeCaption(caption);
+    co_await writeAndCheck(caption);
     m_report.outcome = ImageReport::Outcome::captioned;
     m_report.captionAfter = caption;
 }
 
-QCoro::Task<> ImageRun::writeCaption(QString caption) {
+QCoro::Task<> ImageRun::writeAndCheck(QString caption) {
     AnalyzerLog& log = m_parts.log;
     log.appendToLog(u"[Analyzer] About to write caption (%1 bytes) for %2: \"%3\""_s.arg(
         QString::number(caption.toUtf8().size()), m_gathering.name(), caption));
@@ -218,10 +238,8 @@ QCoro::Task<> ImageRun::writeCaption(QString caption) {
                               words(fileAccess.isGranted()), words(folderAccess.isGranted()))
                         : u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s);
     const WriteLines& lines = m_gathering.metadata().isEmbedded() ? embeddedWrite : sidecarWrite;
-    const QString before = co_await captionForLog();
-    log.appendToLog(lines.before + before);
-    const auto written =
-        co_await attempt(m_gathering.metadata().writeCaption(caption, m_gathering.image().decoded));
+    log.appendToLog(lines.before + m_gathering.caption().value_or(u"<nil>"_s));
+    const auto written = co_await attempt(writeCaption(m_parts, m_gathering.image(), caption));
     if (!written) {
         log.printAndAppend(lines.failed.arg(m_gathering.name(), written.words()));
         written.rethrow();
@@ -232,8 +250,11 @@ QCoro::Task<> ImageRun::writeCaption(QString caption) {
 }
 
 QCoro::Task<QString> ImageRun::captionForLog() {
-    const auto caption = co_await attempt(m_gathering.metadata().readCaption());
-    const std::optional<QString> text = caption.valueOr(std::nullopt);
+    auto read = [metadata = m_gathering.metadata(), zone = m_parts.clock.timeZone()] {
+        return metadata.read(zone);
+    };
+    const auto reading = co_await attempt(onThreadOf(m_parts.threads, m_report.file, read));
+    const std::optional<QString> text = reading ? reading->facts.caption : std::nullopt;
     co_return text ? text->trimmed() : u"<nil>"_s;
 }
 

@@ -2,12 +2,13 @@
 #pragma once
 
 #include "pipeline/AnalyzerParts.h"
-#include "pipeline/CodeReplacements.h"
+#include "pipeline/CodeReplacementsReading.h"
 #include "pipeline/ImageGathering.h"
 #include "pipeline/ImageReport.h"
 
 #include <QCoroTask>
 #include <QString>
+#include <optional>
 
 namespace ostrelle {
 
@@ -15,12 +16,18 @@ namespace ostrelle {
 /// Analyzer::analyzeImage() and what they hand on to each other. It lives on the frame that executes it.
 class ImageRun {
 public:
-    ImageRun(AnalyzerParts parts, QString file);
+    /// With the facts that a scan has read, the image is captioned only if they still are what it says.
+    ImageRun(AnalyzerParts parts, QString file, std::optional<ImageFacts> seen = {});
     ImageRun(const ImageRun&) = delete;
     ImageRun& operator=(const ImageRun&) = delete;
 
-    /// Throws what went wrong, an AnalyzerError with the code missingKey first of all.
+    /// Reads the metadata ahead of execute() and gives the caption; nothing when they cannot be read.
+    QCoro::Task<std::optional<QString>> peekCaption();
+    /// Throws what went wrong, an AnalyzerError with the code missingKey first of all, and OvertakenError
+    /// when the image is no longer what was seen, or what the model was asked about.
     QCoro::Task<> execute();
+    /// True when execute() has failed since no caption could be written.
+    bool isUnwritable() const { return m_isUnwritable; }
     /// The text that the model would be sent for the image as it is. Writes nothing and asks no model.
     QCoro::Task<QString> composePrompt();
     const ImageReport& report() const { return m_report; }
@@ -32,12 +39,15 @@ private:
     void logRequest(const QString& prompt, const CodeReplacements& roster);
     QCoro::Task<QString> askModel(QString prompt);
     QCoro::Task<> acceptCaption(QString reply);
-    QCoro::Task<> writeCaption(QString caption);
+    QCoro::Task<> requireEditable();
+    QCoro::Task<> writeAndCheck(QString caption);
     QCoro::Task<QString> captionForLog();
 
     AnalyzerParts m_parts;
     ImageGathering m_gathering;
+    std::optional<ImageFacts> m_seen;
     ImageReport m_report;
+    bool m_isUnwritable = false;
 };
 
 } // namespace ostrelle

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ManualSelection.h"
 
-#include "pipeline/ImageKind.h"
+#include "metadata/ImageKind.h"
 
 #include <QFileInfo>
 #include <QSet>

@@ -3,6 +3,9 @@
 
 #include "core/Attempt.h"
 #include "core/Text.h"
+#include "metadata/ImageMetadata.h"
+#include "metadata/SidecarPath.h"
+#include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"
 #include "platform/ApiKey.h"
 
@@ -67,8 +70,8 @@ QCoro::Task<> ManualSelectionRun::createSidecars(QStringList rawImages, HeldAcce
 
 QCoro::Task<bool> ManualSelectionRun::createSidecar(QString rawImage, HeldAccess* access) {
     const QString sidecar = sidecarPath(rawImage);
-    auto look = [sidecar] { return QFileInfo::exists(sidecar); };
-    if (co_await offMainThread(look)) {
+    auto look = [rawImage] { return QFileInfo::exists(findSidecar(rawImage)); };
+    if (co_await onThreadOf(m_parts.threads, rawImage, look)) {
         co_return false;
     }
     access->push_back(std::make_unique<ScopedAccess>(m_parts.access, sidecar));
@@ -76,8 +79,8 @@ QCoro::Task<bool> ManualSelectionRun::createSidecar(QString rawImage, HeldAccess
         m_parts.console.print(u"[MenuContentView] Started security-scoped access for XMP: "_s +
                               nameOf(sidecar));
     }
-    auto create = [xmp = m_parts.xmp, sidecar] { return xmp.createMissingSidecar(sidecar); };
-    const auto created = co_await attemptOffMainThread(create);
+    auto provide = [rawImage] { return ImageMetadata(rawImage).provideSidecar(); };
+    const auto created = co_await attempt(onThreadOf(m_parts.threads, rawImage, provide));
     if (!created) {
         m_parts.console.print(u"[MenuContentView] Could not pre-create XMP sidecar for %1: %2"_s.arg(
             nameOf(rawImage), created.words()));
@@ -99,8 +102,12 @@ QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionInTurn(QStrin
         co_return Ending::dismissed; // the program ends
     }
     begin(images.size());
-    const Ending ending = co_await captionAll(images);
+    const Ending ending = co_await captionAll(images, m_parts.clock.now());
     clearProgress();
+    if (ending == Ending::dismissed) {
+        m_parts.status.setLastMessage(
+            interruptionMessage(m_tally.success(), m_tally.failed(), images.size() - m_begun));
+    }
     if (ending != Ending::completed) {
         co_return ending;
     }
@@ -127,7 +134,7 @@ void ManualSelectionRun::begin(qint64 imageCount) {
     status.beginTimedRun(imageCount);
 }
 
-QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionAll(QStringList images) {
+QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionAll(QStringList images, QDateTime begun) {
     constexpr qsizetype size = BatchRun::mostImages;
     m_parts.console.print(
         u"[MenuContentView] Processing %1 selected file(s) in %2 batch(es)"_s.arg(images.size())
@@ -137,7 +144,7 @@ QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionAll(QStringLi
             co_return Ending::keyMissing;
         }
         const QStringList files = images.mid(start, size);
-        const QList<AnalyzedFile> results = co_await m_parts.analyzer.analyzeFiles(files, start);
+        const QList<AnalyzedFile> results = co_await m_parts.analyzer.analyzeFiles(files, start, begun);
         for (qsizetype index = 0; index < results.size(); ++index) {
             count(files.at(index), results.at(index));
         }
@@ -152,6 +159,7 @@ QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionAll(QStringLi
 }
 
 void ManualSelectionRun::count(const QString& image, const AnalyzedFile& result) {
+    m_begun += result.isBegun ? 1 : 0;
     if (result.success) {
         m_tally.addSuccess();
     }

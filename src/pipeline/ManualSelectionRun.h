@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/XMPWriter.h"
 #include "pipeline/Analyzer.h"
 #include "pipeline/ManualSelection.h"
 #include "pipeline/SelectionTally.h"
 #include "platform/Alerts.h"
 #include "platform/AppEvents.h"
+#include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
+#include "platform/FolderThreads.h"
 #include "platform/NotificationManager.h"
 #include "platform/PlainLog.h"
 #include "platform/Workspace.h"
 #include "state/StatusStore.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <memory>
@@ -34,8 +36,9 @@ struct ManualSelectionParts {
     NotificationManager& notifications;
     AppEvents& events;
     Workspace& workspace;
+    FolderThreads& threads;
+    Clock& clock;
     PlainLog& console;
-    XMPWriter xmp = {};
 };
 
 /// Grants that are held together.
@@ -67,7 +70,7 @@ private:
     QCoro::Task<bool> createSidecar(QString rawImage, HeldAccess* access);
     QCoro::Task<Ending> captionInTurn(QStringList images);
     void begin(qint64 imageCount);
-    QCoro::Task<Ending> captionAll(QStringList images);
+    QCoro::Task<Ending> captionAll(QStringList images, QDateTime begun);
     void count(const QString& image, const AnalyzedFile& result);
     void clearProgress();
     QCoro::Task<> askForKey();
@@ -78,6 +81,7 @@ private:
 
     ManualSelectionParts m_parts;
     SelectionTally m_tally;
+    qint64 m_begun = 0; ///< images
 };
 
 } // namespace ostrelle

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/XMPContext.h"
-#include "platform/FileStamp.h"
+#include "metadata/CaptionSource.h"
 
 #include <QByteArray>
 #include <QString>
@@ -13,12 +12,13 @@ namespace ostrelle {
 /// What was gathered of one image for the model.
 struct PreparedImage {
     QString file;
-    QByteArray jpegData;              ///< the rendition
-    std::optional<FileStamp> decoded; ///< the file as it was when the rendition was made of it
-    XMPContext context;
+    CaptionSource source;   ///< facts and picture, of which the caption is made
     QString defaultCaption; ///< the caption that the image has now, trimmed, or "No caption"
-    std::optional<QString> rights;
     std::optional<QString> audioTranscription;
+
+    const QByteArray& jpegData() const { return source.picture.rendition; }
+    const XMPContext& context() const { return source.facts.context; }
+    const std::optional<QString>& rights() const { return source.facts.rights; }
 };
 
 } // namespace ostrelle

@@ -19,6 +19,7 @@ bool ProcessingTracker::hasRecentlyFailed(const QString& name) const {
 void ProcessingTracker::begin(const QString& name) {
     m_processingFiles.insert(name);
     m_failedFiles.remove(name);
+    m_unwritable.remove(name);
 }
 
 void ProcessingTracker::finish(const QString& name, bool success) {
@@ -32,6 +33,19 @@ void ProcessingTracker::finish(const QString& name, bool success) {
 
 void ProcessingTracker::release(const QString& name) {
     leave(name);
+}
+
+void ProcessingTracker::setUnwritable(const QString& name, const EditConditions& conditions) {
+    m_unwritable.insert(name, conditions);
+}
+
+QSet<QString> ProcessingTracker::unwritable() const {
+    return {m_unwritable.keyBegin(), m_unwritable.keyEnd()};
+}
+
+bool ProcessingTracker::isUnwritable(const QString& name, const EditConditions& now) const {
+    const auto conditions = m_unwritable.constFind(name);
+    return conditions != m_unwritable.constEnd() && *conditions == now;
 }
 
 bool ProcessingTracker::hasLeftSince(const QString& name, quint64 departures) const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/EditConditions.h"
 #include "platform/Clock.h"
 
 #include <QHash>
@@ -35,6 +36,13 @@ public:
     /// The image is no longer in the works, and nothing has been tried.
     void release(const QString& name);
 
+    /// The image cannot be edited as things are.
+    void setUnwritable(const QString& name, const EditConditions& conditions);
+    /// The images that could not be edited when they were last tried.
+    QSet<QString> unwritable() const;
+    /// Whether the image could not be edited under just these conditions.
+    bool isUnwritable(const QString& name, const EditConditions& now) const;
+
     /// Counts the images that left the works. What a reader saw of an image before it left may be out of
     /// date: remember the count before reading, and ask hasLeftSince() before acting.
     quint64 departures() const { return m_departures; }
@@ -46,6 +54,7 @@ private:
     const Clock& m_clock;
     QSet<QString> m_processingFiles;
     QHash<QString, QDateTime> m_failedFiles;
+    QHash<QString, EditConditions> m_unwritable;
     QHash<QString, quint64> m_lastDepartures;
     quint64 m_departures = 0;
 };

@@ -19,8 +19,8 @@ PromptQuery promptQuery(const SettingsStore& settings) {
 
 CaptionFacts captionFacts(const PreparedImage& image, const SettingsStore& settings) {
     CaptionFacts facts;
-    facts.context = image.context;
-    facts.rights = image.rights;
+    facts.context = image.context();
+    facts.rights = image.rights();
     facts.defaultRightsFallback = settings.defaultRightsFallback();
     facts.captionStyle = settings.captionStyle();
     facts.sport = settings.sport();
@@ -33,18 +33,20 @@ CaptionFacts captionFacts(const PreparedImage& image, const SettingsStore& setti
 }
 
 QCoro::Task<QString> composeImagePrompt(AnalyzerParts parts, PreparedImage image, CodeReplacements roster) {
+    // The settings of one moment: who changes the sport meanwhile gets the rules and the facts of the old
+    // one.
     const PromptQuery query = promptQuery(parts.settings);
+    const CaptionFacts facts = captionFacts(image, parts.settings);
     const PromptTemplates templates = co_await parts.prompts.fetchPrompts(query);
     AnalyzerLog& log = parts.log;
-    log.appendToLog(image.context.event
-                        ? u"[Analyzer] ✓ Event found in context: '%1'"_s.arg(*image.context.event)
+    log.appendToLog(facts.context.event
+                        ? u"[Analyzer] ✓ Event found in context: '%1'"_s.arg(*facts.context.event)
                         : u"[Analyzer] ✗ WARNING: No event found in context"_s);
     if (roster.isTruncated()) {
         log.print(truncationWarning(roster));
         log.appendToLog(truncationLogLine(roster));
     }
-    co_return buildPrompt(captionFacts(image, parts.settings), query, templates, roster,
-                          parts.clock.timeZone());
+    co_return buildPrompt(facts, query, templates, roster, parts.clock.timeZone());
 }
 
 QCoro::Task<CaptionReply> askForCaption(AnalyzerParts parts, QByteArray jpeg, QString prompt) {

@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/SidecarCreation.h"
 
-#include "core/OffMainThread.h"
-
-#include <QFileInfo>
+#include "metadata/ImageMetadata.h"
+#include "pipeline/FolderWork.h"
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-QCoro::Task<> createSidecar(AnalyzerParts parts, QString file) {
-    const QFileInfo image(file);
-    auto look = [sidecar = sidecarPath(file)] { return QFileInfo::exists(sidecar); };
-    if (co_await offMainThread(look)) {
-        co_return;
-    }
-    const ScopedAccess fileAccess(parts.access, file);
-    const ScopedAccess folderAccess(parts.access, image.path());
-    auto create = [xmp = parts.xmp, sidecar = sidecarPath(file)] {
-        return xmp.createMissingSidecar(sidecar);
-    };
-    const bool isNew = co_await offMainThread(create);
+QCoro::Task<bool> createSidecar(FolderThreads& threads, FileAccess& access, PlainLog& console, QString file) {
+    const ScopedAccess fileAccess(access, file);
+    const ScopedAccess folderAccess(access, QFileInfo(file).path());
+    auto provide = [file] { return ImageMetadata(file).provideSidecar(); };
+    const bool isNew = co_await onThreadOf(threads, file, provide);
     if (isNew) {
-        parts.log.print(u"[Analyzer] Created XMP sidecar for "_s + image.fileName());
+        console.print(u"[Analyzer] Created XMP sidecar for "_s + QFileInfo(file).fileName());
     }
+    co_return isNew;
 }
 
 } // namespace ostrelle

@@ -23,6 +23,9 @@ struct AppFolders {
     /// Where it is kept which files have been captioned.
     QString manifestFile() const { return manifest + QStringLiteral("/processed_files.json"); }
 
+    /// Where it is settled which program captions an image.
+    QString claimsFile() const { return manifest + QStringLiteral("/claims"); }
+
     /// As the environment of this process says: XDG_CONFIG_HOME, XDG_DATA_HOME, XDG_CACHE_HOME,
     /// XDG_RUNTIME_DIR.
     static AppFolders ofDesktop();

@@ -32,7 +32,7 @@ Outcome apply(DefaultsFile& file, const QJsonObject& changes) {
     try {
         return Outcome::success(file.apply(changes));
     } catch (...) {
-        return Outcome::failure(std::current_exception());
+        return Outcome::failed(std::current_exception());
     }
 }
 

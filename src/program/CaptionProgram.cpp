@@ -6,14 +6,15 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
-    : notifications(given.notificationCenter, given.console)
+    : claims(given.folders.claimsFile())
+    , notifications(given.notificationCenter, given.console)
     , log(given.folders.data, given.console, clock)
     , previews(given.folders.data + u"/OpenAI_Previews"_s)
     , keychain(given.secrets, given.errors)
     , settings(given.settingsDefaults, keychain, references, given.console)
     , status(given.defaults, clock)
     , usage(given.defaults, clock, given.console)
-    , manifest(given.folders.manifestFile(), clock, given.console, given.events)
+    , manifest(given.folders.manifestFile(), threads, clock, given.console, given.events)
     , promptAccess(accessToPrompts(given.endpoints))
     , prompts(promptAccess, given.folders.promptCache + u"/prompt-cache.json"_s, given.console, clock)
     , openAI(given.endpoints.model, given.defaults, given.console, clock)
@@ -32,6 +33,8 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                 .events = given.events,
                 .clock = clock,
                 .turns = turns,
+                .threads = threads,
+                .claims = claims,
                 .progressLinger = given.progressLinger})
     , scan({.settings = settings,
             .manifest = manifest,
@@ -41,7 +44,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .threads = threads,
             .clock = clock,
             .log = given.console,
-            .captioning = [this](QString file) { return analyzer.captionInTurn(file); }})
+            .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); }})
     , autoMode({.settings = settings,
                 .status = status,
                 .defaults = given.defaults,

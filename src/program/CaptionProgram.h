@@ -3,6 +3,8 @@
 
 #include "pipeline/Analyzer.h"
 #include "platform/AppFolders.h"
+#include "platform/FolderThreads.h"
+#include "platform/ImageClaims.h"
 #include "platform/PathReferences.h"
 #include "platform/ServiceEndpoints.h"
 #include "platform/SystemClock.h"
@@ -45,6 +47,8 @@ public:
     QCoro::Task<> finishWork();
 
     SystemClock clock;
+    FolderThreads threads;
+    ImageClaims claims;
     UnsandboxedAccess access;
     PathReferences references;
     NotificationManager notifications;
@@ -62,7 +66,6 @@ public:
     CaptionTurns turns;
     Analyzer analyzer;
     ProcessingTracker tracker{clock};
-    FolderThreads threads;
     LocalFolderScan scan;
     AutoModeController autoMode;
 

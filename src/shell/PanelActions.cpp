@@ -19,6 +19,8 @@ QCoro::Task<> caption(ShellParts parts, QStringList files, HeldAccess access) {
                             .notifications = parts.notifications,
                             .events = parts.events,
                             .workspace = parts.workspace,
+                            .threads = parts.threads,
+                            .clock = parts.clock,
                             .console = parts.console});
     co_await run.execute(files, std::move(access));
 }

@@ -8,6 +8,7 @@
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
 #include "platform/FileChooser.h"
+#include "platform/FolderThreads.h"
 #include "platform/NotificationManager.h"
 #include "platform/PlainLog.h"
 #include "platform/Workspace.h"
@@ -15,7 +16,6 @@
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
-#include "transfer/FolderThreads.h"
 
 namespace ostrelle {
 

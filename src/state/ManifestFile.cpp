@@ -129,6 +129,16 @@ ManifestFile::Outcome ManifestFile::append(const QList<ProcessedFileEntry>& entr
     return {.foreign = std::exchange(m_foreign, {}), .isNothingLost = isNothingLost};
 }
 
+QList<ProcessedFileEntry> ManifestFile::refresh() {
+    const std::optional<Identity> identity = Identity::of(m_path);
+    if (!identity || identity == m_identity) {
+        return {};
+    }
+    takeInBytes(readFile(m_path, largestFile));
+    m_identity = identity;
+    return std::exchange(m_foreign, {});
+}
+
 /// Brings the memory of the file up to date. False when the file is damaged and could not be set aside.
 bool ManifestFile::takeIn() {
     const std::optional<Identity> identity = Identity::of(m_path);

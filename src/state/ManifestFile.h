@@ -34,6 +34,10 @@ public:
     /// Throws Error; the next call then writes these entries too.
     Outcome append(const QList<ProcessedFileEntry>& entries);
 
+    /// The entries that other processes have added since the last time. Throws Error; a file that is not
+    /// valid is left to append().
+    QList<ProcessedFileEntry> refresh();
+
 private:
     /// Tells whether the file is still the one that was last read or written.
     struct Identity {

@@ -18,6 +18,8 @@ using namespace Qt::StringLiterals;
 /// What the operations use. It lives on while one is under way, but its references may not be used any more
 /// once the manifest is gone.
 struct ProcessedFilesManifest::State {
+    ProcessedFilesManifest* owner;
+    FolderThreads& threads;
     Clock& clock;
     PlainLog& log;
     AppEvents& events;
@@ -30,6 +32,7 @@ struct ProcessedFilesManifest::State {
     bool isSaving = false;
     QList<ProcessedFileEntry> unsaved = {};             // for the next save
     std::shared_ptr<QPromise<void>> nextSave = nullptr; // ends with it; null when nobody wants one
+    QString savingFailure = {};
 
     void insert(const ProcessedFileEntry& entry) {
         entries.insert(entry);
@@ -59,6 +62,11 @@ struct ProcessedFilesManifest::State {
                   "kept already"_s);
         }
     }
+    void setSavingFailure(const QString& words) {
+        if (words != std::exchange(savingFailure, words) && isOpen) {
+            Q_EMIT owner->savingFailureChanged();
+        }
+    }
     void print(const QString& line) const {
         if (isOpen) {
             log.print(line);
@@ -66,10 +74,14 @@ struct ProcessedFilesManifest::State {
     }
 };
 
-ProcessedFilesManifest::ProcessedFilesManifest(const QString& path, Clock& clock, PlainLog& log,
-                                               AppEvents& events)
-    : m_state(std::make_shared<State>(State{
-          .clock = clock, .log = log, .events = events, .file = std::make_shared<ManifestFile>(path)})) {
+ProcessedFilesManifest::ProcessedFilesManifest(const QString& path, FolderThreads& threads, Clock& clock,
+                                               PlainLog& log, AppEvents& events)
+    : m_state(std::make_shared<State>(State{.owner = this,
+                                            .threads = threads,
+                                            .clock = clock,
+                                            .log = log,
+                                            .events = events,
+                                            .file = std::make_shared<ManifestFile>(path)})) {
     m_state->makeRoom(0);
     load(path);
 }
@@ -104,6 +116,27 @@ bool ProcessedFilesManifest::isProcessedByName(const QString& filename) const {
     return m_state->names.contains(filename);
 }
 
+QString ProcessedFilesManifest::savingFailure() const {
+    return m_state->savingFailure;
+}
+
+QCoro::Task<> ProcessedFilesManifest::refresh() {
+    const auto state = m_state;
+    if (state->isSaving) {
+        co_return; // the file is in its hands, and it takes in the same
+    }
+    state->isSaving = true;
+    const auto takeIn = [file = state->file] { return file->refresh(); };
+    const auto foreign = co_await attemptOffMainThread(takeIn);
+    state->isSaving = false;
+    if (foreign) {
+        state->takeOver({.foreign = *foreign});
+    }
+    if (state->nextSave) {
+        runSaves(state); // somebody has marked an image meanwhile
+    }
+}
+
 qsizetype ProcessedFilesManifest::count() const {
     return m_state->entries.size();
 }
@@ -111,7 +144,8 @@ qsizetype ProcessedFilesManifest::count() const {
 QCoro::Task<bool> ProcessedFilesManifest::isProcessed(QString file) {
     const auto state = m_state; // from the first await on, the manifest may be gone
     const auto read = [file] { return ProcessedFileEntry::of(file); };
-    const std::optional<ProcessedFileEntry> entry = co_await offMainThread(read);
+    QThreadPool* thread = state->threads.of(QFileInfo(file).path());
+    const std::optional<ProcessedFileEntry> entry = co_await onThreadPool(thread, read);
     co_return entry ? state->entries.contains(*entry) : state->names.contains(QFileInfo(file).fileName());
 }
 
@@ -120,7 +154,8 @@ QCoro::Task<> ProcessedFilesManifest::markProcessed(QString file) {
     const QString name = QFileInfo(file).fileName();
     const QDateTime now = state->clock.now();
     const auto read = [file] { return ProcessedFileEntry::of(file); };
-    const std::optional<ProcessedFileEntry> found = co_await offMainThread(read);
+    QThreadPool* thread = state->threads.of(QFileInfo(file).path());
+    const std::optional<ProcessedFileEntry> found = co_await onThreadPool(thread, read);
     if (!found) {
         state->print(u"[ProcessedFilesManifest] Warning: Could not read file attributes for "_s + name +
                      u", using filename only"_s);
@@ -163,6 +198,7 @@ QCoro::Task<> ProcessedFilesManifest::runSaves(std::shared_ptr<State> state) {
         } else {
             state->print(u"[ProcessedFilesManifest] Error saving manifest: "_s + saved.words());
         }
+        state->setSavingFailure(saved ? QString() : saved.words());
         promise->finish();
     }
     state->isSaving = false;

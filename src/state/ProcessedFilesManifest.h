@@ -3,10 +3,12 @@
 
 #include "platform/AppEvents.h"
 #include "platform/Clock.h"
+#include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
 #include "state/ProcessedFileEntry.h"
 
 #include <QCoroTask>
+#include <QObject>
 #include <QString>
 #include <memory>
 
@@ -14,16 +16,19 @@ namespace ostrelle {
 
 /// Remembers across runs which files have been captioned, by name, size and modification date, in one JSON
 /// file. It only grows. Several processes may share the file: a save adds to it what the others have not.
-/// For the thread of the event loop only; files are looked at and saved on worker threads.
-class ProcessedFilesManifest {
+/// For the thread of the event loop only; an image is looked at on its folder's thread.
+class ProcessedFilesManifest : public QObject {
+    Q_OBJECT
+
 public:
     /// Makes the file's folder and reads the file, which need not exist. A file that is not valid counts as
     /// empty; it is kept under another name beside it when the first save replaces it. The log says how many
     /// entries there are. All references must outlive the manifest.
-    ProcessedFilesManifest(const QString& path, Clock& clock, PlainLog& log, AppEvents& events);
+    ProcessedFilesManifest(const QString& path, FolderThreads& threads, Clock& clock, PlainLog& log,
+                           AppEvents& events);
     /// Marks that are under way are still saved as long as the event loop runs, but neither logged nor
     /// announced.
-    ~ProcessedFilesManifest();
+    ~ProcessedFilesManifest() override;
     ProcessedFilesManifest(const ProcessedFilesManifest&) = delete;
     ProcessedFilesManifest& operator=(const ProcessedFilesManifest&) = delete;
 
@@ -39,8 +44,18 @@ public:
     /// again with everything.
     QCoro::Task<> markProcessed(QString file);
 
+    /// Takes in what other programs have added to the file by now. Costs next to nothing when it is as it
+    /// was.
+    QCoro::Task<> refresh();
+
     /// How many entries there are.
     qsizetype count() const;
+
+    /// Why the last save failed; empty when all is saved.
+    QString savingFailure() const;
+
+Q_SIGNALS:
+    void savingFailureChanged();
 
 private:
     struct State;

@@ -5,12 +5,12 @@
 #include "core/TaskGroup.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
+#include "platform/FolderThreads.h"
 #include "platform/NotificationManager.h"
 #include "platform/PlainLog.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "transfer/AutoModeRequirements.h"
-#include "transfer/FolderThreads.h"
 #include "transfer/LocalFolderScan.h"
 #include "transfer/RemoteSource.h"
 

@@ -18,10 +18,10 @@ namespace {
 
 constexpr std::chrono::seconds startDelay{2};
 
-QList<SeenImage> seeAgain(const QString& folder, const QList<SeenImage>& images) {
+QList<SeenImage> seeAgain(const QString& folder, const QList<QueuedImage>& images) {
     QStringList names;
-    for (const SeenImage& image : images) {
-        names.append(image.name);
+    for (const QueuedImage& queued : images) {
+        names.append(queued.image.name);
     }
     return seeImages(folder, names);
 }
@@ -32,13 +32,14 @@ CaptionBatch::CaptionBatch(PlainLog& log)
     : tasks([&log](const QString& words) { log.print(u"[AppDelegate] A caption task failed: "_s + words); }) {
 }
 
-void CaptionQueue::add(const QString& folder, const QList<SeenImage>& images,
+void CaptionQueue::add(const QString& folder, const QList<QueuedImage>& images,
                        const std::shared_ptr<CaptionBatch>& batch) {
-    for (const SeenImage& image : images) {
-        m_parts.tracker.begin(image.name);
-        m_resting.insert(image.name);
+    for (const QueuedImage& queued : images) {
+        const QString& name = queued.image.name;
+        m_parts.tracker.begin(name);
+        m_resting.insert(name);
         ++batch->started;
-        say(u"→ Task started for "_s + image.name);
+        say(u"→ Task started for "_s + name);
     }
     batch->tasks.spawn(rest(folder, images, batch));
 }
@@ -51,7 +52,7 @@ void CaptionQueue::withdraw() {
     m_parts.turns.dismissImages();
 }
 
-QCoro::Task<> CaptionQueue::rest(QString folder, QList<SeenImage> images,
+QCoro::Task<> CaptionQueue::rest(QString folder, QList<QueuedImage> images,
                                  std::shared_ptr<CaptionBatch> batch) {
     const quint64 round = m_round;
     co_await attempt(m_parts.clock.sleep(startDelay));
@@ -68,50 +69,67 @@ QCoro::Task<> CaptionQueue::rest(QString folder, QList<SeenImage> images,
         co_return;
     }
     for (qsizetype index = 0; index < images.size(); ++index) {
-        begin(folder, images[index], now[index], batch);
+        begin(images[index], now[index], batch);
     }
 }
 
-void CaptionQueue::begin(const QString& folder, const SeenImage& queued, const SeenImage& now,
+void CaptionQueue::begin(const QueuedImage& queued, const SeenImage& now,
                          const std::shared_ptr<CaptionBatch>& batch) {
-    m_resting.remove(queued.name);
-    if (now.entry != queued.entry) {
+    const QString& name = queued.image.name;
+    m_resting.remove(name);
+    if (now.entry != queued.image.entry) {
         // A camera's or an ingest tool's half of an image would be captioned, or refused for a minute.
-        say(queued.name + u": Still being written, left for the next scan"_s);
-        m_parts.tracker.release(queued.name);
+        say(name + u": Still being written, left for the next scan"_s);
+        m_parts.tracker.release(name);
     } else if (now.entry && m_parts.manifest.isProcessed(*now.entry)) {
-        say(queued.name + u": Captioned by another run meanwhile"_s);
-        m_parts.tracker.release(queued.name);
+        say(name + u": Captioned by another run meanwhile"_s);
+        m_parts.tracker.release(name);
     } else {
-        batch->tasks.spawn(run(folder + u'/' + queued.name, batch));
+        batch->tasks.spawn(run(queued.request, batch));
     }
 }
 
-QCoro::Task<> CaptionQueue::run(QString file, std::shared_ptr<CaptionBatch> batch) {
-    const QString name = QFileInfo(file).fileName();
-    const CaptionResult result = co_await caption(file);
+QCoro::Task<> CaptionQueue::run(ImageRequest request, std::shared_ptr<CaptionBatch> batch) {
+    const QString name = QFileInfo(request.file).fileName();
+    const CaptionResult result = co_await caption(request);
     if (result == CaptionResult::notBegun) {
+        m_parts.tracker.release(name);
+        co_return;
+    }
+    if (result == CaptionResult::changed) {
+        say(name + u": Changed by another program meanwhile, left for the next scan"_s);
         m_parts.tracker.release(name);
         co_return;
     }
     const bool isDone = result == CaptionResult::done;
     say(u"→ analyzeSingle returned %1 for %2"_s.arg(isDone ? u"true"_s : u"false"_s, name));
-    // Recorded before it leaves the works: a scan that begins in between would know it from neither.
-    if (isDone) {
-        co_await attempt(m_parts.manifest.markProcessed(file));
-    }
-    m_parts.tracker.finish(name, isDone);
+    co_await finish(request.file, result);
     ++(isDone ? batch->processed : batch->failed);
     say(u"✓ Completed %1 - %2"_s.arg(name, isDone ? u"SUCCESS"_s : u"FAILED"_s));
 }
 
-QCoro::Task<CaptionResult> CaptionQueue::caption(QString file) {
+/// What became of an image is recorded before it leaves the works: a scan that begins in between would know
+/// it from neither.
+QCoro::Task<> CaptionQueue::finish(QString file, CaptionResult result) {
+    const QString name = QFileInfo(file).fileName();
+    if (result == CaptionResult::done) {
+        co_await attempt(m_parts.manifest.markProcessed(file));
+    } else if (result == CaptionResult::unwritable) {
+        auto look = [file] { return EditConditions::of(file); };
+        QThreadPool* thread = m_parts.threads.of(QFileInfo(file).path());
+        const EditConditions conditions = co_await onThreadPool(thread, look);
+        m_parts.tracker.setUnwritable(name, conditions);
+    }
+    m_parts.tracker.finish(name, result == CaptionResult::done);
+}
+
+QCoro::Task<CaptionResult> CaptionQueue::caption(ImageRequest request) {
     std::optional<ScopedAccess> access;
     if (const std::optional<QString> folder = m_parts.settings.ingestFolder()) {
         access.emplace(m_parts.access, *folder);
     }
-    say(u"→ Calling analyzeSingle for "_s + QFileInfo(file).fileName());
-    const auto result = co_await attempt(m_parts.captioning(file));
+    say(u"→ Calling analyzeSingle for "_s + QFileInfo(request.file).fileName());
+    const auto result = co_await attempt(m_parts.captioning(request));
     co_return result.valueOr(CaptionResult::failed);
 }
 

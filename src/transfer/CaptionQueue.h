@@ -14,6 +14,12 @@
 
 namespace ostrelle {
 
+/// An image as a scan has seen it, and what is to be done with it.
+struct QueuedImage {
+    SeenImage image;
+    ImageRequest request;
+};
+
 /// The images that one scan has queued.
 struct CaptionBatch {
     explicit CaptionBatch(PlainLog& log);
@@ -34,7 +40,7 @@ public:
 
     /// Each image is in the works until its task, which belongs to the batch, has ended. All must have an
     /// entry.
-    void add(const QString& folder, const QList<SeenImage>& images,
+    void add(const QString& folder, const QList<QueuedImage>& images,
              const std::shared_ptr<CaptionBatch>& batch);
 
     /// Gives back all images that still rest, as if they had never been queued. Those that are being
@@ -44,11 +50,11 @@ public:
     quint64 round() const { return m_round; }
 
 private:
-    QCoro::Task<> rest(QString folder, QList<SeenImage> images, std::shared_ptr<CaptionBatch> batch);
-    void begin(const QString& folder, const SeenImage& queued, const SeenImage& now,
-               const std::shared_ptr<CaptionBatch>& batch);
-    QCoro::Task<> run(QString file, std::shared_ptr<CaptionBatch> batch);
-    QCoro::Task<CaptionResult> caption(QString file);
+    QCoro::Task<> rest(QString folder, QList<QueuedImage> images, std::shared_ptr<CaptionBatch> batch);
+    void begin(const QueuedImage& queued, const SeenImage& now, const std::shared_ptr<CaptionBatch>& batch);
+    QCoro::Task<> run(ImageRequest request, std::shared_ptr<CaptionBatch> batch);
+    QCoro::Task<> finish(QString file, CaptionResult result);
+    QCoro::Task<CaptionResult> caption(ImageRequest request);
     void say(const QString& words);
 
     LocalScanParts m_parts;

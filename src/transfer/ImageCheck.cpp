@@ -3,11 +3,9 @@
 
 #include "core/Error.h"
 #include "core/Text.h"
+#include "metadata/ImageMetadata.h"
 #include "pipeline/CaptionAcceptance.h"
-#include "pipeline/ImageKind.h"
-#include "platform/KeptLines.h"
 
-#include <QFileInfo>
 #include <exception>
 
 namespace ostrelle {
@@ -15,12 +13,9 @@ namespace ostrelle {
 namespace {
 
 /// False when there is no sidecar.
-bool provideSidecar(const QString& sidecar, const XMPWriter& xmp, ImageCheck& check) {
-    if (QFileInfo::exists(sidecar)) {
-        return true;
-    }
+bool provideSidecar(const ImageMetadata& metadata, ImageCheck& check) {
     try {
-        check.isSidecarNew = xmp.createMissingSidecar(sidecar);
+        check.isSidecarNew = metadata.provideSidecar();
         return true;
     } catch (const std::exception& error) {
         check.sidecarFailure = describe(error);
@@ -28,22 +23,27 @@ bool provideSidecar(const QString& sidecar, const XMPWriter& xmp, ImageCheck& ch
     }
 }
 
-std::optional<QString> readCaption(const QString& path, const XMPWriter& xmp, PlainLog& log) {
+/// What cannot be read has no caption; the image's run says why.
+MetadataReading readOrNothing(const ImageMetadata& metadata, const QTimeZone& zone, ImageCheck& check) {
     try {
-        return isJpegImage(path) ? xmp.readEmbeddedCaption(path, log)
-                                 : xmp.readDefaultCaption(sidecarPath(path));
+        MetadataReading reading = metadata.read(zone);
+        if (!check.isSidecarNew) {
+            check.facts = reading.facts;
+        }
+        return reading;
     } catch (const std::exception&) {
-        return std::nullopt;
+        return {};
     }
 }
 
-ImageCheck checkImage(const QString& path, const SeenImage& image, const XMPWriter& xmp) {
+ImageCheck checkImage(const QString& path, const SeenImage& image, const QTimeZone& zone) {
+    const ImageMetadata metadata(path);
     ImageCheck check;
     check.image = image;
-    if (isJpegImage(path) || provideSidecar(sidecarPath(path), xmp, check)) {
-        KeptLines log;
-        check.caption = CaptionJudgement::of(readCaption(path, xmp, log));
-        check.readerLines = log.lines();
+    if (provideSidecar(metadata, check)) {
+        const MetadataReading reading = readOrNothing(metadata, zone, check);
+        check.caption = CaptionJudgement::of(reading.facts.caption);
+        check.readerLines = reading.captionLines;
     }
     return check;
 }
@@ -59,11 +59,11 @@ CaptionJudgement CaptionJudgement::of(const std::optional<QString>& caption) {
     return {.verdict = verdict, .characters = characterCount(trimmed)};
 }
 
-QList<ImageCheck> checkImages(const QString& folder, const QList<SeenImage>& images, XMPWriter xmp) {
+QList<ImageCheck> checkImages(const QString& folder, const QList<SeenImage>& images, const QTimeZone& zone) {
     QList<ImageCheck> checks;
     checks.reserve(images.size());
     for (const SeenImage& image : images) {
-        checks.append(checkImage(folder + u'/' + image.name, image, xmp));
+        checks.append(checkImage(folder + u'/' + image.name, image, zone));
     }
     return checks;
 }

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/XMPWriter.h"
+#include "metadata/ImageFacts.h"
 #include "transfer/SeenImage.h"
 
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QTimeZone>
 #include <optional>
 
 namespace ostrelle {
@@ -31,11 +32,14 @@ struct ImageCheck {
     bool isSidecarNew = false;
     std::optional<QString> sidecarFailure; ///< why there is no sidecar, and none could be made
     CaptionJudgement caption;
+    /// What the metadata say; nothing when they could not be read or the sidecar is new: whatever the ingest
+    /// tool writes in its place is no edit of a caption.
+    std::optional<ImageFacts> facts;
     QStringList readerLines; ///< what the reader of the caption has for the log
 };
 
-/// Makes the missing sidecars of RAW images and reads the captions. An image whose caption cannot be read has
-/// none. Never throws; for worker threads.
-QList<ImageCheck> checkImages(const QString& folder, const QList<SeenImage>& images, XMPWriter xmp);
+/// Makes the missing sidecars of RAW images and reads the metadata. An image whose caption cannot be read has
+/// none. Dates that are days are those of the zone. Never throws; for worker threads.
+QList<ImageCheck> checkImages(const QString& folder, const QList<SeenImage>& images, const QTimeZone& zone);
 
 } // namespace ostrelle

@@ -57,6 +57,7 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
     }
     const ScopedAccess access(m_parts.access, folder);
     m_lookedThrough.insert(folder, scan.round);
+    co_await m_parts.manifest.refresh(); // other programs may caption in the folder, too
     const auto done = co_await attempt(lookThrough(&scan));
     if (m_lookedThrough.value(folder) == scan.round) {
         m_lookedThrough.remove(folder);
@@ -95,7 +96,10 @@ QCoro::Task<> LocalFolderScan::lookThrough(Scan* scan) {
 
 QCoro::Task<> LocalFolderScan::look(Scan* scan, QStringList names) {
     QThreadPool* thread = m_parts.threads.of(scan->folder);
-    auto see = [folder = scan->folder, names] { return seeImages(folder, names); };
+    const QDateTime seenAt = m_parts.clock.now();
+    auto see = [folder = scan->folder, names, unwritable = m_parts.tracker.unwritable()] {
+        return seeImages(folder, names, unwritable);
+    };
     QList<SeenImage> images = co_await onThreadPool(thread, see);
     if (isOvertaken(*scan)) {
         co_return;
@@ -104,20 +108,22 @@ QCoro::Task<> LocalFolderScan::look(Scan* scan, QStringList names) {
     if (images.isEmpty()) {
         co_return;
     }
-    auto check = [folder = scan->folder, images, xmp = m_parts.xmp] {
-        return checkImages(folder, images, xmp);
+    auto check = [folder = scan->folder, images, zone = m_parts.clock.timeZone()] {
+        return checkImages(folder, images, zone);
     };
     const QList<ImageCheck> checks = co_await onThreadPool(thread, check);
     if (isOvertaken(*scan)) {
         co_return;
     }
-    QList<SeenImage> queued;
+    QList<QueuedImage> queued;
     for (const ImageCheck& checked : checks) {
         // Once more: since it was read, an image may have come into the works, or been through them.
         if (!isLeftAlone(*scan, checked.image) && needsCaption(*scan, checked)) {
             say(u"  ✓ Queuing %1 for processing"_s.arg(checked.image.name));
             ++scan->counts.toProcess;
-            queued.append(checked.image);
+            const QString file = scan->folder + u'/' + checked.image.name;
+            queued.append({.image = checked.image,
+                           .request = {.file = file, .seenAt = seenAt, .facts = checked.facts}});
         }
     }
     if (!queued.isEmpty()) {
@@ -142,6 +148,10 @@ bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {
     }
     if (tracker.hasRecentlyFailed(image.name)) {
         sayOf(image.name, u"Recently failed, skipping"_s);
+        return true;
+    }
+    if (image.conditions && tracker.isUnwritable(image.name, *image.conditions)) {
+        sayOf(image.name, u"Cannot be edited, left alone until it or its folder changes"_s);
         return true;
     }
     if (!image.entry) { // no sidecar may be made for an image that is not there

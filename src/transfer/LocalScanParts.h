@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/XMPWriter.h"
 #include "pipeline/CaptionResult.h"
 #include "pipeline/CaptionTurns.h"
+#include "pipeline/ImageRequest.h"
 #include "pipeline/ProcessingTracker.h"
 #include "platform/Clock.h"
 #include "platform/FileAccess.h"
+#include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
 #include "state/ProcessedFilesManifest.h"
 #include "state/SettingsStore.h"
-#include "transfer/FolderThreads.h"
 
 #include <QCoroTask>
 #include <QString>
@@ -18,8 +18,8 @@
 
 namespace ostrelle {
 
-/// Captions one image. Analyzer::captionInTurn() in the program.
-using Captioning = std::function<QCoro::Task<CaptionResult>(QString file)>;
+/// Captions one image. Analyzer::captionWatched() in the program.
+using Captioning = std::function<QCoro::Task<CaptionResult>(ImageRequest request)>;
 
 /// What the local scan works with. All of it has to outlive the scan and its tasks.
 struct LocalScanParts {
@@ -32,7 +32,6 @@ struct LocalScanParts {
     Clock& clock;
     PlainLog& log;
     Captioning captioning;
-    XMPWriter xmp = {};
 };
 
 } // namespace ostrelle

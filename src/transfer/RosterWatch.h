@@ -2,8 +2,8 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/FolderThreads.h"
 #include "state/SettingsStore.h"
-#include "transfer/FolderThreads.h"
 
 #include <QCoroTask>
 #include <QObject>

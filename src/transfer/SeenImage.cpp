@@ -3,11 +3,15 @@
 
 namespace ostrelle {
 
-QList<SeenImage> seeImages(const QString& folder, const QStringList& names) {
+QList<SeenImage> seeImages(const QString& folder, const QStringList& names, const QSet<QString>& unwritable) {
     QList<SeenImage> images;
     images.reserve(names.size());
     for (const QString& name : names) {
-        images.append({name, ProcessedFileEntry::of(folder + u'/' + name)});
+        const QString path = folder + u'/' + name;
+        images.append({.name = name, .entry = ProcessedFileEntry::of(path)});
+        if (unwritable.contains(name)) {
+            images.last().conditions = EditConditions::of(path);
+        }
     }
     return images;
 }

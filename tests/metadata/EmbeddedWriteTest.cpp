@@ -216,18 +216,6 @@ TEST(EmbeddedWrite, RefusesWhatItCouldOnlyHarm) {
     }
 }
 
-TEST(EmbeddedWrite, DecodesAFileThatIsNotTheOneThatWasDecoded) {
-    const QByteArray jpeg = jpegWith("");
-    ImageFile file(jpeg);
-    const std::optional<FileStamp> decoded = FileStamp::at(file.path());
-    RecordingLog log;
-    XMPWriter().writeEmbeddedCaption(caption, file.path(), log, decoded);
-    EXPECT_EQ(XMPWriter().readEmbeddedCaption(file.path(), log), caption);
-    file.write(jpeg.first(jpeg.size() / 2));
-    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, file.path(), log, decoded), XMPError);
-    EXPECT_EQ(file.bytes().size(), jpeg.size() / 2);
-}
-
 TEST(EmbeddedWrite, RefusesAPictureThatCannotBeDecoded) {
     RecordingLog log;
     const QByteArray jpeg = jpegWith("");

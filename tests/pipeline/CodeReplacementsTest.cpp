@@ -148,7 +148,7 @@ TEST(CodeReplacements, AreDiscoveredUnderThreeNames) {
 
 class RosterTest : public PipelineTest {
 protected:
-    CodeReplacements read() { return await(readRoster(parts)); }
+    CodeReplacements read() { return await(readRoster(parts)).replacements; }
 };
 
 TEST_F(RosterTest, IsReadFromTheSelectedFileAndElseFromTheIngestFolder) {

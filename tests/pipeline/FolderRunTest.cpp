@@ -323,7 +323,8 @@ TEST_F(FolderRunTest, WhenTheProgramEndsTheCaptionsInHandAreWritten) {
     drive(std::move(folderRun));
     await(std::move(idle));
     EXPECT_EQ(requestSizes(), (QList<std::pair<qsizetype, int>>{{10, 2000}}));
-    EXPECT_EQ(status.lastMessage(), u"Done. Processed: 10, Failed: 0."_s);
+    EXPECT_EQ(status.lastMessage(), u"Interrupted. Captioned: 10, failed: 0, not begun: 2."_s);
+    EXPECT_TRUE(notificationCenter.posted.isEmpty());
     EXPECT_EQ(manifest.count(), 10);
 }
 

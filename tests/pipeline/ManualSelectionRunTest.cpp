@@ -89,6 +89,8 @@ protected:
                                         .notifications = notifications,
                                         .events = events,
                                         .workspace = workspace,
+                                        .threads = threads,
+                                        .clock = clock,
                                         .console = console};
     QSignalSpy settingsShown{&events, &AppEvents::showSettingsWindow};
     QSignalSpy timed{&status, &StatusStore::batchFinished};

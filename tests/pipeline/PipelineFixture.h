@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/SidecarPath.h"
+#include "metadata/XMPWriter.h"
 #include "pipeline/Analyzer.h"
 #include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
@@ -179,6 +181,8 @@ protected:
 
     UnprivilegedFolder folder;
     VirtualClock clock;
+    FolderThreads threads;
+    ImageClaims claims{folder.filePath(QStringLiteral("manifest/claims"))};
     RecordingLog console;
     MemoryDefaults defaults;
     MemorySecrets secrets;
@@ -199,8 +203,8 @@ protected:
     PreviewCopies previews{folder.filePath(QStringLiteral("data/OpenAI_Previews"))};
     RecordingNotifications notificationCenter;
     NotificationManager notifications{notificationCenter, console};
-    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), clock,
-                                    console, events};
+    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), threads,
+                                    clock, console, events};
     CaptionTurns turns;
     AnalyzerParts parts{.settings = settings,
                         .status = status,
@@ -216,7 +220,9 @@ protected:
                         .notifications = notifications,
                         .events = events,
                         .clock = clock,
-                        .turns = turns};
+                        .turns = turns,
+                        .threads = threads,
+                        .claims = claims};
     Analyzer analyzer{parts};
     QList<ImageReport> reports;
 };

@@ -36,15 +36,16 @@ struct ProgramWorld : ShellWorld {
 
     ProcessingTracker tracker{clock};
     NoSource remote;
-    LocalFolderScan scan{{.settings = settings,
-                          .manifest = manifest,
-                          .tracker = tracker,
-                          .access = access,
-                          .turns = turns,
-                          .threads = threads,
-                          .clock = clock,
-                          .log = console,
-                          .captioning = [this](QString file) { return analyzer.captionInTurn(file); }}};
+    LocalFolderScan scan{
+        {.settings = settings,
+         .manifest = manifest,
+         .tracker = tracker,
+         .access = access,
+         .turns = turns,
+         .threads = threads,
+         .clock = clock,
+         .log = console,
+         .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); }}};
     AutoModeController autoMode{{.settings = settings,
                                  .status = status,
                                  .defaults = defaults,

@@ -60,6 +60,8 @@ public:
 struct ShellWorld {
     QTemporaryDir folder;
     VirtualClock clock;
+    FolderThreads threads;
+    ImageClaims claims{folder.filePath(QStringLiteral("manifest/claims"))};
     RecordingLog console;
     MemoryDefaults defaults;
     MemorySecrets secrets;
@@ -75,8 +77,8 @@ struct ShellWorld {
     SettingsStore settings{defaults, keychain, references, console};
     StatusStore status{defaults, clock};
     UsageTracker usage{defaults, clock, console};
-    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), clock,
-                                    console, events};
+    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), threads,
+                                    clock, console, events};
     OpenAIClient openAI{QUrl(QStringLiteral("http://127.0.0.1:9")), defaults, console, clock};
     PromptServer promptServer{{}, builtInTemplates()};
     PromptService prompts{
@@ -84,7 +86,6 @@ struct ShellWorld {
     AnalyzerLog log{folder.filePath(QStringLiteral("data")), console, clock};
     PreviewCopies previews{folder.filePath(QStringLiteral("data/OpenAI_Previews"))};
     CaptionTurns turns;
-    FolderThreads threads;
     Analyzer analyzer{{.settings = settings,
                        .status = status,
                        .usage = usage,
@@ -99,7 +100,9 @@ struct ShellWorld {
                        .notifications = notifications,
                        .events = events,
                        .clock = clock,
-                       .turns = turns}};
+                       .turns = turns,
+                       .threads = threads,
+                       .claims = claims}};
     ShellParts parts{.settings = settings,
                      .status = status,
                      .usage = usage,

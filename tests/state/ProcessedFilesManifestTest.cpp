@@ -37,7 +37,7 @@ protected:
     void start() {
         manifest.reset();
         log.lines.clear();
-        manifest = std::make_unique<ProcessedFilesManifest>(path, clock, log, events);
+        manifest = std::make_unique<ProcessedFilesManifest>(path, threads, clock, log, events);
     }
     /// A picture of six bytes from 26 October 2024, 19:02:33.25 UTC.
     QString makePicture(const QString& name) const {
@@ -58,11 +58,12 @@ protected:
 
     QTemporaryDir folder;
     QString path = folder.filePath(u"share/Ostrelle Captions/processed_files.json"_s);
+    FolderThreads threads;
     VirtualClock clock;
     RecordingLog log;
     AppEvents events;
     std::unique_ptr<ProcessedFilesManifest> manifest =
-        std::make_unique<ProcessedFilesManifest>(path, clock, log, events);
+        std::make_unique<ProcessedFilesManifest>(path, threads, clock, log, events);
 };
 
 /// Counts how often a file is renamed over the path.
@@ -220,7 +221,7 @@ TEST_F(ProcessedFilesManifestTest, MarksDuringASaveShareTheNextOne) {
 TEST_F(ProcessedFilesManifestTest, LearnsWhatAnotherProcessHasMarked) {
     mark(makePicture(u"a.CR3"_s));
     RecordingLog otherLog;
-    ProcessedFilesManifest other(path, clock, otherLog, events);
+    ProcessedFilesManifest other(path, threads, clock, otherLog, events);
     await(other.markProcessed(makePicture(u"b.CR3"_s)));
     EXPECT_FALSE(manifest->isProcessedByName(u"b.CR3"_s));
     mark(makePicture(u"c.CR3"_s));

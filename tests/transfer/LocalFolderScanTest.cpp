@@ -166,7 +166,7 @@ TEST_F(LocalScanTest, AnImageThatVanishesIsSkippedAndGetsNoSidecar) {
 
 TEST_F(LocalScanTest, AFailedImageRestsForAMinute) {
     write(u"a.JPG"_s);
-    captioning.failing.insert(u"a.JPG"_s);
+    captioning.results.insert(u"a.JPG"_s, CaptionResult::failed);
     runScan();
     EXPECT_TRUE(log.has(u"[AppDelegate]   → analyzeSingle returned false for a.JPG"_s));
     EXPECT_TRUE(log.has(u"[AppDelegate]   ✓ Completed a.JPG - FAILED"_s));
@@ -190,7 +190,7 @@ TEST_F(LocalScanTest, AFailedImageRestsForAMinute) {
 
 TEST_F(LocalScanTest, AClockSetBackDoesNotHoldAFailedImage) {
     write(u"a.JPG"_s);
-    captioning.failing.insert(u"a.JPG"_s);
+    captioning.results.insert(u"a.JPG"_s, CaptionResult::failed);
     runScan();
     clock.setNow(clock.now().addDays(-1));
     runScan();

@@ -14,8 +14,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QSemaphore>
-#include <QSet>
 #include <QtConcurrentRun>
 #include <functional>
 
@@ -41,8 +41,8 @@ class CaptioningStandIn {
 public:
     CaptioningStandIn(Clock& clock, CaptionTurns& turns) : m_clock(clock), m_turns(turns) {}
 
-    QCoro::Task<CaptionResult> caption(QString file) {
-        const QString name = QFileInfo(file).fileName();
+    QCoro::Task<CaptionResult> caption(ImageRequest request) {
+        const QString name = QFileInfo(request.file).fileName();
         const auto turn = co_await m_turns.imageTurn();
         if (!turn) {
             co_return CaptionResult::notBegun;
@@ -50,12 +50,12 @@ public:
         begun.append(name);
         co_await m_clock.sleep(duration);
         ended.append(name);
-        co_return failing.contains(name) ? CaptionResult::failed : CaptionResult::done;
+        co_return results.value(name, CaptionResult::done);
     }
 
     QStringList begun;
     QStringList ended;
-    QSet<QString> failing;
+    QHash<QString, CaptionResult> results; ///< other than done
     std::chrono::milliseconds duration{10};
 
 private:
@@ -162,20 +162,21 @@ protected:
     FolderThreads threads;
     KeychainHelper keychain{secrets, log};
     SettingsStore settings{defaults, keychain, references, log};
-    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("data/processed_files.json")), clock, log,
-                                    events};
+    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("data/processed_files.json")), threads,
+                                    clock, log, events};
     ProcessingTracker tracker{clock};
     CaptionTurns turns;
     CaptioningStandIn captioning{clock, turns};
-    LocalFolderScan scan{{.settings = settings,
-                          .manifest = manifest,
-                          .tracker = tracker,
-                          .access = access,
-                          .turns = turns,
-                          .threads = threads,
-                          .clock = clock,
-                          .log = log,
-                          .captioning = [this](QString file) { return captioning.caption(file); }}};
+    LocalFolderScan scan{
+        {.settings = settings,
+         .manifest = manifest,
+         .tracker = tracker,
+         .access = access,
+         .turns = turns,
+         .threads = threads,
+         .clock = clock,
+         .log = log,
+         .captioning = [this](ImageRequest request) { return captioning.caption(request); }}};
 };
 
 } // namespace ostrelle

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "pipeline/ImageKind.h"
+#include "metadata/ImageKind.h"
 
 #include <QFileInfo>
 #include <QStringList>

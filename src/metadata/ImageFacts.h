@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "metadata/XMPContext.h"
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace ostrelle {
+
+/// What an image's metadata say of it.
+struct ImageFacts {
+    std::optional<QString> caption; ///< untrimmed from a sidecar; nothing when no field for it is there
+    XMPContext context;
+    std::optional<QString> rights;  ///< trimmed
+    std::optional<QString> creator; ///< trimmed
+
+    friend bool operator==(const ImageFacts&, const ImageFacts&) = default;
+};
+
+/// The facts from one opening of the file that holds them, with what the log should say of each step.
+struct MetadataReading {
+    ImageFacts facts;
+    QStringList captionLines;
+    QStringList contextLines;
+    QStringList rightsLines;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/ImageMetadata.h"
+
+#include "metadata/EmbeddedCaptionWrite.h"
+#include "metadata/ImageKind.h"
+#include "metadata/SidecarPath.h"
+#include "metadata/XMPWriter.h"
+#include "platform/FileError.h"
+#include "platform/Files.h"
+#include "platform/WriteCheck.h"
+
+#include <fcntl.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstdio>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Throws FileError. Takes no other file's place.
+void setAside(const QString& sidecar) {
+    constexpr int mostCopies = 1000;
+    for (int number = 1; number <= mostCopies; ++number) {
+        const QString copy =
+            sidecar + u".unreadable"_s + (number == 1 ? QString() : u'.' + QString::number(number));
+        if (QFileInfo(copy).isSymLink() || QFileInfo::exists(copy)) {
+            continue;
+        }
+        if (std::rename(QFile::encodeName(sidecar).constData(), QFile::encodeName(copy).constData()) != 0) {
+            throw FileError(u"set aside"_s, sidecar, errno);
+        }
+        return;
+    }
+    throw FileError(u"set aside"_s, sidecar, EEXIST);
+}
+
+} // namespace
+
+ImageMetadata::ImageMetadata(QString image) : m_image(std::move(image)), m_isEmbedded(isJpegImage(m_image)) {}
+
+QString ImageMetadata::sidecar() const {
+    return findSidecar(m_image);
+}
+
+bool ImageMetadata::provideSidecar() const {
+    if (m_isEmbedded) {
+        return false;
+    }
+    const QString place = sidecar();
+    return !QFileInfo::exists(place) && XMPWriter().createMissingSidecar(place);
+}
+
+void ImageMetadata::replaceUnreadableSidecar() const {
+    const QString place = sidecar();
+    setAside(place);
+    XMPWriter().createMissingSidecar(place);
+}
+
+MetadataReading ImageMetadata::read(const QTimeZone& zone) const {
+    return m_isEmbedded ? XMPWriter().readEmbedded(m_image, zone) : XMPWriter().readSidecar(sidecar(), zone);
+}
+
+void ImageMetadata::requireEditable(PlainLog& log) const {
+    if (m_isEmbedded) {
+        requireEditableJpeg(m_image, log);
+        return;
+    }
+    const QString place = sidecar();
+    requireReplaceable(place);
+    XMPWriter().requireEditableSidecar(place);
+}
+
+void ImageMetadata::writeCaption(const QString& caption, const CaptionSource& source, PlainLog& log) const {
+    if (m_isEmbedded) {
+        XMPWriter().writeEmbeddedCaption(caption, m_image, log, source);
+        return;
+    }
+    const QString place = sidecar();
+    XMPWriter().writeDefaultCaption(caption, place, m_image, source);
+    touchFile(place);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "metadata/XMPContext.h"
+#include "metadata/XmlDocument.h"
+#include "platform/PlainLog.h"
+
+#include <QString>
+#include <QTimeZone>
+#include <optional>
+
+namespace ostrelle {
+
+// Which of a sidecar's elements count for what. The document has a root.
+
+/// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
+std::optional<QString> sidecarCaption(const XmlDocument& document);
+
+/// What is known of place, event and date. Dates in element form become days in the given zone.
+XMPContext sidecarContext(const XmlDocument& document, const QTimeZone& zone);
+
+/// The rights line in x-default, trimmed. Tells the log what it finds on the way.
+std::optional<QString> sidecarRights(const XmlDocument& document, PlainLog& log);
+
+/// The first creator, trimmed.
+std::optional<QString> sidecarCreator(const XmlDocument& document);
+
+} // namespace ostrelle

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/CaptionWriting.h"
+
+#include "metadata/ImageMetadata.h"
+#include "pipeline/FolderWork.h"
+
+namespace ostrelle {
+
+QCoro::Task<> writeCaption(AnalyzerParts parts, PreparedImage image, QString caption) {
+    auto write = [image, caption](PlainLog& log) {
+        ImageMetadata(image.file).writeCaption(caption, image.source, log);
+    };
+    co_await onThreadOf(parts.threads, image.file, parts.log.console(), write);
+}
+
+} // namespace ostrelle

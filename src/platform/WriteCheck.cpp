@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/WriteCheck.h"
+
+#include "platform/FileError.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstdint>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Grown metadata and the file system's own records.
+constexpr std::uint64_t reserve = 256 << 10;
+
+bool isWritable(const QByteArray& path) {
+    return ::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) == 0;
+}
+
+/// A file system that does not know its room has none to check.
+bool hasRoom(const QByteArray& folder, std::uint64_t bytes) {
+    struct statvfs room{};
+    return ::statvfs(folder.constData(), &room) != 0 || room.f_blocks == 0 ||
+           std::uint64_t{room.f_bavail} * room.f_frsize >= bytes;
+}
+
+} // namespace
+
+void requireReplaceable(const QString& path) {
+    const QFileInfo file(path);
+    const QString target = file.isSymLink() ? file.symLinkTarget() : path;
+    const QByteArray name = QFile::encodeName(target);
+    const QByteArray folder = QFile::encodeName(QFileInfo(target).path());
+    struct stat status{};
+    if (::stat(name.constData(), &status) != 0 || !isWritable(name) || !isWritable(folder)) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    if (!hasRoom(folder, static_cast<std::uint64_t>(status.st_size) + reserve)) {
+        throw FileError(u"write"_s, path, ENOSPC);
+    }
+}
+
+} // namespace ostrelle
