@@ -98,17 +98,13 @@ private:
     /// oldest writers left the prefix away; readers refuse a packet that has the attribute in both forms.
     void clearAbout(const XmlElement& description) {
         for (const XmlAttribute& attribute : description.attributes()) {
-            if (attribute.hasLocalName(u"about") && isRdfAttribute(description, attribute)) {
+            const bool isRdf = attribute.namespaceUri() == xmp::rdf && attribute.hasLocalName(u"about");
+            if (isRdf || attribute.isCalled(u"about")) {
                 m_editor.setAttributeValue(attribute, {});
                 return;
             }
         }
         m_editor.addAttribute(description, u"rdf:about=\"\""_s);
-    }
-
-    static bool isRdfAttribute(const XmlElement& element, const XmlAttribute& attribute) {
-        const QString prefix = attribute.prefix();
-        return prefix.isEmpty() || element.resolvePrefix(prefix) == QLatin1StringView(xmp::rdf);
     }
 
     /// Writes the caption below the subject; the result is the dc:description that holds it, if it was there.
@@ -133,10 +129,12 @@ private:
         }
     }
 
+    /// Old plain text would stand beside the list, where no reader knows it.
     void fill(const XmlElement& captionElement) {
+        m_editor.removeText(captionElement);
         const QList<XmlElement> alts = captionElement.children("Alt", xmp::rdf);
         if (alts.isEmpty()) {
-            m_editor.append(captionElement, altMarkup(m_caption));
+            addList(captionElement);
             return;
         }
         for (const XmlElement& surplus : alts.sliced(1)) {
@@ -148,6 +146,15 @@ private:
             } else {
                 m_editor.append(alts.first(), itemMarkup(language, m_caption));
             }
+        }
+    }
+
+    /// A list of another namespace that is written the same is foreign, but it must not be read first.
+    void addList(const XmlElement& captionElement) {
+        if (childWrittenAsAlt(captionElement)) {
+            m_editor.insertFirst(captionElement, altMarkup(m_caption));
+        } else {
+            m_editor.append(captionElement, altMarkup(m_caption));
         }
     }
 
@@ -188,6 +195,9 @@ private:
 };
 
 bool holdsCaption(const XmlDocument& document, const QString& caption) {
+    if (defaultCaption(document) != caption) { // as it will be read
+        return false;
+    }
     const XmlElement subject = describedSubject(document);
     const XmlElement element = subject ? subject.child("description", xmp::dc) : XmlElement();
     const XmlElement alt = element ? element.child("Alt", xmp::rdf) : XmlElement();

@@ -5,14 +5,6 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-bool isBlank(char16_t unit) {
-    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
-}
-
-} // namespace
-
 bool XmlAttribute::isSame(XmlSpan span, QStringView text) const {
     const qsizetype step = unitSize(m_encoding);
     if (span.size() != text.size() * step) {
@@ -30,10 +22,9 @@ QString XmlAttribute::decoded(XmlSpan span) const {
     return decodeXml(m_bytes.sliced(span.begin, span.size()), m_encoding);
 }
 
-QString XmlAttribute::prefix() const {
-    return m_localNameBegin == m_name.begin
-               ? QString()
-               : decoded({m_name.begin, m_localNameBegin - unitSize(m_encoding)});
+bool XmlAttribute::hasNamespace() const {
+    const XmlSpan prefix{m_name.begin, m_localNameBegin - unitSize(m_encoding)};
+    return m_localNameBegin != m_name.begin && !isSame(prefix, u"xmlns");
 }
 
 /// Written line ends and tabs are blanks (XML 1.0, section 3.3.3); characters given by reference stay.
@@ -41,7 +32,7 @@ QString XmlAttribute::value() const {
     QString text = decoded(m_value);
     text.replace("\r\n"_L1, " "_L1);
     for (QChar& character : text) {
-        if (isBlank(character.unicode())) {
+        if (isXmlBlank(character.unicode())) {
             character = u' ';
         }
     }
@@ -49,7 +40,11 @@ QString XmlAttribute::value() const {
 }
 
 XmlStartTagReader::XmlStartTagReader(QByteArrayView bytes, XmlSpan tag, XmlEncoding encoding)
-    : m_bytes(bytes), m_encoding(encoding), m_unitSize(unitSize(encoding)), m_at(tag.begin), m_end(tag.end) {
+    : m_bytes(bytes)
+    , m_encoding(encoding)
+    , m_unitSize(unitSize(encoding))
+    , m_at(tag.begin)
+    , m_end(tag.begin + tag.size() / m_unitSize * m_unitSize) {
     skipName(); // the element's own, with the bracket in front
 }
 
@@ -66,17 +61,22 @@ std::optional<XmlAttribute> XmlStartTagReader::next() {
     attribute.m_localNameBegin = m_colon < 0 ? attribute.m_name.begin : m_colon + m_unitSize;
     skipPast(u'=');
     skipBlanks();
+    if (m_at >= m_end) {
+        return std::nullopt;
+    }
     const char16_t quote = unit();
     m_at += m_unitSize;
     attribute.m_value.begin = m_at;
-    skipPast(quote);
+    if (!skipPast(quote)) {
+        return std::nullopt;
+    }
     attribute.m_value.end = m_at - m_unitSize;
     attribute.m_span.end = m_at;
     return attribute;
 }
 
 void XmlStartTagReader::skipBlanks() {
-    while (m_at < m_end && isBlank(unit())) {
+    while (m_at < m_end && isXmlBlank(unit())) {
         m_at += m_unitSize;
     }
 }
@@ -85,7 +85,7 @@ void XmlStartTagReader::skipName() {
     m_colon = -1;
     for (; m_at < m_end; m_at += m_unitSize) {
         const char16_t here = unit();
-        if (isBlank(here) || here == u'=' || here == u'>' || here == u'/') {
+        if (isXmlBlank(here) || here == u'=' || here == u'>' || here == u'/') {
             return;
         }
         if (here == u':') {
@@ -94,11 +94,13 @@ void XmlStartTagReader::skipName() {
     }
 }
 
-void XmlStartTagReader::skipPast(char16_t wanted) {
+bool XmlStartTagReader::skipPast(char16_t wanted) {
     while (m_at < m_end && unit() != wanted) {
         m_at += m_unitSize;
     }
-    m_at += m_unitSize;
+    const bool isThere = m_at < m_end;
+    m_at += isThere ? m_unitSize : 0;
+    return isThere;
 }
 
 } // namespace ostrelle

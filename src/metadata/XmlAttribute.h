@@ -26,8 +26,8 @@ public:
     bool isCalled(QStringView name) const { return isSame(m_name, name); }
     /// True when the name without its prefix is this ASCII text.
     bool hasLocalName(QStringView name) const { return isSame({m_localNameBegin, m_name.end}, name); }
-    /// The prefix as written; empty when there is none.
-    QString prefix() const;
+    /// Empty when the name has no prefix.
+    QByteArrayView namespaceUri() const { return m_namespaceUri; }
     /// The value, normalized and with its references resolved.
     QString value() const;
 
@@ -37,9 +37,12 @@ public:
     XmlSpan valueSpan() const { return m_value; }
 
 private:
+    friend class XmlElement;
     friend class XmlStartTagReader;
 
     XmlAttribute(QByteArrayView bytes, XmlEncoding encoding) : m_bytes(bytes), m_encoding(encoding) {}
+    /// True for a name with a prefix, unless it declares one itself.
+    bool hasNamespace() const;
     bool isSame(XmlSpan span, QStringView text) const;
     QString decoded(XmlSpan span) const;
 
@@ -49,9 +52,11 @@ private:
     XmlSpan m_name;
     qsizetype m_localNameBegin = 0;
     XmlSpan m_value;
+    QByteArrayView m_namespaceUri;
 };
 
-/// Walks over the attributes of a start tag that is known to be well formed.
+/// Walks over the attributes of a start tag. It never looks behind the tag's end, and ends before an
+/// attribute that is not whole.
 class XmlStartTagReader {
 public:
     /// `tag` is the place of the start tag in the document's bytes, which have to outlive the reader.
@@ -63,13 +68,14 @@ private:
     char16_t unit() const { return unitAt(m_bytes, m_at, m_encoding); }
     void skipBlanks();
     void skipName();
-    void skipPast(char16_t unit);
+    /// False when the unit is not in the rest of the tag.
+    bool skipPast(char16_t unit);
 
     QByteArrayView m_bytes;
     XmlEncoding m_encoding;
     qsizetype m_unitSize;
     qsizetype m_at;
-    qsizetype m_end;
+    qsizetype m_end;        ///< whole units from the begin
     qsizetype m_colon = -1; ///< in the name that was read last
 };
 

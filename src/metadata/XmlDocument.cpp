@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/XmlDocument.h"
 
+#include "metadata/XmlCharacterData.h"
 #include "metadata/XmlParser.h"
+
+#include <algorithm>
 
 namespace ostrelle {
 
@@ -117,10 +120,28 @@ QString XmlElement::text() const {
         QByteArrayView(m_document->m_text).sliced(node.textBegin, node.textEnd - node.textBegin));
 }
 
+QList<XmlSpan> XmlElement::textSpans() const {
+    const auto search = [this](qsizetype begin, qsizetype end) {
+        return characterDataIn(m_document->m_bytes, {begin, end}, m_document->m_encoding);
+    };
+    QList<XmlSpan> found;
+    qsizetype begin = content().begin;
+    for (XmlElement child = firstChild(); child; child = child.nextSibling()) {
+        found += search(begin, child.span().begin);
+        begin = child.span().end;
+    }
+    return found += search(begin, content().end);
+}
+
 QList<XmlAttribute> XmlElement::attributes() const {
     XmlStartTagReader reader(m_document->m_bytes, startTag(), m_document->m_encoding);
+    const std::vector<quint32>& namespaces = m_document->m_attributeNamespaces;
+    std::size_t place = m_document->m_nodes[m_index].firstNamespace;
     QList<XmlAttribute> all;
-    while (const std::optional<XmlAttribute> attribute = reader.next()) {
+    while (std::optional<XmlAttribute> attribute = reader.next()) {
+        if (attribute->hasNamespace() && place < namespaces.size()) {
+            attribute->m_namespaceUri = m_document->m_namespaces[namespaces[place++]];
+        }
         all.append(*attribute);
     }
     return all;
@@ -134,6 +155,14 @@ std::optional<QString> XmlElement::attribute(QStringView name) const {
         }
     }
     return std::nullopt;
+}
+
+std::optional<XmlAttribute> XmlElement::attribute(QStringView localName, QByteArrayView namespaceUri) const {
+    const QList<XmlAttribute> all = attributes();
+    const auto found = std::ranges::find_if(all, [&](const XmlAttribute& attribute) {
+        return attribute.namespaceUri() == namespaceUri && attribute.hasLocalName(localName);
+    });
+    return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
 std::optional<QString> XmlElement::resolvePrefix(const QString& prefix) const {

@@ -42,9 +42,13 @@ public:
 
     /// All character data below the element, joined.
     QString text() const;
+    /// Where character data stand between the element's children, unless they are nothing but blanks.
+    QList<XmlSpan> textSpans() const;
     QList<XmlAttribute> attributes() const;
     /// The value of the attribute of this qualified name.
     std::optional<QString> attribute(QStringView name) const;
+    /// The attribute of this name in this namespace.
+    std::optional<XmlAttribute> attribute(QStringView localName, QByteArrayView namespaceUri) const;
     /// The URI that a prefix stands for here.
     std::optional<QString> resolvePrefix(const QString& prefix) const;
 
@@ -66,6 +70,7 @@ public:
     static constexpr qint64 maximumSize = qint64{64} * 1024 * 1024;
     static constexpr int maximumDepth = 1000;
     static constexpr std::size_t maximumElements = 1'000'000;
+    static constexpr std::size_t maximumNamespaces = 100'000;
 
     /// Parses UTF-8, UTF-16, ISO-8859-1 or US-ASCII. Throws XmlError when the bytes are not well formed with
     /// their namespaces, declare a document type, or pass one of the limits above.
@@ -104,6 +109,7 @@ private:
         quint32 endTagEnd = 0;
         quint32 textBegin = 0;
         quint32 textEnd = 0;
+        quint32 firstNamespace = 0; ///< of its attributes with a prefix
     };
 
     std::vector<bool> matchingNames(QByteArrayView localName,
@@ -114,7 +120,9 @@ private:
     std::optional<XmlSpan> m_standaloneYes;
     std::vector<Name> m_names;
     std::vector<Node> m_nodes; ///< in document order
-    QByteArray m_text;         ///< all character data in UTF-8; each element owns a range of it
+    std::vector<QByteArray> m_namespaces;
+    std::vector<quint32> m_attributeNamespaces; ///< of each attribute with a prefix, in document order
+    QByteArray m_text; ///< all character data in UTF-8; each element owns a range of it
 };
 
 } // namespace ostrelle

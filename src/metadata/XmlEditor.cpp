@@ -9,6 +9,12 @@ void XmlEditor::detach(const XmlElement& element) {
     splice(element.span(), {});
 }
 
+void XmlEditor::removeText(const XmlElement& element) {
+    for (const XmlSpan& span : element.textSpans()) {
+        splice(span, {});
+    }
+}
+
 void XmlEditor::setContent(const XmlElement& element, const QString& markup) {
     m_changes[element.index()].content = markup;
 }

@@ -16,6 +16,9 @@ public:
 
     /// Takes the element and all below it out. The blanks around it stay.
     void detach(const XmlElement& element);
+    /// Takes the character data directly in the element out, unless they are nothing but blanks. Its comments
+    /// and child elements stay.
+    void removeText(const XmlElement& element);
     /// Puts markup in place of everything between the element's tags.
     void setContent(const XmlElement& element, const QString& markup);
     /// Adds markup behind the start tag, ahead of all other content.

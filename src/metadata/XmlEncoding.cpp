@@ -68,6 +68,10 @@ char16_t unitAt(QByteArrayView bytes, qsizetype offset, XmlEncoding encoding) {
     }
 }
 
+bool isXmlBlank(char16_t unit) {
+    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
+}
+
 QString decodeXml(QByteArrayView bytes, XmlEncoding encoding) {
     QStringDecoder decoder(qtEncoding(encoding), QStringConverter::Flag::Stateless);
     return decoder.decode(bytes);

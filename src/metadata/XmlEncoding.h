@@ -17,6 +17,9 @@ qsizetype unitSize(XmlEncoding encoding);
 /// The code unit that begins at the byte offset.
 char16_t unitAt(QByteArrayView bytes, qsizetype offset, XmlEncoding encoding);
 
+/// True for the four characters that XML takes for white space.
+bool isXmlBlank(char16_t unit);
+
 QString decodeXml(QByteArrayView bytes, XmlEncoding encoding);
 
 /// Markup in the document's encoding. Characters that the encoding lacks become character references.

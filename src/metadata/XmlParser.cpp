@@ -20,6 +20,18 @@ bool startsWithBytes(QByteArrayView bytes, QByteArrayView start) {
     return bytes.startsWith(start);
 }
 
+bool hasLoneSurrogate(QByteArrayView bytes, XmlEncoding encoding) {
+    bool isInPair = false;
+    for (qsizetype at = 0; unitSize(encoding) == 2 && at + 1 < bytes.size(); at += 2) {
+        const QChar unit = unitAt(bytes, at, encoding);
+        if (unit.isLowSurrogate() != isInPair) {
+            return true;
+        }
+        isInPair = unit.isHighSurrogate();
+    }
+    return isInPair;
+}
+
 } // namespace
 
 XmlParser::XmlParser(XmlDocument& document)
@@ -34,7 +46,10 @@ XmlParser::XmlParser(XmlDocument& document)
         self(data).refuse(u"it declares a document type, which no metadata needs"_s);
     });
     XML_SetElementHandler(
-        parser, [](void* data, const char* name, const char**) { self(data).handleStart(name); },
+        parser,
+        [](void* data, const char* name, const char** attributes) {
+            self(data).handleStart(name, attributes);
+        },
         [](void* data, const char*) { self(data).handleEnd(); });
     XML_SetCharacterDataHandler(
         parser, [](void* data, const char* text, int size) { self(data).handleText(text, size); });
@@ -46,17 +61,27 @@ void XmlParser::run() {
         throw XmlError(u"The XML was refused: it is larger than 64 MiB."_s);
     }
     settleEncoding({});
+    if (hasLoneSurrogate(bytes, m_document.m_encoding)) { // expat takes one and its neighbour for a character
+        throw XmlError(u"The XML is not well formed: it has half a character."_s);
+    }
     const XML_Status status =
         XML_Parse(m_parser.get(), bytes.constData(), static_cast<int>(bytes.size()), XML_TRUE);
-    const bool lacksRoot = XML_GetErrorCode(m_parser.get()) == XML_ERROR_NO_ELEMENTS;
-    if (!m_refusal.isEmpty() || (status != XML_STATUS_OK && !lacksRoot)) {
+    if (!m_refusal.isEmpty() || (status != XML_STATUS_OK && !lacksRoot())) {
         throw XmlError(failure());
     }
+}
+
+/// expat has one error for a document without any element and for one that ends inside an element.
+bool XmlParser::lacksRoot() const {
+    return XML_GetErrorCode(m_parser.get()) == XML_ERROR_NO_ELEMENTS && m_document.m_nodes.empty();
 }
 
 QString XmlParser::failure() const {
     if (!m_refusal.isEmpty()) {
         return u"The XML was refused: %1."_s.arg(m_refusal);
+    }
+    if (!m_open.empty() && XML_GetErrorCode(m_parser.get()) == XML_ERROR_NO_ELEMENTS) {
+        return u"The XML is not well formed: it ends inside an element."_s;
     }
     XML_Parser parser = m_parser.get();
     return u"The XML is not well formed: %1 (line %2, column %3)."_s.arg(
@@ -70,15 +95,15 @@ void XmlParser::refuse(const QString& reason) {
     XML_StopParser(m_parser.get(), XML_FALSE);
 }
 
-/// A byte-order mark or a zero byte in the first character tells UTF-16 (XML 1.0, appendix F); anything
-/// else is what the declaration says.
+/// A byte-order mark or a zero byte in the first character tells UTF-16, as it does for expat: a document
+/// begins with ASCII, be it a bracket or a blank. Anything else is what the declaration says.
 void XmlParser::settleEncoding(QByteArrayView declared) {
     const QByteArrayView bytes = m_document.m_bytes;
     const QByteArray name = declared.toByteArray().toUpper();
-    if (startsWithBytes(bytes, "\xFF\xFE") || startsWithBytes(bytes, QByteArrayView("<\0", 2))) {
-        m_document.m_encoding = XmlEncoding::utf16LittleEndian;
-    } else if (startsWithBytes(bytes, "\xFE\xFF") || startsWithBytes(bytes, QByteArrayView("\0<", 2))) {
+    if (startsWithBytes(bytes, "\xFE\xFF") || startsWithBytes(bytes, QByteArrayView("\0", 1))) {
         m_document.m_encoding = XmlEncoding::utf16BigEndian;
+    } else if (startsWithBytes(bytes, "\xFF\xFE") || (bytes.size() > 1 && bytes[1] == '\0')) {
+        m_document.m_encoding = XmlEncoding::utf16LittleEndian;
     } else if (name == "ISO-8859-1") {
         m_document.m_encoding = XmlEncoding::latin1;
     } else if (name == "US-ASCII") {
@@ -135,7 +160,29 @@ quint32 XmlParser::nameIndex(QByteArrayView expandedName) {
     return index;
 }
 
-void XmlParser::handleStart(const char* expandedName) {
+/// The namespace of each attribute that has a prefix, which expat has resolved: for such as these it gives
+/// "uri\nlocal\nprefix".
+void XmlParser::addNamespaces(const char** attributes) {
+    for (; *attributes != nullptr; attributes += 2) {
+        const QByteArrayView name(*attributes);
+        const qsizetype end = name.indexOf(nameSeparator);
+        if (end < 0) {
+            continue;
+        }
+        const QByteArray uri = name.first(end).toByteArray();
+        auto known = m_namespaceIndices.constFind(uri);
+        if (known == m_namespaceIndices.constEnd()) {
+            if (m_document.m_namespaces.size() >= XmlDocument::maximumNamespaces) {
+                return refuse(u"its attributes are of more than 100,000 namespaces"_s);
+            }
+            known = m_namespaceIndices.insert(uri, static_cast<quint32>(m_document.m_namespaces.size()));
+            m_document.m_namespaces.push_back(uri);
+        }
+        m_document.m_attributeNamespaces.push_back(*known);
+    }
+}
+
+void XmlParser::handleStart(const char* expandedName, const char** attributes) {
     if (m_open.size() >= XmlDocument::maximumDepth) {
         return refuse(u"its elements are nested more than 1,000 deep"_s);
     }
@@ -149,6 +196,8 @@ void XmlParser::handleStart(const char* expandedName) {
     node.startTagBegin = static_cast<quint32>(tag.begin);
     node.startTagEnd = static_cast<quint32>(tag.end);
     node.textBegin = static_cast<quint32>(m_document.m_text.size());
+    node.firstNamespace = static_cast<quint32>(m_document.m_attributeNamespaces.size());
+    addNamespaces(attributes);
     if (!m_open.empty()) {
         node.parent = m_open.back();
         XmlDocument::Node& parent = m_document.m_nodes[node.parent];

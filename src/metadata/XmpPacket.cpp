@@ -28,14 +28,7 @@ QList<XmlElement> subjects(const XmlDocument& packet) {
 
 std::optional<XmlAttribute> attributeOf(const XmlElement& subject, QByteArrayView localName,
                                         QByteArrayView namespaceUri) {
-    const QString name = QString::fromLatin1(localName);
-    for (const XmlAttribute& attribute : subject.attributes()) {
-        if (attribute.hasLocalName(name) && !attribute.prefix().isEmpty() &&
-            subject.resolvePrefix(attribute.prefix()) == QString::fromLatin1(namespaceUri)) {
-            return attribute;
-        }
-    }
-    return std::nullopt;
+    return subject.attribute(QString::fromLatin1(localName), namespaceUri);
 }
 
 XmlElement listOf(const XmlElement& property) {
@@ -92,9 +85,13 @@ QString escapeXmlAttribute(const QString& text) {
 }
 
 void setCaption(XmlEditor& editor, const XmlElement& property, const QString& caption) {
+    editor.removeText(property); // beside the list, readers refuse the packet for it
     const XmlElement alt = property.child("Alt", xmp::rdf);
     if (!alt) {
-        editor.setContent(property, altMarkup(caption));
+        if (const XmlElement list = listOf(property)) { // of another kind than a caption has
+            editor.detach(list);
+        }
+        editor.append(property, altMarkup(caption));
         return;
     }
     const QList<XmlElement> items = alt.children("li", xmp::rdf);

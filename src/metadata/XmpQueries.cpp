@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/XmpQueries.h"
 
+#include "metadata/XmpNamespaces.h"
+
 #include <algorithm>
+#include <set>
 
 namespace ostrelle {
 
@@ -18,14 +21,15 @@ bool hasEmptyAbout(const XmlElement& element) {
     });
 }
 
-/// The child that is written as "rdf:Alt", or else any Alt below.
-XmlElement altBelow(const XmlElement& element) {
-    for (XmlElement child = element.firstChild(); child; child = child.nextSibling()) {
-        if (child.name() == "rdf:Alt") {
-            return child;
-        }
+/// The child that is written as "rdf:Alt", or else the first Alt below. `alts` are all of the document, so
+/// that captions within captions are not searched again and again.
+XmlElement altBelow(const XmlElement& element, const QList<XmlElement>& alts) {
+    if (const XmlElement child = childWrittenAsAlt(element)) {
+        return child;
     }
-    return findChildElement("Alt", element);
+    const auto next = std::ranges::upper_bound(alts, element.index(), {}, &XmlElement::index);
+    const bool isBelow = next != alts.end() && next->span().begin < element.span().end;
+    return isBelow ? *next : XmlElement();
 }
 
 std::optional<QString> itemInLanguage(const XmlElement& alt, QStringView language) {
@@ -61,12 +65,36 @@ XmlElement findChildElement(QByteArrayView localName, const XmlElement& element)
     return {};
 }
 
+XmlElement childWrittenAsAlt(const XmlElement& element) {
+    XmlElement child = element.firstChild();
+    while (child && child.name() != "rdf:Alt") {
+        child = child.nextSibling();
+    }
+    return child;
+}
+
+std::optional<QString> defaultCaption(const XmlDocument& document) {
+    constexpr QStringView language = u"x-default";
+    const QList<XmlElement> alts = document.find("Alt");
+    std::set<quint32> asked;
+    for (const XmlElement& caption : document.find("description", xmp::dc)) {
+        const XmlElement alt = altBelow(caption, alts);
+        const bool isNew = alt && asked.insert(alt.index()).second;
+        if (std::optional<QString> value = isNew ? itemInLanguage(alt, language) : std::nullopt) {
+            return value;
+        }
+    }
+    const XmlElement first = document.findFirst("Alt", xmp::rdf);
+    return first ? itemInLanguage(first, language) : std::nullopt;
+}
+
 std::optional<QString> findAltLangValue(const XmlElement& element, QStringView language) {
     if (isCalled(element, "alt", ":Alt")) {
         return itemInLanguage(element, language);
     }
     if (isCalled(element, "description", ":description")) {
-        const XmlElement alt = altBelow(element);
+        const XmlElement child = childWrittenAsAlt(element);
+        const XmlElement alt = child ? child : findChildElement("Alt", element);
         return alt ? itemInLanguage(alt, language) : std::nullopt;
     }
     return std::nullopt;

@@ -14,6 +14,13 @@ XmlElement describedSubject(const XmlDocument& document);
 /// The first descendant of the local name, depth first.
 XmlElement findChildElement(QByteArrayView localName, const XmlElement& element);
 
+/// The first child that is written as "rdf:Alt", whatever namespace that is.
+XmlElement childWrittenAsAlt(const XmlElement& element);
+
+/// The caption of a sidecar, untrimmed: the x-default text of the first dc:description that has one. Where
+/// there is none, that of the document's first rdf:Alt, whatever it is about.
+std::optional<QString> defaultCaption(const XmlDocument& document);
+
 /// The untrimmed text of the item for just this language in an rdf:Alt, or in the rdf:Alt of a description.
 /// No other language and no item without a language stands in for it.
 std::optional<QString> findAltLangValue(const XmlElement& element, QStringView language);

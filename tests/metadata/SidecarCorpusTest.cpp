@@ -170,10 +170,9 @@ const QStringList beyondExiftool = {
     u"pdfbox__override_ns.rdf.xmp"_s,
 };
 
-/// Files in which exiv2 sees a difference of its own making: it refuses the whole packet when plain text
-/// stands in front of the list in a dc:description, and it shows a title in the form of another schema
+/// A file in which exiv2 sees a difference of its own making: it shows a title in the form of another schema
 /// differently once the packet declares the usual prefix.
-const QStringList differentForExiv2 = {u"etvendored__iphone-export-2.xmp.xmp"_s, u"exiftool__XMP3.xmp.xmp"_s};
+const QStringList differentForExiv2 = {u"exiftool__XMP3.xmp.xmp"_s};
 
 } // namespace
 

@@ -76,8 +76,19 @@ TEST(XMPWriterCaption, ChangesTheCaptionStructureAndNothingElse) {
                  "</rdf:Alt></dc:description>")},
         {"an empty dc:description tag", subject("<dc:description/>"),
          subject("<dc:description>" + newAlt("New") + "</dc:description>")},
-        {"plain text stays in front of the new list", subject("<dc:description>plain</dc:description>"),
-         subject("<dc:description>plain" + newAlt("New") + "</dc:description>")},
+        {"plain text goes with the old caption", subject("<dc:description>plain</dc:description>"),
+         subject("<dc:description>" + newAlt("New") + "</dc:description>")},
+        {"comments, instructions, elements and indentation stay",
+         subject("<dc:description>\n <!-- <c> -->o&amp;ld<?p i?> <![CDATA[<old>]]>\n<odd:x>y</odd:x>\n "
+                 "<rdf:Alt>" +
+                 bothItems("old") + "</rdf:Alt>&#10;</dc:description>"),
+         subject("<dc:description>\n <!-- <c> --><?p i?><odd:x>y</odd:x>\n <rdf:Alt>" + bothItems("New") +
+                 "</rdf:Alt></dc:description>")},
+        {"a foreign list that is written as ours does not hide ours",
+         subject("<dc:description><f:Alt xmlns:f='f'/> <rdf:Alt xmlns:rdf='f'>" + item("x-default", "old") +
+                 "</rdf:Alt></dc:description>"),
+         subject("<dc:description>" + newAlt("New") + "<f:Alt xmlns:f='f'/> <rdf:Alt xmlns:rdf='f'>" +
+                 item("x-default", "old") + "</rdf:Alt></dc:description>")},
         {"of two lists the first stays",
          subject("<dc:description><rdf:Alt>" + bothItems("old") + "</rdf:Alt> <rdf:Alt>" +
                  item("fr-FR", "x") + "</rdf:Alt></dc:description>"),
@@ -187,11 +198,13 @@ TEST(XMPWriterCaption, LeavesOutWhatXmlCannotHold) {
 }
 
 TEST(XMPWriterCaption, Utf16StaysUtf16) {
-    const QString text =
-        QString::fromUtf8("<?xml version='1.0' encoding='UTF-16' standalone='yes'?>" +
-                          subject("<odd:x>Zo\xC3\xAB</odd:x>" + description(bothItems("old"))));
+    const QString text = QString::fromUtf8(
+        "<?xml version='1.0' encoding='UTF-16' standalone='yes'?>" +
+        subject("<odd:x>Zo\xC3\xAB</odd:x>" +
+                description(bothItems("old")).replace("<rdf:Alt>", "plain<!-- c --><rdf:Alt>")));
     QString expected = text;
-    expected.replace(u"old"_s, u"\U0001F3C8 & Zoë"_s.replace(u"&"_s, u"&amp;"_s))
+    expected.remove(u"plain"_s)
+        .replace(u"old"_s, u"\U0001F3C8 & Zoë"_s.replace(u"&"_s, u"&amp;"_s))
         .replace(u"'yes'"_s, u"'no'"_s);
     for (const auto encoding : {QStringConverter::Utf16LE, QStringConverter::Utf16BE}) {
         QStringEncoder encode(encoding, QStringConverter::Flag::WriteBom);
@@ -220,7 +233,11 @@ TEST(XMPWriterCaption, RefusesHostileInputAndLeavesItUntouched) {
         {"external subset", head + "<!DOCTYPE a SYSTEM 'http://example.com/a.dtd'><a/>", u"document type"_s},
         {"NUL bytes", subject("") + QByteArray(10, '\0'), u"not well formed"_s},
         {"NUL inside", "<a>" + QByteArray(1, '\0') + "</a>", u"not well formed"_s},
-        {"cut", subject("").chopped(5), u"not well formed"_s},
+        {"cut in a tag", subject("").chopped(5), u"not well formed"_s},
+        {"cut between tags", subject("").chopped(12), u"ends inside an element"_s},
+        {"cut in the padding's end", subject("") + "\n<?xpacket end='w'", u"not well formed"_s},
+        {"half a character", QByteArray("\xFF\xFE<\0a\0 \0b\0=\0\"\0\0\xD8\"\0/\0>\0", 22),
+         u"half a character"_s},
         {"two roots", subject("") + subject(""), u"not well formed"_s},
         {"unbound prefix", "<a:b/>", u"not well formed"_s},
         {"invalid UTF-8", "<a>\xFF\xFE</a>", u"not well formed"_s},
@@ -258,13 +275,26 @@ TEST(XMPWriterCaption, ManySurplusPacketsTakeNoLongerThanTheirNumber) {
     EXPECT_EQ(file.bytes().count("RDF"), 2);
 }
 
-TEST(XMPWriterCaption, APacketInsideACaptionIsRefused) {
-    // The only place for the caption is inside a caption that has to go.
-    const QByteArray sidecar =
-        "<dc:description " + dcDeclaration + ">" + subject("<odd:a/>") + "</dc:description>";
-    const SidecarFile file(sidecar);
-    EXPECT_THROW(XMPWriter().writeDefaultCaption(u"New"_s, file.path()), XMPError);
-    EXPECT_EQ(file.bytes(), sidecar);
+TEST(XMPWriterCaption, IsRefusedWhereItWouldNotBeRead) {
+    const QByteArray kept =
+        description(bothItems("old")).replace("<dc:description", "<dc:description pm-keep='1'");
+    const QByteArray rows[] = {
+        // The only place for the caption is inside a caption that has to go.
+        "<dc:description " + dcDeclaration + ">" + subject("<odd:a/>") + "</dc:description>",
+        // Another tool's caption is to be kept and stands in front.
+        packet("<rdf:Description rdf:about='uuid:1'>" + kept +
+               "</rdf:Description><rdf:Description rdf:about=''/>"),
+        // A foreign list that is written as ours stands in front of ours.
+        subject("<dc:description xmlns:r=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" "
+                "xmlns:rdf='f'><rdf:Alt>" +
+                item("x-default", "old") + "</rdf:Alt><r:Alt/></dc:description>"),
+    };
+    for (const QByteArray& sidecar : rows) {
+        SCOPED_TRACE(sidecar.constData());
+        const SidecarFile file(sidecar);
+        EXPECT_THROW(XMPWriter().writeDefaultCaption(u"New"_s, file.path()), XMPError);
+        EXPECT_EQ(file.bytes(), sidecar);
+    }
 }
 
 TEST(XMPWriterCaption, AFullDiskLeavesTheOldFile) {
