@@ -111,7 +111,7 @@ ForeignContent foreignContentOf(QByteArrayView file) {
 
 bool hasCaptionEverywhere(QByteArrayView file, const QString& caption) {
     const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(file);
-    return metadata && metadata->iptc.value(u"Caption/Abstract"_s).contains(caption) && metadata->tiff &&
+    return metadata && metadata->iptcText(u"Caption/Abstract"_s) == caption && metadata->tiff &&
            metadata->tiff->imageDescription == caption && metadata->exif &&
            metadata->exif->userComment == caption;
 }

@@ -61,6 +61,9 @@ private:
     /// Returns a directory without entries when there is none to be read.
     TiffDirectory add(quint32 offset) {
         std::optional<TiffDirectory> directory = m_block.directory(offset);
+        if (!directory && offset < TiffBlock::headerSize) {
+            return {}; // bytes of the header, which an edit may change, are no directory
+        }
         if (!directory) {
             const qsizetype size = 2 + m_block.shortAt(offset) * TiffEntry::size;
             m_cutTables.push_back({offset, offset + size});
@@ -80,7 +83,8 @@ private:
         for (const TiffDirectory& directory : m_all) {
             for (const TiffEntry& entry : directory.entries) {
                 const ByteRange value = m_block.valueRange(entry);
-                if (entry.valueSize() > 4 && value.overlaps(tableOf(directory))) {
+                const bool isReadable = entry.valueSize() > 4 && value.end <= m_block.bytes().size();
+                if (isReadable && value.overlaps(tableOf(directory))) {
                     throw EditRefusal(u"an EXIF value lies in its own directory"_s);
                 }
             }
@@ -295,7 +299,11 @@ constexpr QByteArrayView emptyBlock("MM\0*\0\0\0\x08\0\0\0\0\0\0", 14);
 } // namespace
 
 QByteArray withExifCaption(QByteArrayView block, const QString& caption) {
-    return ExifCaptionEdit(block.isEmpty() ? emptyBlock : block, caption).run();
+    QByteArray edited = ExifCaptionEdit(block.isEmpty() ? emptyBlock : block, caption).run();
+    if (ExifCaptionEdit(edited, caption).run() != edited) {
+        throw EditRefusal(u"its EXIF data would grow with each caption"_s);
+    }
+    return edited;
 }
 
 } // namespace ostrelle

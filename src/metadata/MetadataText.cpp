@@ -3,6 +3,7 @@
 
 #include <iconv.h>
 
+#include <QList>
 #include <QStringDecoder>
 #include <QStringEncoder>
 #include <algorithm>
@@ -26,25 +27,7 @@ QByteArrayView withoutTrailingNuls(QByteArrayView bytes) {
     return bytes;
 }
 
-/// Whether most units are below 256 only when read in this order. Writers disagree on which order a comment
-/// has, and the block's own is no more than a hint.
-bool looksBigEndian(QByteArrayView bytes, bool expected) {
-    qsizetype firstZero = 0;
-    qsizetype secondZero = 0;
-    for (qsizetype at = 0; at + 1 < bytes.size(); at += 2) {
-        firstZero += bytes[at] == '\0' && bytes[at + 1] != '\0' ? 1 : 0;
-        secondZero += bytes[at] != '\0' && bytes[at + 1] == '\0' ? 1 : 0;
-    }
-    return firstZero == secondZero ? expected : firstZero > secondZero;
-}
-
-QString decodeUtf16(QByteArrayView bytes, bool isBigEndian) {
-    if (bytes.startsWith("\xFE\xFF") || bytes.startsWith("\xFF\xFE")) {
-        isBigEndian = bytes.startsWith("\xFE\xFF");
-        bytes = bytes.sliced(2);
-    } else {
-        isBigEndian = looksBigEndian(bytes, isBigEndian);
-    }
+QString decodeUtf16In(bool isBigEndian, QByteArrayView bytes) {
     QStringDecoder decoder(isBigEndian ? QStringConverter::Utf16BE : QStringConverter::Utf16LE,
                            QStringConverter::Flag::Stateless);
     QString text = decoder.decode(bytes.first(bytes.size() / 2 * 2));
@@ -52,6 +35,40 @@ QString decodeUtf16(QByteArrayView bytes, bool isBigEndian) {
         text.chop(1);
     }
     return text;
+}
+
+/// What Latin text becomes in the wrong byte order.
+bool isMainlyWithoutLowBytes(const QString& text) {
+    return 2 * std::ranges::count_if(text, [](QChar unit) { return unit.cell() == 0 && unit.row() != 0; }) >
+           text.size();
+}
+
+/// Other text becomes characters of any kind in the wrong byte order, and soon one that nobody writes.
+bool isWritable(const QString& text) {
+    const auto isWritten = [](char32_t character) {
+        const QChar::Category category = QChar::category(character);
+        const bool isLineEnd = character == U'\n' || character == U'\r' || character == U'\t';
+        return character != QChar::ReplacementCharacter && category != QChar::Other_NotAssigned &&
+               category != QChar::Other_PrivateUse && (category != QChar::Other_Control || isLineEnd);
+    };
+    return std::ranges::all_of(text.toUcs4(), isWritten);
+}
+
+/// In the block's byte order, as most programs write and read. Some always write one of the two: where the
+/// block's gives nonsense, it is the other.
+QString decodeUtf16(QByteArrayView bytes, bool isBigEndian) {
+    if (bytes.startsWith("\xFE\xFF") || bytes.startsWith("\xFF\xFE")) {
+        return decodeUtf16In(bytes.startsWith("\xFE\xFF"), bytes.sliced(2));
+    }
+    const QString text = decodeUtf16In(isBigEndian, bytes);
+    const QString other = decodeUtf16In(!isBigEndian, bytes);
+    const bool isNonsense = isMainlyWithoutLowBytes(text) || (!isWritable(text) && isWritable(other));
+    return isNonsense ? other : text;
+}
+
+/// Readers that guess the byte order go by the zero bytes of Latin text.
+bool needsByteOrderMark(const QString& text) {
+    return 2 * std::ranges::count_if(text, [](QChar unit) { return unit.row() == 0; }) <= text.size();
 }
 
 /// JIS X 0208 in its seven-bit form with escape sequences.
@@ -129,7 +146,8 @@ QByteArray encodeUserComment(const QString& text, bool isBigEndian) {
     }
     QStringEncoder encoder(isBigEndian ? QStringConverter::Utf16BE : QStringConverter::Utf16LE,
                            QStringConverter::Flag::Stateless);
-    return unicodePrefix.toByteArray() + QByteArray(encoder.encode(text));
+    const QString mark = needsByteOrderMark(text) ? QString(QChar::ByteOrderMark) : QString();
+    return unicodePrefix.toByteArray() + QByteArray(encoder.encode(mark + text));
 }
 
 } // namespace ostrelle

@@ -9,8 +9,6 @@ namespace ostrelle {
 
 namespace {
 
-constexpr qsizetype headerSize = 8;
-
 qint64 unitSizeOf(quint16 type) {
     static constexpr std::array<quint8, 14> sizes = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
     return type < sizes.size() ? sizes[type] : (type == tiff::utf8Type ? 1 : 0);

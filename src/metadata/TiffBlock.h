@@ -37,6 +37,7 @@ struct TiffDirectory {
 class TiffBlock {
 public:
     static constexpr qsizetype firstDirectoryField = 4;
+    static constexpr qsizetype headerSize = 8;
 
     /// Nothing when the header is no TIFF header.
     static std::optional<TiffBlock> open(QByteArrayView bytes);
