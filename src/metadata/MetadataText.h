@@ -22,7 +22,8 @@ QString decodeExifText(QByteArrayView value);
 /// An EXIF user comment with its eight bytes of charset. `isBigEndian` is the byte order of the EXIF block.
 QString decodeUserComment(QByteArrayView value, bool isBigEndian);
 
-/// The same, so that other tools read every character: as ASCII where that holds the text, or as UTF-16.
+/// The same, so that other tools read every character: as ASCII where that holds the text, or as UTF-16, with
+/// a byte-order mark unless the text is mainly Latin.
 QByteArray encodeUserComment(const QString& text, bool isBigEndian);
 
 } // namespace ostrelle

@@ -154,6 +154,22 @@ TEST(EmbeddedWrite, SetsTheDescriptionOfThePacketAndNothingElseInIt) {
     const QByteArray attribute = written(jpegWith(packetSegment(subject(before, " dc:description='Old'"))));
     EXPECT_EQ(readBack(attribute), caption);
     EXPECT_FALSE(attribute.contains("Old"));
+    const QByteArray newAlt =
+        "<rdf:Alt xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:li "
+        "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" xml:lang=\"x-default\">" +
+        escaped + "</rdf:li></rdf:Alt>";
+    const std::pair<QByteArray, QByteArray> rows[] = {
+        {"Old<!-- c --> Old", "<!-- c -->" + newAlt},
+        {" <rdf:Seq><rdf:li>Old</rdf:li></rdf:Seq>", " " + newAlt},
+        {"Old <rdf:Alt>" + item("x-default", "Old") + "</rdf:Alt>",
+         "<rdf:Alt>" + item("x-default", escaped) + "</rdf:Alt>"},
+    };
+    for (const auto& [old, expected] : rows) {
+        const auto whole = [](const QByteArray& content) {
+            return packetSegment(subject("<dc:description>" + content + "</dc:description>"));
+        };
+        EXPECT_TRUE(written(jpegWith(whole(old))).contains(whole(expected))) << old.constData();
+    }
     const QByteArray without = packetSegment(subject(before));
     EXPECT_TRUE(written(jpegWith(without)).contains(without)) << "no description is added";
 }
