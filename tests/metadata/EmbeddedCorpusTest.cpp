@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/EmbeddedCaptionEdit.h"
 #include "metadata/ExtractError.h"
 #include "metadata/JpegDecoder.h"
+#include "metadata/JpegMetadataBytes.h"
 #include "metadata/XMPError.h"
 #include "metadata/XMPWriter.h"
 #include "platform/Files.h"
@@ -244,6 +246,28 @@ TEST(EmbeddedCorpus, OtherToolsReadTheCaptionAndAllElseAsBefore) {
                       .join(u'\n')
                       .toStdString(),
                   "");
+    }
+}
+
+TEST(EmbeddedComment, IsReadByOtherToolsInEveryScript) {
+    const QStringList captions = {u"山田　太郎"_s, u"第一"_s,        u"Ā"_s,          u"مرحبا بالعالم"_s,
+                                  u"Zoë & José"_s, u"O’Neil 第一"_s, u"\U0001F3C8"_s, u"山 \U0001F3C8"_s};
+    const QTemporaryDir folder;
+    for (const QByteArray& block :
+         {QByteArray("II*\0\x08\0\0\0\0\0\0\0\0\0", 14), QByteArray("MM\0*\0\0\0\x08\0\0\0\0\0\0", 14)}) {
+        for (const QString& text : captions) {
+            const QByteArray jpeg = jpegWith(segment(0xE1, QByteArray("Exif\0\0", 6) + block));
+            replaceFile(folder.filePath(text + u".jpg"_s), withEmbeddedCaption(jpeg, text));
+        }
+        const QMap<QString, Tags> readings = readWithExiftool(folder.path());
+        for (const QString& text : captions) {
+            EXPECT_EQ(readings[text + u".jpg"_s][u"ExifIFD:UserComment"_s], text);
+            if (text.toUcs4().size() == text.size()) { // exiv2 knows no characters beyond the basic plane
+                EXPECT_TRUE(
+                    readWithExiv2(folder.path(), text + u".jpg"_s)[u"Exif.Photo.UserComment0"_s].endsWith(
+                        text));
+            }
+        }
     }
 }
 

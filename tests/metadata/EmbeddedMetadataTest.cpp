@@ -128,6 +128,8 @@ TEST(EmbeddedCaption, IsReadInEveryEncodingThatProgramsWrite) {
         {"a comment in ASCII", commented(ascii("Zoe")), u"Zoe"_s},
         {"a comment of the other byte order", commented(QByteArray("UNICODE\0", 8) + utf16),
          u"Zoë \U0001F3C8"_s},
+        {"a comment of the block's byte order with a zero byte", commented(QByteArray("UNICODE\0{,N\0", 12)),
+         u"第一"_s},
         {"a comment with a byte order mark", commented(QByteArray("UNICODE\0\xFF\xFE", 10) + utf16),
          u"Zoë \U0001F3C8"_s},
         {"a comment in JIS", commented(QByteArray("JIS\0\0\0\0\0", 8) + "\x1B$B4A;z\x1B(B"), u"漢字"_s},

@@ -94,6 +94,15 @@ TEST(EmbeddedWrite, ASecondWriteIsTheSameAsTheFirst) {
     EXPECT_EQ(written(written(once, u"Something that is much longer than the caption was, much longer."_s)),
               once);
     EXPECT_EQ(written(written(once, u"S"_s)), once);
+    for (const QByteArray& odd :
+         {// a value that runs on behind the block, which the edit moves a directory to
+          QByteArray("MM\0*\0\0\0\x08\0\1\x01\x1A\0\5\1\0\0\0\0\0\0\x1A\0\0\0\0begun...", 34),
+          // a next directory in the header, whose bytes the edit changes
+          QByteArray("II*\0\x08\0\0\0\0\0\4\0\0\0", 14)}) {
+        const QByteArray oddOnce =
+            written(jpegWith(segment(0xE1, QByteArray("Exif\0\0", 6) + odd)), QString(5000, u'x'));
+        EXPECT_EQ(written(oddOnce, QString(5000, u'x')), oddOnce);
+    }
 }
 
 TEST(EmbeddedWrite, CaptionsOfAnyLengthReadBack) {
