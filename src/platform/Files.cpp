@@ -4,17 +4,15 @@
 #include "platform/Descriptor.h"
 #include "platform/FileError.h"
 #include "platform/SettledReading.h"
+#include "platform/TemporaryFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QFile>
-#include <QRandomGenerator>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -28,86 +26,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// A file beside the one it is to become, nameless where the file system knows that, so that a killed process
-/// leaves nothing behind; otherwise hidden, and removed unless it has taken its place.
-class TemporaryFile {
-public:
-    TemporaryFile(const std::filesystem::path& target, mode_t mode)
-        : m_target(target), m_name(hiddenName(target)), m_file(openNameless(target, mode)) {
-        if (!m_file.isOpen()) {
-            m_file = Descriptor(::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-            m_hasName = m_file.isOpen();
-        }
-    }
-    ~TemporaryFile() {
-        if (m_hasName) {
-            ::unlink(m_name.c_str());
-        }
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    bool isOpen() const { return m_file.isOpen(); }
-    int descriptor() const { return m_file.number(); }
-
-    /// Takes a name in the folder, so that nothing but a rename is left to be done.
-    bool prepare() {
-        if (!m_hasName) {
-            m_hasName = giveName(m_name);
-        }
-        return m_hasName;
-    }
-
-    /// Takes the target's place, whether there is one or not.
-    bool replaceTarget() {
-        if (!prepare() || ::rename(m_name.c_str(), m_target.c_str()) != 0) {
-            return false;
-        }
-        m_hasName = false;
-        return true;
-    }
-
-    /// Becomes the target; fails with EEXIST when there is one by now.
-    bool becomeTarget() {
-        if (!m_hasName) {
-            return giveName(m_target);
-        }
-        // A file system without nameless files often has no hard links either.
-        if (::link(m_name.c_str(), m_target.c_str()) == 0) {
-            return true;
-        }
-        if (errno == EEXIST ||
-            ::renameat2(AT_FDCWD, m_name.c_str(), AT_FDCWD, m_target.c_str(), RENAME_NOREPLACE) != 0) {
-            return false;
-        }
-        m_hasName = false;
-        return true;
-    }
-
-private:
-    static Descriptor openNameless(const std::filesystem::path& target, mode_t mode) {
-        const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-        return Descriptor(::open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode));
-    }
-
-    static std::filesystem::path hiddenName(const std::filesystem::path& target) {
-        constexpr std::size_t longestStem = 200; // the whole name has to stay below NAME_MAX
-        const std::string stem = target.filename().string().substr(0, longestStem);
-        const QByteArray suffix = QByteArray::number(QRandomGenerator::system()->generate64(), 36);
-        return target.parent_path() / ('.' + stem + ".ostrelle-" + suffix.toStdString());
-    }
-
-    bool giveName(const std::filesystem::path& name) const {
-        const std::string self = "/proc/self/fd/" + std::to_string(m_file.number());
-        return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
-    }
-
-    std::filesystem::path m_target;
-    std::filesystem::path m_name; ///< hidden, in the target's folder
-    Descriptor m_file;
-    bool m_hasName = false;
-};
 
 bool writeAll(int descriptor, const QByteArray& bytes) {
     qsizetype done = 0;
@@ -186,21 +104,6 @@ std::filesystem::path nativePath(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
-/// Writes the bytes, lets the caller dress the file, flushes it and checks that it reads back.
-void fill(const TemporaryFile& file, const QByteArray& bytes, const QString& path,
-          const std::function<void()>& dress) {
-    if (!file.isOpen() || !writeAll(file.descriptor(), bytes)) {
-        throw FileError(u"write"_s, path, errno);
-    }
-    dress();
-    if (::fsync(file.descriptor()) != 0) {
-        throw FileError(u"write"_s, path, errno);
-    }
-    if (!readsBack(file.descriptor(), bytes)) {
-        throw FileError(u"write"_s, path, EIO);
-    }
-}
-
 /// The file that a symbolic link leads to, so that the link itself stays.
 std::filesystem::path linkTarget(const std::filesystem::path& path) {
     std::error_code error;
@@ -208,12 +111,68 @@ std::filesystem::path linkTarget(const std::filesystem::path& path) {
     return error ? path : target;
 }
 
-enum class Replacement { done, outdated };
+/// Lets a name outlive a power cut, where the file system can. Only what tells of a loss counts as a failure.
+void flushFolder(const std::filesystem::path& target, const QString& path) {
+    const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const bool isRefused = opened.isOpen() && ::fsync(opened.number()) != 0;
+    if (isRefused && (errno == EIO || errno == ENOSPC || errno == EDQUOT)) {
+        throw FileError(u"write"_s, path, errno);
+    }
+}
+
+/// A file to be written beside its target and put in its place.
+struct FileWrite {
+    QString path; ///< for the words of an error
+    std::filesystem::path target;
+    mode_t mode;
+    const QByteArray& bytes;
+    std::function<void(int descriptor)> dress;
+    std::function<Placing(TemporaryFile& file)> place;
+};
+
+/// Writes the bytes, lets the caller dress the file, flushes it and checks that it reads back.
+void fill(const TemporaryFile& file, const FileWrite& write) {
+    if (!file.isOpen() || !writeAll(file.descriptor(), write.bytes)) {
+        throw FileError(u"write"_s, write.path, errno);
+    }
+    write.dress(file.descriptor());
+    if (::fsync(file.descriptor()) != 0) {
+        throw FileError(u"write"_s, write.path, errno);
+    }
+    if (!readsBack(file.descriptor(), write.bytes)) {
+        throw FileError(u"write"_s, write.path, EIO);
+    }
+}
+
+/// With a file without a name first, and with a named one where that cannot be made or not be given a name.
+Placing carryOut(const FileWrite& write, const FileMeans& means) {
+    Placing outcome = Placing::failed;
+    if (means.namelessFiles) {
+        TemporaryFile file = TemporaryFile::nameless(write.target, write.mode);
+        if (file.isOpen()) {
+            fill(file, write);
+            outcome = write.place(file);
+        }
+    }
+    if (outcome == Placing::failed) {
+        TemporaryFile file = TemporaryFile::named(write.target, write.mode);
+        fill(file, write);
+        outcome = write.place(file);
+        if (outcome == Placing::failed) {
+            throw FileError(u"write"_s, write.path, errno);
+        }
+    }
+    if (outcome == Placing::done) {
+        flushFolder(write.target, write.path);
+    }
+    return outcome;
+}
 
 /// As replaceFile(). With a stamp, only the file that has it is replaced, which is looked at when nothing but
 /// the rename is left.
-Replacement replace(const QString& path, const QByteArray& bytes, mode_t newFileMode,
-                    const std::optional<FileStamp>& expected) {
+Placing replace(const QString& path, const QByteArray& bytes, mode_t newFileMode, const FileMeans& means,
+                const std::optional<FileStamp>& expected = {}) {
     const std::filesystem::path target = linkTarget(nativePath(path));
     struct stat status{};
     const bool exists = ::stat(target.c_str(), &status) == 0;
@@ -222,22 +181,25 @@ Replacement replace(const QString& path, const QByteArray& bytes, mode_t newFile
     if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
         throw FileError(u"write"_s, path, errno);
     }
-    TemporaryFile file(target, exists ? S_IRUSR | S_IWUSR : newFileMode);
-    fill(file, bytes, path, [&] {
+    const auto dress = [&](int descriptor) {
         if (exists) {
-            copyAttributes(target, status, file.descriptor());
+            copyAttributes(target, status, descriptor);
         }
-    });
-    if (!file.prepare()) {
-        throw FileError(u"write"_s, path, errno);
-    }
-    if (expected && FileStamp::at(QFile::decodeName(target.c_str())) != expected) {
-        return Replacement::outdated;
-    }
-    if (!file.replaceTarget()) {
-        throw FileError(u"write"_s, path, errno);
-    }
-    return Replacement::done;
+    };
+    const auto place = [&](TemporaryFile& file) {
+        if (!file.takeName(means)) {
+            return Placing::failed;
+        }
+        const bool isOutdated = expected && FileStamp::at(QFile::decodeName(target.c_str())) != expected;
+        return isOutdated ? Placing::outdated : file.replaceTarget();
+    };
+    return carryOut({.path = path,
+                     .target = target,
+                     .mode = exists ? S_IRUSR | S_IWUSR : newFileMode,
+                     .bytes = bytes,
+                     .dress = dress,
+                     .place = place},
+                    means);
 }
 
 } // namespace
@@ -271,8 +233,8 @@ QByteArray readFile(const QString& path, qint64 limit) {
     return readStampedFile(path, limit).bytes;
 }
 
-void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode) {
-    replace(path, bytes, newFileMode, std::nullopt);
+void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode, const FileMeans& means) {
+    replace(path, bytes, newFileMode, means);
 }
 
 void pauseThread(std::chrono::milliseconds span) {
@@ -297,7 +259,7 @@ void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, co
             }
             continue;
         }
-        if (replace(path, edited, S_IRUSR | S_IWUSR, file.stamp) == Replacement::done) {
+        if (replace(path, edited, S_IRUSR | S_IWUSR, {}, file.stamp) == Placing::done) {
             return;
         }
         if (!attempts.again()) {
@@ -306,16 +268,14 @@ void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, co
     }
 }
 
-bool createFile(const QString& path, const QByteArray& bytes) {
-    TemporaryFile file(nativePath(path), 0666);
-    fill(file, bytes, path, [] {});
-    if (file.becomeTarget()) {
-        return true;
-    }
-    if (errno != EEXIST) {
-        throw FileError(u"write"_s, path, errno);
-    }
-    return false;
+bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means) {
+    return carryOut({.path = path,
+                     .target = nativePath(path),
+                     .mode = 0666,
+                     .bytes = bytes,
+                     .dress = [](int) {},
+                     .place = [&](TemporaryFile& file) { return file.becomeTarget(means); }},
+                    means) == Placing::done;
 }
 
 void touchFile(const QString& path) {

@@ -24,12 +24,22 @@ struct StampedBytes {
 /// As readFile().
 StampedBytes readStampedFile(const QString& path, qint64 limit);
 
+/// What a write makes use of. It does without what the file system lacks; only who wants to see how a file is
+/// written then forbids it.
+struct FileMeans {
+    bool namelessFiles = true;   ///< O_TMPFILE
+    bool hardLinks = true;       ///< of nameless files through /proc, too
+    bool exclusiveRename = true; ///< RENAME_NOREPLACE
+};
+
 /// Puts the bytes in the file's place so that a killed process, a failure or a full disk at any instant
 /// leaves the old file or the new one, whole: writes a temporary file beside it, flushes it to disk,
-/// checks that it reads back and renames it over the path. A symbolic link stays and its target is
-/// replaced. Mode, owner, extended attributes and access list of an existing file are kept as far as the
-/// process may set them; a new file gets `newFileMode`, less the umask. Throws FileError.
-void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0666);
+/// checks that it reads back, renames it over the path and flushes the folder. A symbolic link stays and its
+/// target is replaced. Mode, owner, extended attributes and access list of an existing file are kept as far
+/// as the process may set them; a new file gets `newFileMode`, less the umask. Throws FileError; with EIO,
+/// ENOSPC or EDQUOT the new file may be there all the same, but might not outlive a power cut.
+void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0666,
+                 const FileMeans& means = {});
 
 /// Lets the thread wait.
 using Pause = std::function<void(std::chrono::milliseconds)>;
@@ -50,8 +60,8 @@ void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit,
               const Pause& pause = pauseThread);
 
 /// Writes a new file as safely as replaceFile(). False when there is a file by now, which stays as it is.
-/// Throws FileError.
-bool createFile(const QString& path, const QByteArray& bytes);
+/// Only where the file system has none of the means, a kill can leave an empty file. Throws FileError.
+bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means = {});
 
 /// Sets the file's modification time to now. Throws FileError.
 void touchFile(const QString& path);

@@ -2,6 +2,8 @@
 #include "platform/Files.h"
 
 #include "platform/FileError.h"
+#include "platform/SettledReading.h"
+#include "support/FileInFolder.h"
 #include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>
@@ -32,6 +34,8 @@ int codeOf(const std::function<void()>& operation) {
     }
     return 0;
 }
+
+const Pause noPause = [](std::chrono::milliseconds) {};
 
 mode_t modeOf(const QString& path) {
     struct stat status{};
@@ -112,26 +116,83 @@ TEST(Files, AnEditTakesInWhatAnotherProgramWritesMeanwhile) {
     for (const FileWrite& write : {FileWrite(inPlace), FileWrite(byRename)}) {
         replaceFile(path, "old");
         int edits = 0;
-        editFile(path, 100, [&](const QByteArray& bytes) {
-            if (++edits == 1) {
-                write("theirs");
-            }
-            return bytes + ", ours";
-        });
+        editFile(
+            path, 100,
+            [&](const QByteArray& bytes) {
+                if (++edits == 1) {
+                    write("theirs");
+                }
+                return bytes + ", ours";
+            },
+            noPause);
         EXPECT_EQ(edits, 2);
         EXPECT_EQ(readFile(path, 100), "theirs, ours");
 
         edits = 0;
         const auto fail = [&] {
-            editFile(path, 100, [&](const QByteArray& bytes) {
-                write(QByteArray(++edits, 't'));
-                return bytes + ", ours";
-            });
+            editFile(
+                path, 100,
+                [&](const QByteArray& bytes) {
+                    write(QByteArray(++edits, 't'));
+                    return bytes + ", ours";
+                },
+                noPause);
         };
         EXPECT_EQ(codeOf(fail), EBUSY) << "a file that changes each time";
         EXPECT_EQ(edits, 3);
         EXPECT_EQ(readFile(path, 100), "ttt");
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+}
+
+TEST(Files, AFileThatIsBeingWrittenIsReadAgain) {
+    const struct {
+        const char* what;
+        QByteArrayList writtenMeanwhile; ///< before the end of each pause
+        QList<int> pauses;
+        QByteArray read; ///< empty: it fails
+    } rows[] = {
+        {"whole from the start", {}, {}, "whole"},
+        {"half, then whole", {"whole"}, {50}, "whole"},
+        {"slowly", {"half of it", "whole"}, {50, 200}, "whole"},
+        {"never whole", {"half of it", "half of all", "whole"}, {50, 200}, ""},
+        {"damaged", {}, {50}, ""},
+    };
+    const auto parse = [](const StampedBytes& file) {
+        if (file.bytes != "whole") {
+            throw Error(u"It is cut short."_s);
+        }
+        return file.bytes;
+    };
+    for (const auto& row : rows) {
+        const FileInFolder file(u"a.xmp"_s, row.pauses.isEmpty() ? "whole" : "half");
+        const auto readWith = [&](const std::function<QByteArray(const Pause&)>& read) {
+            QByteArrayList toWrite = row.writtenMeanwhile;
+            QList<int> pauses;
+            const Pause pause = [&](std::chrono::milliseconds span) {
+                pauses.append(static_cast<int>(span.count()));
+                if (!toWrite.isEmpty()) {
+                    replaceFile(file.path(), toWrite.takeFirst());
+                }
+            };
+            QByteArray bytes;
+            try {
+                bytes = read(pause);
+            } catch (const Error&) {
+            }
+            EXPECT_EQ(pauses, row.pauses) << row.what;
+            return bytes;
+        };
+        EXPECT_EQ(readWith([&](const Pause& pause) { return readSettled(file.path(), 100, parse, pause); }),
+                  row.read)
+            << row.what;
+        replaceFile(file.path(), row.pauses.isEmpty() ? "whole" : "half");
+        const auto edit = [&parse](const StampedBytes& read) { return parse(read) + ", edited"; };
+        readWith([&](const Pause& pause) {
+            editFile(file.path(), 100, edit, pause);
+            return QByteArray();
+        });
+        EXPECT_EQ(file.bytes() == "whole, edited", !row.read.isEmpty()) << row.what;
     }
 }
 
@@ -143,18 +204,8 @@ TEST(Files, AnEditDoesNotBringBackAFileThatIsRemovedMeanwhile) {
         QFile::remove(path);
         return bytes;
     };
-    EXPECT_EQ(codeOf([&] { editFile(path, 100, remove); }), ENOENT);
+    EXPECT_EQ(codeOf([&] { editFile(path, 100, remove, noPause); }), ENOENT);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 0);
-}
-
-TEST(Files, ANewFileNeverTakesThePlaceOfAnother) {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"a.xmp"_s);
-    EXPECT_TRUE(createFile(path, "first"));
-    EXPECT_FALSE(createFile(path, "second"));
-    EXPECT_EQ(readFile(path, 100), "first");
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    EXPECT_EQ(codeOf([&] { createFile(folder.filePath(u"none/a.xmp"_s), "x"); }), ENOENT);
 }
 
 TEST(Files, ANameOfTheLargestLengthCanBeReplaced) {

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Descriptor.h"
+#include "platform/Files.h"
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string_view>
+
+namespace ostrelle {
+
+/// True for a name that TemporaryFile gives, in the file system's encoding and without its folder.
+bool isTemporaryName(std::string_view name);
+
+/// What became of an attempt to put a file in its place; `failed` leaves the reason in errno.
+enum class Placing { done, exists, outdated, failed };
+
+/// A file that is to become another one beside it. Its lock tells removeAbandonedTemporaryFiles() that
+/// somebody is at work on it. What has a name is removed unless it has taken the target's place.
+class TemporaryFile {
+public:
+    /// Without a name, so that a killed process leaves nothing behind. Not open where the file system does
+    /// not know such files.
+    static TemporaryFile nameless(const std::filesystem::path& target, mode_t mode);
+    /// Under a hidden name.
+    static TemporaryFile named(const std::filesystem::path& target, mode_t mode);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    bool isOpen() const { return m_file.isOpen(); }
+    int descriptor() const { return m_file.number(); }
+
+    /// Takes a name in the folder, so that nothing but a rename is left to be done.
+    bool takeName(const FileMeans& means);
+    /// Takes the target's place, whether there is one or not. Needs a name.
+    Placing replaceTarget();
+    /// Becomes the target unless there is one by now. A nameless file fails where it cannot be linked.
+    Placing becomeTarget(const FileMeans& means);
+
+private:
+    TemporaryFile(const std::filesystem::path& target, std::filesystem::path name, Descriptor file,
+                  bool hasName);
+
+    bool link(const std::filesystem::path& name, const FileMeans& means) const;
+    bool renameUnlessThere(const FileMeans& means);
+    Placing takeEmptyPlace();
+
+    std::filesystem::path m_target;
+    std::filesystem::path m_name; ///< hidden, in the target's folder
+    Descriptor m_file;
+    bool m_hasName;
+};
+
+} // namespace ostrelle
