@@ -138,7 +138,8 @@ private:
     void answer(const httplib::Request& request, httplib::Response& response) const {
         if (request.path != "/api/prompt" || request.method != "GET") {
             answerWithSentence(response, httpNotFound, u"There is nothing here but GET /api/prompt."_s);
-        } else if (!isSame(request.get_header_value("X-API-Key"), m_options.apiKey.toStdString())) {
+        } else if (!m_options.apiKey.isEmpty() &&
+                   !isSame(request.get_header_value("X-API-Key"), m_options.apiKey.toStdString())) {
             answerWithSentence(response, httpUnauthorized, u"The header X-API-Key does not hold the key."_s);
         } else {
             answerPrompt(request, response);

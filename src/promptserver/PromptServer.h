@@ -21,7 +21,7 @@ TemplateSource builtInTemplates();
 struct PromptServerOptions {
     QString address = QStringLiteral("127.0.0.1");
     int port = 0;        ///< 0: one of the system's choosing
-    QString apiKey = {}; ///< what a request has to show in its header; empty lets in those that show nothing
+    QString apiKey = {}; ///< what a request has to show in its header; empty serves everybody
 };
 
 /// A key that nobody else knows, for a server that only serves the program that it is in.

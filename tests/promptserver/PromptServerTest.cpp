@@ -188,11 +188,11 @@ TEST(PromptServer, WhatItDoesNotServeItRefuses) {
     }
 }
 
-TEST(PromptServer, WithoutAKeyItServesThoseThatShowNone) {
+TEST(PromptServer, WithoutAKeyItServesEverybody) {
     const PromptServer server({}, builtInTemplates());
-    EXPECT_EQ(ask(server.url(), get(target({}), "")).status, 200);
-    EXPECT_EQ(ask(server.url(), get(target({}), "X-API-Key: \r\n")).status, 200);
-    EXPECT_EQ(ask(server.url(), get(target({}), "X-API-Key: x\r\n")).status, 401);
+    for (const QByteArray& header : {"", "X-API-Key: \r\n", "X-API-Key: x\r\n"}) {
+        EXPECT_EQ(ask(server.url(), get(target({}), header)).status, 200) << header.constData();
+    }
 }
 
 TEST(PromptServer, ASourceThatFailsIsAServerError) {
