@@ -14,7 +14,7 @@ namespace ostrelle {
 
 namespace {
 
-constexpr int handledSignals[] = {SIGINT, SIGTERM};
+constexpr int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 // A signal handler can reach nothing else.
 volatile sig_atomic_t wakeUp = -1;
@@ -26,11 +26,14 @@ void wake(int) {
     errno = before;
 }
 
-void handleSignals(void (*handler)(int)) {
+/// What was ignored when the program started, as nohup has it, stays so.
+void handle(int signal, void (*handler)(int)) {
     struct sigaction action{};
-    action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
-    for (const int signal : handledSignals) {
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) {
+        action = {};
+        action.sa_handler = handler;
+        action.sa_flags = SA_RESTART;
         ::sigaction(signal, &action, nullptr);
     }
 }
@@ -49,20 +52,31 @@ InterruptSignals::InterruptSignals()
     : m_descriptor(openDescriptor()), m_notifier(m_descriptor, QSocketNotifier::Read) {
     connect(&m_notifier, &QSocketNotifier::activated, this, &InterruptSignals::take);
     wakeUp = m_descriptor;
-    handleSignals(wake);
+    for (const int signal : handledSignals) {
+        handle(signal, wake);
+    }
 }
 
 InterruptSignals::~InterruptSignals() {
-    handleSignals(SIG_DFL);
+    stopListening(SIG_DFL);
     wakeUp = -1;
-    m_notifier.setEnabled(false);
     ::close(m_descriptor);
 }
 
 void InterruptSignals::take() {
-    handleSignals(SIG_DFL);
-    m_notifier.setEnabled(false);
+    stopListening(SIG_IGN);
     Q_EMIT interrupted();
+}
+
+/// A terminal that closes sends SIGHUP more than once, the shell's and the system's own: what the first has
+/// begun to end must not be killed by the second.
+void InterruptSignals::stopListening(void (*nextHangUp)(int)) {
+    if (m_notifier.isEnabled()) {
+        m_notifier.setEnabled(false);
+        handle(SIGINT, SIG_DFL);
+        handle(SIGTERM, SIG_DFL);
+        handle(SIGHUP, nextHangUp);
+    }
 }
 
 } // namespace ostrelle

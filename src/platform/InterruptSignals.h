@@ -6,8 +6,9 @@
 
 namespace ostrelle {
 
-/// SIGINT and SIGTERM as an event. Only the first: the next does to the process what it always does. One of
-/// its kind at a time, in the thread of the event loop; programs that it starts know nothing of it.
+/// SIGINT, SIGTERM and SIGHUP as an event. Only the first: the next does to the process what it always does,
+/// but a further SIGHUP does nothing. Signals that were ignored when the program started stay so. One of its
+/// kind at a time, in the thread of the event loop.
 class InterruptSignals : public QObject {
     Q_OBJECT
 
@@ -21,6 +22,7 @@ Q_SIGNALS:
 
 private:
     void take();
+    void stopListening(void (*nextHangUp)(int));
 
     int m_descriptor;
     QSocketNotifier m_notifier;
