@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/HttpChannel.h"
 
+#include "platform/SendQueue.h"
 #include "services/TransportError.h"
 
 #include <QCoroNetworkReply>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <algorithm>
+#include <utility>
 
 namespace ostrelle {
 
@@ -49,6 +51,46 @@ bool isErrorOfStatus(QNetworkReply::NetworkError error, int status) {
         error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolFailure;
     return status >= 400 && (isOfContentOrServer || error == QNetworkReply::ProxyAuthenticationRequiredError);
 }
+
+/// Calls a function when one exchange makes no progress for a time, or takes too long in all.
+class Patience : public QObject {
+public:
+    Patience(Clock& clock, QNetworkReply* reply, std::chrono::milliseconds idle, std::function<void()> end)
+        : m_clock(clock)
+        , m_idle(idle)
+        , m_end(std::move(end))
+        , m_peerPort(reply->url().port(reply->url().scheme() == u"https" ? 443 : 80))
+        , m_wholeTimer(clock.after(HttpChannel::deadline, m_end)) {
+        connect(reply, &QNetworkReply::uploadProgress, this, &Patience::beginAnew);
+        connect(reply, &QNetworkReply::readyRead, this, &Patience::beginAnew);
+        connect(reply, &QNetworkReply::metaDataChanged, this, [this] {
+            m_uploadTimer.reset();
+            beginAnew();
+        });
+        m_uploadTimer = clock.every(std::chrono::seconds(5), [this] { lookAtUpload(); });
+        beginAnew();
+    }
+
+private:
+    void beginAnew() { m_idleTimer = m_clock.after(m_idle, m_end); }
+
+    /// Qt's own progress is what the system has taken in, which is mostly all of it at once.
+    void lookAtUpload() {
+        const qint64 before = std::exchange(m_unacknowledged, unacknowledgedBytes(m_peerPort));
+        if (m_unacknowledged < before) {
+            beginAnew();
+        }
+    }
+
+    Clock& m_clock;
+    std::chrono::milliseconds m_idle;
+    std::function<void()> m_end;
+    int m_peerPort;
+    qint64 m_unacknowledged = 0; ///< at the last look; other uploads to the same service count too
+    std::unique_ptr<Timer> m_wholeTimer;
+    std::unique_ptr<Timer> m_uploadTimer;
+    std::unique_ptr<Timer> m_idleTimer;
+};
 
 /// Takes in one reply's body as it comes and ends the reply when there is too much or it takes too long.
 class Reception : public QObject {
@@ -136,7 +178,7 @@ HttpChannel::~HttpChannel() {
 }
 
 QCoro::Task<HttpReply> HttpChannel::post(const QNetworkRequest& request, QByteArray body) {
-    return exchange(request, timeOut,
+    return exchange(request, idleTimeOut,
                     [body = std::move(body)](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
                         auto upload = std::make_unique<OneTimeBody>(body);
                         QNetworkReply* reply = manager.post(toSend, upload.get());
@@ -145,13 +187,13 @@ QCoro::Task<HttpReply> HttpChannel::post(const QNetworkRequest& request, QByteAr
                     });
 }
 
-QCoro::Task<HttpReply> HttpChannel::get(const QNetworkRequest& request, std::chrono::milliseconds deadline) {
-    return exchange(request, deadline, [](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
+QCoro::Task<HttpReply> HttpChannel::get(const QNetworkRequest& request, std::chrono::milliseconds idle) {
+    return exchange(request, idle, [](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
         return manager.get(toSend);
     });
 }
 
-QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chrono::milliseconds deadline,
+QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chrono::milliseconds idle,
                                              Send send) {
     const std::shared_ptr<RequestGate> gate = m_gate;
     const bool mayPass = co_await RequestGate::enter(gate);
@@ -162,7 +204,7 @@ QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chron
     makeStateless(request);
     const ReplyPointer reply(send(*m_manager, request));
     Reception reception(reply.get());
-    const std::unique_ptr<Timer> timer = m_clock.after(deadline, [&reception] { reception.timeOut(); });
+    const Patience patience(m_clock, reply.get(), idle, [&reception] { reception.timeOut(); });
     co_await reply.get();
     co_return reception.finish();
 }

@@ -23,12 +23,15 @@ struct HttpReply {
     QByteArray body;
 };
 
-/// Sends requests, so many at once, each under one deadline and with a bounded reply. Redirects are not
-/// followed, cookies and credentials not kept. Destroying the channel fails what is in flight.
+/// Sends requests, so many at once. Each lives as long as bytes go up or come down, but not beyond a
+/// deadline, and with a bounded reply. Redirects are not followed, cookies and credentials not kept.
+/// Destroying the channel fails what is in flight.
 class HttpChannel {
 public:
-    /// From the start of the request to the last byte of its reply.
-    static constexpr std::chrono::milliseconds timeOut = std::chrono::seconds(60);
+    /// How long a posted request may go without a byte up or down.
+    static constexpr std::chrono::milliseconds idleTimeOut = std::chrono::seconds(60);
+    /// From the start of any request to the last byte of its reply.
+    static constexpr std::chrono::milliseconds deadline = std::chrono::minutes(10);
     /// In bytes. The longest reply that the services give is a thousandth of it.
     static constexpr qsizetype largestReply = qsizetype{4} * 1024 * 1024;
 
@@ -40,13 +43,13 @@ public:
 
     /// Posts the body and resumes with the whole reply. Throws TransportError.
     QCoro::Task<HttpReply> post(const QNetworkRequest& request, QByteArray body);
-    /// Gets under a deadline of the caller's and resumes with the whole reply. Throws TransportError.
-    QCoro::Task<HttpReply> get(const QNetworkRequest& request, std::chrono::milliseconds deadline);
+    /// Gets, with an idle time-out of the caller's, and resumes with the whole reply. Throws TransportError.
+    QCoro::Task<HttpReply> get(const QNetworkRequest& request, std::chrono::milliseconds idle);
 
 private:
     using Send = std::function<QNetworkReply*(QNetworkAccessManager&, const QNetworkRequest&)>;
 
-    QCoro::Task<HttpReply> exchange(QNetworkRequest request, std::chrono::milliseconds deadline, Send send);
+    QCoro::Task<HttpReply> exchange(QNetworkRequest request, std::chrono::milliseconds idle, Send send);
 
     Clock& m_clock;
     std::unique_ptr<QNetworkAccessManager> m_manager;

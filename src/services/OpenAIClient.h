@@ -33,7 +33,7 @@ public:
     OpenAIClient(QUrl modelUrl, const DefaultsStore& defaults, PlainLog& log, Clock& clock);
 
     /// Asks for the caption of one picture. Throws OpenAIError, or TransportError when no complete answer
-    /// came within a minute.
+    /// came: HttpChannel tells how long it waits.
     QCoro::Task<CaptionReply> generateCaption(QByteArray jpeg, QString prompt, QString model,
                                               int maximumTokens, double temperature);
 

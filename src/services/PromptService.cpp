@@ -84,7 +84,7 @@ QCoro::Task<PromptTemplates> PromptService::fetchFromServer(PromptQuery query) {
     const std::weak_ptr<const bool> life = m_life;
     const QNetworkRequest toSend = request(query);
     print(u"📡 Sending request..."_s);
-    const Attempt<HttpReply> reply = co_await attempt(m_channel.get(toSend, timeOut));
+    const Attempt<HttpReply> reply = co_await attempt(m_channel.get(toSend, idleTimeOut));
     throwIfGone(life);
     if (!reply) {
         print(u"❌ Network error: "_s + reply.words());

@@ -33,7 +33,8 @@ public:
         always, ///< what comes is stored all the same
     };
 
-    static constexpr std::chrono::milliseconds timeOut = std::chrono::seconds(30);
+    /// How long the server may be silent.
+    static constexpr std::chrono::milliseconds idleTimeOut = std::chrono::seconds(30);
 
     /// The file is the cache's; it and its folder need not exist. Log and clock must outlive the service.
     PromptService(PromptAccess access, QString cacheFile, PlainLog& log, Clock& clock);

@@ -12,7 +12,7 @@ class TransportError : public Error {
 public:
     TransportError(QNetworkReply::NetworkError code, QString text);
 
-    /// The request was not answered within its deadline.
+    /// Nothing more went up or came down, or all of it took too long.
     static TransportError timedOut();
     /// The program ends, and what asked is gone.
     static TransportError closing();

@@ -260,7 +260,7 @@ TEST_F(OpenAIBatchTest, WaitsForAMinuteAndNoLonger) {
     standIn.enqueue({.delivery = StandInAnswer::Delivery::held});
     QCoro::Task<BatchCaptionReply> task = start(images(2));
     waitUntil([this] { return standIn.isHolding(); });
-    clock.advance(HttpChannel::timeOut);
+    clock.advance(HttpChannel::idleTimeOut);
     EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
 }
 

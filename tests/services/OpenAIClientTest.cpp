@@ -303,19 +303,6 @@ TEST_F(OpenAIClientTest, WaitsForAMinuteAndNoLonger) {
     }
 }
 
-TEST_F(OpenAIClientTest, ADripDoesNotOutlastTheMinute) {
-    standIn.enqueue(
-        {.body = replyWithContent("\"A goal.\"") + QByteArray(1000, ' '), .delivery = Delivery::held});
-    QCoro::Task<CaptionReply> task = start(client);
-    waitUntil([this] { return standIn.isHolding(); });
-    for (int seconds = 0; seconds < 60; ++seconds) {
-        standIn.sendHeld(4);
-        QCoreApplication::processEvents();
-        clock.advance(1s);
-    }
-    EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
-}
-
 TEST_F(OpenAIClientTest, KeepsCallsInFlightApart) {
     const auto startWith = [this](const QString& event) {
         return client.generateCaption(smallJpeg(), u"Context:\n- Event: "_s + event, u"gpt-4o-mini"_s, 180,

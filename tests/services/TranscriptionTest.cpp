@@ -149,7 +149,7 @@ TEST_F(TranscriptionTest, WaitsForAMinuteAndNoLonger) {
     standIn.enqueue({.delivery = StandInAnswer::Delivery::held});
     QCoro::Task<QString> task = client.transcribeAudio(note());
     waitUntil([this] { return standIn.isHolding(); });
-    clock.advance(HttpChannel::timeOut);
+    clock.advance(HttpChannel::idleTimeOut);
     EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
 }
 

@@ -24,6 +24,10 @@ public:
     void advance(std::chrono::milliseconds span);
     /// How many sleeps and timers are waiting.
     qsizetype waiting() const { return static_cast<qsizetype>(m_due->size()); }
+    /// The time until the next of them falls due; something has to be waiting.
+    std::chrono::milliseconds untilNext() const {
+        return std::chrono::milliseconds(m_now.msecsTo(m_due->begin()->first));
+    }
     /// Sets the time, as a machine's that slept or whose clock was set; nothing is woken before the next
     /// advance().
     void setNow(QDateTime moment) { m_now = std::move(moment); }
