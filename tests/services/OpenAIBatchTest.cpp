@@ -256,12 +256,4 @@ TEST_F(OpenAIBatchTest, ANameOfTwoLinesIsNoSecondHeading) {
     EXPECT_EQ(reply.results.first().filename, items[0].filename);
 }
 
-TEST_F(OpenAIBatchTest, WaitsForAMinuteAndNoLonger) {
-    standIn.enqueue({.delivery = StandInAnswer::Delivery::held});
-    QCoro::Task<BatchCaptionReply> task = start(images(2));
-    waitUntil([this] { return standIn.isHolding(); });
-    clock.advance(HttpChannel::idleTimeOut);
-    EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
-}
-
 } // namespace ostrelle

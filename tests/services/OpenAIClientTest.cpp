@@ -303,6 +303,20 @@ TEST_F(OpenAIClientTest, WaitsForAMinuteAndNoLonger) {
     }
 }
 
+TEST_F(OpenAIClientTest, ADripLivesUntilTheDeadline) {
+    standIn.enqueue({.body = QByteArray(1000, ' '), .delivery = Delivery::held});
+    QCoro::Task<CaptionReply> task = start(client);
+    waitUntil([this] { return standIn.isHolding(); });
+    standIn.sendHeld(200); // the head, too
+    for (int drip = 0; drip < 12; ++drip) {
+        standIn.sendHeld(1);
+        waitUntil([this] { return clock.untilNext() > 10s; }); // which is when the byte has come
+        EXPECT_FALSE(task.isReady());
+        clock.advance(50s);
+    }
+    EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
+}
+
 TEST_F(OpenAIClientTest, KeepsCallsInFlightApart) {
     const auto startWith = [this](const QString& event) {
         return client.generateCaption(smallJpeg(), u"Context:\n- Event: "_s + event, u"gpt-4o-mini"_s, 180,

@@ -145,14 +145,6 @@ TEST_F(TranscriptionTest, AsksNothingWithoutAFileOrAKey) {
     EXPECT_THAT(standIn.requests(), IsEmpty());
 }
 
-TEST_F(TranscriptionTest, WaitsForAMinuteAndNoLonger) {
-    standIn.enqueue({.delivery = StandInAnswer::Delivery::held});
-    QCoro::Task<QString> task = client.transcribeAudio(note());
-    waitUntil([this] { return standIn.isHolding(); });
-    clock.advance(HttpChannel::idleTimeOut);
-    EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
-}
-
 TEST_F(TranscriptionTest, FailsWhatIsBeingReadWhenTheClientIsDestroyed) {
     auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
     auto busy = std::make_unique<BusyWorkers>();
