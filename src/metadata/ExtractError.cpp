@@ -25,6 +25,7 @@ QString sentence(ExtractError::Case kind) {
 
 ExtractError::ExtractError(Case kind, const QString& reason)
     : Error(reason.isEmpty() ? sentence(kind) + u'.' : sentence(kind) + u": "_s + reason + u'.')
-    , m_kind(kind) {}
+    , m_kind(kind)
+    , m_reason(reason) {}
 
 } // namespace ostrelle

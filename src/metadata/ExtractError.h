@@ -14,9 +14,12 @@ public:
     explicit ExtractError(Case kind, const QString& reason = {});
 
     Case kind() const noexcept { return m_kind; }
+    /// The phrase, for a sentence of one's own.
+    QString reason() const { return m_reason; }
 
 private:
     Case m_kind;
+    QString m_reason;
 };
 
 } // namespace ostrelle

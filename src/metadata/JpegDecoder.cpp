@@ -4,6 +4,7 @@
 #include "metadata/AreaScaler.h"
 #include "metadata/ExtractError.h"
 #include "metadata/JpegErrors.h"
+#include "metadata/JpegSource.h"
 
 #include <jerror.h>
 
@@ -36,14 +37,6 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-File openFile(const QString& path) {
-    File file(std::fopen(QFile::encodeName(path).constData(), "rbe"));
-    if (!file) {
-        throw ExtractError(ExtractError::Case::cannotOpen, qt_error_string());
-    }
-    return file;
-}
-
 /// A damaged stretch before a restart marker is limited: the decoder finds its feet there.
 bool isRestart(int marker) {
     return marker >= JPEG_RST0 && marker <= JPEG_RST0 + 7;
@@ -53,14 +46,43 @@ bool isRestart(int marker) {
     throw ExtractError(ExtractError::Case::cannotCreateThumbnail, reason);
 }
 
-/// One JPEG file being read.
+File openFile(const QString& path) {
+    File file(std::fopen(QFile::encodeName(path).constData(), "rbe"));
+    if (!file) {
+        throw ExtractError(ExtractError::Case::cannotOpen, qt_error_string());
+    }
+    return file;
+}
+
+/// The file, standing at the beginning of the range.
+File openAt(const QString& path, ByteRange range) {
+    File file = openFile(path);
+    if (range.size() > maximumFileSize) {
+        refuse(u"the file is too large"_s);
+    }
+    if (std::fseek(file.get(), range.begin, SEEK_SET) != 0) {
+        refuse(u"the file is cut short"_s);
+    }
+    return file;
+}
+
+ByteRange wholeFile(const QString& path) {
+    const File file = openFile(path);
+    if (std::fseek(file.get(), 0, SEEK_END) != 0) {
+        refuse(qt_error_string());
+    }
+    return {0, std::ftell(file.get())};
+}
+
+/// One JPEG being read.
 class JpegReader {
 public:
-    explicit JpegReader(std::FILE* file);
+    JpegReader(const QString& path, ByteRange range);
     ~JpegReader() { jpeg_destroy_decompress(&m_info); }
     JpegReader(const JpegReader&) = delete;
     JpegReader& operator=(const JpegReader&) = delete;
 
+    PixelSize readSize();
     JpegPicture read(int limit);
 
 private:
@@ -79,9 +101,13 @@ private:
     ColorModel chooseColors();
     void chooseScale(int limit);
     QByteArray readProfile();
+    std::optional<PictureTurn> readTurn() const;
+    PixelSize fullSize() const;
     Raster<std::uint8_t> readRows(PixelSize target);
     bool endsInScans();
 
+    File m_file;
+    JpegSource m_source; ///< after the file, which it reads
     JpegErrors m_errors;
     jpeg_progress_mgr m_progress{};
     jpeg_decompress_struct m_info{};
@@ -89,7 +115,8 @@ private:
     unsigned m_damagedPlaces = 0;
 };
 
-JpegReader::JpegReader(std::FILE* file) {
+JpegReader::JpegReader(const QString& path, ByteRange range)
+    : m_file(openAt(path, range)), m_source(m_file.get(), range.size()) {
     m_info.err = &m_errors;
     run([this] { jpeg_create_decompress(&m_info); });
     m_info.client_data = this;
@@ -101,7 +128,7 @@ JpegReader::JpegReader(std::FILE* file) {
     m_progress.progress_monitor = [](j_common_ptr info) { of(info).checkScans(); };
     m_info.progress = &m_progress;
     m_info.mem->max_memory_to_use = maximumMemory;
-    run([this, file] { jpeg_stdio_src(&m_info, file); });
+    m_info.src = &m_source;
 }
 
 /// Decides which of the library's warnings mean that the picture is not there. The library makes up grey
@@ -143,10 +170,8 @@ void JpegReader::checkScans() {
 }
 
 void JpegReader::readHeader() {
-    run([this] { jpeg_save_markers(&m_info, JPEG_APP0 + 2, 0xFFFF); });
     run([this] { jpeg_read_header(&m_info, TRUE); });
-    if (m_info.image_width > maximumSide || m_info.image_height > maximumSide ||
-        !isDecodable({static_cast<int>(m_info.image_width), static_cast<int>(m_info.image_height)})) {
+    if (m_info.image_width > maximumSide || m_info.image_height > maximumSide || !isDecodable(fullSize())) {
         refuse(u"the picture is too large"_s);
     }
 }
@@ -187,15 +212,38 @@ QByteArray JpegReader::readProfile() {
     return {reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(length)};
 }
 
+/// The first EXIF segment counts, as for other readers, even if it has no orientation.
+std::optional<PictureTurn> JpegReader::readTurn() const {
+    constexpr QByteArrayView signature("Exif\0\0", 6);
+    for (const jpeg_marker_struct* marker = m_info.marker_list; marker != nullptr; marker = marker->next) {
+        const QByteArrayView payload(marker->data, static_cast<qsizetype>(marker->data_length));
+        if (marker->marker == JPEG_APP0 + 1 && payload.startsWith(signature)) {
+            return turnOfExif(payload.sliced(signature.size()));
+        }
+    }
+    return std::nullopt;
+}
+
+PixelSize JpegReader::fullSize() const {
+    return {static_cast<int>(m_info.image_width), static_cast<int>(m_info.image_height)};
+}
+
+PixelSize JpegReader::readSize() {
+    readHeader();
+    return fullSize();
+}
+
 JpegPicture JpegReader::read(int limit) {
+    run([this] { jpeg_save_markers(&m_info, JPEG_APP0 + 1, 0xFFFF); });
+    run([this] { jpeg_save_markers(&m_info, JPEG_APP0 + 2, 0xFFFF); });
     readHeader();
     JpegPicture picture;
     picture.model = chooseColors();
     picture.profile = readProfile();
+    picture.turn = readTurn();
     chooseScale(limit);
     run([this] { jpeg_start_decompress(&m_info); });
-    const PixelSize full{static_cast<int>(m_info.image_width), static_cast<int>(m_info.image_height)};
-    picture.pixels = readRows(fittedSize(full, limit));
+    picture.pixels = readRows(fittedSize(fullSize(), limit));
     if (m_fileEnded && endsInScans()) {
         refuse(u"the picture data are cut short"_s);
     }
@@ -233,12 +281,15 @@ bool JpegReader::endsInScans() {
 } // namespace
 
 JpegPicture decodeJpeg(const QString& path, int limit) {
-    const File file = openFile(path);
-    if (std::fseek(file.get(), 0, SEEK_END) != 0 || std::ftell(file.get()) > maximumFileSize ||
-        std::fseek(file.get(), 0, SEEK_SET) != 0) {
-        refuse(u"the file is too large"_s);
-    }
-    return JpegReader(file.get()).read(limit);
+    return decodeJpeg(path, wholeFile(path), limit);
+}
+
+JpegPicture decodeJpeg(const QString& path, ByteRange range, int limit) {
+    return JpegReader(path, range).read(limit);
+}
+
+PixelSize jpegSize(const QString& path, ByteRange range) {
+    return JpegReader(path, range).readSize();
 }
 
 } // namespace ostrelle

@@ -2,9 +2,11 @@
 #include "metadata/RAWPreviewExtractor.h"
 
 #include "metadata/ColorConversion.h"
+#include "metadata/EmbeddedPreview.h"
 #include "metadata/ExtractError.h"
 #include "metadata/JpegDecoder.h"
 #include "metadata/JpegEncoder.h"
+#include "metadata/RawContents.h"
 #include "metadata/RawDecoder.h"
 
 #include <QFile>
@@ -45,22 +47,66 @@ bool isJpeg(const QString& path) {
     return file.read(2) == "\xFF\xD8";
 }
 
-Raster<std::uint8_t> decode(const QString& path, int limit) {
-    if (!isJpeg(path)) {
-        return decodeRaw(path, limit);
+/// A scaled picture in sRGB, as it is stored.
+struct Decoded {
+    Raster<std::uint8_t> pixels;
+    PictureTurn turn;
+    Rendition facts = {}; ///< all but the JPEG
+};
+
+Decoded decoded(JpegPicture picture, PictureTurn otherwise) {
+    const PictureTurn turn = picture.turn.value_or(otherwise);
+    return {convertToSrgb(std::move(picture.pixels), picture.model, picture.profile), turn};
+}
+
+/// A preview's own EXIF says how it is turned; without, it lies as the raw picture does.
+Decoded decodePreviewOf(const QString& path, const std::vector<EmbeddedPreview>& previews, PictureTurn turn,
+                        int limit, const ExtractError& failure) {
+    try {
+        PreviewPicture preview = decodePreview(path, previews, limit);
+        Decoded result = decoded(std::move(preview.picture), turn);
+        result.facts = {{}, Rendition::Source::embeddedPreview, preview.size, failure.reason()};
+        return result;
+    } catch (const ExtractError& error) {
+        throw ExtractError(failure.kind(), failure.reason() + u", and "_s + error.reason());
     }
-    JpegPicture picture = decodeJpeg(path, limit);
-    return convertToSrgb(std::move(picture.pixels), picture.model, picture.profile);
+}
+
+Decoded decodeRawFile(const QString& path, int limit) {
+    FileBytes file(path);
+    const std::optional<RawContents> contents = readRawContents(file);
+    const auto previews = contents ? findPreviews(path, *contents) : std::vector<EmbeddedPreview>();
+    const bool hasPreview = !previews.empty() && previews.front().isLarge();
+    try {
+        RawPicture picture = decodeRaw(path, limit, hasPreview ? RawColors::known : RawColors::any);
+        return {std::move(picture.pixels), contents ? contents->turn.value_or(picture.turn) : picture.turn};
+    } catch (const ExtractError& error) {
+        if (!contents && error.kind() == ExtractError::Case::cannotOpen) {
+            throw ExtractError(error.kind(), u"it is neither a JPEG nor a known RAW file"_s);
+        }
+        const auto turn = contents ? contents->turn.value_or(PictureTurn()) : PictureTurn();
+        return decodePreviewOf(path, previews, turn, limit, error);
+    }
+}
+
+Decoded decode(const QString& path, int limit) {
+    return isJpeg(path) ? decoded(decodeJpeg(path, limit), {}) : decodeRawFile(path, limit);
 }
 
 } // namespace
 
-QByteArray RAWPreviewExtractor::extractPreview(const QString& path, double maxPixelSize,
-                                               double quality) const {
+Rendition RAWPreviewExtractor::extractPreview(const QString& path, double maxPixelSize, double quality,
+                                              Orientation orientation) const {
     const int limit = pixelLimit(maxPixelSize);
     try {
-        return encodeJpeg(decode(path, limit),
-                          static_cast<int>(std::lround(100 * std::clamp(quality, 0.0, 1.0))));
+        Decoded picture = decode(path, limit);
+        if (orientation == Orientation::upright) {
+            picture.pixels = turned(std::move(picture.pixels), picture.turn);
+        }
+        Rendition rendition = std::move(picture.facts);
+        rendition.jpeg =
+            encodeJpeg(picture.pixels, static_cast<int>(std::lround(100 * std::clamp(quality, 0.0, 1.0))));
+        return rendition;
     } catch (const std::bad_alloc&) {
         throw ExtractError(ExtractError::Case::cannotCreateThumbnail, u"there is not enough memory"_s);
     }

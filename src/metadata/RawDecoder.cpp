@@ -47,7 +47,15 @@ bool isBlank(const Raster<std::uint16_t>& linear) {
 }
 
 void check(int status) {
-    if (status != LIBRAW_SUCCESS) {
+    switch (status) {
+    case LIBRAW_SUCCESS:
+        return;
+    case LIBRAW_FILE_UNSUPPORTED:
+        refuse(u"LibRaw does not know how this camera packs its RAW data"_s);
+    case LIBRAW_IO_ERROR:
+    case LIBRAW_DATA_ERROR:
+        refuse(u"the RAW data are damaged or cut short"_s);
+    default:
         refuse(QString::fromLatin1(LibRaw::strerror(status)));
     }
 }
@@ -57,11 +65,13 @@ class RawReader {
 public:
     explicit RawReader(const QByteArray& path);
 
-    Raster<std::uint8_t> read(int limit);
+    RawPicture read(int limit, RawColors colors);
 
 private:
     void configure();
     void open();
+    bool knowsColors() const;
+    PictureTurn turn() const;
     void unpack();
     Raster<std::uint16_t> scaledPicture(int limit);
     PixelSize fullSize() const;
@@ -90,7 +100,7 @@ void RawReader::configure() {
 
 void RawReader::open() {
     if (m_raw.open_datastream(&m_stream) != LIBRAW_SUCCESS) {
-        throw ExtractError(ExtractError::Case::cannotOpen, u"it is neither a JPEG nor a known RAW file"_s);
+        throw ExtractError(ExtractError::Case::cannotOpen, u"LibRaw does not know this camera's RAW files"_s);
     }
     if (!isDecodable(fullSize())) {
         refuse(u"the picture is too large"_s);
@@ -116,8 +126,24 @@ PixelSize RawReader::fullSize() const {
     return {m_raw.imgdata.sizes.width, m_raw.imgdata.sizes.height};
 }
 
-Raster<std::uint8_t> RawReader::read(int limit) {
+/// Without a matrix from the camera's colours to those of the eye, nothing is known of them.
+bool RawReader::knowsColors() const {
+    const auto& matrix = m_raw.imgdata.color.cam_xyz;
+    return m_raw.imgdata.idata.colors == 1 ||
+           std::any_of(&matrix[0][0], &matrix[0][0] + 9, [](float value) { return value != 0; });
+}
+
+PictureTurn RawReader::turn() const {
+    const int flip = m_raw.imgdata.sizes.flip;
+    return {.transposed = (flip & 4) != 0, .fromBottom = (flip & 2) != 0, .fromRight = (flip & 1) != 0};
+}
+
+RawPicture RawReader::read(int limit, RawColors colors) {
     open();
+    if (colors == RawColors::known && !knowsColors()) {
+        refuse(u"LibRaw does not know this camera's colours"_s);
+    }
+    const PictureTurn stored = turn(); // which decoding resets
     unpack();
     // Half the size takes one pixel from each group of four sensors and no guessing between them.
     m_raw.imgdata.params.half_size = longerSide(fullSize()) / 2 >= limit ? 1 : 0;
@@ -128,7 +154,7 @@ Raster<std::uint8_t> RawReader::read(int limit) {
     if (isBlank(linear)) {
         refuse(u"the picture data give an empty picture"_s);
     }
-    return renderTones(linear, monochrome);
+    return {renderTones(linear, monochrome), stored};
 }
 
 /// The processed picture is 16 bits of linear light in 4 channels: scaling it as it is, in place of the 8-bit
@@ -150,11 +176,11 @@ Raster<std::uint16_t> RawReader::scaledPicture(int limit) {
 
 } // namespace
 
-Raster<std::uint8_t> decodeRaw(const QString& path, int limit) {
+RawPicture decodeRaw(const QString& path, int limit, RawColors colors) {
     // The reader is too large for a worker thread's stack.
     const auto reader = std::make_unique<RawReader>(QFile::encodeName(path));
     try {
-        return reader->read(limit);
+        return reader->read(limit, colors);
     } catch (const LibRaw_exceptions) {
         refuse(u"the decoder gave up"_s);
     }

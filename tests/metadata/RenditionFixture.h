@@ -20,7 +20,7 @@ namespace ostrelle {
 inline constexpr int limit = 256;
 
 inline QByteArray render(const QString& path, double maxPixelSize = limit, double quality = 0.6) {
-    return RAWPreviewExtractor().extractPreview(path, maxPixelSize, quality);
+    return RAWPreviewExtractor().extractPreview(path, maxPixelSize, quality).jpeg;
 }
 
 /// The case that the extraction fails with, or none.
