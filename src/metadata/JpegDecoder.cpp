@@ -32,6 +32,10 @@ constexpr long maximumFileSize = 512L << 20;
 /// 84 ms for 46 dB, and neither can be told from it by eye.
 constexpr double reserve = 1.4;
 
+/// Zeros at the end of a file that was not copied to its end can pass for picture data, but fewer of them
+/// than there are.
+constexpr int maximumStrayBytes = 256;
+
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -112,6 +116,7 @@ private:
     jpeg_progress_mgr m_progress{};
     jpeg_decompress_struct m_info{};
     bool m_fileEnded = false;
+    int m_strayBytes = 0; ///< in front of the marker found last
     unsigned m_damagedPlaces = 0;
 };
 
@@ -146,6 +151,9 @@ void JpegReader::warn() {
         } else if (m_info.input_iMCU_row + 1 < m_info.total_iMCU_rows) {
             m_errors.abandon("the picture data are cut short");
         }
+        break;
+    case JWRN_EXTRANEOUS_DATA:
+        m_strayBytes = m_errors.msg_parm.i[0];
         break;
     case JWRN_HUFF_BAD_CODE:
     case JWRN_ARITH_BAD_CODE:
@@ -244,7 +252,10 @@ JpegPicture JpegReader::read(int limit) {
     chooseScale(limit);
     run([this] { jpeg_start_decompress(&m_info); });
     picture.pixels = readRows(fittedSize(fullSize(), limit));
-    if (m_fileEnded && endsInScans()) {
+    m_strayBytes = 0;
+    // Looks for the end marker. Not all that may stand there instead is to the library's liking.
+    (void)m_errors.guarded([this] { jpeg_finish_decompress(&m_info); });
+    if (m_fileEnded && (endsInScans() || m_strayBytes > maximumStrayBytes)) {
         refuse(u"the picture data are cut short"_s);
     }
     return picture;
