@@ -81,11 +81,12 @@ Decoded decodeRawFile(const QString& path, int limit) {
         RawPicture picture = decodeRaw(path, limit, hasPreview ? RawColors::known : RawColors::any);
         return {std::move(picture.pixels), contents ? contents->turn.value_or(picture.turn) : picture.turn};
     } catch (const ExtractError& error) {
-        if (!contents && error.kind() == ExtractError::Case::cannotOpen) {
-            throw ExtractError(error.kind(), u"it is neither a JPEG nor a known RAW file"_s);
+        if (!contents) {
+            throw error.kind() == ExtractError::Case::cannotOpen
+                ? ExtractError(error.kind(), u"it is neither a JPEG nor a known RAW file"_s)
+                : error;
         }
-        const auto turn = contents ? contents->turn.value_or(PictureTurn()) : PictureTurn();
-        return decodePreviewOf(path, previews, turn, limit, error);
+        return decodePreviewOf(path, previews, contents->turn.value_or(PictureTurn()), limit, error);
     }
 }
 

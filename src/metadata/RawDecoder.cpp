@@ -60,6 +60,12 @@ void check(int status) {
     }
 }
 
+/// LibRaw, and what it keeps to itself: that it has no matrix from the camera's colours to those of the eye.
+class CandidLibRaw : public LibRaw {
+public:
+    bool staysInRawColors() const { return libraw_internal_data.internal_output_params.raw_color != 0; }
+};
+
 /// One RAW file being decoded.
 class RawReader {
 public:
@@ -77,7 +83,7 @@ private:
     PixelSize fullSize() const;
 
     RawStream m_stream;
-    LibRaw m_raw; ///< after the stream, which it reads until it ends
+    CandidLibRaw m_raw; ///< after the stream, which it reads until it ends
     bool m_damaged = false;
 };
 
@@ -99,8 +105,12 @@ void RawReader::configure() {
 }
 
 void RawReader::open() {
-    if (m_raw.open_datastream(&m_stream) != LIBRAW_SUCCESS) {
-        throw ExtractError(ExtractError::Case::cannotOpen, u"LibRaw does not know this camera's RAW files"_s);
+    const int status = m_raw.open_datastream(&m_stream);
+    if (status != LIBRAW_SUCCESS) {
+        throw ExtractError(ExtractError::Case::cannotOpen,
+                           status == LIBRAW_FILE_UNSUPPORTED
+                               ? u"LibRaw does not know this camera's RAW files"_s
+                               : u"the file is damaged or cut short"_s);
     }
     if (!isDecodable(fullSize())) {
         refuse(u"the picture is too large"_s);
@@ -126,11 +136,8 @@ PixelSize RawReader::fullSize() const {
     return {m_raw.imgdata.sizes.width, m_raw.imgdata.sizes.height};
 }
 
-/// Without a matrix from the camera's colours to those of the eye, nothing is known of them.
 bool RawReader::knowsColors() const {
-    const auto& matrix = m_raw.imgdata.color.cam_xyz;
-    return m_raw.imgdata.idata.colors == 1 ||
-           std::any_of(&matrix[0][0], &matrix[0][0] + 9, [](float value) { return value != 0; });
+    return m_raw.imgdata.idata.colors == 1 || !m_raw.staysInRawColors();
 }
 
 PictureTurn RawReader::turn() const {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/DngBuilder.h"
 
+#include "support/TiffBuilder.h"
+
 #include <QtEndian>
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <initializer_list>
-#include <utility>
 #include <vector>
 
 namespace ostrelle {
@@ -21,92 +21,6 @@ constexpr LinearColor neutral = {0.48F, 1.0F, 0.66F};
 constexpr std::array<float, 9> xyzToSrgb = {3.2405F, -1.5371F, -0.4985F, -0.9693F, 1.8760F,
                                             0.0416F, 0.0556F,  -0.2040F, 1.0572F};
 
-template <typename Integer>
-void append(QByteArray& bytes, Integer value) {
-    const Integer little = qToLittleEndian(value);
-    bytes.append(reinterpret_cast<const char*>(&little), sizeof little);
-}
-
-/// One directory of a TIFF file under construction.
-class Directory {
-public:
-    void addShorts(std::uint16_t tag, std::initializer_list<std::uint16_t> values) {
-        QByteArray bytes;
-        for (const std::uint16_t value : values) {
-            append(bytes, value);
-        }
-        add(tag, 3, values.size(), bytes);
-    }
-    void addLong(std::uint16_t tag, qsizetype value) {
-        QByteArray bytes;
-        append(bytes, static_cast<std::uint32_t>(value));
-        add(tag, 4, 1, bytes);
-    }
-    void addBytes(std::uint16_t tag, const QByteArray& bytes) {
-        add(tag, 1, static_cast<std::size_t>(bytes.size()), bytes);
-    }
-    void addText(std::uint16_t tag, const QByteArray& text) {
-        const QByteArray ended = text + '\0';
-        add(tag, 2, static_cast<std::size_t>(ended.size()), ended);
-    }
-    /// Fractions of 10,000; `signedType` as DNG wants it for matrices.
-    void addRationals(std::uint16_t tag, const std::vector<float>& values, bool signedType) {
-        QByteArray bytes;
-        for (const float value : values) {
-            append(bytes, static_cast<std::int32_t>(std::lround(value * 10000)));
-            append(bytes, std::int32_t{10000});
-        }
-        add(tag, signedType ? 10 : 5, values.size(), bytes);
-    }
-
-    /// Bytes of the directory with the values that do not fit into it.
-    qsizetype size() const {
-        qsizetype bytes = 6 + 12 * static_cast<qsizetype>(m_entries.size());
-        for (const Entry& entry : m_entries) {
-            bytes += entry.value.size() > 4 ? entry.value.size() + entry.value.size() % 2 : 0;
-        }
-        return bytes;
-    }
-
-    /// The directory as it stands at `offset` of the file; `next` is where the following one stands, or 0.
-    QByteArray written(qsizetype offset, qsizetype next) const {
-        std::vector<Entry> entries = m_entries;
-        std::sort(entries.begin(), entries.end(),
-                  [](const Entry& a, const Entry& b) { return a.tag < b.tag; });
-        QByteArray table;
-        QByteArray values;
-        append(table, static_cast<std::uint16_t>(entries.size()));
-        const qsizetype valuesStart = offset + 6 + 12 * static_cast<qsizetype>(entries.size());
-        for (const Entry& entry : entries) {
-            append(table, entry.tag);
-            append(table, entry.type);
-            append(table, entry.count);
-            if (entry.value.size() <= 4) {
-                table += entry.value.leftJustified(4, '\0');
-            } else {
-                append(table, static_cast<std::uint32_t>(valuesStart + values.size()));
-                values += entry.value.leftJustified(entry.value.size() + entry.value.size() % 2, '\0');
-            }
-        }
-        append(table, static_cast<std::uint32_t>(next));
-        return table + values;
-    }
-
-private:
-    struct Entry {
-        std::uint16_t tag;
-        std::uint16_t type;
-        std::uint32_t count;
-        QByteArray value;
-    };
-
-    void add(std::uint16_t tag, std::uint16_t type, std::size_t count, const QByteArray& value) {
-        m_entries.push_back({tag, type, static_cast<std::uint32_t>(count), value});
-    }
-
-    std::vector<Entry> m_entries;
-};
-
 std::vector<float> colorMatrix() {
     std::vector<float> matrix(xyzToSrgb.begin(), xyzToSrgb.end());
     for (std::size_t i = 0; i < matrix.size(); ++i) {
@@ -115,8 +29,8 @@ std::vector<float> colorMatrix() {
     return matrix;
 }
 
-Directory pictureDirectory(const SportsScene& scene, int orientation, qsizetype dataOffset) {
-    Directory directory;
+TiffDirectoryBuilder pictureDirectory(const SportsScene& scene, int orientation, qsizetype dataOffset) {
+    TiffDirectoryBuilder directory;
     directory.addLong(254, 0);                      // NewSubfileType: the main picture
     directory.addLong(256, scene.width());          // ImageWidth
     directory.addLong(257, scene.height());         // ImageLength
@@ -146,8 +60,8 @@ Directory pictureDirectory(const SportsScene& scene, int orientation, qsizetype 
     return directory;
 }
 
-Directory thumbnailDirectory(const QByteArray& thumbnail, qsizetype dataOffset) {
-    Directory directory;
+TiffDirectoryBuilder thumbnailDirectory(const QByteArray& thumbnail, qsizetype dataOffset) {
+    TiffDirectoryBuilder directory;
     directory.addLong(254, 1);                // NewSubfileType: a reduced picture
     directory.addShorts(259, {6});            // Compression: JPEG
     directory.addLong(513, dataOffset);       // JPEGInterchangeFormat
@@ -182,7 +96,7 @@ QByteArray dngFile(const SportsScene& scene, const DngOptions& options) {
     const qsizetype dataOffset = thumbnailOffset + options.thumbnail.size() + options.thumbnail.size() % 2;
 
     QByteArray file("II*\0", 4);
-    append(file, static_cast<std::uint32_t>(start));
+    file += tiffNumber(static_cast<std::uint32_t>(start), false);
     file += pictureDirectory(scene, options.orientation, dataOffset)
                 .written(start, options.thumbnail.isEmpty() ? 0 : pictureEnd);
     if (!options.thumbnail.isEmpty()) {

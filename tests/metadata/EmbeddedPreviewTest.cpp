@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/RenditionFixture.h"
+#include "support/RawBuilder.h"
+
+#include <QtEndian>
+#include <algorithm>
+#include <random>
+
+namespace ostrelle {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// Of a quality at which a block takes fewer bytes than the zeros that pass for one.
+QByteArray coarseJpeg(const QImage& picture) {
+    JpegOptions options;
+    options.quality = 70;
+    return jpegFile(picture, options);
+}
+
+class EmbeddedPreviews : public Renditions {
+protected:
+    QString reason(const QByteArray& bytes) const {
+        try {
+            rendition(file(bytes));
+        } catch (const ExtractError& error) {
+            return error.reason();
+        }
+        return {};
+    }
+
+    const QByteArray large = coarseJpeg(SportsScene(1200, 120, 3).image());
+    const QByteArray thumbnail = jpegFile(flat(Qt::red, {160, 120}));
+};
+
+TEST_F(EmbeddedPreviews, showARawFileOfAnUnknownCamera) {
+    const QImage expected = picture(large);
+    for (const RawKind kind : rawKinds) {
+        const Rendition shown = rendition(file(rawFile(kind, {.preview = large, .thumbnail = thumbnail})));
+        EXPECT_EQ(shown.source, Rendition::Source::embeddedPreview) << static_cast<int>(kind);
+        EXPECT_EQ(shown.previewSize, (PixelSize{1200, 120}));
+        EXPECT_FALSE(shown.reason.isEmpty());
+        EXPECT_LT(difference(QImage::fromData(shown.jpeg), expected), 1.0) << static_cast<int>(kind);
+    }
+}
+
+TEST_F(EmbeddedPreviews, standInOnlyForAPictureThatDoesNotDecode) {
+    const SportsScene scene(300, 200, 1);
+    const auto source = [this](const QByteArray& bytes) { return rendition(file(bytes)).source; };
+    DngOptions options;
+    options.thumbnail = large;
+    const QByteArray decodable = dngFile(scene, options);
+    EXPECT_EQ(source(decodable), Rendition::Source::picture);
+    // Without its ColorMatrix1 it would have the colours of the sensor, and serves if there is no preview.
+    const auto uncoloured = [](QByteArray dng) { return dng.replace("\x21\xC6\x0A", "\xFF\xC6\x0A"); };
+    EXPECT_EQ(source(uncoloured(decodable)), Rendition::Source::embeddedPreview);
+    EXPECT_EQ(source(uncoloured(dngFile(scene))), Rendition::Source::picture);
+    options.exposure = 0;
+    EXPECT_EQ(source(dngFile(scene, options)), Rendition::Source::embeddedPreview);
+}
+
+TEST_F(EmbeddedPreviews, areNoThumbnails) {
+    const auto preview = [](QSize size) { return jpegFile(flat(Qt::blue, size)); };
+    for (const RawKind kind : rawKinds) {
+        EXPECT_TRUE(
+            reason(rawFile(kind, {.preview = preview({999, 40})}))
+                .contains(u"the preview in the file is too small to show instead (999 x 40 pixels)"_s))
+            << static_cast<int>(kind);
+        EXPECT_TRUE(reason(rawFile(kind, {.preview = preview({40, 1000})})).isEmpty());
+        EXPECT_TRUE(reason(rawFile(kind, {.preview = "no JPEG"})).contains(u"holds no preview"_s));
+    }
+}
+
+TEST_F(EmbeddedPreviews, areRefusedWhenTheyAreCutOrDamaged) {
+    const qsizetype quarter = large.size() / 4;
+    const QByteArray zeros = large.first(quarter).leftJustified(large.size(), '\0');
+    for (const RawKind kind : rawKinds) {
+        const QByteArray whole = rawFile(kind, {.preview = large});
+        const qsizetype end = whole.indexOf(large) + 3 * quarter;
+        for (const QByteArray& damaged : {whole.first(end), QByteArray(whole).replace(large, zeros)}) {
+            EXPECT_TRUE(reason(damaged).contains(u"the preview in the file cannot be shown instead"_s))
+                << static_cast<int>(kind);
+        }
+    }
+    // The full picture lies at the end of a CR3, behind a smaller preview.
+    const QByteArray smaller = jpegFile(flat(Qt::red, {1000, 100}));
+    const QByteArray whole = rawFile(RawKind::cr3, {.preview = large, .thumbnail = smaller});
+    EXPECT_EQ(rendition(file(whole)).previewSize.width, 1200);
+    EXPECT_EQ(rendition(file(whole.first(whole.indexOf(large) + 2000))).previewSize.width, 1000);
+}
+
+TEST_F(EmbeddedPreviews, endSoonInHostileFiles) {
+    const QByteArray preview = jpegFile(flat(Qt::green, {1008, 8}));
+    std::mt19937 random(7);
+    const auto below = [&random](qsizetype bound) {
+        return static_cast<qsizetype>(random() % static_cast<unsigned>(bound));
+    };
+    for (const RawKind kind : rawKinds) {
+        const QByteArray whole = rawFile(kind, {.preview = preview, .thumbnail = preview});
+        const qsizetype headers = whole.indexOf(preview) + 600;
+        for (int i = 0; i < 100; ++i) {
+            failure(file(whole.first(below(i % 2 == 0 ? headers : whole.size()))));
+            QByteArray mutated = whole;
+            for (int change = 0; change < 1 + i % 3; ++change) {
+                mutated[below(headers)] = static_cast<char>(i % 4 == 0 ? 0xFF : random());
+            }
+            failure(file(mutated));
+        }
+    }
+}
+
+TEST_F(EmbeddedPreviews, endSoonInCircles) {
+    // Each entry of the first directory's list of others, and its successor, is that directory again.
+    QByteArray circle = rawFile(RawKind::nef, {.preview = large});
+    const qsizetype list = circle.indexOf(QByteArray("\x01\x4A\x00\x04\x00\x00\x00\x02", 8)) + 8;
+    const auto offsets = qFromBigEndian<quint32>(circle.constData() + list);
+    circle.replace(offsets, 8, QByteArray("\0\0\0\x08\0\0\0\x08", 8));
+    EXPECT_TRUE(reason(circle).contains(u"holds no preview"_s));
+    // Boxes of no more than a header, and boxes in boxes.
+    const QByteArray front = rawFile(RawKind::cr3, {.preview = large}).first(24);
+    EXPECT_TRUE(reason(front + QByteArray("\0\0\0\x08"
+                                          "free",
+                                          8)
+                                   .repeated(1'000'000))
+                    .contains(u"holds no"_s));
+    EXPECT_TRUE(reason(front + QByteArray("\0\0\0\0moov", 8).repeated(1'000'000)).contains(u"holds no"_s));
+}
+
+} // namespace
+} // namespace ostrelle
