@@ -109,6 +109,7 @@ private:
     PixelSize fullSize() const;
     Raster<std::uint8_t> readRows(PixelSize target);
     bool endsInScans();
+    bool endsInStrayBytes();
 
     File m_file;
     JpegSource m_source; ///< after the file, which it reads
@@ -252,10 +253,7 @@ JpegPicture JpegReader::read(int limit) {
     chooseScale(limit);
     run([this] { jpeg_start_decompress(&m_info); });
     picture.pixels = readRows(fittedSize(fullSize(), limit));
-    m_strayBytes = 0;
-    // Looks for the end marker. Not all that may stand there instead is to the library's liking.
-    (void)m_errors.guarded([this] { jpeg_finish_decompress(&m_info); });
-    if (m_fileEnded && (endsInScans() || m_strayBytes > maximumStrayBytes)) {
+    if ((m_fileEnded && endsInScans()) || endsInStrayBytes()) {
         refuse(u"the picture data are cut short"_s);
     }
     return picture;
@@ -287,6 +285,14 @@ bool JpegReader::endsInScans() {
         }
     }
     return false;
+}
+
+/// Whether the end marker is missing and more bytes are left than the picture needed.
+bool JpegReader::endsInStrayBytes() {
+    m_strayBytes = 0;
+    // Not all that may stand in place of the end marker is to the library's liking.
+    (void)m_errors.guarded([this] { jpeg_finish_decompress(&m_info); });
+    return m_fileEnded && m_strayBytes > maximumStrayBytes;
 }
 
 } // namespace
