@@ -25,6 +25,9 @@ constexpr std::int64_t leastBytes(std::int64_t pixels) {
 /// Decoders that read ahead in blocks may miss a part of one at the end of a whole file.
 constexpr std::int64_t readAhead = 64 << 10;
 
+/// What the headers of a whole file may have the library read behind its end, many times over.
+constexpr std::int64_t missingInHeaders = 1 << 20;
+
 /// Some data that the library cannot decode come out as one level, or as noise and rounding just above
 /// black.
 bool isBlank(const Raster<std::uint16_t>& linear) {
@@ -105,6 +108,7 @@ void RawReader::configure() {
 }
 
 void RawReader::open() {
+    m_stream.allowMissingBytes(missingInHeaders);
     const int status = m_raw.open_datastream(&m_stream);
     if (status != LIBRAW_SUCCESS) {
         throw ExtractError(ExtractError::Case::cannotOpen,

@@ -8,17 +8,25 @@ namespace ostrelle {
 
 int RawStream::read(void* buffer, std::size_t size, std::size_t count) {
     const int got = LibRaw_file_datastream::read(buffer, size, count);
-    m_missing += static_cast<std::int64_t>(size * count) - static_cast<std::int64_t>(size) * std::max(got, 0);
+    miss(static_cast<std::int64_t>(size * count) - static_cast<std::int64_t>(size) * std::max(got, 0));
     return got;
 }
 
 int RawStream::get_char() {
     const int byte = LibRaw_file_datastream::get_char();
-    m_missing += byte < 0 ? 1 : 0;
+    miss(byte < 0 ? 1 : 0);
     return byte;
 }
 
+void RawStream::miss(std::int64_t bytes) {
+    m_missing += bytes;
+    if (m_missing > m_allowed) {
+        throw LIBRAW_EXCEPTION_IO_EOF;
+    }
+}
+
 std::int64_t RawStream::takeMissingBytes() {
+    m_allowed = std::numeric_limits<std::int64_t>::max();
     return std::exchange(m_missing, 0);
 }
 

@@ -4,6 +4,7 @@
 #include <libraw/libraw.h>
 
 #include <cstdint>
+#include <limits>
 
 namespace ostrelle {
 
@@ -16,11 +17,17 @@ public:
     int read(void* buffer, std::size_t size, std::size_t count) override;
     int get_char() override;
 
-    /// The bytes missed since the last call.
+    /// From now on reading ends with an exception of the library once more than this many bytes were missed:
+    /// some headers have it read billions. Not for decoders, which may read on several threads.
+    void allowMissingBytes(std::int64_t bytes) { m_allowed = bytes; }
+    /// The bytes missed since the last call. Any number may be missed from now on.
     std::int64_t takeMissingBytes();
 
 private:
+    void miss(std::int64_t bytes);
+
     std::int64_t m_missing = 0;
+    std::int64_t m_allowed = std::numeric_limits<std::int64_t>::max();
 };
 
 } // namespace ostrelle

@@ -89,7 +89,7 @@ TEST_F(EmbeddedPreviews, areRefusedWhenTheyAreCutOrDamaged) {
     EXPECT_EQ(rendition(file(whole.first(whole.indexOf(large) + 2000))).previewSize.width, 1000);
 }
 
-TEST_F(EmbeddedPreviews, endSoonInHostileFiles) {
+TEST_F(EmbeddedPreviews, giveAPictureOrAnErrorWhateverIsDamaged) {
     const QByteArray preview = jpegFile(flat(Qt::green, {1008, 8}));
     std::mt19937 random(7);
     const auto below = [&random](qsizetype bound) {
@@ -109,13 +109,16 @@ TEST_F(EmbeddedPreviews, endSoonInHostileFiles) {
     }
 }
 
-TEST_F(EmbeddedPreviews, endSoonInCircles) {
+TEST_F(EmbeddedPreviews, endSoonInHostileTables) {
     // Each entry of the first directory's list of others, and its successor, is that directory again.
     QByteArray circle = rawFile(RawKind::nef, {.preview = large});
     const qsizetype list = circle.indexOf(QByteArray("\x01\x4A\x00\x04\x00\x00\x00\x02", 8)) + 8;
     const auto offsets = qFromBigEndian<quint32>(circle.constData() + list);
     circle.replace(offsets, 8, QByteArray("\0\0\0\x08\0\0\0\x08", 8));
     EXPECT_TRUE(reason(circle).contains(u"holds no preview"_s));
+    // A table of four billion entries, of which LibRaw would read each behind the end of the file.
+    EXPECT_FALSE(
+        reason(QByteArray("II*\0\0\0\0\0IIIICwaR\x18\0\0\0\0\0\0\0\xFF\xFF\xFF\xFF\0\0\0\0", 32)).isEmpty());
     // Boxes of no more than a header, and boxes in boxes.
     const QByteArray front = rawFile(RawKind::cr3, {.preview = large}).first(24);
     EXPECT_TRUE(reason(front + QByteArray("\0\0\0\x08"
