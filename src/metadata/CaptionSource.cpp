@@ -3,7 +3,6 @@
 
 #include "metadata/ExtractError.h"
 #include "metadata/OvertakenError.h"
-#include "metadata/RAWPreviewExtractor.h"
 
 namespace ostrelle {
 
@@ -14,13 +13,23 @@ bool isSamePicture(const QString& image, const SeenPicture& seen) {
         return true;
     }
     try {
-        return RAWPreviewExtractor().extractPreview(image, seen.maxPixelSize, seen.quality) == seen.rendition;
+        return seePicture(image, seen.maxPixelSize, seen.quality).rendition.jpeg == seen.rendition.jpeg;
     } catch (const ExtractError&) {
         return false;
     }
 }
 
 } // namespace
+
+SeenPicture seePicture(const QString& image, double maxPixelSize, double quality) {
+    SeenPicture picture{.stamp = FileStamp::at(image), // of what is read, or of what was before
+                        .rendition = {},
+                        .maxPixelSize = maxPixelSize,
+                        .quality = quality};
+    picture.rendition =
+        RAWPreviewExtractor().extractPreview(image, maxPixelSize, quality, Orientation::upright);
+    return picture;
+}
 
 void requireSameFacts(const ImageFacts& now, const ImageFacts& source) {
     if (now == source) {

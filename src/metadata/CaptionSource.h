@@ -2,9 +2,9 @@
 #pragma once
 
 #include "metadata/ImageFacts.h"
+#include "metadata/RAWPreviewExtractor.h"
 #include "platform/FileStamp.h"
 
-#include <QByteArray>
 #include <QString>
 #include <QTimeZone>
 #include <optional>
@@ -14,7 +14,7 @@ namespace ostrelle {
 /// The picture that the model saw.
 struct SeenPicture {
     std::optional<FileStamp> stamp; ///< of the image file, from before the rendition was made
-    QByteArray rendition;           ///< what was sent
+    Rendition rendition;            ///< upright
     double maxPixelSize = 0;        ///< with which it was made
     double quality = 0;             ///< likewise
 };
@@ -25,6 +25,9 @@ struct CaptionSource {
     QTimeZone zone; ///< in which the facts' dates became days
     SeenPicture picture;
 };
+
+/// Makes the upright rendition of an image. Throws ExtractError.
+SeenPicture seePicture(const QString& image, double maxPixelSize, double quality);
 
 /// Throws OvertakenError unless the facts are still those of the source. Only a caption that is another one
 /// while all else is the same counts as edited.

@@ -67,17 +67,6 @@ QStringList keywordsOf(const XmlDocument& document) {
 
 } // namespace
 
-std::optional<QString> sidecarCaption(const XmlDocument& document) {
-    for (const XmlElement& caption : document.find("description", xmp::dc)) {
-        if (std::optional<QString> value = findAltLangValue(caption, u"x-default")) {
-            return value;
-        }
-    }
-    // A sidecar without a caption: the x-default text of its first list of languages, whatever it is about.
-    const XmlElement alt = document.findFirst("Alt", xmp::rdf);
-    return alt ? findAltLangValue(alt, u"x-default") : std::nullopt;
-}
-
 XMPContext sidecarContext(const XmlDocument& document, const QTimeZone& zone) {
     XMPContext context;
     if (const XmlElement subject = describedSubject(document)) {

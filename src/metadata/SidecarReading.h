@@ -13,9 +13,6 @@ namespace ostrelle {
 
 // Which of a sidecar's elements count for what. The document has a root.
 
-/// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
-std::optional<QString> sidecarCaption(const XmlDocument& document);
-
 /// What is known of place, event and date. Dates in element form become days in the given zone.
 XMPContext sidecarContext(const XmlDocument& document, const QTimeZone& zone);
 

@@ -7,6 +7,7 @@
 #include "metadata/SidecarReading.h"
 #include "metadata/XMPError.h"
 #include "metadata/XmlDocument.h"
+#include "metadata/XmpQueries.h"
 #include "platform/Files.h"
 #include "platform/KeptLines.h"
 
@@ -57,7 +58,7 @@ XmlDocument openSidecar(const QString& sidecar) {
 MetadataReading readingOf(const XmlDocument& document, const QTimeZone& zone) {
     KeptLines rightsLines;
     MetadataReading reading;
-    reading.facts = {.caption = sidecarCaption(document),
+    reading.facts = {.caption = defaultCaption(document),
                      .context = sidecarContext(document, zone),
                      .rights = sidecarRights(document, rightsLines),
                      .creator = sidecarCreator(document)};
@@ -82,7 +83,7 @@ MetadataReading XMPWriter::readSidecar(const QString& sidecar, const QTimeZone& 
 }
 
 std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) const {
-    return sidecarCaption(openSidecar(sidecar));
+    return defaultCaption(openSidecar(sidecar));
 }
 
 XMPContext XMPWriter::readContext(const QString& sidecar, const QTimeZone& zone) const {

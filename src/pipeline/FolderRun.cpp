@@ -4,6 +4,7 @@
 #include "core/Attempt.h"
 #include "core/Text.h"
 #include "pipeline/CodeReplacements.h"
+#include "pipeline/FolderTidying.h"
 #include "pipeline/ImageListing.h"
 #include "platform/ApiKey.h"
 #include "platform/FileError.h"
@@ -49,6 +50,7 @@ QCoro::Task<std::optional<FolderRun::Result>> FolderRun::captionInTurn(QString f
     if (!finds) {
         co_return std::nullopt;
     }
+    co_await tidyFolder(m_parts.threads, folder);
     QStringList& images = finds->images;
     if (which == FolderImages::onlyNew) {
         images = co_await withoutProcessed(images);

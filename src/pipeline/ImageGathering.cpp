@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ImageGathering.h"
 
-#include "metadata/RAWPreviewExtractor.h"
 #include "metadata/SidecarPath.h"
 #include "metadata/XMPError.h"
 #include "pipeline/AudioNote.h"
@@ -20,19 +19,6 @@ namespace {
 
 /// Stands for a caption that is not there, in the prompt and in comparisons.
 const QString noCaption = u"No caption"_s;
-
-/// The model's rendition of an image.
-SeenPicture render(const QString& file, bool isEmbedded) {
-    constexpr double longestSide = 1024; // pixels
-    constexpr double jpegQuality = 0.6;
-    constexpr double rawQuality = 0.85;
-    SeenPicture picture{.stamp = FileStamp::at(file), // of what is read, or of what was before
-                        .rendition = {},
-                        .maxPixelSize = longestSide,
-                        .quality = isEmbedded ? jpegQuality : rawQuality};
-    picture.rendition = RAWPreviewExtractor().extractPreview(file, picture.maxPixelSize, picture.quality);
-    return picture;
-}
 
 } // namespace
 
@@ -149,9 +135,11 @@ QCoro::Task<> ImageGathering::requireEditable() {
 }
 
 QCoro::Task<> ImageGathering::extractPreview() {
-    auto extract = [file = m_image.file, isEmbedded = m_metadata.isEmbedded()] {
-        return render(file, isEmbedded);
-    };
+    constexpr double longestSide = 1024; // pixels
+    constexpr double jpegQuality = 0.6;
+    constexpr double rawQuality = 0.85;
+    const double quality = m_metadata.isEmbedded() ? jpegQuality : rawQuality;
+    auto extract = [file = m_image.file, quality] { return seePicture(file, longestSide, quality); };
     QThreadPool* renderers = m_parts.threads.renderersOf(QFileInfo(m_image.file).path());
     const auto picture = co_await attempt(onThreadPool(renderers, extract));
     if (!picture) {
@@ -160,6 +148,16 @@ QCoro::Task<> ImageGathering::extractPreview() {
         picture.rethrow();
     }
     m_image.source.picture = *picture;
+    sayPreview(picture->rendition);
+}
+
+void ImageGathering::sayPreview(const Rendition& rendition) {
+    if (rendition.source == Rendition::Source::embeddedPreview) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] %1 is shown by its embedded preview of %2 x %3 pixels, as its RAW data cannot be "
+            "used: %4"_s.arg(m_name, QString::number(rendition.previewSize.width),
+                             QString::number(rendition.previewSize.height), rendition.reason));
+    }
 }
 
 QCoro::Task<> ImageGathering::gatherAudioNote() {

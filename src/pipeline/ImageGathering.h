@@ -60,6 +60,7 @@ private:
     QCoro::Task<> recreateSidecar();
     void takeFacts();
     void say(const QStringList& lines);
+    void sayPreview(const Rendition& rendition);
 
     AnalyzerParts m_parts;
     QString m_name;

@@ -5,6 +5,7 @@
 #include "core/Text.h"
 #include "metadata/ImageMetadata.h"
 #include "metadata/SidecarPath.h"
+#include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"
 #include "platform/ApiKey.h"
@@ -47,6 +48,9 @@ QCoro::Task<bool> ManualSelectionRun::admit(ManualSelection selection, HeldAcces
     if (const std::optional<Alert> alert = missingSidecarsAlert(selection)) {
         co_await m_parts.alerts.show(*alert);
         co_return false;
+    }
+    for (const QString& folder : selection.folders()) {
+        co_await tidyFolder(m_parts.threads, folder);
     }
     co_await createSidecars(selection.rawImages(), access);
     if (const std::optional<Alert> alert = missingImagesAlert(selection)) {

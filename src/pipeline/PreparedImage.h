@@ -16,7 +16,7 @@ struct PreparedImage {
     QString defaultCaption; ///< the caption that the image has now, trimmed, or "No caption"
     std::optional<QString> audioTranscription;
 
-    const QByteArray& jpegData() const { return source.picture.rendition; }
+    const QByteArray& jpegData() const { return source.picture.rendition.jpeg; }
     const XMPContext& context() const { return source.facts.context; }
     const std::optional<QString>& rights() const { return source.facts.rights; }
 };

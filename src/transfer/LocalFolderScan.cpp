@@ -3,9 +3,11 @@
 
 #include "core/Attempt.h"
 #include "core/OnThreadPool.h"
+#include "pipeline/FolderTidying.h"
 #include "pipeline/ImageListing.h"
 
 #include <QDir>
+#include <chrono>
 #include <utility>
 
 namespace ostrelle {
@@ -57,7 +59,7 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
     }
     const ScopedAccess access(m_parts.access, folder);
     m_lookedThrough.insert(folder, scan.round);
-    co_await m_parts.manifest.refresh(); // other programs may caption in the folder, too
+    co_await prepare(folder);
     const auto done = co_await attempt(lookThrough(&scan));
     if (m_lookedThrough.value(folder) == scan.round) {
         m_lookedThrough.remove(folder);
@@ -73,6 +75,18 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
     co_await scan.batch->tasks.finished();
     say(u"Auto-processing batch complete: %1 processed, %2 failed"_s.arg(scan.batch->processed)
             .arg(scan.batch->failed));
+}
+
+/// What other programs have captioned meanwhile, and what a killed one has left in the folder.
+QCoro::Task<> LocalFolderScan::prepare(QString folder) {
+    constexpr std::chrono::minutes tidyInterval{1};
+    co_await m_parts.manifest.refresh();
+    const QDateTime now = m_parts.clock.now();
+    const QDateTime last = m_tidied.value(folder);
+    if (!last.isValid() || last.msecsTo(now) >= std::chrono::milliseconds(tidyInterval).count()) {
+        m_tidied.insert(folder, now);
+        co_await attempt(tidyFolder(m_parts.threads, folder));
+    }
 }
 
 QCoro::Task<> LocalFolderScan::lookThrough(Scan* scan) {

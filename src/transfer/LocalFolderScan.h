@@ -7,6 +7,7 @@
 #include "transfer/LocalScanParts.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 #include <QHash>
 #include <QString>
 #include <QStringList>
@@ -39,6 +40,7 @@ public:
 private:
     struct Scan;
 
+    QCoro::Task<> prepare(QString folder);
     QCoro::Task<> lookThrough(Scan* scan);
     QCoro::Task<> look(Scan* scan, QStringList names);
     bool isOvertaken(const Scan& scan) const;
@@ -52,6 +54,7 @@ private:
     LocalScanParts m_parts;
     CaptionQueue m_queue;
     TaskGroup m_scans;
+    QHash<QString, QDateTime> m_tidied;      // when each folder was
     QHash<QString, quint64> m_lookedThrough; // folders now looked through, and the queue's round then
 };
 

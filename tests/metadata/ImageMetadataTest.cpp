@@ -4,7 +4,6 @@
 #include "metadata/EditConditions.h"
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/OvertakenError.h"
-#include "metadata/RAWPreviewExtractor.h"
 #include "metadata/SidecarBytes.h"
 #include "metadata/SidecarPath.h"
 #include "metadata/XMPError.h"
@@ -66,10 +65,7 @@ protected:
     }
     CaptionSource gather(const QString& image) const {
         CaptionSource source{.facts = ImageMetadata(image).read(zone).facts, .zone = zone, .picture = {}};
-        source.picture = {.stamp = FileStamp::at(image),
-                          .rendition = RAWPreviewExtractor().extractPreview(image, 128, 0.6),
-                          .maxPixelSize = 128,
-                          .quality = 0.6};
+        source.picture = seePicture(image, 128, 0.6);
         return source;
     }
     /// What comes of a caption that is written after `meanwhile`; nothing for one that was written.
