@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Renditions against the decoders that they are built on. Driven by the script `renditions` beside this file:
-//   bench_renditions make-pictures FOLDER      writes a 24-megapixel JPEG and DNG
+//   bench_renditions make-pictures FOLDER      writes 24-megapixel pictures: JPEG (one to be turned), DNG,
+//   and
+//                                              a CR3 and a NEF that are shown by a preview of that size
 //   bench_renditions render FILE RESULT        makes one rendition and reports the process's peak memory
 //   bench_renditions decode-half FILE          the same for LibRaw's own decode at half size
 //   bench_renditions FOLDER [benchmark flags]  compares them within one process
@@ -8,6 +10,7 @@
 #include "metadata/RAWPreviewExtractor.h"
 #include "support/DngBuilder.h"
 #include "support/JpegBuilder.h"
+#include "support/RawBuilder.h"
 
 #include <benchmark/benchmark.h>
 #include <libraw/libraw.h>
@@ -34,12 +37,21 @@ void write(const QString& path, const QByteArray& bytes) {
 
 void makePictures(const QString& folder) {
     const SportsScene scene(6000, 4000, 7);
-    write(folder + u"/24mp.jpg"_s, jpegFile(scene.image()));
+    const QByteArray jpeg = jpegFile(scene.image());
+    write(folder + u"/24mp.jpg"_s, jpeg);
     write(folder + u"/24mp.dng"_s, dngFile(scene));
+    JpegOptions portrait;
+    portrait.orientation = 6;
+    write(folder + u"/portrait.jpg"_s, jpegFile(scene.image(), portrait));
+    // With raw data as large as those of a camera.
+    for (const auto& [name, kind] :
+         {std::pair{u"/24mp.cr3"_s, RawKind::cr3}, {u"/24mp.nef"_s, RawKind::nef}}) {
+        write(folder + name, rawFile(kind, {.preview = jpeg}).leftJustified(25'000'000, '\x5A'));
+    }
 }
 
-QByteArray render(const QString& path) {
-    return RAWPreviewExtractor().extractPreview(path, 1024, 0.6);
+QByteArray render(const QString& path, Orientation orientation = Orientation::asStored) {
+    return RAWPreviewExtractor().extractPreview(path, 1024, 0.6, orientation).jpeg;
 }
 
 /// LibRaw alone, with what its samples do: half the size, an 8-bit picture in memory.
@@ -103,6 +115,14 @@ void registerBenchmarks(const QString& folder) {
     const QString dng = folder + u"/24mp.dng"_s;
     add("rendition of a JPEG", [jpeg] { benchmark::DoNotOptimize(render(jpeg)); });
     add("rendition of a DNG", [dng] { benchmark::DoNotOptimize(render(dng)); });
+    const QString cr3 = folder + u"/24mp.cr3"_s;
+    const QString nef = folder + u"/24mp.nef"_s;
+    add("rendition of a CR3's preview", [cr3] { benchmark::DoNotOptimize(render(cr3)); });
+    add("rendition of a NEF's preview", [nef] { benchmark::DoNotOptimize(render(nef)); });
+    const QString portrait = folder + u"/portrait.jpg"_s;
+    add("rendition of a portrait, as stored", [portrait] { benchmark::DoNotOptimize(render(portrait)); });
+    add("rendition of a portrait, upright",
+        [portrait] { benchmark::DoNotOptimize(render(portrait, Orientation::upright)); });
     add("LibRaw's decode at half size", [path = QFile::encodeName(dng)] { decodeHalf(path); });
     benchmark::RegisterBenchmark("scaling by area", scaleByArea)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("scaling by QImage", scaleByQt)->Unit(benchmark::kMillisecond);

@@ -41,16 +41,22 @@ Raster<std::uint8_t> turned(Raster<std::uint8_t> stored, PictureTurn turn) {
         return stored;
     }
     const auto [width, height] = stored.size;
-    Raster<std::uint8_t> result(turn.transposed ? PixelSize{height, width} : stored.size, stored.channels);
+    const int channels = stored.channels;
+    const auto rowLength = static_cast<std::ptrdiff_t>(stored.rowLength());
+    // Steps through the stored samples, and where they begin.
+    const std::ptrdiff_t down = turn.fromBottom ? -rowLength : rowLength;
+    const std::ptrdiff_t right = turn.fromRight ? -channels : channels;
+    const std::ptrdiff_t corner = (turn.fromBottom ? (height - 1) * rowLength : 0) +
+                                  (turn.fromRight ? (width - 1) * std::ptrdiff_t{channels} : 0);
+    const std::ptrdiff_t alongRow = turn.transposed ? down : right;
+    const std::ptrdiff_t alongColumn = turn.transposed ? right : down;
+
+    Raster<std::uint8_t> result(turn.transposed ? PixelSize{height, width} : stored.size, channels);
     std::uint8_t* out = result.samples.data();
     for (int y = 0; y < result.size.height; ++y) {
-        for (int x = 0; x < result.size.width; ++x) {
-            const int row = turn.transposed ? x : y;
-            const int column = turn.transposed ? y : x;
-            const std::uint8_t* pixel =
-                stored.row(turn.fromBottom ? height - 1 - row : row) +
-                std::ptrdiff_t{turn.fromRight ? width - 1 - column : column} * stored.channels;
-            out = std::copy_n(pixel, stored.channels, out);
+        std::ptrdiff_t at = corner + y * alongColumn;
+        for (int x = 0; x < result.size.width; ++x, at += alongRow) {
+            out = std::copy_n(stored.samples.data() + at, channels, out);
         }
     }
     return result;
