@@ -14,14 +14,13 @@ inline constexpr std::array rawKinds = {RawKind::arw, RawKind::cr2, RawKind::cr3
 
 /// What a RAW file is built with.
 struct RawOptions {
-    QByteArray preview = {}; ///< the large JPEG
-    QByteArray thumbnail =
-        {};              ///< the small JPEG of those kinds that have one: all but DNG, NEF, ORF, RAF and RW2
-    int orientation = 1; ///< as the file states it; RAF has it in the EXIF of its preview alone
+    QByteArray preview = {};      ///< the large JPEG, in CR3 that of the full picture
+    QByteArray smallPreview = {}; ///< the other JPEG of a CR3
+    int orientation = 1;          ///< as the file states it; RAF has it in the EXIF of its preview alone
 };
 
-/// A file as the cameras of its maker write it, with the JPEGs where these put them. Of its camera no library
-/// knows, and its raw data are noise.
+/// A file as the cameras of its maker write it, with the preview where these put it. Of its camera no library
+/// knows, and its raw data are no picture.
 QByteArray rawFile(RawKind kind, const RawOptions& options);
 
 } // namespace ostrelle

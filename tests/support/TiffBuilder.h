@@ -2,32 +2,38 @@
 #pragma once
 
 #include <QByteArray>
+#include <QtEndian>
 #include <cstdint>
 #include <vector>
 
 namespace ostrelle {
 
-/// A number of 16 or 32 bits in the byte order.
-QByteArray tiffNumber(std::uint16_t value, bool isBigEndian);
-QByteArray tiffNumber(std::uint32_t value, bool isBigEndian);
+/// A number in the byte order.
+template <typename Integer>
+QByteArray tiffNumber(Integer value, bool isBigEndian) {
+    const Integer ordered = isBigEndian ? qToBigEndian(value) : qToLittleEndian(value);
+    return {reinterpret_cast<const char*>(&ordered), sizeof ordered};
+}
 
 /// One directory of a TIFF file under construction.
 class TiffDirectoryBuilder {
 public:
     explicit TiffDirectoryBuilder(bool isBigEndian = false) : m_isBigEndian(isBigEndian) {}
 
-    void addShorts(std::uint16_t tag, const std::vector<std::uint16_t>& values);
-    void addLongs(std::uint16_t tag, const std::vector<qsizetype>& values);
-    void addLong(std::uint16_t tag, qsizetype value) { addLongs(tag, {value}); }
-    void addBytes(std::uint16_t tag, const QByteArray& bytes);
-    void addText(std::uint16_t tag, const QByteArray& text);
+    void addShorts(std::uint16_t tag, const std::vector<std::uint16_t>& values) { addAll(tag, 3, values); }
+    void addLongs(std::uint16_t tag, const std::vector<std::uint32_t>& values) { addAll(tag, 4, values); }
+    void addLong(std::uint16_t tag, qsizetype value) { addLongs(tag, {static_cast<std::uint32_t>(value)}); }
+    void addBytes(std::uint16_t tag, const QByteArray& bytes) { add(tag, 1, bytes.size(), bytes); }
+    void addText(std::uint16_t tag, const QByteArray& text) { add(tag, 2, text.size() + 1, text + '\0'); }
     /// Fractions of 10,000; `signedType` as DNG wants it for matrices.
     void addRationals(std::uint16_t tag, const std::vector<float>& values, bool signedType);
     /// An undefined value of bytes that stand elsewhere in the file.
-    void addElsewhere(std::uint16_t tag, qsizetype offset, qsizetype length);
+    void addElsewhere(std::uint16_t tag, qsizetype offset, qsizetype length) {
+        add(tag, 7, length, number(static_cast<std::uint32_t>(offset)));
+    }
 
     /// Bytes of the directory with the values that do not fit into it.
-    qsizetype size() const;
+    qsizetype size() const { return written(0, 0).size(); }
     /// The directory as it stands at `offset` of the file; `next` is where the following one stands, or 0.
     QByteArray written(qsizetype offset, qsizetype next) const;
 
@@ -39,7 +45,17 @@ private:
         QByteArray value;
     };
 
-    void add(std::uint16_t tag, std::uint16_t type, std::size_t count, const QByteArray& value);
+    void add(std::uint16_t tag, std::uint16_t type, qsizetype count, const QByteArray& value) {
+        m_entries.push_back({tag, type, static_cast<std::uint32_t>(count), value});
+    }
+    template <typename Integer>
+    void addAll(std::uint16_t tag, std::uint16_t type, const std::vector<Integer>& values) {
+        QByteArray bytes;
+        for (const Integer value : values) {
+            bytes += number(value);
+        }
+        add(tag, type, std::ssize(values), bytes);
+    }
     template <typename Integer>
     QByteArray number(Integer value) const {
         return tiffNumber(value, m_isBigEndian);
