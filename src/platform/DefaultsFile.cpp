@@ -57,17 +57,6 @@ QString asideName(const QString& path) {
 
 } // namespace
 
-QJsonObject withChanges(QJsonObject values, const QJsonObject& changes) {
-    for (auto change = changes.constBegin(); change != changes.constEnd(); ++change) {
-        if (change.value().isNull()) {
-            values.remove(change.key());
-        } else {
-            values.insert(change.key(), change.value());
-        }
-    }
-    return values;
-}
-
 /// One state of the file. It stays open as long as it is remembered, which keeps its inode number from being
 /// given to a later state: no two states that follow within one tick of the file system's clock look alike.
 class DefaultsFile::Snapshot {
@@ -118,14 +107,14 @@ QJsonObject DefaultsFile::load() {
     return m_values;
 }
 
-QJsonObject DefaultsFile::apply(const QJsonObject& changes) {
-    if (isRead() && withChanges(m_values, changes) == m_values) {
+QJsonObject DefaultsFile::apply(const DefaultsChanges& changes) {
+    if (isRead() && changes.appliedTo(m_values) == m_values) {
         return m_values;
     }
     makePrivateFolder(QFileInfo(m_path).path());
     const FileLock lock(m_path, longestWait);
     readOrSetAside();
-    const QJsonObject values = withChanges(m_values, changes);
+    const QJsonObject values = changes.appliedTo(m_values);
     if (values != m_values) {
         replace(values);
     }
@@ -187,9 +176,13 @@ void DefaultsFile::replace(const QJsonObject& values) {
     if (bytes.size() > largestFile) {
         throw FileError(u"write"_s, m_path, EFBIG); // it would count as damaged when it is read again
     }
+    m_snapshot.reset();
     replaceFile(m_path, bytes, privateFile);
     m_values = values;
-    m_snapshot = std::make_unique<const Snapshot>(m_path);
+    try {
+        m_snapshot = std::make_unique<const Snapshot>(m_path);
+    } catch (const FileError&) { // it is saved all the same: what was added must not be added again
+    }
 }
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/DefaultsChanges.h"
 #include "platform/FileError.h"
 
 #include <QJsonObject>
@@ -8,9 +9,6 @@
 #include <memory>
 
 namespace ostrelle {
-
-/// The values with the changes made; a change to null removes its key.
-QJsonObject withChanges(QJsonObject values, const QJsonObject& changes);
 
 /// The file of a defaults store: one JSON object, with taggedValue() under each key, that only its user can
 /// read. Several processes may share it; at any instant it is whole. A file that is not valid is set aside
@@ -35,7 +33,7 @@ public:
 
     /// Makes the changes on top of what the file holds by now, flushed to disk, and returns all of it. A file
     /// that has them already is not written. Throws OffLimits, and FileError when it cannot be written.
-    QJsonObject apply(const QJsonObject& changes);
+    QJsonObject apply(const DefaultsChanges& changes);
 
     /// What the log should say of a damaged file that was set aside since the last call; mostly empty.
     QString takeNotice();

@@ -9,6 +9,18 @@
 
 namespace ostrelle {
 
+/// Amounts of one period, such as a day: where the store holds another period under the key, they start from
+/// nothing, and it holds this one from then on.
+struct PeriodAmounts {
+    QString periodKey;
+    QVariant period; ///< invalid: there are no amounts
+    QVariantMap amounts;
+};
+
+/// The sum of two qint64 or two doubles; the amount alone where the value is no such number. A sum that does
+/// not fit is the largest number that does.
+QVariant addedTo(const QVariant& value, const QVariant& amount);
+
 /// A persistent table of typed values under text keys. The types are bool, qint64, double, QString,
 /// QByteArray, QDateTime and QVariantList of these; a value comes back as the type that it was set with.
 class DefaultsStore {
@@ -27,6 +39,11 @@ public:
             set(value.key(), *value);
         }
     }
+
+    /// Adds to qint64 and double values. Where several processes share the store, it adds to what is stored
+    /// by the time it saves, so that no count gets lost.
+    void add(const QVariantMap& amounts) { addAll(amounts, {}); }
+    virtual void addAll(const QVariantMap& amounts, const PeriodAmounts& ofPeriod);
 
     /// Resumes when the saves under way that concern the key have ended: whether what was last set or removed
     /// under it is known to have been saved.

@@ -17,18 +17,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Both sets of changes, the later ones on top.
-QJsonObject joined(QJsonObject earlier, const QJsonObject& later) {
-    for (auto change = later.constBegin(); change != later.constEnd(); ++change) {
-        earlier.insert(change.key(), change.value());
-    }
-    return earlier;
-}
-
 /// What the file holds after a save.
 using Outcome = Attempt<QJsonObject>;
 
-Outcome apply(DefaultsFile& file, const QJsonObject& changes) {
+Outcome apply(DefaultsFile& file, const DefaultsChanges& changes) {
     try {
         return Outcome::success(file.apply(changes));
     } catch (...) {
@@ -46,9 +38,9 @@ struct JsonDefaultsStore::State {
     }
 
     bool isAllSaved() const { return !isSaving && unsaved.isEmpty(); }
-    bool isPending(const QString& key) const { return unsaved.contains(key) || saving.contains(key); }
+    bool isPending(const QString& key) const { return unsaved.concerns(key) || saving.concerns(key); }
     QJsonValue value(const QString& key);
-    void change(const QJsonObject& changes);
+    void change(const DefaultsChanges& changes);
     void refresh();
     void beginSave();
     void takeSaveIn();
@@ -60,8 +52,8 @@ struct JsonDefaultsStore::State {
     PlainLog& log;
     std::shared_ptr<DefaultsFile> file; // for the save that runs, in its thread
     QJsonObject stored;                 // what the file held when it was last seen
-    QJsonObject saving;                 // the changes of the save that runs, with null for a removed key
-    QJsonObject unsaved;                // those on top that no save has, likewise
+    DefaultsChanges saving;             // those of the save that runs
+    DefaultsChanges unsaved;            // those on top that no save has
     bool isSaving = false;
     QString offLimits; // why the file cannot be read; empty when it can
     QFutureWatcher<Outcome> save;
@@ -71,21 +63,16 @@ struct JsonDefaultsStore::State {
 /// As the user sees it: the latest change on top.
 QJsonValue JsonDefaultsStore::State::value(const QString& key) {
     refresh();
-    for (const QJsonObject* changes : {&unsaved, &saving}) {
-        if (changes->contains(key)) {
-            return changes->value(key);
-        }
-    }
-    return stored.value(key);
+    return isPending(key) ? unsaved.appliedTo(saving.appliedTo(stored)).value(key) : stored.value(key);
 }
 
-void JsonDefaultsStore::State::change(const QJsonObject& changes) {
+void JsonDefaultsStore::State::change(const DefaultsChanges& changes) {
     refresh();
     const bool isFileSeen = offLimits.isEmpty();
-    if (isFileSeen && isAllSaved() && withChanges(stored, changes) == stored) {
+    if (isFileSeen && isAllSaved() && changes.appliedTo(stored) == stored) {
         return;
     }
-    unsaved = joined(unsaved, changes);
+    unsaved.append(changes);
     beginSave();
 }
 
@@ -132,13 +119,14 @@ void JsonDefaultsStore::State::takeSaveIn() {
 void JsonDefaultsStore::State::endSave(const QString& consequence) {
     const Outcome outcome = save.result();
     isSaving = false;
-    const QJsonObject changes = std::exchange(saving, {});
+    DefaultsChanges changes = std::exchange(saving, {});
     tellNotice();
     if (outcome) {
         stored = *outcome;
         return;
     }
-    unsaved = joined(changes, unsaved);
+    changes.append(unsaved);
+    unsaved = changes;
     if (outcome.failureAs<DefaultsFile::OffLimits>()) {
         leaveFileAlone(outcome.words());
     } else {
@@ -188,15 +176,26 @@ void JsonDefaultsStore::set(const QString& key, const QVariant& value) {
 }
 
 void JsonDefaultsStore::setAll(const QVariantMap& values) {
-    QJsonObject changes;
+    DefaultsChanges changes;
     for (auto value = values.begin(); value != values.end(); ++value) {
         const QJsonValue tagged = taggedValue(*value);
         if (tagged.isUndefined()) {
             m_state->log.print(u"[DefaultsStore] The value for %1 cannot be stored, its type is %2"_s.arg(
                 value.key(), QString::fromUtf8(value->typeName())));
         } else {
-            changes.insert(value.key(), tagged);
+            changes.set(value.key(), tagged);
         }
+    }
+    m_state->change(changes);
+}
+
+void JsonDefaultsStore::addAll(const QVariantMap& amounts, const PeriodAmounts& ofPeriod) {
+    DefaultsChanges changes;
+    for (auto amount = amounts.begin(); amount != amounts.end(); ++amount) {
+        changes.add(amount.key(), *amount);
+    }
+    if (ofPeriod.period.isValid()) {
+        changes.add(ofPeriod);
     }
     m_state->change(changes);
 }

@@ -18,8 +18,9 @@ namespace ostrelle {
 /// killed process loses what it changed in its last moments only; the destructor saves the rest and waits.
 ///
 /// Several processes may share the file: each sees the others' changes at its next read that no save of its
-/// own is in the way of, and a save changes only its own keys. A file that is not valid is set aside under
-/// another name, and one that cannot be read is left alone; the log says so.
+/// own is in the way of, and a save changes only its own keys; what is added is added to the others' figures.
+/// A file that is not valid is set aside under another name, and one that cannot be read is left alone; the
+/// log says so.
 class JsonDefaultsStore : public DefaultsStore {
 public:
     /// The file and its folder need not exist yet. The log must outlive the store.
@@ -32,6 +33,7 @@ public:
     void set(const QString& key, const QVariant& value) override;
     void remove(const QString& key) override;
     void setAll(const QVariantMap& values) override;
+    void addAll(const QVariantMap& amounts, const PeriodAmounts& ofPeriod) override;
     QCoro::Task<bool> saved(QString key) const override;
     QCoro::Task<> finished() const override;
     bool isAllSaved() const override;

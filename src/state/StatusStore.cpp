@@ -48,13 +48,20 @@ StatusStore::StatusStore(DefaultsStore& defaults, Clock& clock)
     , m_processingTimes(loadTimes(defaults)) {}
 
 void StatusStore::recordImageProcessed() {
-    // On top of what is stored by now: another process may have counted, too.
-    const qint64 total = sumOf(storedCount(m_defaults, totalProcessedKey), 1);
-    const qint64 lifetime = sumOf(storedCount(m_defaults, lifetimeKey), 1);
-    publish(this, m_totalProcessedAllTime, total, &StatusStore::totalProcessedAllTimeChanged);
-    publish(this, m_lifetimeImagesProcessed, lifetime, &StatusStore::lifetimeImagesProcessedChanged);
-    m_defaults.setAll({{totalProcessedKey, total}, {lifetimeKey, lifetime}});
+    countOneMore(m_totalProcessedAllTime, totalProcessedKey, &StatusStore::totalProcessedAllTimeChanged);
+    countOneMore(m_lifetimeImagesProcessed, lifetimeKey, &StatusStore::lifetimeImagesProcessedChanged);
+    m_defaults.add({{totalProcessedKey, qint64(1)}, {lifetimeKey, qint64(1)}});
     Q_EMIT imageProcessed();
+}
+
+void StatusStore::recordImageFailed() {
+    countOneMore(m_totalFailedAllTime, totalFailedKey, &StatusStore::totalFailedAllTimeChanged);
+    m_defaults.add({{totalFailedKey, qint64(1)}});
+}
+
+/// On top of what is stored by now: another process may have counted, too.
+void StatusStore::countOneMore(qint64& counter, const QString& key, void (StatusStore::*changed)()) {
+    publish(this, counter, sumOf(storedCount(m_defaults, key), 1), changed);
 }
 
 void StatusStore::beginTimedRun(qint64 imageCount) {

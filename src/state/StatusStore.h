@@ -34,6 +34,8 @@ public:
 
     /// Counts one image that the pipeline has captioned.
     void recordImageProcessed();
+    /// Counts one image that failed.
+    void recordImageFailed();
     /// Starts the timing of a run of so many images.
     void beginTimedRun(qint64 imageCount);
     /// Remembers the time of the run and announces it with batchFinished(). Without a timed run or without
@@ -75,6 +77,8 @@ public:
     qint64 ftpBytesDownloaded() const { return m_ftpBytesDownloaded; }
     /// A caption run is in progress.
     bool isProcessing() const { return m_isProcessing; }
+    /// Why what has been captioned could not be saved, as a sentence; nothing when it is.
+    std::optional<QString> manifestFailure() const { return m_manifestFailure; }
     std::optional<QString> currentFileName() const { return m_currentFileName; }
     qint64 totalFiles() const { return m_run.totalFiles; }
     qint64 currentFileIndex() const { return m_run.currentFileIndex; }
@@ -126,6 +130,9 @@ public:
         publish(this, m_ftpBytesDownloaded, bytes, &StatusStore::ftpBytesDownloadedChanged);
     }
     void setIsProcessing(bool on) { publish(this, m_isProcessing, on, &StatusStore::isProcessingChanged); }
+    void setManifestFailure(const std::optional<QString>& sentence) {
+        publish(this, m_manifestFailure, sentence, &StatusStore::manifestFailureChanged);
+    }
     void setCurrentFileName(const std::optional<QString>& text) {
         publish(this, m_currentFileName, text, &StatusStore::currentFileNameChanged);
     }
@@ -177,6 +184,7 @@ Q_SIGNALS:
     void ftpTotalBytesToDownloadChanged();
     void ftpBytesDownloadedChanged();
     void isProcessingChanged();
+    void manifestFailureChanged();
     void currentFileNameChanged();
     void totalFilesChanged();
     void currentFileIndexChanged();
@@ -190,6 +198,8 @@ Q_SIGNALS:
     void lifetimeImagesProcessedChanged();
 
 private:
+    void countOneMore(qint64& counter, const QString& key, void (StatusStore::*changed)());
+
     DefaultsStore& m_defaults;
     Clock& m_clock;
 
@@ -208,6 +218,7 @@ private:
     qint64 m_ftpTotalBytesToDownload = 0;
     qint64 m_ftpBytesDownloaded = 0;
     bool m_isProcessing = false;
+    std::optional<QString> m_manifestFailure;
     std::optional<QString> m_currentFileName;
     qint64 m_totalProcessedAllTime = 0;
     qint64 m_totalFailedAllTime = 0;

@@ -28,7 +28,7 @@ UsageTracker::UsageTracker(DefaultsStore& defaults, Clock& clock, PlainLog& log)
     : m_defaults(defaults), m_clock(clock), m_log(log) {
     readTotals();
     if (!isStoredDayToday()) {
-        m_defaults.setAll(todaysValues());
+        m_defaults.addAll({}, todaysAmounts(0, 0));
     }
 }
 
@@ -53,11 +53,10 @@ void UsageTracker::recordUsage(qint64 inputTokens, qint64 outputTokens) {
     }
     readTotals();
     const double cost = costOf(inputTokens, outputTokens);
-    setToday(m_todaysCost + cost, sumOf(m_todaysTokens, sumOf(inputTokens, outputTokens)));
+    const qint64 tokens = sumOf(inputTokens, outputTokens);
+    setToday(m_todaysCost + cost, sumOf(m_todaysTokens, tokens));
     publish(this, m_totalCostAllTime, m_totalCostAllTime + cost, &UsageTracker::totalCostAllTimeChanged);
-    QVariantMap values = todaysValues();
-    values.insert(totalCostKey, m_totalCostAllTime);
-    m_defaults.setAll(values);
+    m_defaults.addAll({{totalCostKey, cost}}, todaysAmounts(cost, tokens));
     m_log.print(u"[UsageTracker] Recorded: %1 in + %2 out = %3. Today: %4, All time: %5"_s.arg(
         QString::number(inputTokens), QString::number(outputTokens), dollars(cost), dollars(m_todaysCost),
         dollars(m_totalCostAllTime)));
@@ -77,8 +76,8 @@ void UsageTracker::setToday(double cost, qint64 tokens) {
     publish(this, m_todaysTokens, tokens, &UsageTracker::todaysTokensChanged);
 }
 
-QVariantMap UsageTracker::todaysValues() const {
-    return {{costKey, m_todaysCost}, {tokensKey, m_todaysTokens}, {dayKey, today()}};
+PeriodAmounts UsageTracker::todaysAmounts(double cost, qint64 tokens) const {
+    return {.periodKey = dayKey, .period = today(), .amounts = {{costKey, cost}, {tokensKey, tokens}}};
 }
 
 } // namespace ostrelle

@@ -43,7 +43,7 @@ private:
     QString today() const;
     bool isStoredDayToday() const;
     void setToday(double cost, qint64 tokens);
-    QVariantMap todaysValues() const;
+    PeriodAmounts todaysAmounts(double cost, qint64 tokens) const;
     void readTotals();
 
     DefaultsStore& m_defaults;

@@ -155,6 +155,56 @@ TEST_F(JsonDefaultsStoreTest, TwoStoresSeeEachOthersChangesAndLoseNone) {
     EXPECT_FALSE(commandLine.exists(u"sport"_s));
 }
 
+TEST_F(JsonDefaultsStoreTest, WhatTwoStoresAddAtOnceAddsUp) {
+    constexpr int rounds = 1000;
+    const QVariantMap amounts = {{u"images"_s, qint64(1)}, {u"dollars"_s, 0.5}};
+    const auto day = [](int round) { return round < rounds / 2 ? u"Friday"_s : u"Saturday"_s; };
+    JsonDefaultsStore window(path, log);
+    JsonDefaultsStore commandLine(path, log);
+    for (int round = 0; round < rounds; ++round) {
+        for (JsonDefaultsStore* store : {&window, &commandLine}) {
+            store->addAll(
+                amounts, {.periodKey = u"day"_s, .period = day(round), .amounts = {{u"today"_s, qint64(2)}}});
+        }
+        if (round % 100 == 99) { // some on top of the other's, most while a save is under way
+            await(window.finished());
+            await(commandLine.finished());
+        }
+    }
+    await(window.finished());
+    await(commandLine.finished());
+    EXPECT_EQ(window.value(u"images"_s), QVariant(qint64(2 * rounds)));
+    EXPECT_EQ(commandLine.value(u"dollars"_s), QVariant(double(rounds)));
+    EXPECT_EQ(commandLine.value(u"today"_s), QVariant(qint64(2 * rounds)))
+        << "two each in half of the rounds";
+}
+
+TEST_F(JsonDefaultsStoreTest, WhatIsAddedIsThereAtOnceAndAddedOnceWhateverComesBetween) {
+    JsonDefaultsStore store(path, log);
+    const auto number = [&store] { return store.value(u"number"_s).toLongLong(); };
+    const QVariantMap one = {{u"number"_s, qint64(1)}};
+    setMode(folder.path(), 0500); // nothing can be saved
+    store.add(one);
+    await(store.finished());
+    store.add(one);
+    EXPECT_EQ(number(), 2);
+    store.set(u"number"_s, qint64(10));
+    store.add(one);
+    EXPECT_EQ(number(), 11);
+    await(store.finished());
+    setMode(folder.path(), 0700);
+    store.add(one);
+    EXPECT_EQ(number(), 12);
+    await(store.finished());
+    EXPECT_EQ(afterRestart(u"number"_s), QVariant(qint64(12)));
+    store.set(u"number"_s, u"twelve"_s); // no number: it starts from nothing
+    store.add(one);
+    EXPECT_EQ(number(), 1);
+    store.set(u"number"_s, std::numeric_limits<qint64>::max());
+    store.add(one);
+    EXPECT_EQ(number(), std::numeric_limits<qint64>::max());
+}
+
 TEST_F(JsonDefaultsStoreTest, AnEditInPlaceIsSeen) {
     JsonDefaultsStore store(path, log);
     store.set(u"sport"_s, u"soccer"_s);

@@ -43,7 +43,7 @@ TEST_F(StatusStoreTest, CountersOfAllTimeSurviveARestart) {
     const QSignalSpy captioned(status.get(), &StatusStore::imageProcessed);
     status->recordImageProcessed();
     status->recordImageProcessed();
-    status->setTotalFailedAllTime(1);
+    status->recordImageFailed();
     status->setProcessed(2);
     EXPECT_EQ(captioned.size(), 2);
     EXPECT_EQ(defaults.values, (QMap<QString, QVariant>{{u"stats_totalProcessed"_s, qint64(2)},
