@@ -1,15 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopSecretStore.h"
 
+#include "platform/KeyringChanges.h"
+#include "platform/SessionBus.h"
+
 #include <qt6keychain/keychain.h>
 
 #include <QByteArray>
+#include <QCoroDBusPendingCall>
 #include <QCoroSignal>
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QMap>
+#include <chrono>
 #include <memory>
 
 namespace ostrelle {
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+constexpr std::chrono::seconds busPatience(2);
 
 struct DeleteLater {
     // The owner resumes in the midst of the job's own signal or event, which is too early to pull it away.
@@ -34,6 +47,31 @@ QCoro::Task<> run(QKeychain::Job* job) {
     co_await qCoro(job, &QKeychain::Job::finished);
 }
 
+/// A search with the attributes that a job of makeJob() looks for. Unlike it, a search asks the user nothing.
+QDBusMessage search(const QString& service, const QString& account) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(KeyringChanges::service, u"/org/freedesktop/secrets"_s,
+                                       u"org.freedesktop.Secret.Service"_s, u"SearchItems"_s);
+    QDBusArgument attributes;
+    attributes.beginMap(QMetaType::fromType<QString>(), QMetaType::fromType<QString>());
+    for (const auto& [name, value] : {std::pair(u"user"_s, account), std::pair(u"server"_s, service)}) {
+        attributes.beginMapEntry();
+        attributes << name << value;
+        attributes.endMapEntry();
+    }
+    attributes.endMap();
+    message.setArguments({QVariant::fromValue(attributes)});
+    return message;
+}
+
+/// The answer's two lists are the items that can be read and those that are locked.
+bool isOnlyLocked(const QDBusMessage& answer) {
+    const QVariantList lists = answer.arguments();
+    return answer.type() == QDBusMessage::ReplyMessage && lists.size() == 2 &&
+           qdbus_cast<QList<QDBusObjectPath>>(lists[0]).isEmpty() &&
+           !qdbus_cast<QList<QDBusObjectPath>>(lists[1]).isEmpty();
+}
+
 } // namespace
 
 QCoro::Task<int> DesktopSecretStore::save(QString service, QString account, QString secret) {
@@ -55,6 +93,28 @@ QCoro::Task<int> DesktopSecretStore::remove(QString service, QString account) {
     const auto job = makeJob<QKeychain::DeletePasswordJob>(service, account);
     co_await run(job.get());
     co_return static_cast<int>(job->error());
+}
+
+QCoro::Task<bool> DesktopSecretStore::unlocked(QString service, QString account) {
+    std::optional<QDBusConnection> bus = co_await sessionBus(busPatience);
+    if (!bus) {
+        co_return false;
+    }
+    const QDBusMessage question = search(service, account);
+    KeyringChanges changes(*bus); // before the first look: no change is missed
+    bool wasLocked = false;
+    for (;;) {
+        const quint64 seen = changes.count();
+        QDBusPendingCall asked = bus->asyncCall(question);
+        const QDBusMessage answer = co_await asked;
+        if (!isOnlyLocked(answer)) {
+            co_return wasLocked;
+        }
+        wasLocked = true;
+        if (changes.count() == seen) {
+            co_await qCoro(&changes, &KeyringChanges::changed);
+        }
+    }
 }
 
 } // namespace ostrelle

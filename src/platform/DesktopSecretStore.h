@@ -13,6 +13,7 @@ public:
     QCoro::Task<int> save(QString service, QString account, QString secret) override;
     QCoro::Task<std::optional<QString>> load(QString service, QString account) override;
     QCoro::Task<int> remove(QString service, QString account) override;
+    QCoro::Task<bool> unlocked(QString service, QString account) override;
 };
 
 } // namespace ostrelle

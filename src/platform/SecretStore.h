@@ -17,6 +17,9 @@ public:
     /// The secret, or nothing when there is none or it cannot be had.
     virtual QCoro::Task<std::optional<QString>> load(QString service, QString account) = 0;
     virtual QCoro::Task<int> remove(QString service, QString account) = 0;
+    /// False at once, unless the secret is there but locked. Then resumes with true when it has been
+    /// unlocked, which may be never.
+    virtual QCoro::Task<bool> unlocked(QString /*service*/, QString /*account*/) { co_return false; }
 };
 
 } // namespace ostrelle

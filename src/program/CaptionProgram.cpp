@@ -1,9 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "program/CaptionProgram.h"
 
+#include "platform/Patience.h"
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::chrono::seconds keyringPatience(5);
+
+} // namespace
 
 CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
     : claims(given.folders.claimsFile())
@@ -55,7 +63,8 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                 .clock = clock,
                 .log = given.console})
     , m_defaults(given.defaults)
-    , m_settingsDefaults(given.settingsDefaults) {}
+    , m_settingsDefaults(given.settingsDefaults)
+    , m_errors(given.errors) {}
 
 QCoro::Task<> CaptionProgram::finishWork() {
     turns.close();
@@ -63,8 +72,22 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await scan.finished();
     co_await turns.idle();
     co_await prompts.finishPending();
+    co_await finishKeychain();
     co_await m_defaults.finished(); // last: what ended above has changed counters
     co_await m_settingsDefaults.finished();
+}
+
+/// A keyring may ask the user first, who may have left: the program must end all the same.
+QCoro::Task<> CaptionProgram::finishKeychain() {
+    if (!keychain.isSaving()) {
+        co_return;
+    }
+    const bool isFinished = co_await endsWithin(keychain.finishPending(), clock, keyringPatience);
+    if (!isFinished) {
+        m_errors.print(
+            u"[KeychainHelper] The keyring does not answer: the password that was entered last may "
+            "not be saved."_s);
+    }
 }
 
 PromptAccess CaptionProgram::accessToPrompts(const ServiceEndpoints& endpoints) {

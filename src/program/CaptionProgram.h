@@ -72,8 +72,11 @@ public:
 private:
     PromptAccess accessToPrompts(const ServiceEndpoints& endpoints);
 
+    QCoro::Task<> finishKeychain();
+
     DefaultsStore& m_defaults;
     DefaultsStore& m_settingsDefaults;
+    PlainLog& m_errors;
 };
 
 } // namespace ostrelle

@@ -45,9 +45,7 @@ ServerTab::ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent
     addField(
         *card, u"Username:"_s, makeField(u"ftpUsername"_s),
         {&SettingsStore::ftpUsername, &SettingsStore::setFtpUsername, &SettingsStore::ftpUsernameChanged});
-    addField(
-        *card, u"Password"_s, new SecureField(u"ftpPassword"_s),
-        {&SettingsStore::ftpPassword, &SettingsStore::setFtpPassword, &SettingsStore::ftpPasswordChanged});
+    addPassword(*card);
     addField(*card, u"Path:"_s, makeField(u"ftpPath"_s, u"/remote/path"_s),
              {&SettingsStore::ftpPath, &SettingsStore::setFtpPath, &SettingsStore::ftpPathChanged});
 
@@ -83,6 +81,27 @@ void ServerTab::addPort(Card& card) {
     connect(port, &PortField::entered, &settings, &SettingsStore::setFtpPort);
 }
 
+/// The keyring is not to save each letter: the password is set when the field is left.
+void ServerTab::addPassword(Card& card) {
+    m_password = new SecureField(u"ftpPassword"_s);
+    card.addRow(new SettingRow(u"Password"_s, m_password));
+    const auto show = [this] {
+        if (!m_password->isModified()) { // the keyring may answer while the user writes
+            m_password->setText(m_parts.settings.ftpPassword());
+        }
+    };
+    show();
+    connect(&m_parts.settings, &SettingsStore::ftpPasswordChanged, m_password, show);
+    connect(m_password, &QLineEdit::editingFinished, this, &ServerTab::savePassword);
+}
+
+void ServerTab::savePassword() {
+    if (m_password->isModified()) {
+        m_password->setModified(false);
+        m_parts.settings.setFtpPassword(m_password->text());
+    }
+}
+
 QLayout* ServerTab::makeButtons() {
     auto* test = new ActionButton(u"Test Connection"_s, ActionKind::main);
     test->setObjectName(u"testConnection"_s);
@@ -90,6 +109,9 @@ QLayout* ServerTab::makeButtons() {
     auto* clear = new ActionButton(u"Clear FTP Settings"_s, ActionKind::destroying);
     clear->setObjectName(u"clearFtpSettings"_s);
     clear->setText(u"C&lear FTP Settings"_s);
+    for (ActionButton* button : {test, clear}) { // a mnemonic leaves the focus in the field
+        connect(button, &ActionButton::clicked, this, &ServerTab::savePassword);
+    }
     connect(test, &ActionButton::clicked, &m_actions, &SettingsActions::testConnection);
     connect(clear, &ActionButton::clicked, &m_actions, &SettingsActions::clearFtpSettings);
 

@@ -9,6 +9,7 @@
 namespace ostrelle {
 
 class Card;
+class SecureField;
 class SettingsActions;
 class StatusMark;
 
@@ -24,10 +25,13 @@ private:
     void addField(Card& card, const QString& name, QLineEdit* field, SettingAccess<QString> setting);
     void addPort(Card& card);
     QLayout* makeButtons();
+    void addPassword(Card& card);
+    void savePassword();
     void showStatus();
 
     ShellParts m_parts;
     SettingsActions& m_actions;
+    SecureField* m_password = nullptr;
     StatusMark* m_status = nullptr;
 };
 

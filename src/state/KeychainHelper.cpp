@@ -13,6 +13,7 @@ struct KeychainHelper::Context {
     SecretStore& secrets;
     PlainLog& log;
     bool isOpen = true;
+    qsizetype saving = 0; // saves and removals called and not ended
 };
 
 namespace {
@@ -42,6 +43,7 @@ void KeychainHelper::save(QString password, QString account) {
     if (!password.isValidUtf16()) {
         return; // it has no UTF-8 form
     }
+    ++m_context->saving;
     m_last = saveAfter(std::move(m_last), m_context, std::move(password), std::move(account));
 }
 
@@ -52,8 +54,24 @@ QCoro::Task<std::optional<QString>> KeychainHelper::load(QString account) {
     co_return *password;
 }
 
+QCoro::Task<bool> KeychainHelper::unlocked(QString account) {
+    return unlocked(m_context, std::move(account));
+}
+
+QCoro::Task<bool> KeychainHelper::unlocked(std::shared_ptr<Context> context, QString account) {
+    if (!context->isOpen) {
+        co_return false;
+    }
+    co_return co_await context->secrets.unlocked(applicationIdentifier, account);
+}
+
 void KeychainHelper::remove(QString account) {
+    ++m_context->saving;
     m_last = removeAfter(std::move(m_last), m_context, std::move(account));
+}
+
+bool KeychainHelper::isSaving() const {
+    return m_context->saving > 0;
 }
 
 QCoro::Task<> KeychainHelper::finishPending() {
@@ -63,15 +81,15 @@ QCoro::Task<> KeychainHelper::finishPending() {
 QCoro::Task<> KeychainHelper::saveAfter(QCoro::Task<> previous, std::shared_ptr<Context> context,
                                         QString password, QString account) {
     co_await end(std::move(previous));
-    if (!context->isOpen) {
-        co_return;
-    }
     // Deleting first, so that the new item cannot collide with an older one.
-    co_await context->secrets.remove(applicationIdentifier, account);
-    if (!context->isOpen) {
-        co_return;
+    if (context->isOpen) {
+        co_await context->secrets.remove(applicationIdentifier, account);
     }
-    const int status = co_await context->secrets.save(applicationIdentifier, account, password);
+    int status = 0;
+    if (context->isOpen) {
+        status = co_await context->secrets.save(applicationIdentifier, account, password);
+    }
+    --context->saving;
     if (status != 0 && context->isOpen) {
         context->log.print(u"[KeychainHelper] Failed to save password: %1"_s.arg(status));
     }
@@ -91,6 +109,7 @@ QCoro::Task<> KeychainHelper::removeAfter(QCoro::Task<> previous, std::shared_pt
     if (context->isOpen) {
         co_await context->secrets.remove(applicationIdentifier, account);
     }
+    --context->saving;
 }
 
 } // namespace ostrelle

@@ -26,9 +26,14 @@ public:
     void save(QString password, QString account);
     /// The account's password, or nothing when there is none or it cannot be had.
     QCoro::Task<std::optional<QString>> load(QString account);
+    /// False at once, unless the account has a password that cannot be read before the keyring is unlocked.
+    /// Then resumes with true when it can be, and holds up no other operation until then.
+    QCoro::Task<bool> unlocked(QString account);
     /// A missing password is no error.
     void remove(QString account);
 
+    /// Whether a save or removal has not ended.
+    bool isSaving() const;
     /// Ends when all operations called so far have ended. To be awaited before the program ends.
     QCoro::Task<> finishPending();
 
@@ -39,6 +44,7 @@ private:
                                    QString account);
     static QCoro::Task<> loadAfter(QCoro::Task<> previous, std::shared_ptr<Context> context, QString account,
                                    std::shared_ptr<std::optional<QString>> password);
+    static QCoro::Task<bool> unlocked(std::shared_ptr<Context> context, QString account);
     static QCoro::Task<> removeAfter(QCoro::Task<> previous, std::shared_ptr<Context> context,
                                      QString account);
 

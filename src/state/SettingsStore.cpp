@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QFileInfo>
 #include <QMetaObject>
+#include <utility>
 
 namespace ostrelle {
 
@@ -121,9 +122,23 @@ bool SettingsStore::loadOrWriteTrue(const QString& key) {
 }
 
 QCoro::Task<> SettingsStore::loadPassword(QPointer<SettingsStore> store) {
-    const std::optional<QString> password = co_await store->m_keychain.load(passwordAccount);
-    if (store && password && !store->m_isPasswordSet) {
-        publish(store.data(), store->m_ftpPassword, *password, &SettingsStore::ftpPasswordChanged);
+    std::optional<QString> password = co_await store->m_keychain.load(passwordAccount);
+    bool isUnlocked = true;
+    while (store && !password && isUnlocked) { // a locked keyring says that there is none
+        isUnlocked = co_await store->m_keychain.unlocked(passwordAccount);
+        if (store && isUnlocked) {
+            password = co_await store->m_keychain.load(passwordAccount);
+        }
+    }
+    if (store && !store->m_isPasswordKnown) { // by the user's own word
+        store->takePassword(password.value_or(QString()));
+    }
+}
+
+void SettingsStore::takePassword(const QString& password) {
+    publish(this, m_ftpPassword, password, &SettingsStore::ftpPasswordChanged);
+    if (!std::exchange(m_isPasswordKnown, true)) {
+        Q_EMIT passwordKnown();
     }
 }
 
@@ -239,13 +254,12 @@ void SettingsStore::setFtpUsername(const QString& name) {
 }
 
 void SettingsStore::setFtpPassword(const QString& password) {
-    m_isPasswordSet = true;
     if (password.isEmpty()) {
         m_keychain.remove(passwordAccount);
     } else {
         m_keychain.save(password, passwordAccount);
     }
-    publish(this, m_ftpPassword, password, &SettingsStore::ftpPasswordChanged);
+    takePassword(password);
 }
 
 void SettingsStore::setFtpPath(const QString& path) {

@@ -72,7 +72,8 @@ class SettingsStore : public QObject {
 
 public:
     /// Loads everything; all arguments must outlive the store. The password comes when the keychain has
-    /// answered, with ftpPasswordChanged(), unless the user has set another one by then.
+    /// answered, with ftpPasswordChanged(), unless the user has set another one by then. That of a locked
+    /// keyring comes when it has been unlocked.
     SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain, const FileReferences& references,
                   PlainLog& log);
 
@@ -101,6 +102,8 @@ public:
     QString ftpHost() const { return m_ftpHost; }
     QString ftpUsername() const { return m_ftpUsername; }
     QString ftpPassword() const { return m_ftpPassword; }
+    /// False as long as an empty password may only mean that the keychain has not answered yet.
+    bool isPasswordKnown() const { return m_isPasswordKnown; }
     QString ftpPath() const { return m_ftpPath; }
     /// As the user gave it: it may lie outside of what a port can be.
     qint64 ftpPort() const { return m_ftpPort; }
@@ -168,6 +171,8 @@ Q_SIGNALS:
     void ftpHostChanged();
     void ftpUsernameChanged();
     void ftpPasswordChanged();
+    /// Comes once, after ftpPasswordChanged().
+    void passwordKnown();
     void ftpPathChanged();
     void ftpPortChanged();
     void destinationFolderChanged();
@@ -182,6 +187,7 @@ private:
     void loadTexts();
     bool loadOrWriteTrue(const QString& key);
     static QCoro::Task<> loadPassword(QPointer<SettingsStore> store);
+    void takePassword(const QString& password);
 
     template <typename T>
     void store(T& field, const std::type_identity_t<T>& value, const QString& key, Signal changed);
@@ -217,7 +223,7 @@ private:
     QString m_ftpHost;
     QString m_ftpUsername;
     QString m_ftpPassword;
-    bool m_isPasswordSet = false; // by the user, since the program started
+    bool m_isPasswordKnown = false;
     QString m_ftpPath;
     qint64 m_ftpPort = defaultPort(TransferProtocol::ftp);
     Path m_destinationFolder;

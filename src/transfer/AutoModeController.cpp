@@ -24,7 +24,13 @@ constexpr qint64 countdownStart = 9;
 AutoModeController::AutoModeController(AutoModeParts parts)
     : m_parts(parts), m_tasks([&log = parts.log](const QString& words) {
         log.print(u"[AppDelegate] Auto mode could not start: "_s + words);
-    }) {}
+    }) {
+    connect(&m_parts.settings, &SettingsStore::passwordKnown, this, [this] {
+        if (m_isWaitingForPassword) {
+            startRemoteAutoMode();
+        }
+    });
+}
 
 void AutoModeController::observeAutoModeSettings() {
     const auto observe = [this](void (SettingsStore::*changed)()) {
@@ -62,6 +68,7 @@ void AutoModeController::updateAutoMode(bool autoMode, SourceType sourceType,
 
 void AutoModeController::stop() {
     ++m_starts;
+    m_isWaitingForPassword = false;
     m_pollTimer.reset();
     m_countdownTimer.reset();
     m_parts.scan.stop();
@@ -104,6 +111,11 @@ void AutoModeController::watchFolder(const QString& folder) {
 }
 
 void AutoModeController::startRemoteAutoMode() {
+    m_isWaitingForPassword = isPasswordAwaited(m_parts.defaults, m_parts.settings);
+    if (m_isWaitingForPassword) { // which may take until the user has unlocked the keyring
+        idle(u"Auto mode on - waiting for the keyring"_s, u"Auto mode: Waiting for the keyring..."_s);
+        return;
+    }
     if (const auto missing = missingForRemote(m_parts.defaults, m_parts.settings)) {
         refuse(*missing);
         return;

@@ -76,6 +76,7 @@ private:
     std::unique_ptr<Timer> m_pollTimer;
     std::unique_ptr<Timer> m_countdownTimer;
     qint64 m_secondsUntilNextScan = 0;
+    bool m_isWaitingForPassword = false;
     quint64 m_starts = 0; // so that a start that waited sees whether it has been overtaken
 };
 

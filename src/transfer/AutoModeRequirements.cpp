@@ -39,4 +39,9 @@ std::optional<MissingRequirement> missingForRemote(const DefaultsStore& defaults
     return std::nullopt;
 }
 
+bool isPasswordAwaited(const DefaultsStore& defaults, const SettingsStore& settings) {
+    return !settings.isPasswordKnown() && !missingApiKey(defaults) && !settings.ftpHost().isEmpty() &&
+           !settings.ftpUsername().isEmpty();
+}
+
 } // namespace ostrelle

@@ -26,4 +26,7 @@ MissingRequirement missingLocalRoster();
 std::optional<MissingRequirement> missingForRemote(const DefaultsStore& defaults,
                                                    const SettingsStore& settings);
 
+/// Whether it cannot be told yet what is missing: the password may still come.
+bool isPasswordAwaited(const DefaultsStore& defaults, const SettingsStore& settings);
+
 } // namespace ostrelle

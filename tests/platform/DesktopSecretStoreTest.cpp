@@ -6,6 +6,12 @@
 #include <gtest/gtest.h>
 #include <qt6keychain/keychain.h>
 
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -31,7 +37,35 @@ protected:
     DesktopSecretStore store;
 };
 
-class WithKeyring : public DesktopSecretStoreTest {};
+class WithKeyring : public DesktopSecretStoreTest {
+protected:
+    static QVariantList call(const QString& interface, const QString& method, const QVariantList& arguments) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s, interface, method);
+        message.setArguments(arguments);
+        const QDBusMessage answer = QDBusConnection::sessionBus().call(message);
+        EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << answer.errorMessage().toStdString();
+        return answer.arguments();
+    }
+    void lockKeyring() {
+        call(secretService, u"Lock"_s, {QVariant::fromValue(QList<QDBusObjectPath>{keyring})});
+    }
+    /// With the line that with-keyring made it with; as the desktop's login does, for there is nobody to ask.
+    void unlockKeyring() {
+        const QVariantList session =
+            call(secretService, u"OpenSession"_s, {u"plain"_s, QVariant::fromValue(QDBusVariant(QString()))});
+        QDBusArgument password;
+        password.beginStructure();
+        password << session.value(1).value<QDBusObjectPath>() << QByteArray("") << QByteArray("password\n")
+                 << u"text/plain"_s;
+        password.endStructure();
+        call(u"org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"_s, u"UnlockWithMasterPassword"_s,
+             {QVariant::fromValue(keyring), QVariant::fromValue(password)});
+    }
+
+    const QString secretService = u"org.freedesktop.Secret.Service"_s;
+    const QDBusObjectPath keyring{u"/org/freedesktop/secrets/collection/login"_s};
+};
 class WithoutService : public DesktopSecretStoreTest {};
 
 TEST_F(WithKeyring, KeepsTheLastPasswordOfEachAccountUntilItIsRemoved) {
@@ -63,6 +97,22 @@ TEST_F(WithKeyring, WhatIsNoTextIsNoPassword) {
     remove();
 }
 
+TEST_F(WithKeyring, ALockedPasswordIsToldFromAMissingOneAndWaitedFor) {
+    EXPECT_FALSE(await(store.unlocked(service, account))) << "there is none";
+    save(u"secret"_s);
+    EXPECT_FALSE(await(store.unlocked(service, account))) << "it can be read";
+    lockKeyring();
+    EXPECT_EQ(load(), std::nullopt);
+    EXPECT_FALSE(await(store.unlocked(service, u"Other"_s)));
+    QCoro::Task<bool> unlocked = store.unlocked(service, account);
+    waitUntil([rounds = 0]() mutable { return ++rounds > 10; }); // it has found the lock, and waits
+    EXPECT_FALSE(unlocked.isReady());
+    unlockKeyring();
+    EXPECT_TRUE(await(std::move(unlocked)));
+    EXPECT_EQ(load(), u"secret"_s);
+    remove();
+}
+
 TEST_F(WithKeyring, ADroppedOperationGoesOn) {
     {
         const auto dropped = store.save(service, account, u"secret"_s);
@@ -75,6 +125,7 @@ TEST_F(WithoutService, NothingIsStoredAndWritersAreTold) {
     EXPECT_EQ(save(u"secret"_s), QKeychain::OtherError);
     EXPECT_EQ(load(), std::nullopt);
     EXPECT_EQ(remove(), QKeychain::OtherError);
+    EXPECT_FALSE(await(store.unlocked(service, account)));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <QLineEdit>
 #include <QSignalSpy>
+#include <functional>
 
 namespace ostrelle {
 
@@ -49,11 +50,45 @@ TEST_F(ServerTabTest, FieldsAndSettingsOfTheServerFollowEachOther) {
     enterServer(); // as the keychain's answer comes: late
     EXPECT_EQ(find<QLineEdit>(u"ftpPassword"_s)->text(), u"secret"_s);
     EXPECT_EQ(find<QLineEdit>(u"ftpPassword"_s)->echoMode(), QLineEdit::Password);
-    for (const QString& name : {u"ftpHost"_s, u"ftpUsername"_s, u"ftpPassword"_s, u"ftpPath"_s}) {
+    for (const QString& name : {u"ftpHost"_s, u"ftpUsername"_s, u"ftpPath"_s}) {
         find<QLineEdit>(name)->clear();
         QTest::keyClicks(find(name), u"typed"_s);
         EXPECT_EQ(settings.property(name.toUtf8()).toString(), u"typed"_s) << name.toStdString();
     }
+}
+
+TEST_F(ServerTabTest, ThePasswordIsSavedOnceWhenItsFieldIsLeft) {
+    const std::function<void()> ways[] = {
+        [this] { QTest::keyClick(find(u"ftpPassword"_s), Qt::Key_Return); },
+        [this] { find(u"ftpHost"_s)->setFocus(); },
+        [this] { view->close(); },
+        [this] { view->hide(); }, // as at the end of the program
+        [this] { find<QAbstractButton>(u"testConnection"_s)->click(); },
+    };
+    for (const auto& leave : ways) {
+        const QSignalSpy changes(&world.settings, &SettingsStore::ftpPasswordChanged);
+        world.settings.setFtpPassword(u"old"_s);
+        view->show();
+        showTab(1);
+        auto* field = find<QLineEdit>(u"ftpPassword"_s);
+        field->setFocus();
+        field->selectAll();
+        QTest::keyClicks(field, u"new secret"_s);
+        EXPECT_EQ(world.settings.ftpPassword(), u"old"_s);
+        leave();
+        EXPECT_EQ(world.settings.ftpPassword(), u"new secret"_s);
+        EXPECT_EQ(changes.size(), 2);
+    }
+}
+
+TEST_F(ServerTabTest, AKeyringThatAnswersLateLeavesWhatIsBeingTyped) {
+    showTab(1);
+    auto* field = find<QLineEdit>(u"ftpPassword"_s);
+    QTest::keyClicks(field, u"typed"_s);
+    world.settings.setFtpPassword(u"of the keyring"_s);
+    EXPECT_EQ(field->text(), u"typed"_s);
+    find<QAbstractButton>(u"clearFtpSettings"_s)->click();
+    EXPECT_EQ(field->text() + world.settings.ftpPassword(), QString());
 }
 
 TEST_F(ServerTabTest, OnlyAPortIsTakenForAPort) {

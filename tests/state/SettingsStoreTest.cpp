@@ -3,6 +3,8 @@
 
 #include "platform/PathReferences.h"
 #include "state/SlowSecrets.h"
+#include "support/Await.h"
+#include "support/LockedSecrets.h"
 #include "support/MemoryDefaults.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
@@ -312,6 +314,27 @@ TEST_F(SettingsStoreTest, APasswordThatComesLateIsTakenAndNotSavedAgain) {
     settings.reset();
     nextTurn(); // nobody is left to take it
     EXPECT_EQ(clock.waiting(), 0);
+}
+
+TEST_F(SettingsStoreTest, APasswordOfALockedKeyringIsUnknownUntilItIsUnlockedOrTheUserGivesOne) {
+    for (const bool isTyped : {false, true}) {
+        LockedSecrets locked;
+        locked.secrets.insert(passwordItem, u"stored"_s);
+        KeychainHelper lockedKeychain(locked, log);
+        SettingsStore store(defaults, lockedKeychain, references, log);
+        const QSignalSpy known(&store, &SettingsStore::passwordKnown);
+        EXPECT_FALSE(store.isPasswordKnown());
+        if (isTyped) {
+            store.setFtpPassword(u"typed"_s); // is saved at once: the wait is in nobody's way
+            EXPECT_FALSE(lockedKeychain.isSaving());
+        }
+        locked.unlock();
+        waitUntil([&store] { return store.isPasswordKnown(); });
+        QCoreApplication::processEvents();
+        EXPECT_EQ(store.ftpPassword(), isTyped ? u"typed"_s : u"stored"_s);
+        EXPECT_EQ(known.size(), 1);
+    }
+    EXPECT_TRUE(settings->isPasswordKnown()) << "that there is none is known, too";
 }
 
 TEST_F(SettingsStoreTest, APasswordThatTheUserHasSetMeanwhileStandsAndIsSaved) {

@@ -2,6 +2,7 @@
 #include "transfer/AutoModeController.h"
 
 #include "platform/ApiKey.h"
+#include "support/LockedSecrets.h"
 #include "transfer/LocalScanFixture.h"
 
 namespace ostrelle {
@@ -232,6 +233,32 @@ TEST_F(AutoModeTest, WaitsForAFolder) {
     settings.setIngestFolder(ingest);
     clock.advance(debounce);
     EXPECT_EQ(status.lastMessage(), u"Auto mode: Watching ingest"_s);
+}
+
+TEST_F(AutoModeTest, ALockedKeyringIsWaitedForAndTurnsNothingOff) {
+    LockedSecrets locked;
+    locked.secrets.insert(u"com.tobinvasquel.OstrelleCaptions/FTPPassword"_s, u"secret"_s);
+    KeychainHelper lockedKeychain(locked, log);
+    settings.setSourceType(SourceType::ftp);
+    SettingsStore lockedSettings(defaults, lockedKeychain, references, log);
+    lockedSettings.setCodeReplacementsFile(path(u"roster.txt"_s));
+    AutoModeController waiting({.settings = lockedSettings,
+                                .status = status,
+                                .defaults = defaults,
+                                .scan = scan,
+                                .remote = remote,
+                                .notifications = notifications,
+                                .threads = threads,
+                                .clock = clock,
+                                .log = log});
+    waiting.observeAutoModeSettings();
+    clock.advance(debounce);
+    clock.advance(std::chrono::hours(1));
+    EXPECT_EQ(status.lastMessage(), u"Auto mode: Waiting for the keyring..."_s);
+    EXPECT_TRUE(lockedSettings.autoMode());
+    locked.unlock();
+    waitUntil([this] { return remote.starts == 1; });
+    EXPECT_EQ(status.lastMessage(), u"Auto mode: Watching FTP server"_s);
 }
 
 TEST_F(AutoModeTest, ABurstOfChangesIsOneRestartWithTheLatestValues) {

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/KeyringChanges.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+const QString KeyringChanges::service = u"org.freedesktop.secrets"_s;
+
+KeyringChanges::KeyringChanges(QDBusConnection bus)
+    : m_owner(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
+    connect(&m_owner, &QDBusServiceWatcher::serviceOwnerChanged, this, &KeyringChanges::note);
+    // Which of the two a keyring sends at an unlock is its own choice.
+    bus.connect(service, {}, u"org.freedesktop.Secret.Service"_s, u"CollectionChanged"_s, this, SLOT(note()));
+    bus.connect(service, {}, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s, this,
+                SLOT(note()));
+}
+
+void KeyringChanges::note() {
+    ++m_count;
+    Q_EMIT changed();
+}
+
+} // namespace ostrelle
