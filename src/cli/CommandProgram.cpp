@@ -69,7 +69,7 @@ void CommandProgram::warnOfRoster() {
                                                     captions.settings.ingestFolder());
     const QString problem = roster ? rosterProblem(roster->path) : QString();
     if (!problem.isEmpty()) {
-        warn(u"The names of the roster %1 will not be used. %2"_s.arg(roster->path, problem));
+        warn(problem);
     }
 }
 

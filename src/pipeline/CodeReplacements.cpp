@@ -2,7 +2,7 @@
 #include "pipeline/CodeReplacements.h"
 
 #include "core/CharacterSpan.h"
-#include "core/Error.h"
+#include "platform/FileError.h"
 #include "platform/Files.h"
 
 #include <QFileInfo>
@@ -10,6 +10,8 @@
 #include <QStringDecoder>
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <system_error>
 
 namespace ostrelle {
 
@@ -107,7 +109,7 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes) {
     const QString text = decoder.decode(bytes);
     CodeReplacements replacements;
     if (decoder.hasError()) {
-        replacements.problem = u"Its text is not UTF-8. Save it as UTF-8 in a text editor."_s;
+        replacements.isUtf8 = false;
         return replacements;
     }
     if (text.isEmpty()) {
@@ -126,11 +128,33 @@ CodeReplacements readCodeReplacements(const QString& path) {
     return parseCodeReplacements(readFile(path, largestFile));
 }
 
+QString rosterProblem(const CodeReplacements& replacements, const QString& name) {
+    if (!replacements.isUtf8) {
+        return u"The names in %1 will not be used: it is not UTF-8. Save it as UTF-8."_s.arg(name);
+    }
+    if (replacements.roster.trimmed().isEmpty()) {
+        return u"There are no names in %1: it is empty."_s.arg(name);
+    }
+    return replacements.uniqueKeyCount > 0
+               ? QString()
+               : u"There may be no names in %1: no line has a number, a tab and a name."_s.arg(name);
+}
+
+QString rosterProblem(const FileError& error, const QString& name) {
+    if (error.code() == EFBIG) {
+        return u"The names in %1 will not be used: it is larger than %2 MB."_s.arg(name).arg(largestFile /
+                                                                                           1024 / 1024);
+    }
+    return u"The names in %1 will not be used: it cannot be read (%2)."_s.arg(
+        name, QString::fromStdString(std::generic_category().message(error.code())));
+}
+
 QString rosterProblem(const QString& path) {
+    const QString name = QFileInfo(path).fileName();
     try {
-        return readCodeReplacements(path).problem;
-    } catch (const Error& error) {
-        return error.localizedDescription();
+        return rosterProblem(readCodeReplacements(path), name);
+    } catch (const FileError& error) {
+        return rosterProblem(error, name);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/PromptLibrary.h"
+#include "platform/FileError.h"
 
 #include <QByteArray>
 #include <QString>
@@ -38,7 +39,7 @@ struct CodeReplacements {
     qsizetype uniqueKeyCount = 0;
     QStringList sampleKeys; ///< the first few
     QString preview;        ///< the beginning of the text
-    QString problem;        ///< why a text cannot be used, in a sentence; empty when it can
+    bool isUtf8 = true;     ///< other bytes give no text
 
     bool isTruncated() const { return characterCount > mostCharacters; }
 };
@@ -49,9 +50,12 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes);
 /// Reads a roster from a file. Throws FileError, also for a file beyond any roster's size.
 CodeReplacements readCodeReplacements(const QString& path);
 
-/// Why the names of the roster cannot be used, in a sentence for the user; empty when they can. Looks at the
-/// disk.
+/// Why captions will be made without the names of the roster, or with no use of them: a sentence for a
+/// person, with what helps where something does. Empty when all is well. Reads the file.
 QString rosterProblem(const QString& path);
+/// The same of a roster that has been read, or could not be, from a file of that name.
+QString rosterProblem(const CodeReplacements& replacements, const QString& name);
+QString rosterProblem(const FileError& error, const QString& name);
 
 /// What the log file says about the roster before the model is asked.
 QStringList logLines(const CodeReplacements& replacements);

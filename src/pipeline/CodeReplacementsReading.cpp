@@ -21,10 +21,6 @@ QCoro::Task<std::optional<CodeReplacementsFile>> findRoster(AnalyzerParts parts)
     co_return co_await onThreadPool(parts.threads.of(*folder), look);
 }
 
-QString unusedRosterWarning(const QString& reason) {
-    return u"The caption was made without the names of the roster. %1"_s.arg(reason);
-}
-
 } // namespace
 
 QCoro::Task<RosterReading> readRoster(AnalyzerParts parts, RosterFailure failure) {
@@ -39,16 +35,14 @@ QCoro::Task<RosterReading> readRoster(AnalyzerParts parts, RosterFailure failure
     const ScopedAccess access(parts.access, file->path);
     auto read = [path = file->path] { return readCodeReplacements(path); };
     const auto replacements = co_await attempt(onThreadOf(parts.threads, file->path, read));
-    RosterReading reading;
-    if (replacements) {
-        reading.replacements = *replacements;
-        if (!replacements->problem.isEmpty()) {
-            reading.warnings = {unusedRosterWarning(replacements->problem)};
-        }
-        co_return reading;
+    const QString name = QFileInfo(file->path).fileName();
+    RosterReading reading{.replacements = replacements.valueOr({}), .warnings = {}};
+    if (const auto error = replacements ? std::nullopt : replacements.failureAs<FileError>()) {
+        reading.warnings = {rosterProblem(*error, name)};
+    } else if (reading.replacements.characterCount == 0) {
+        reading.warnings = {rosterProblem(reading.replacements, name)};
     }
-    reading.warnings = {unusedRosterWarning(replacements.words())};
-    if (failure == RosterFailure::logged) {
+    if (!replacements && failure == RosterFailure::logged) {
         parts.log.printAndAppend(u"[Analyzer] Failed to read Code Replacements file: "_s +
                                  replacements.words());
     }

@@ -49,9 +49,6 @@ QCoro::Task<bool> ManualSelectionRun::admit(ManualSelection selection, HeldAcces
         co_await m_parts.alerts.show(*alert);
         co_return false;
     }
-    for (const QString& folder : selection.folders()) {
-        co_await tidyFolder(m_parts.threads, folder);
-    }
     co_await createSidecars(selection.rawImages(), access);
     if (const std::optional<Alert> alert = missingImagesAlert(selection)) {
         co_await m_parts.alerts.show(*alert);

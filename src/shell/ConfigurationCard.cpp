@@ -91,7 +91,12 @@ void ConfigurationCard::addFolders() {
     connect(roster, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseCodeReplacements);
     addRow(roster);
     const auto showFound = [this, roster] {
-        roster->setNote(m_actions.roster().isUsed() ? rosterOfFolderUsed() : QString());
+        const RosterWatch& watch = m_actions.roster();
+        if (const QString problem = watch.problem(); !problem.isEmpty()) {
+            roster->setNote(problem, StatusTone::missing);
+        } else {
+            roster->setNote(watch.isUsed() ? rosterOfFolderUsed() : QString());
+        }
     };
     showFound();
     connect(&m_actions.roster(), &RosterWatch::useChanged, roster, showFound);

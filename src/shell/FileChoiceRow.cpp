@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QLabel>
 
 namespace ostrelle {
 
@@ -46,14 +45,16 @@ void FileChoiceRow::explain(const InfoText& text) {
     setTabOrder(setInfo(text), m_choose);
 }
 
-void FileChoiceRow::setNote(const QString& words) {
+void FileChoiceRow::setNote(const QString& words, StatusTone tone) {
     if (m_note == nullptr && !words.isEmpty()) {
-        m_note = makeLabel({}, TypeSize::small, TextTone::dim);
+        m_note = new StatusMark;
+        m_note->setFont(typeFont(TypeSize::small));
+        m_note->setWordWrap(true);
         m_note->setObjectName(m_value->objectName() + u"Note"_s);
         setSecondLine(m_note);
     }
     if (m_note != nullptr) {
-        m_note->setText(words);
+        m_note->setStatus(tone, words);
         m_note->setVisible(!words.isEmpty());
     }
 }

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "shell/SettingRow.h"
+#include "shell/StatusMark.h"
 
 #include <QString>
 #include <optional>
-
-class QLabel;
 
 namespace ostrelle {
 
@@ -24,8 +23,8 @@ public:
     /// Shows the last part of the path, "None" without one. The whole path is in the tooltip.
     void setPath(const std::optional<QString>& path);
 
-    /// Grey words below; none when they are empty.
-    void setNote(const QString& words);
+    /// Small words below, in the colour of the tone; none when they are empty.
+    void setNote(const QString& words, StatusTone tone = StatusTone::plain);
 
     /// Adds a round "i" that explains the choice; the tab key reaches it before the button.
     void explain(const InfoText& text);
@@ -39,7 +38,7 @@ private:
 
     ElidedLabel* m_value;
     ActionButton* m_choose;
-    QLabel* m_note = nullptr; ///< none before there are words for it
+    StatusMark* m_note = nullptr; ///< none before there are words for it
 };
 
 } // namespace ostrelle

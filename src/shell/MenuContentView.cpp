@@ -85,6 +85,7 @@ QWidget* MenuContentView::makeSettings() {
     layout->setSpacing(measure::cardSpacing);
     layout->addWidget(makeKeyNotice());
     layout->addWidget(m_savingNotice = new SavingNotice(m_parts.defaults, m_parts.clock, m_parts.console));
+    layout->addWidget(makeManifestNotice());
     // Each card is made inside the page: it orders its tab stops among those that are there.
     layout->addWidget(new ConfigurationCard(m_parts, m_actions, settings));
     layout->addWidget(new TeamCard(m_parts.settings, settings));
@@ -100,6 +101,22 @@ QWidget* MenuContentView::makeKeyNotice() {
     connect(notice->button(), &QPushButton::clicked, &m_parts.events, &AppEvents::showSettingsWindow);
     const auto show = [notice, &settings = m_parts.settings] { notice->setVisible(!settings.hasAPIKey()); };
     connect(&m_parts.settings, &SettingsStore::hasAPIKeyChanged, notice, show);
+    show();
+    return notice;
+}
+
+/// Here the consequence is money: images are paid for again.
+QWidget* MenuContentView::makeManifestNotice() {
+    auto* notice = new NoticeBar({}, {});
+    notice->setObjectName(u"manifestNotice"_s);
+    const auto show = [notice, &status = m_parts.status] {
+        const std::optional<QString> failure = status.manifestFailure();
+        notice->setWords(
+            u"What has been captioned could not be saved: %1, those images may be captioned again."_s.arg(
+                failure.value_or(QString())));
+        notice->setVisible(failure.has_value());
+    };
+    connect(&m_parts.status, &StatusStore::manifestFailureChanged, notice, show);
     show();
     return notice;
 }

@@ -31,6 +31,7 @@ private:
     QWidget* makeScroll();
     QWidget* makeSettings();
     QWidget* makeKeyNotice();
+    QWidget* makeManifestNotice();
     QWidget* makeFoot();
     QWidget* makeLinks();
 

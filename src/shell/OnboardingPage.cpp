@@ -7,6 +7,7 @@
 #include "shell/Illustration.h"
 #include "shell/PanelActions.h"
 #include "shell/SegmentedControl.h"
+#include "shell/StatusMark.h"
 #include "shell/Theme.h"
 
 #include <QDir>
@@ -99,10 +100,18 @@ void OnboardingPage::offerRoster() {
         addChoice(u"onboardingCodeReplacements"_s, u"Select Code Replacements File"_s,
                   &SettingsStore::codeReplacementsFile, &SettingsStore::codeReplacementsFileChanged,
                   &PanelActions::chooseCodeReplacements);
-    const auto showFound = [this, chosen] {
+    auto* problem = new StatusMark;
+    problem->setObjectName(u"onboardingRosterProblem"_s);
+    problem->setFont(typeFont(TypeSize::small));
+    m_layout->addSpacing(4);
+    m_layout->addWidget(problem, 0, Qt::AlignHCenter);
+    const auto showFound = [this, chosen, problem] {
+        const RosterWatch& watch = m_actions.roster();
         if (!m_parts.settings.codeReplacementsFile()) {
-            chosen->setText(m_actions.roster().isUsed() ? rosterOfFolderUsed() : QString());
+            chosen->setText(watch.isUsed() ? rosterOfFolderUsed() : QString());
         }
+        problem->setStatus(StatusTone::missing, watch.problem());
+        problem->setVisible(!watch.problem().isEmpty());
     };
     showFound();
     connect(&m_actions.roster(), &RosterWatch::useChanged, chosen, showFound);

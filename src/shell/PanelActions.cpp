@@ -62,7 +62,10 @@ PanelActions::PanelActions(ShellParts parts, QObject* parent)
     , m_roster(parts.settings, parts.threads, parts.clock)
     , m_tasks([&console = parts.console](const QString& words) {
         console.print(u"[MenuContentView] An action failed: "_s + words);
-    }) {}
+    }) {
+    // A run that begins reads the roster, and one that ends may have failed to.
+    connect(&parts.status, &StatusStore::isProcessingChanged, &m_roster, &RosterWatch::lookAgain);
+}
 
 void PanelActions::begin(QCoro::Task<> (*action)(Self self)) {
     if (!m_isAsking) {

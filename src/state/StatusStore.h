@@ -77,7 +77,7 @@ public:
     qint64 ftpBytesDownloaded() const { return m_ftpBytesDownloaded; }
     /// A caption run is in progress.
     bool isProcessing() const { return m_isProcessing; }
-    /// Why what has been captioned could not be saved, as a sentence; nothing when it is.
+    /// Why the manifest of what has been captioned cannot be saved; nothing when it can.
     std::optional<QString> manifestFailure() const { return m_manifestFailure; }
     std::optional<QString> currentFileName() const { return m_currentFileName; }
     qint64 totalFiles() const { return m_run.totalFiles; }
@@ -130,8 +130,8 @@ public:
         publish(this, m_ftpBytesDownloaded, bytes, &StatusStore::ftpBytesDownloadedChanged);
     }
     void setIsProcessing(bool on) { publish(this, m_isProcessing, on, &StatusStore::isProcessingChanged); }
-    void setManifestFailure(const std::optional<QString>& sentence) {
-        publish(this, m_manifestFailure, sentence, &StatusStore::manifestFailureChanged);
+    void setManifestFailure(const std::optional<QString>& reason) {
+        publish(this, m_manifestFailure, reason, &StatusStore::manifestFailureChanged);
     }
     void setCurrentFileName(const std::optional<QString>& text) {
         publish(this, m_currentFileName, text, &StatusStore::currentFileNameChanged);

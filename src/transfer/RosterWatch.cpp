@@ -6,13 +6,14 @@
 #include "state/Publish.h"
 
 #include <QCoroFuture>
+#include <QFileInfo>
 
 namespace ostrelle {
 
 RosterWatch::RosterWatch(const SettingsStore& settings, FolderThreads& threads, Clock& clock)
     : m_settings(settings), m_threads(threads), m_clock(clock) {
     connect(&settings, &SettingsStore::ingestFolderChanged, this, &RosterWatch::folderChanged);
-    connect(&settings, &SettingsStore::codeReplacementsFileChanged, this, &RosterWatch::useChanged);
+    connect(&settings, &SettingsStore::codeReplacementsFileChanged, this, &RosterWatch::selectionChanged);
     connect(&settings, &SettingsStore::sourceTypeChanged, this, &RosterWatch::useChanged);
     connect(this, &RosterWatch::foundChanged, this, &RosterWatch::useChanged);
     lookAgain();
@@ -26,8 +27,16 @@ bool RosterWatch::matters() const {
     return !m_settings.codeReplacementsFile() && m_settings.sourceType() == SourceType::local;
 }
 
+QString RosterWatch::problem() const {
+    if (const std::optional<QString> selected = m_settings.codeReplacementsFile()) {
+        return m_selected.path == *selected ? m_selected.problem : QString();
+    }
+    return isUsed() ? m_found.problem : QString();
+}
+
 void RosterWatch::lookAgain() {
     beginLook();
+    examineSelected();
 }
 
 QCoro::Task<bool> RosterWatch::found() {
@@ -54,12 +63,40 @@ RosterWatch::Answer RosterWatch::beginLook() {
 }
 
 QCoro::Task<> RosterWatch::look(QPointer<RosterWatch> watch, QString folder, Answer answer) {
-    auto find = [folder] { return findCodeReplacementsFile(folder).has_value(); };
-    const bool isFound = co_await onThreadPool(watch->m_threads.of(folder), find);
-    if (watch && watch->m_settings.ingestFolder() == folder) {
-        publish(watch.data(), watch->m_isFound, isFound, &RosterWatch::foundChanged);
+    const quint64 number = ++watch->m_looks;
+    auto find = [folder] { return findCodeReplacementsFile(folder); };
+    const std::optional<QString> found = co_await onThreadPool(watch->m_threads.of(folder), find);
+    if (watch && watch->m_settings.ingestFolder() == folder && watch->m_lastAnswer < number) {
+        watch->m_lastAnswer = number;
+        publish(watch.data(), watch->m_isFound, found.has_value(), &RosterWatch::foundChanged);
+        if (found) {
+            examine(watch, *found, &RosterWatch::m_found);
+        }
     }
     answer->finish();
+}
+
+void RosterWatch::examineSelected() {
+    if (const std::optional<QString> selected = m_settings.codeReplacementsFile()) {
+        examine(this, *selected, &RosterWatch::m_selected);
+    }
+}
+
+QCoro::Task<> RosterWatch::examine(QPointer<RosterWatch> watch, QString path,
+                                   Examined RosterWatch::* examined) {
+    const quint64 number = ++watch->m_examinations;
+    auto read = [path, number] { return Examined{path, rosterProblem(path), number}; };
+    QThreadPool* thread = watch->m_threads.of(QFileInfo(path).path());
+    const Examined answer = co_await onThreadPool(thread, read);
+    if (watch && (watch.data()->*examined).number < number) {
+        watch.data()->*examined = answer;
+        Q_EMIT watch->useChanged();
+    }
+}
+
+void RosterWatch::selectionChanged() {
+    examineSelected();
+    Q_EMIT useChanged();
 }
 
 /// What was found in the other folder is not true of this one.

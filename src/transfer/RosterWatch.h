@@ -15,8 +15,9 @@
 
 namespace ostrelle {
 
-/// Knows whether a roster lies in the watch folder, for a view that must not wait for a network share. It
-/// looks when the folder of the settings changes, and whenever it is told to.
+/// Knows whether a roster lies in the watch folder, and whether the names of the one in use can be had, for a
+/// view that must not wait for a network share. It looks when the settings name another folder or roster, and
+/// whenever it is told to.
 class RosterWatch : public QObject {
     Q_OBJECT
 
@@ -31,6 +32,8 @@ public:
     bool isFound() const { return m_isFound; }
     /// Whether captions are made with the roster of the folder, as none is selected.
     bool isUsed() const;
+    /// What is wrong with the roster in use, as a sentence; empty when nothing is known to be.
+    QString problem() const;
     /// Looks again, as when the window becomes active: the user may have put a file there.
     void lookAgain();
     /// Looks again and resumes with what is found. Resumes with isFound() when the folder does not answer, or
@@ -39,23 +42,38 @@ public:
 
 Q_SIGNALS:
     void foundChanged();
-    /// Something has changed that isUsed() depends on.
+    /// Something has changed that isUsed() or problem() depends on.
     void useChanged();
 
 private:
     using Answer = std::shared_ptr<QPromise<void>>;
+
+    /// A file that was looked at, and what is wrong with it.
+    struct Examined {
+        QString path;
+        QString problem;
+        quint64 number = 0; // answers may come in another order than they were asked for
+    };
 
     /// Whether a roster in the folder makes a difference.
     bool matters() const;
     /// The answer to come of a look that has begun.
     Answer beginLook();
     static QCoro::Task<> look(QPointer<RosterWatch> watch, QString folder, Answer answer);
+    void examineSelected();
+    static QCoro::Task<> examine(QPointer<RosterWatch> watch, QString path, Examined RosterWatch::* examined);
     void folderChanged();
+    void selectionChanged();
 
     const SettingsStore& m_settings;
     FolderThreads& m_threads;
     Clock& m_clock;
     bool m_isFound = false;
+    quint64 m_looks = 0;
+    quint64 m_lastAnswer = 0; // the number of the look that m_isFound comes from
+    quint64 m_examinations = 0;
+    Examined m_found;
+    Examined m_selected;
 };
 
 } // namespace ostrelle

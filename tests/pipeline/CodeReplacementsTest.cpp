@@ -13,6 +13,34 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+TEST(CodeReplacements, ARosterWhoseNamesAreOfNoUseSaysWhy) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"roster.txt"_s);
+    const struct {
+        QByteArray bytes;
+        QString problem;
+    } rows[] = {
+        {"12\tJ\xC3\xB8rgen\n", {}},
+        {"12\tJ\xF8rgen\n",
+         u"The names in roster.txt will not be used: it is not UTF-8. Save it as UTF-8."_s},
+        {"\xEF\xBB\xBF \n", u"There are no names in roster.txt: it is empty."_s},
+        {"12 Smith\n\tJones\n",
+         u"There may be no names in roster.txt: no line has a number, a tab and a name."_s},
+        {QByteArray(17 * 1024 * 1024, 'x'),
+         u"The names in roster.txt will not be used: it is larger than 16 MB."_s},
+    };
+    for (const auto& row : rows) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(row.bytes);
+        file.close();
+        EXPECT_EQ(rosterProblem(path), row.problem);
+    }
+    QFile::remove(path);
+    EXPECT_EQ(rosterProblem(path),
+              u"The names in roster.txt will not be used: it cannot be read (No such file or directory)."_s);
+}
+
 TEST(CodeReplacements, CountsLinesAndKeys) {
     const struct {
         QByteArray bytes;

@@ -4,6 +4,7 @@
 #include "shell/MenuContentViewFixture.h"
 #include "shell/Picker.h"
 #include "shell/Popover.h"
+#include "shell/StatusMark.h"
 #include "shell/Switch.h"
 
 #include <QAccessible>
@@ -152,6 +153,17 @@ TEST_F(MenuContentViewTest, SettingsThatCannotBeSavedAreToldWhileItIsSo) {
     EXPECT_FALSE(isShown(u"savingNotice"_s));
 }
 
+TEST_F(MenuContentViewTest, AManifestThatCannotBeSavedIsToldWhileItIsSo) {
+    EXPECT_FALSE(isShown(u"manifestNotice"_s));
+    world.status.setManifestFailure(u"No space left on device"_s);
+    EXPECT_TRUE(isShown(u"manifestNotice"_s));
+    EXPECT_EQ(find(u"manifestNotice"_s)->accessibleName(),
+              u"What has been captioned could not be saved: No space left on device, those images may be "
+              "captioned again."_s);
+    world.status.setManifestFailure(std::nullopt);
+    EXPECT_FALSE(isShown(u"manifestNotice"_s));
+}
+
 TEST_F(MenuContentViewTest, AKeyThatWasStoredInATerminalIsSeenWhenThePanelIsUsedAgain) {
     EXPECT_TRUE(isShown(u"keyNotice"_s));
     world.defaults.set(u"OPENAI_API_KEY"_s, u"sk-other"_s);
@@ -166,8 +178,14 @@ TEST_F(MenuContentViewTest, ARosterThatIsPutIntoTheWatchFolderIsSaidToBeUsed) {
     comeBack();
     waitUntil([this] { return panel.findChild<QWidget*>(u"codeReplacementsNote"_s) != nullptr; });
     EXPECT_TRUE(isShown(u"codeReplacementsNote"_s));
+    const auto* note = find<StatusMark>(u"codeReplacementsNote"_s);
+    waitUntil([note] { return note->tone() == StatusTone::missing; });
+    EXPECT_EQ(note->text(), u"There are no names in code-replacements.txt: it is empty."_s);
     configure(true, true, true);
-    EXPECT_FALSE(isShown(u"codeReplacementsNote"_s));
+    EXPECT_FALSE(note->isVisible() && note->text().contains(u"code-replacements.txt"_s)) << "not in use";
+    world.status.setIsProcessing(true); // a run reads the roster
+    waitUntil([note] { return note->isVisible(); });
+    EXPECT_TRUE(note->text().contains(u"roster.txt"_s));
 }
 
 TEST_F(MenuContentViewTest, ANameOfAnyLengthLeavesThePanelItsWidth) {

@@ -12,6 +12,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QFile>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScrollArea>
@@ -62,13 +63,19 @@ struct GameWorld : ProgramWorld {
         settings.setIngestFolder(u"/home/desk/2025-10-26 UK–Tenn"_s);
         settings.setDestinationFolder(
             u"/home/desk/From the server, Kentucky against Tennessee, second half"_s);
-        settings.setCodeReplacementsFile(u"/home/desk/code-replacements.txt"_s);
+        putRoster("12\tJohn Smith\n");
+        settings.setCodeReplacementsFile(folder.filePath(u"code-replacements.txt"_s));
         settings.setUseTeamIdentification(true);
         settings.setTeam1Name(u"Kentucky"_s);
         settings.setTeam1Color(u"Blue"_s);
         settings.setTeam2Name(u"Tennessee"_s);
         settings.setTeam2Color(u"Orange"_s);
         start();
+    }
+    void putRoster(const QByteArray& bytes) {
+        QFile file(folder.filePath(u"code-replacements.txt"_s));
+        file.open(QIODevice::WriteOnly);
+        file.write(bytes);
     }
     QWidget& panel() { return *delegate.mainWindow(); }
     void scrollToBottom() {
@@ -114,6 +121,24 @@ void writeFirstStart(Screens& screens) {
     world.settings.setCodeReplacementsFile(std::nullopt);
     world.settings.setUseTeamIdentification(false);
     screens.write(world.panel(), u"panel-first-start"_s);
+}
+
+void writeTroubles(Screens& screens) {
+    GameWorld world;
+    world.putRoster("12\tJ\xF8rgen\n");
+    world.settings.setCodeReplacementsFile(std::nullopt);
+    world.settings.setCodeReplacementsFile(world.folder.filePath(u"code-replacements.txt"_s));
+    auto* row = world.panel().findChild<QWidget*>(u"codeReplacementsRow"_s);
+    waitUntil([row] { return row->findChild<QWidget*>(u"codeReplacementsNote"_s) != nullptr; });
+    world.status.setManifestFailure(u"No space left on device"_s);
+    screens.write(world.panel(), u"panel-troubles"_s);
+    Q_EMIT world.events.showOnboardingWindow();
+    QWidget& tour = *world.window(u"Welcome to Ostrelle Captions"_s);
+    auto* problem = tour.findChild<QWidget*>(u"onboardingRosterProblem"_s);
+    QTest::keyClick(&tour, Qt::Key_Right);
+    QTest::keyClick(&tour, Qt::Key_Right);
+    waitUntil([problem] { return problem->isVisible(); });
+    screens.write(tour, u"onboarding-roster-problem"_s);
 }
 
 void writePanelOfServer(Screens& screens) {
@@ -236,8 +261,9 @@ void writeToolkit(Screens& screens) {
 
 bool writeAll(const QString& folder, const QString& theme) {
     Screens screens(folder, theme);
-    for (const auto& write : {writePanel, writeFirstStart, writePanelOfServer, writeWhatOpensOverThePanel,
-                              writeSettings, writeGuidance, writeAlerts, writeToolkit}) {
+    for (const auto& write :
+         {writePanel, writeFirstStart, writeTroubles, writePanelOfServer, writeWhatOpensOverThePanel,
+          writeSettings, writeGuidance, writeAlerts, writeToolkit}) {
         write(screens);
     }
     return screens.isWritten();

@@ -86,6 +86,28 @@ TEST_F(RosterWatchTest, WhatIsFoundIsTrueOfTheFolderOfTheSettings) {
     EXPECT_FALSE(await(watch.found()));
 }
 
+TEST_F(RosterWatchTest, WhatIsWrongWithTheRosterInUseIsToldAndForgottenWhenItIsMended) {
+    putRoster(u"code-replacements.txt"_s); // an empty one
+    RosterWatch watch(settings, threads, clock);
+    const auto saysOf = [&watch](const QString& name) {
+        waitUntil([&] { return watch.problem().contains(name); });
+    };
+    saysOf(u"code-replacements.txt"_s);
+    settings.setCodeReplacementsFile(folder.filePath(u"missing.txt"_s));
+    saysOf(u"missing.txt"_s);
+    settings.setCodeReplacementsFile(folder.filePath(u"chosen.txt"_s));
+    EXPECT_FALSE(watch.problem().contains(u"missing.txt"_s)) << "what is known of another file";
+    saysOf(u"chosen.txt"_s);
+    QFile chosen(folder.filePath(u"chosen.txt"_s));
+    ASSERT_TRUE(chosen.open(QIODevice::WriteOnly));
+    chosen.write("12\tJohn Smith\n");
+    chosen.close();
+    watch.lookAgain();
+    waitUntil([&watch] { return watch.problem().isEmpty(); });
+    settings.setCodeReplacementsFile(std::nullopt);
+    EXPECT_TRUE(watch.problem().contains(u"code-replacements.txt"_s));
+}
+
 TEST_F(RosterWatchTest, AFolderThatHangsHoldsNobodyUp) {
     QSemaphore semaphore;
     putRoster(u"code-replacements.txt"_s);
