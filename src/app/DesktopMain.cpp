@@ -2,9 +2,11 @@
 #include "app/DesktopMain.h"
 
 #include "app/DesktopProgram.h"
+#include "app/EndingInstance.h"
 #include "app/SingleInstance.h"
 #include "platform/DesktopColorScheme.h"
 #include "platform/InterruptSignals.h"
+#include "platform/SystemClock.h"
 #include "shell/DesktopAppearance.h"
 #include "shell/Icon.h"
 
@@ -42,11 +44,13 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
 
     const AppFolders folders = AppFolders::ofDesktop();
     SingleInstance instance(folders.config);
-    if (!instance.isFirst()) {
+    SystemClock clock;
+    EndingInstance ending(instance, clock);
+    if (ending.wait() != SingleInstance::Standing::first) {
         return 0;
     }
     DesktopColorScheme colorScheme; // asks while the parts are made
-    DesktopProgram program(folders, endpoints());
+    DesktopProgram program(folders, endpoints(), [&instance] { instance.close(); });
     waitForAnswer(colorScheme);
     DesktopAppearance appearance(application, colorScheme);
     QObject::connect(&instance, &SingleInstance::startedAgain, &program.delegate(),

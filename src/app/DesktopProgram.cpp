@@ -8,7 +8,8 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints)
+DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints,
+                               std::function<void()> ending)
     : m_defaults(folders.defaultsFile(), m_errors)
     , m_captions({.folders = folders,
                   .endpoints = endpoints,
@@ -22,7 +23,8 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .console = m_console,
                   .errors = m_errors})
     , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })
-    , m_notThereYet(m_remote, m_events, m_captions.settings, m_alerts, m_console) {}
+    , m_notThereYet(m_remote, m_events, m_captions.settings, m_alerts, m_console)
+    , m_ending(std::move(ending)) {}
 
 ShellParts DesktopProgram::shellParts() {
     return {.settings = m_captions.settings,
@@ -49,6 +51,7 @@ void DesktopProgram::quit() {
         return;
     }
     m_isQuitting = true;
+    m_ending();
     m_delegate.applicationWillTerminate();
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows) {

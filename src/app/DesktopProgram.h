@@ -12,12 +12,16 @@
 #include "shell/DesktopFileChooser.h"
 #include "shell/DesktopWorkspace.h"
 
+#include <functional>
+
 namespace ostrelle {
 
 /// The composition root of `ostrelle-captions`. Needs the application object.
 class DesktopProgram {
 public:
-    DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints);
+    /// `ending` is called once, when the program begins to end.
+    DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints,
+                   std::function<void()> ending);
     DesktopProgram(const DesktopProgram&) = delete;
     DesktopProgram& operator=(const DesktopProgram&) = delete;
 
@@ -43,6 +47,7 @@ private:
     CaptionProgram m_captions;
     AppDelegate m_delegate;
     NotThereYet m_notThereYet;
+    std::function<void()> m_ending;
     bool m_isQuitting = false;
 };
 

@@ -4,6 +4,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QLocalSocket>
+#include <QSysInfo>
 
 namespace ostrelle {
 
@@ -24,19 +25,23 @@ SingleInstance::SingleInstance(const QString& folder)
     QDir().mkpath(folder);
     m_lock.setStaleLockTime(0); // a lock goes stale only with its process, however long that runs
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
-    connect(&m_server, &QLocalServer::newConnection, this, [this] {
-        delete m_server.nextPendingConnection();
-        Q_EMIT startedAgain();
-    });
+    connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::answer);
 }
 
-bool SingleInstance::isFirst() {
+SingleInstance::Standing SingleInstance::claim() {
     const bool isLocked = !m_lock.tryLock() && m_lock.error() == QLockFile::LockFailedError;
     if (isLocked && knock()) {
-        return false;
+        return Standing::second;
+    }
+    if (isLocked && isOwnerHere()) {
+        return Standing::early;
     }
     listen(); // the lock of another machine, by which the home was used last, holds nobody up
-    return true;
+    return Standing::first;
+}
+
+void SingleInstance::close() {
+    m_server.close();
 }
 
 void SingleInstance::listen() {
@@ -44,11 +49,30 @@ void SingleInstance::listen() {
     m_server.listen(m_socket);
 }
 
+void SingleInstance::answer() {
+    QLocalSocket* socket = m_server.nextPendingConnection();
+    connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    socket->write("here");
+    socket->disconnectFromServer(); // once it is written
+    Q_EMIT startedAgain();
+}
+
 bool SingleInstance::knock() const {
     constexpr int patience = 2000; // milliseconds
     QLocalSocket socket;
     socket.connectToServer(m_socket);
-    return socket.waitForConnected(patience);
+    if (!socket.waitForConnected(patience)) {
+        return false;
+    }
+    // One that is busy will answer later; one that closed its door meanwhile, never.
+    return socket.waitForReadyRead(patience) || socket.state() == QLocalSocket::ConnectedState;
+}
+
+bool SingleInstance::isOwnerHere() const {
+    qint64 process = 0;
+    QString host;
+    QString program;
+    return m_lock.getLockInfo(&process, &host, &program) && host == QSysInfo::machineHostName();
 }
 
 } // namespace ostrelle

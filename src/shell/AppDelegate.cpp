@@ -151,7 +151,9 @@ void AppDelegate::addMenus() {
     QAction* guide =
         help->addAction(icon(IconName::help), u"IPTC &Help"_s, this, &AppDelegate::showHelpWindow);
     guide->setShortcut(QKeySequence(Qt::Key_F1));
+    guide->setShortcutContext(Qt::ApplicationShortcut);
     help->addAction(u"&Welcome Tour"_s, this, &AppDelegate::showOnboardingWindow);
+    m_shortcuts = {settings, guide, end};
     addToolBar({settings, guide});
 }
 
@@ -199,6 +201,7 @@ void AppDelegate::showHelpWindow() {
 
 void AppDelegate::showOnboardingWindow() {
     present(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none);
+    m_onboardingWindow->addActions(m_shortcuts); // the menus of a window that is hidden hear no keys
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {

@@ -67,6 +67,7 @@ private:
     DashboardShortcut m_dashboardShortcut;
     bool m_isAsking = false;
     std::unique_ptr<QMainWindow> m_mainWindow;
+    QList<QAction*> m_shortcuts;        ///< the main window's items that have one for all windows
     MenuContentView* m_panel = nullptr; ///< the main window's
     std::unique_ptr<AboutView> m_aboutWindow;
     std::unique_ptr<SettingsView> m_settingsWindow;

@@ -29,10 +29,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A second run must not begin, so images have to wait until the first has ended.
-std::optional<DroppedFiles> acceptable(const QDropEvent& event, const StatusStore& status) {
+/// A second run must not begin, so images have to wait until the first has ended, and all files until a
+/// question is answered.
+std::optional<DroppedFiles> acceptable(const QDropEvent& event, const StatusStore& status,
+                                       const PanelActions& actions) {
     std::optional<DroppedFiles> files = DroppedFiles::of(*event.mimeData());
-    const bool isRefused = !(event.possibleActions() & Qt::CopyAction) ||
+    const bool isRefused = !(event.possibleActions() & Qt::CopyAction) || actions.isAsking() ||
                            (files && files->kind == DroppedFiles::Kind::images && status.isProcessing());
     return isRefused ? std::nullopt : files;
 }
@@ -173,13 +175,13 @@ void MenuContentView::changeEvent(QEvent* event) {
 }
 
 void MenuContentView::dragEnterEvent(QDragEnterEvent* event) {
-    if (acceptable(*event, m_parts.status)) {
+    if (acceptable(*event, m_parts.status, m_actions)) {
         acceptAsCopy(event);
     }
 }
 
 void MenuContentView::dropEvent(QDropEvent* event) {
-    const std::optional<DroppedFiles> files = acceptable(*event, m_parts.status);
+    const std::optional<DroppedFiles> files = acceptable(*event, m_parts.status, m_actions);
     if (!files) {
         return;
     }

@@ -3,6 +3,8 @@
 
 #include "pipeline/ManualSelectionRun.h"
 
+#include <QApplication>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -65,6 +67,10 @@ PanelActions::PanelActions(ShellParts parts, QObject* parent)
     }) {
     // A run that begins reads the roster, and one that ends may have failed to.
     connect(&parts.status, &StatusStore::isProcessingChanged, &m_roster, &RosterWatch::lookAgain);
+}
+
+bool PanelActions::isAsking() const {
+    return m_isAsking || QApplication::activeModalWidget() != nullptr;
 }
 
 void PanelActions::begin(QCoro::Task<> (*action)(Self self)) {

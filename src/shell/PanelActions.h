@@ -35,6 +35,9 @@ public:
     void chooseDestinationFolder();
     void chooseCodeReplacements();
 
+    /// Whether the user is being asked something, here or by another part of the program.
+    bool isAsking() const;
+
     RosterWatch& roster() { return m_roster; }
 
     /// Resumes when nothing is left that was begun here.

@@ -1,32 +1,75 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SingleInstance.h"
 
+#include "app/EndingInstance.h"
 #include "support/Await.h"
+#include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QFile>
+#include <QMessageBox>
 #include <QTemporaryDir>
+#include <QTimer>
+#include <QtConcurrentRun>
 #include <memory>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+using Standing = SingleInstance::Standing;
+
+/// claim() waits for an answer from the other instance, which has the event loop of this thread.
+Standing claimElsewhere(const QString& folder) {
+    QFuture<Standing> claim = QtConcurrent::run([folder] { return SingleInstance(folder).claim(); });
+    waitUntil([&claim] { return claim.isFinished(); });
+    return claim.result();
+}
+
+} // namespace
+
 TEST(SingleInstance, ASecondStartBringsTheFirstToTheFrontAndEnds) {
     const QTemporaryDir folder;
-    auto first = std::make_unique<SingleInstance>(folder.filePath(u"config"_s));
-    ASSERT_TRUE(first->isFirst());
+    SingleInstance first(folder.filePath(u"config"_s));
+    ASSERT_EQ(first.claim(), Standing::first);
     int knocks = 0;
-    QObject::connect(first.get(), &SingleInstance::startedAgain, first.get(), [&knocks] { ++knocks; });
-    SingleInstance second(folder.filePath(u"config"_s));
-    EXPECT_FALSE(second.isFirst());
+    QObject::connect(&first, &SingleInstance::startedAgain, &first, [&knocks] { ++knocks; });
+    EXPECT_EQ(claimElsewhere(folder.filePath(u"config"_s)), Standing::second);
     waitUntil([&knocks] { return knocks == 1; });
-
     SingleInstance elsewhere(folder.filePath(u"another home"_s));
-    EXPECT_TRUE(elsewhere.isFirst());
-    first.reset();
-    EXPECT_TRUE(second.isFirst());
+    EXPECT_EQ(elsewhere.claim(), Standing::first);
+}
+
+TEST(SingleInstance, AStartWaitsForAnEarlierOneThatIsAboutToEndButNotForEver) {
+    for (const bool endsInTime : {true, false}) {
+        const QTemporaryDir folder;
+        VirtualClock clock;
+        auto first = std::make_unique<SingleInstance>(folder.path());
+        ASSERT_EQ(first->claim(), Standing::first);
+        first->close();
+        SingleInstance second(folder.path());
+        QTimer whenTold;
+        QObject::connect(&whenTold, &QTimer::timeout, &whenTold, [&] {
+            auto* news = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (news == nullptr) {
+                return;
+            }
+            if (endsInTime) {
+                first.reset();
+                clock.advance(std::chrono::seconds(1));
+            } else {
+                clock.advance(EndingInstance::patience);
+                EXPECT_EQ(news->text(), u"Ostrelle Captions has not ended yet");
+                news->reject();
+            }
+        });
+        whenTold.start(std::chrono::milliseconds(1));
+        EXPECT_EQ(EndingInstance(second, clock).wait(), endsInTime ? Standing::first : Standing::early);
+    }
 }
 
 TEST(SingleInstance, WhatAKilledProgramLeftIsNoInstance) {
@@ -36,12 +79,12 @@ TEST(SingleInstance, WhatAKilledProgramLeftIsNoInstance) {
     lock.write("4194305\nostrelle-captions\nanother-host\n");
     lock.close();
     SingleInstance instance(folder.path());
-    EXPECT_TRUE(instance.isFirst());
+    EXPECT_EQ(instance.claim(), Standing::first);
 }
 
 TEST(SingleInstance, WhereNoLockCanBeMadeTheProgramStartsAllTheSame) {
     SingleInstance instance(u"/proc/none"_s);
-    EXPECT_TRUE(instance.isFirst());
+    EXPECT_EQ(instance.claim(), Standing::first);
 }
 
 } // namespace ostrelle

@@ -47,6 +47,19 @@ TEST_F(AppDelegateTest, TheFirstStartShowsTheTourAndLaterOnesThePanel) {
     EXPECT_TRUE(titles().contains(u"Ostrelle Captions"_s));
 }
 
+TEST_F(AppDelegateTest, TheMenusKeysWorkDuringTheFirstTour) {
+    world.start(false);
+    QWidget* tour = world.window(u"Welcome to Ostrelle Captions"_s);
+    tour->activateWindow();
+    waitUntil([tour] { return tour->isActiveWindow(); });
+    QTest::keyClick(tour, Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_TRUE(titles().contains(u"Settings"_s));
+    QTest::keyClick(tour, Qt::Key_F1);
+    EXPECT_TRUE(titles().contains(u"Help - IPTC Preset Guide"_s));
+    QTest::keyClick(tour, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(world.quits, 1);
+}
+
 TEST_F(AppDelegateTest, AWindowIsMadeOnceAndOnlyHidden) {
     world.start();
     EXPECT_EQ(titles(), QStringList{u"Ostrelle Captions"_s});

@@ -3,6 +3,7 @@
 #include "shell/MenuContentViewFixture.h"
 #include "shell/Switch.h"
 
+#include <QMessageBox>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QThreadPool>
@@ -198,6 +199,11 @@ TEST_F(PanelActionsTest, WhatIsDroppedTakesItsPlace) {
         EXPECT_FALSE(drop(files)) << files.join(u',').toStdString();
     }
     EXPECT_FALSE(drop({u"/photos/a.jpg"_s}, Qt::MoveAction)) << "files are never taken away";
+    {
+        QMessageBox question;
+        question.open();
+        EXPECT_FALSE(drop({folder}) || drop({u"/photos/a.jpg"_s})) << "it is to be answered first";
+    }
     world.status.setIsProcessing(true);
     EXPECT_FALSE(drop({u"/photos/a.jpg"_s})) << "no second run";
     EXPECT_TRUE(drop({folder}));
