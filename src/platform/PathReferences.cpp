@@ -11,6 +11,25 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+struct Reference {
+    QString path;
+    bool isFolder;
+};
+
+Reference parse(const QByteArray& reference) {
+    const QJsonObject stored = QJsonDocument::fromJson(reference).object();
+    const QJsonValue path = stored.value("path"_L1);
+    const QJsonValue folder = stored.value("folder"_L1);
+    if (!path.isString() || !folder.isBool()) {
+        throw Error(u"The stored file reference is damaged."_s);
+    }
+    return {path.toString(), folder.toBool()};
+}
+
+} // namespace
+
 QByteArray PathReferences::make(const QString& path) const {
     const QFileInfo info(path);
     if (!info.exists()) {
@@ -20,15 +39,15 @@ QByteArray PathReferences::make(const QString& path) const {
     return QJsonDocument(reference).toJson(QJsonDocument::Compact);
 }
 
+QString PathReferences::pathOf(const QByteArray& reference) const {
+    return parse(reference).path;
+}
+
 ResolvedFile PathReferences::resolve(const QByteArray& reference) const {
-    const QJsonObject stored = QJsonDocument::fromJson(reference).object();
-    const QJsonValue path = stored.value("path"_L1);
-    const QJsonValue folder = stored.value("folder"_L1);
-    if (!path.isString() || !folder.isBool()) {
-        throw Error(u"The stored file reference is damaged."_s);
-    }
-    const QFileInfo info(path.toString());
-    return {path.toString(), info.exists() && info.isDir() != folder.toBool()};
+    const auto [path, isFolder] = parse(reference);
+    const QFileInfo info(path);
+    const bool isThere = !path.isEmpty() && info.exists();
+    return {.path = path, .isThere = isThere, .isStale = isThere && info.isDir() != isFolder};
 }
 
 } // namespace ostrelle

@@ -10,6 +10,7 @@ namespace ostrelle {
 class PathReferences : public FileReferences {
 public:
     QByteArray make(const QString& path) const override;
+    QString pathOf(const QByteArray& reference) const override;
     ResolvedFile resolve(const QByteArray& reference) const override;
 };
 

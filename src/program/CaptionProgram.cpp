@@ -10,6 +10,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::chrono::seconds keyringPatience(5);
+constexpr std::chrono::seconds sharePatience(2); // for a network share that may hang
 
 } // namespace
 
@@ -72,6 +73,7 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await scan.finished();
     co_await turns.idle();
     co_await prompts.finishPending();
+    co_await endsWithin(settings.pathsSaved(), clock, sharePatience);
     co_await finishKeychain();
     co_await m_defaults.finished(); // last: what ended above has changed counters
     co_await m_settingsDefaults.finished();

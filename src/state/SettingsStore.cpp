@@ -6,8 +6,8 @@
 #include "state/Publish.h"
 
 #include <QByteArray>
-#include <QFileInfo>
-#include <QMetaObject>
+#include <QCoroFuture>
+#include <QCoroTimer>
 #include <utility>
 
 namespace ostrelle {
@@ -52,6 +52,14 @@ Enum loadCase(const DefaultsStore& defaults, const QString& key, Enum absent) {
 
 } // namespace
 
+/// One of the three paths, while it is looked for.
+struct SettingsStore::StoredPath {
+    Path SettingsStore::* field;
+    QString key;
+    Signal changed;
+    std::optional<ReferenceLook> look; ///< none where nothing is stored
+};
+
 template <typename T>
 void SettingsStore::store(T& field, const std::type_identity_t<T>& value, const QString& key,
                           Signal changed) {
@@ -60,15 +68,30 @@ void SettingsStore::store(T& field, const std::type_identity_t<T>& value, const 
 }
 
 SettingsStore::SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain,
-                             const FileReferences& references, PlainLog& log)
-    : m_defaults(defaults), m_keychain(keychain), m_references(references), m_log(log) {
-    load();
+                             const FileReferences& references, PlainLog& log,
+                             std::chrono::milliseconds patience)
+    : m_defaults(defaults)
+    , m_keychain(keychain)
+    , m_references(references)
+    , m_log(log)
+    , m_threads(references)
+    , m_saves([&log](const QString& words) {
+        log.print(u"[SettingsStore] A folder could not be stored: "_s + words);
+    }) {
+    load(patience);
 }
 
 // The order counts: what is written back at the end depends on what is read before.
-void SettingsStore::load() {
-    m_ingestFolder = loadBookmark(u"ingestFolder"_s);
-    m_codeReplacementsFile = loadBookmark(u"codeReplacementsFile"_s);
+void SettingsStore::load(std::chrono::milliseconds patience) {
+    const QDeadlineTimer deadline(patience);
+    const StoredPath ingest =
+        beginLoad(&SettingsStore::m_ingestFolder, u"ingestFolder"_s, &SettingsStore::ingestFolderChanged);
+    const StoredPath roster = beginLoad(&SettingsStore::m_codeReplacementsFile, u"codeReplacementsFile"_s,
+                                        &SettingsStore::codeReplacementsFileChanged);
+    const StoredPath destination = beginLoad(&SettingsStore::m_destinationFolder, u"destinationFolder"_s,
+                                             &SettingsStore::destinationFolderChanged);
+    m_ingestFolder = loadBookmark(ingest, deadline);
+    m_codeReplacementsFile = loadBookmark(roster, deadline);
     m_captionStyle = loadCase(m_defaults, u"captionStyle"_s, CaptionStyle::apSports);
     m_fallbackBehavior = loadCase(m_defaults, u"fallbackBehavior"_s, FallbackBehavior::attemptCaption);
     m_sport = loadCase(m_defaults, u"sport"_s, Sport::football);
@@ -82,7 +105,7 @@ void SettingsStore::load() {
     loadPassword(this);
 
     // Through its setter: unlike the other two, the reference to this folder is renewed at each start.
-    setDestinationFolder(loadBookmark(u"destinationFolder"_s));
+    setDestinationFolder(loadBookmark(destination, deadline));
     if (!port) {
         setFtpPort(defaultPort(m_transferProtocol));
     }
@@ -277,48 +300,93 @@ void SettingsStore::setFtpConnectionStatus(const std::optional<QString>& status)
 void SettingsStore::setPath(Path SettingsStore::* field, const Path& path, const QString& key,
                             Signal changed) {
     publish(this, this->*field, path, changed);
-    // In the next turn of the event loop, which stores the final value when it is set several times in this
-    // one.
-    QMetaObject::invokeMethod(
-        this, [this, field, key] { saveBookmark(this->*field, key); }, Qt::QueuedConnection);
+    m_saves.spawn(saveBookmark(this, field, key));
 }
 
-void SettingsStore::saveBookmark(const Path& path, const QString& key) {
+QCoro::Task<> SettingsStore::saveBookmark(QPointer<SettingsStore> store, Path SettingsStore::* field,
+                                          QString key) {
+    // In the next turn of the event loop: the final value counts when it is set several times in this one.
+    co_await QCoro::sleepFor(std::chrono::milliseconds(0));
+    if (!store) {
+        co_return;
+    }
+    const Path path = store.data()->*field;
     if (!path) {
-        m_defaults.remove(key);
-        return;
+        store->m_defaults.remove(key);
+        co_return;
     }
-    try {
-        m_defaults.set(key, m_references.make(*path));
-    } catch (const Error& error) {
-        m_log.print(
-            u"[SettingsStore] Failed to save bookmark for %1: %2"_s.arg(key, error.localizedDescription()));
+    QFuture<Attempt<QByteArray>> making = store->m_threads.make(*path);
+    const Attempt<QByteArray> reference = co_await making;
+    if (!store || store.data()->*field != path) {
+        co_return; // the later value saves itself
+    }
+    if (reference) {
+        store->m_defaults.set(key, *reference);
+    } else {
+        store->m_log.print(
+            u"[SettingsStore] Failed to save bookmark for %1: %2"_s.arg(key, reference.words()));
     }
 }
 
-SettingsStore::Path SettingsStore::loadBookmark(const QString& key) {
+SettingsStore::StoredPath SettingsStore::beginLoad(Path SettingsStore::* field, const QString& key,
+                                                   Signal changed) {
     const std::optional<QByteArray> reference = m_defaults.get<QByteArray>(key);
-    if (!reference) {
+    return {.field = field,
+            .key = key,
+            .changed = changed,
+            .look = reference ? std::optional(m_threads.resolve(*reference)) : std::nullopt};
+}
+
+SettingsStore::Path SettingsStore::loadBookmark(const StoredPath& stored, const QDeadlineTimer& deadline) {
+    if (!stored.look) {
         return std::nullopt;
     }
+    const auto patience = static_cast<int>(deadline.remainingTime());
+    if (stored.look->isAnswered->tryAcquire(1, patience)) {
+        return judged(stored.key, stored.look->answer.result());
+    }
+    judgeLater(this, stored);
+    return presumed(stored.look->reference);
+}
+
+QCoro::Task<> SettingsStore::judgeLater(QPointer<SettingsStore> store, StoredPath stored) {
+    QFuture<Attempt<ResolvedFile>> looking = stored.look->answer;
+    const Attempt<ResolvedFile> answer = co_await looking;
+    if (!store || store->m_defaults.get<QByteArray>(stored.key) != stored.look->reference) {
+        co_return; // another has been chosen
+    }
+    const Path path = store->judged(stored.key, answer);
+    if (!path) {
+        publish(store.data(), store.data()->*stored.field, path, stored.changed);
+    }
+}
+
+/// The path that a stored reference leads to. A reference that leads nowhere is cleared.
+SettingsStore::Path SettingsStore::judged(const QString& key, const Attempt<ResolvedFile>& answer) {
     const auto clear = [this, &key](const QString& line) {
         m_log.print(line);
         m_defaults.remove(key);
         return std::nullopt;
     };
+    if (!answer) {
+        return clear(
+            u"[SettingsStore] Failed to load bookmark for %1: %2 - clearing"_s.arg(key, answer.words()));
+    }
+    if (answer->isStale) {
+        return clear(u"[SettingsStore] Bookmark for %1 is stale - clearing"_s.arg(key));
+    }
+    if (!answer->isThere) {
+        return clear(
+            u"[SettingsStore] URL for %1 is no longer accessible: %2 - clearing"_s.arg(key, answer->path));
+    }
+    return answer->path;
+}
+
+SettingsStore::Path SettingsStore::presumed(const QByteArray& reference) const {
     try {
-        const ResolvedFile file = m_references.resolve(*reference);
-        if (file.isStale) {
-            return clear(u"[SettingsStore] Bookmark for %1 is stale - clearing"_s.arg(key));
-        }
-        if (file.path.isEmpty() || !QFileInfo::exists(file.path)) {
-            return clear(
-                u"[SettingsStore] URL for %1 is no longer accessible: %2 - clearing"_s.arg(key, file.path));
-        }
-        return file.path;
-    } catch (const Error& error) {
-        return clear(u"[SettingsStore] Failed to load bookmark for %1: %2 - clearing"_s.arg(
-            key, error.localizedDescription()));
+        return m_references.pathOf(reference);
+    } catch (const Error&) {
+        return std::nullopt;
     }
 }
 

@@ -5,16 +5,20 @@
 #include "core/FallbackBehavior.h"
 #include "core/SourceType.h"
 #include "core/Sport.h"
+#include "core/TaskGroup.h"
 #include "core/TransferProtocol.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileReferences.h"
 #include "platform/PlainLog.h"
 #include "state/KeychainHelper.h"
+#include "state/ReferenceThreads.h"
 
 #include <QCoroTask>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <chrono>
 #include <optional>
 
 namespace ostrelle {
@@ -71,11 +75,20 @@ class SettingsStore : public QObject {
     // clang-format on
 
 public:
-    /// Loads everything; all arguments must outlive the store. The password comes when the keychain has
+    /// How long a start waits for the file system to tell whether the three paths are still there.
+    static constexpr std::chrono::milliseconds startPatience{250};
+
+    /// Loads everything; the other arguments must outlive the store. A path whose file system does not answer
+    /// within the patience is taken as it is stored, and given up later if it turns out to lead nowhere. The
+    /// password comes when the keychain has
     /// answered, with ftpPasswordChanged(), unless the user has set another one by then. That of a locked
     /// keyring comes when it has been unlocked.
     SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain, const FileReferences& references,
-                  PlainLog& log);
+                  PlainLog& log, std::chrono::milliseconds patience = startPatience);
+
+    /// Resumes when all paths that were set have been handed to the store of defaults. One on a network share
+    /// that hangs may take very long.
+    QCoro::Task<> pathsSaved() const { return m_saves.finished(); }
 
     /// Absolute paths.
     std::optional<QString> ingestFolder() const { return m_ingestFolder; }
@@ -110,7 +123,7 @@ public:
     std::optional<QString> destinationFolder() const { return m_destinationFolder; }
     std::optional<QString> ftpConnectionStatus() const { return m_ftpConnectionStatus; }
 
-    /// The stored reference of the three paths follows in the next turn of the event loop.
+    /// The stored reference of the three paths follows when it has been made, see pathsSaved().
     void setIngestFolder(const std::optional<QString>& path);
     void setCodeReplacementsFile(const std::optional<QString>& path);
     void setDestinationFolder(const std::optional<QString>& path);
@@ -182,7 +195,9 @@ private:
     using Path = std::optional<QString>;
     using Signal = void (SettingsStore::*)();
 
-    void load();
+    struct StoredPath;
+
+    void load(std::chrono::milliseconds patience);
     void loadSwitches();
     void loadTexts();
     bool loadOrWriteTrue(const QString& key);
@@ -192,13 +207,20 @@ private:
     template <typename T>
     void store(T& field, const std::type_identity_t<T>& value, const QString& key, Signal changed);
     void setPath(Path SettingsStore::* field, const Path& path, const QString& key, Signal changed);
-    void saveBookmark(const Path& path, const QString& key);
-    Path loadBookmark(const QString& key);
+    static QCoro::Task<> saveBookmark(QPointer<SettingsStore> store, Path SettingsStore::* field,
+                                      QString key);
+    StoredPath beginLoad(Path SettingsStore::* field, const QString& key, Signal changed);
+    Path loadBookmark(const StoredPath& stored, const QDeadlineTimer& deadline);
+    static QCoro::Task<> judgeLater(QPointer<SettingsStore> store, StoredPath stored);
+    Path judged(const QString& key, const Attempt<ResolvedFile>& answer);
+    Path presumed(const QByteArray& reference) const;
 
     DefaultsStore& m_defaults;
     KeychainHelper& m_keychain;
     const FileReferences& m_references;
     PlainLog& m_log;
+    ReferenceThreads m_threads;
+    TaskGroup m_saves;
 
     Path m_ingestFolder;
     Path m_codeReplacementsFile;

@@ -15,8 +15,10 @@
 #include <QDir>
 #include <QFile>
 #include <QMetaProperty>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
 #include <functional>
 #include <memory>
 
@@ -73,7 +75,10 @@ protected:
     /// Lets everything that is under way end.
     void nextTurn() {
         secrets.end();
-        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        if (settings) {
+            await(settings->pathsSaved());
+        }
     }
 
     QString makeFolder(const QString& name) const {
@@ -288,6 +293,55 @@ TEST_F(SettingsStoreTest, AReferenceThatLeadsNowhereIsCleared) {
             EXPECT_FALSE(settings->property(key.toLatin1().constData()).value<OptionalText>());
         }
     }
+}
+
+/// A file system that answers when it is let, and never the thread of the event loop.
+class HangingReferences : public FileReferences {
+public:
+    QByteArray make(const QString& path) const override {
+        wait();
+        return m_references.make(path);
+    }
+    QString pathOf(const QByteArray& reference) const override { return m_references.pathOf(reference); }
+    ResolvedFile resolve(const QByteArray& reference) const override {
+        wait();
+        return m_references.resolve(reference);
+    }
+    void recover() const { m_semaphore.release(100); }
+
+private:
+    void wait() const {
+        EXPECT_NE(QThread::currentThread(), QCoreApplication::instance()->thread());
+        m_semaphore.acquire();
+    }
+
+    PathReferences m_references;
+    mutable QSemaphore m_semaphore;
+};
+
+TEST_F(SettingsStoreTest, AHangingShareHoldsNoStartUpAndWhatIsGoneIsGivenUpLater) {
+    const QString there = makeFolder(u"photos"_s);
+    const QString gone = makeFolder(u"gone"_s);
+    const QByteArray reference = references.make(there);
+    defaults.values = {{u"ingestFolder"_s, references.make(gone)}, {u"destinationFolder"_s, reference}};
+    QDir().rmdir(gone);
+    const HangingReferences share;
+    SettingsStore store(defaults, keychain, share, log, std::chrono::milliseconds(0));
+    const QSignalSpy changes(&store, &SettingsStore::ingestFolderChanged);
+    EXPECT_EQ(store.ingestFolder(), gone);
+    EXPECT_EQ(store.destinationFolder(), there);
+    store.setCodeReplacementsFile(there);
+    share.recover();
+    await(store.pathsSaved());
+    waitUntil([&store] { return !store.ingestFolder(); });
+    EXPECT_EQ(changes.size(), 1);
+    EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
+    EXPECT_EQ(store.destinationFolder(), there);
+    EXPECT_EQ(defaults.values.value(u"codeReplacementsFile"_s), reference);
+    EXPECT_EQ(
+        log.lines,
+        QStringList(
+            u"[SettingsStore] URL for ingestFolder is no longer accessible: %1 - clearing"_s.arg(gone)));
 }
 
 TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Attempt.h"
+#include "platform/FileReferences.h"
+
+#include <QFuture>
+#include <QSemaphore>
+#include <QThreadPool>
+#include <memory>
+
+namespace ostrelle {
+
+/// A reference that is being resolved.
+struct ReferenceLook {
+    QByteArray reference;
+    QFuture<Attempt<ResolvedFile>> answer;
+    std::shared_ptr<QSemaphore> isAnswered; ///< released once, for who cannot await the answer
+};
+
+/// Makes and resolves file references on threads of its own: the file may lie on a network share that hangs
+/// for hours.
+class ReferenceThreads {
+public:
+    /// The references have to outlive it.
+    explicit ReferenceThreads(const FileReferences& references);
+    /// Waits a moment for what is under way. A thread that hangs is left behind.
+    ~ReferenceThreads();
+    ReferenceThreads(const ReferenceThreads&) = delete;
+    ReferenceThreads& operator=(const ReferenceThreads&) = delete;
+
+    QFuture<Attempt<QByteArray>> make(const QString& path);
+    ReferenceLook resolve(const QByteArray& reference);
+
+private:
+    const FileReferences& m_references;
+    std::unique_ptr<QThreadPool> m_threads;
+};
+
+} // namespace ostrelle
