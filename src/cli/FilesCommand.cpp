@@ -10,8 +10,6 @@
 #include "pipeline/FolderWork.h"
 
 #include <QFileInfo>
-#include <QSet>
-#include <utility>
 
 namespace ostrelle {
 
@@ -37,7 +35,7 @@ public:
 
     QCoro::Task<int> run() {
         const QStringList files = m_program.options.files;
-        co_await tidyFolders(files);
+        co_await tidyFoldersOf(m_program.captions.threads, files);
         for (qsizetype index = 0; index < files.size(); ++index) {
             m_bar.show(index, files.size(), QFileInfo(files[index]).fileName());
             m_program.captions.status.setTotalFiles(files.size());
@@ -50,16 +48,6 @@ public:
     }
 
 private:
-    QCoro::Task<> tidyFolders(QStringList files) {
-        QSet<QString> folders;
-        for (const QString& file : std::as_const(files)) {
-            folders.insert(QFileInfo(file).path());
-        }
-        for (const QString& folder : std::as_const(folders)) {
-            co_await tidyFolder(m_program.captions.threads, folder);
-        }
-    }
-
     QCoro::Task<> take(QString path) {
         auto look = [path] { return whyNoImage(path); };
         const QString obstacle = co_await onThreadOf(m_program.captions.threads, path, look);

@@ -123,7 +123,7 @@ void Analyzer::countSuccess(const ImageReport& report) {
 void Analyzer::countFailure(const ImageReport& report, const std::exception_ptr& failure) {
     const QString name = nameOf(report.file);
     m_parts.status.setFailed(m_parts.status.failed() + 1);
-    m_parts.status.setTotalFailedAllTime(m_parts.status.totalFailedAllTime() + 1);
+    m_parts.status.recordImageFailed();
     m_parts.status.setLastMessage(u"Auto: Failed "_s + name);
     m_refusal = m_refusals.failed(name, failure, apiKey(m_parts.defaults));
     if (m_refusal) {

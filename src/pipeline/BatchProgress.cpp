@@ -62,7 +62,7 @@ void BatchProgress::failed(const QString& name, Telling telling) {
     } else {
         m_status.setLastMessage(u"Failed: "_s + name);
     }
-    m_status.setTotalFailedAllTime(m_status.totalFailedAllTime() + 1);
+    m_status.recordImageFailed();
 }
 
 QString BatchProgress::doneOfTotal() const {

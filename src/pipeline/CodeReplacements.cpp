@@ -143,7 +143,7 @@ QString rosterProblem(const CodeReplacements& replacements, const QString& name)
 QString rosterProblem(const FileError& error, const QString& name) {
     if (error.code() == EFBIG) {
         return u"The names in %1 will not be used: it is larger than %2 MB."_s.arg(name).arg(largestFile /
-                                                                                           1024 / 1024);
+                                                                                             1024 / 1024);
     }
     return u"The names in %1 will not be used: it cannot be read (%2)."_s.arg(
         name, QString::fromStdString(std::generic_category().message(error.code())));

@@ -61,15 +61,6 @@ QStringList ManualSelection::rawImages() const {
     return raws;
 }
 
-QStringList ManualSelection::folders() const {
-    QStringList folders;
-    for (const QString& image : images) {
-        folders.append(QFileInfo(image).path());
-    }
-    folders.removeDuplicates();
-    return folders;
-}
-
 bool ManualSelection::hasAllSidecars() const {
     QSet<QString> stems;
     for (const QString& sidecar : sidecars) {

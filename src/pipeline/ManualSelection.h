@@ -19,8 +19,6 @@ struct ManualSelection {
     static ManualSelection of(const QStringList& files);
 
     QStringList rawImages() const;
-    /// Of the images, each once.
-    QStringList folders() const;
     /// Whether the chosen sidecars include one for each RAW image, by its name. A sidecar that only lies
     /// beside its image does not count: the user's choice grants the access to it.
     bool hasAllSidecars() const;

@@ -103,6 +103,7 @@ QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionInTurn(QStrin
         co_return Ending::dismissed; // the program ends
     }
     begin(images.size());
+    co_await tidyFoldersOf(m_parts.threads, images);
     const Ending ending = co_await captionAll(images, m_parts.clock.now());
     clearProgress();
     if (ending == Ending::dismissed) {

@@ -65,7 +65,13 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                 .log = given.console})
     , m_defaults(given.defaults)
     , m_settingsDefaults(given.settingsDefaults)
-    , m_errors(given.errors) {}
+    , m_errors(given.errors) {
+    const auto tellOfManifest = [this] {
+        const QString failure = manifest.savingFailure();
+        status.setManifestFailure(failure.isEmpty() ? std::nullopt : std::optional(failure));
+    };
+    QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, tellOfManifest);
+}
 
 QCoro::Task<> CaptionProgram::finishWork() {
     turns.close();
