@@ -3,6 +3,7 @@
 
 #include "pipeline/ManualSelection.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QUrl>
 #include <algorithm>
@@ -39,19 +40,14 @@ bool areImages(const QStringList& paths) {
 
 std::optional<DroppedFiles> DroppedFiles::of(const QMimeData& data) {
     const QStringList paths = localPaths(data);
-    if (paths.size() == 1) {
-        const QFileInfo single(paths.first());
-        if (single.isDir()) {
-            return DroppedFiles{Kind::folder, {single.absoluteFilePath()}};
-        }
-        if (single.suffix().compare(u"txt"_s, Qt::CaseInsensitive) == 0) {
-            return DroppedFiles{Kind::codeReplacements, paths};
-        }
-    }
     if (areImages(paths)) {
         return DroppedFiles{Kind::images, paths};
     }
-    return std::nullopt;
+    if (paths.size() != 1 || !ManualSelection::of(paths).sidecars.isEmpty()) {
+        return std::nullopt;
+    }
+    const bool isText = QFileInfo(paths.first()).suffix().compare(u"txt"_s, Qt::CaseInsensitive) == 0;
+    return DroppedFiles{isText ? Kind::codeReplacements : Kind::folder, {QDir::cleanPath(paths.first())}};
 }
 
 } // namespace ostrelle

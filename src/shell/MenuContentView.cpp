@@ -186,19 +186,7 @@ void MenuContentView::dropEvent(QDropEvent* event) {
         return;
     }
     acceptAsCopy(event);
-    SettingsStore& settings = m_parts.settings;
-    switch (files->kind) {
-    case DroppedFiles::Kind::images:
-        m_actions.captionFiles(files->paths);
-        break;
-    case DroppedFiles::Kind::codeReplacements:
-        settings.setCodeReplacementsFile(files->paths.first());
-        break;
-    case DroppedFiles::Kind::folder:
-        settings.sourceType() == SourceType::local ? settings.setIngestFolder(files->paths.first())
-                                                   : settings.setDestinationFolder(files->paths.first());
-        break;
-    }
+    m_actions.take(*files);
 }
 
 } // namespace ostrelle

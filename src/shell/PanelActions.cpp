@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/PanelActions.h"
 
+#include "core/OnThreadPool.h"
 #include "pipeline/ManualSelectionRun.h"
+#include "platform/Patience.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 namespace ostrelle {
 
@@ -25,6 +28,20 @@ QCoro::Task<> caption(ShellParts parts, QStringList files, HeldAccess access) {
                             .clock = parts.clock,
                             .console = parts.console});
     co_await run.execute(files, std::move(access));
+}
+
+QCoro::Task<> lookWhetherFolder(QThreadPool* thread, QString path, std::shared_ptr<bool> isFolder) {
+    auto look = [path] { return QFileInfo(path).isDir(); };
+    *isFolder = co_await onThreadPool(thread, look);
+}
+
+Alert uselessFileNews(const QString& path) {
+    Alert alert;
+    alert.title = u"File Not Used"_s;
+    alert.text = u"%1 is neither a folder, nor an image, nor a text file with code replacements."_s.arg(
+        QFileInfo(path).fileName());
+    alert.buttons = QStringList{u"OK"_s};
+    return alert;
 }
 
 /// The grant for the folder that the images come from, held until they are captioned.
@@ -103,9 +120,9 @@ void PanelActions::chooseCodeReplacements() {
     begin(&PanelActions::askForCodeReplacements);
 }
 
-void PanelActions::captionFiles(const QStringList& files) {
+void PanelActions::take(const DroppedFiles& files) {
     if (!m_isAsking) {
-        m_tasks.spawn(admitFiles(this, files));
+        m_tasks.spawn(files.paths.size() == 1 ? takeOne(this, files) : admitFiles(this, files.paths));
     }
 }
 
@@ -157,6 +174,30 @@ QCoro::Task<> PanelActions::askForImages(Self self) {
     question.reset();
     if (!files.isEmpty()) {
         co_await caption(parts, files, std::move(access));
+    }
+}
+
+/// A folder may have any name. Where its share does not answer, the name decides.
+QCoro::Task<> PanelActions::takeOne(Self self, DroppedFiles file) {
+    auto question = std::make_unique<Question>(self);
+    const ShellParts parts = self->m_parts;
+    const QString path = file.paths.first();
+    const auto isFolder = std::make_shared<bool>(file.kind == DroppedFiles::Kind::folder);
+    co_await endsWithin(lookWhetherFolder(parts.threads.of(QFileInfo(path).path()), path, isFolder),
+                        parts.clock, RosterWatch::patience);
+    question.reset();
+    if (*isFolder) {
+        parts.settings.sourceType() == SourceType::local ? parts.settings.setIngestFolder(path)
+                                                         : parts.settings.setDestinationFolder(path);
+    } else if (file.kind == DroppedFiles::Kind::codeReplacements) {
+        parts.settings.setCodeReplacementsFile(path);
+    } else if (file.kind == DroppedFiles::Kind::images) {
+        if (self) {
+            co_await admitFiles(self, file.paths);
+        }
+    } else {
+        const Alert refusal = uselessFileNews(path);
+        co_await parts.alerts.show(refusal);
     }
 }
 

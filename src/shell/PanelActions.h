@@ -3,6 +3,7 @@
 
 #include "core/TaskGroup.h"
 #include "pipeline/ReadinessRules.h"
+#include "shell/DroppedFiles.h"
 #include "shell/ShellParts.h"
 #include "transfer/RosterWatch.h"
 
@@ -27,8 +28,8 @@ public:
     /// Turns auto mode on, or tells what is missing.
     void turnAutoModeOn();
     void selectImages();
-    /// Captions files that the user has dropped, by the rules of a selection.
-    void captionFiles(const QStringList& files);
+    /// Takes what the user has dropped: a folder or roster as chosen, images by the rules of a selection.
+    void take(const DroppedFiles& files);
     /// All images of the source, after a confirmation.
     void captionAll();
     void chooseWatchFolder();
@@ -49,6 +50,7 @@ private:
 
     static QCoro::Task<> tryAutoMode(Self self);
     static QCoro::Task<> askForImages(Self self);
+    static QCoro::Task<> takeOne(Self self, DroppedFiles file);
     static QCoro::Task<> admitFiles(Self self, QStringList files);
     static QCoro::Task<> confirmAll(Self self);
     static QCoro::Task<> askForWatchFolder(Self self);

@@ -3,6 +3,7 @@
 #include "shell/MenuContentViewFixture.h"
 #include "shell/Switch.h"
 
+#include <QDir>
 #include <QMessageBox>
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -199,6 +200,9 @@ TEST_F(PanelActionsTest, WhatIsDroppedTakesItsPlace) {
         EXPECT_FALSE(drop(files)) << files.join(u',').toStdString();
     }
     EXPECT_FALSE(drop({u"/photos/a.jpg"_s}, Qt::MoveAction)) << "files are never taken away";
+    EXPECT_TRUE(drop({touch(u"plan.pdf"_s)})) << "a folder may have any name";
+    EXPECT_EQ(world.alerts.shown.last().title, u"File Not Used"_s);
+    EXPECT_EQ(world.settings.destinationFolder(), folder);
     {
         QMessageBox question;
         question.open();
@@ -206,7 +210,10 @@ TEST_F(PanelActionsTest, WhatIsDroppedTakesItsPlace) {
     }
     world.status.setIsProcessing(true);
     EXPECT_FALSE(drop({u"/photos/a.jpg"_s})) << "no second run";
-    EXPECT_TRUE(drop({folder}));
+    const QString odd = world.folder.filePath(u"Game.txt"_s);
+    EXPECT_TRUE(QDir().mkdir(odd));
+    EXPECT_TRUE(drop({odd}));
+    EXPECT_EQ(world.settings.destinationFolder(), odd);
 }
 
 } // namespace ostrelle
