@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <cerrno>
@@ -39,6 +40,15 @@ void setAside(const QString& sidecar) {
     throw FileError(u"set aside"_s, sidecar, EEXIST);
 }
 
+/// Nothing is in it, and nobody is about to write it: a program was killed right after it had made the file,
+/// as we may be where a file system offers little.
+bool isAbandoned(const QString& sidecar) {
+    constexpr qint64 patience = 10; // seconds
+    const QFileInfo file(sidecar);
+    return file.exists() && file.size() == 0 &&
+           file.lastModified().secsTo(QDateTime::currentDateTime()) >= patience;
+}
+
 } // namespace
 
 ImageMetadata::ImageMetadata(QString image) : m_image(std::move(image)), m_isEmbedded(isJpegImage(m_image)) {}
@@ -52,6 +62,10 @@ bool ImageMetadata::provideSidecar() const {
         return false;
     }
     const QString place = sidecar();
+    if (isAbandoned(place)) {
+        XMPWriter().createEmptySidecar(place);
+        return true;
+    }
     return !QFileInfo::exists(place) && XMPWriter().createMissingSidecar(place);
 }
 

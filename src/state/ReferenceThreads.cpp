@@ -14,7 +14,7 @@ auto attempted(Function function) {
     try {
         return Outcome::success(function());
     } catch (...) {
-        return Outcome::failure(std::current_exception());
+        return Outcome::failed(std::current_exception());
     }
 }
 

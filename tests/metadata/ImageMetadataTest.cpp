@@ -178,6 +178,19 @@ TEST_F(ImageMetadataTest, FindsASidecarWhateverTheCaseOfItsExtension) {
     EXPECT_TRUE(QFile::exists(sidecarPath(raw)));
 }
 
+TEST_F(ImageMetadataTest, FillsASidecarThatAKilledProgramLeftEmpty) {
+    write(u"IMG_1.DNG"_s, rawPicture(1));
+    write(u"IMG_1.xmp"_s, {});
+    EXPECT_FALSE(ImageMetadata(raw).provideSidecar()) << "somebody may be about to write it";
+    QFile sidecar(sidecarPath(raw));
+    ASSERT_TRUE(sidecar.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(
+        sidecar.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
+    sidecar.close();
+    EXPECT_TRUE(ImageMetadata(raw).provideSidecar());
+    EXPECT_EQ(captionOf(raw), QString());
+}
+
 TEST_F(ImageMetadataTest, FindsOutBeforehandWhatCannotBeWritten) {
     write(u"IMG_1.DNG"_s, rawPicture(1));
     write(u"IMG_1.xmp"_s, sidecarWith("stub"));
