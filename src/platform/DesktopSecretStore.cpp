@@ -8,6 +8,7 @@
 
 #include <QByteArray>
 #include <QCoroDBusPendingCall>
+#include <QCoroFuture>
 #include <QCoroSignal>
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -104,16 +105,14 @@ QCoro::Task<bool> DesktopSecretStore::unlocked(QString service, QString account)
     KeyringChanges changes(*bus); // before the first look: no change is missed
     bool wasLocked = false;
     for (;;) {
-        const quint64 seen = changes.count();
+        QFuture<void> change = changes.next();
         QDBusPendingCall asked = bus->asyncCall(question);
         const QDBusMessage answer = co_await asked;
         if (!isOnlyLocked(answer)) {
             co_return wasLocked;
         }
         wasLocked = true;
-        if (changes.count() == seen) {
-            co_await qCoro(&changes, &KeyringChanges::changed);
-        }
+        co_await change;
     }
 }
 

@@ -9,6 +9,7 @@ const QString KeyringChanges::service = u"org.freedesktop.secrets"_s;
 
 KeyringChanges::KeyringChanges(QDBusConnection bus)
     : m_owner(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
+    m_next.start();
     connect(&m_owner, &QDBusServiceWatcher::serviceOwnerChanged, this, &KeyringChanges::note);
     // Which of the two a keyring sends at an unlock is its own choice.
     bus.connect(service, {}, u"org.freedesktop.Secret.Service"_s, u"CollectionChanged"_s, this, SLOT(note()));
@@ -16,9 +17,16 @@ KeyringChanges::KeyringChanges(QDBusConnection bus)
                 SLOT(note()));
 }
 
+QFuture<void> KeyringChanges::next() {
+    if (m_next.future().isFinished()) {
+        m_next = QPromise<void>();
+        m_next.start();
+    }
+    return m_next.future();
+}
+
 void KeyringChanges::note() {
-    ++m_count;
-    Q_EMIT changed();
+    m_next.finish();
 }
 
 } // namespace ostrelle

@@ -3,7 +3,9 @@
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
+#include <QFuture>
 #include <QObject>
+#include <QPromise>
 #include <QString>
 
 namespace ostrelle {
@@ -17,18 +19,15 @@ public:
 
     explicit KeyringChanges(QDBusConnection bus);
 
-    /// How many changes there have been so far.
-    quint64 count() const { return m_count; }
-
-Q_SIGNALS:
-    void changed();
+    /// Ends with the first change since the last call. Several changes may come at once.
+    QFuture<void> next();
 
 private Q_SLOTS: // which the bus looks for by its name
     void note();
 
 private:
     QDBusServiceWatcher m_owner;
-    quint64 m_count = 0;
+    QPromise<void> m_next;
 };
 
 } // namespace ostrelle
