@@ -79,7 +79,7 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await scan.finished();
     co_await turns.idle();
     co_await prompts.finishPending();
-    co_await endsWithin(settings.pathsSaved(), clock, sharePatience);
+    co_await endsWithin(settings.pathsSettled(), clock, sharePatience);
     co_await finishKeychain();
     co_await m_defaults.finished(); // last: what ended above has changed counters
     co_await m_settingsDefaults.finished();

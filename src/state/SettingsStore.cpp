@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QCoroFuture>
 #include <QCoroTimer>
+#include <QMetaObject>
 #include <utility>
 
 namespace ostrelle {
@@ -75,8 +76,8 @@ SettingsStore::SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain,
     , m_references(references)
     , m_log(log)
     , m_threads(references)
-    , m_saves([&log](const QString& words) {
-        log.print(u"[SettingsStore] A folder could not be stored: "_s + words);
+    , m_looks([&log](const QString& words) {
+        log.print(u"[SettingsStore] A path could not be looked at: "_s + words);
     }) {
     load(patience);
 }
@@ -300,16 +301,19 @@ void SettingsStore::setFtpConnectionStatus(const std::optional<QString>& status)
 void SettingsStore::setPath(Path SettingsStore::* field, const Path& path, const QString& key,
                             Signal changed) {
     publish(this, this->*field, path, changed);
-    m_saves.spawn(saveBookmark(this, field, key));
+    // In the next turn of the event loop, which stores the final value when it is set several times in this
+    // one.
+    QMetaObject::invokeMethod(
+        this, [this, field, key] { m_looks.spawn(saveBookmark(this, field, key)); }, Qt::QueuedConnection);
+}
+
+QCoro::Task<> SettingsStore::pathsSettled(TaskGroup looks) {
+    co_await QCoro::sleepFor(std::chrono::milliseconds(0)); // behind what waits for the next turn
+    co_await looks.finished();
 }
 
 QCoro::Task<> SettingsStore::saveBookmark(QPointer<SettingsStore> store, Path SettingsStore::* field,
                                           QString key) {
-    // In the next turn of the event loop: the final value counts when it is set several times in this one.
-    co_await QCoro::sleepFor(std::chrono::milliseconds(0));
-    if (!store) {
-        co_return;
-    }
     const Path path = store.data()->*field;
     if (!path) {
         store->m_defaults.remove(key);
@@ -345,7 +349,7 @@ SettingsStore::Path SettingsStore::loadBookmark(const StoredPath& stored, const 
     if (stored.look->isAnswered->tryAcquire(1, patience)) {
         return judged(stored.key, stored.look->answer.result());
     }
-    judgeLater(this, stored);
+    m_looks.spawn(judgeLater(this, stored));
     return presumed(stored.look->reference);
 }
 

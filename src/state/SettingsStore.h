@@ -86,9 +86,9 @@ public:
     SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain, const FileReferences& references,
                   PlainLog& log, std::chrono::milliseconds patience = startPatience);
 
-    /// Resumes when all paths that were set have been handed to the store of defaults. One on a network share
-    /// that hangs may take very long.
-    QCoro::Task<> pathsSaved() const { return m_saves.finished(); }
+    /// Resumes when the file system has told of all paths, and those that were set have been handed to the
+    /// store of defaults. One on a network share that hangs may take very long.
+    QCoro::Task<> pathsSettled() const { return pathsSettled(m_looks); }
 
     /// Absolute paths.
     std::optional<QString> ingestFolder() const { return m_ingestFolder; }
@@ -123,7 +123,7 @@ public:
     std::optional<QString> destinationFolder() const { return m_destinationFolder; }
     std::optional<QString> ftpConnectionStatus() const { return m_ftpConnectionStatus; }
 
-    /// The stored reference of the three paths follows when it has been made, see pathsSaved().
+    /// The stored reference of the three paths follows when it has been made, see pathsSettled().
     void setIngestFolder(const std::optional<QString>& path);
     void setCodeReplacementsFile(const std::optional<QString>& path);
     void setDestinationFolder(const std::optional<QString>& path);
@@ -207,6 +207,7 @@ private:
     template <typename T>
     void store(T& field, const std::type_identity_t<T>& value, const QString& key, Signal changed);
     void setPath(Path SettingsStore::* field, const Path& path, const QString& key, Signal changed);
+    static QCoro::Task<> pathsSettled(TaskGroup looks);
     static QCoro::Task<> saveBookmark(QPointer<SettingsStore> store, Path SettingsStore::* field,
                                       QString key);
     StoredPath beginLoad(Path SettingsStore::* field, const QString& key, Signal changed);
@@ -220,7 +221,7 @@ private:
     const FileReferences& m_references;
     PlainLog& m_log;
     ReferenceThreads m_threads;
-    TaskGroup m_saves;
+    TaskGroup m_looks;
 
     Path m_ingestFolder;
     Path m_codeReplacementsFile;

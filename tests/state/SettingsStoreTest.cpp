@@ -77,7 +77,7 @@ protected:
         secrets.end();
         QCoreApplication::processEvents();
         if (settings) {
-            await(settings->pathsSaved());
+            await(settings->pathsSettled());
         }
     }
 
@@ -332,7 +332,7 @@ TEST_F(SettingsStoreTest, AHangingShareHoldsNoStartUpAndWhatIsGoneIsGivenUpLater
     EXPECT_EQ(store.destinationFolder(), there);
     store.setCodeReplacementsFile(there);
     share.recover();
-    await(store.pathsSaved());
+    await(store.pathsSettled());
     waitUntil([&store] { return !store.ingestFolder(); });
     EXPECT_EQ(changes.size(), 1);
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
@@ -342,6 +342,7 @@ TEST_F(SettingsStoreTest, AHangingShareHoldsNoStartUpAndWhatIsGoneIsGivenUpLater
         log.lines,
         QStringList(
             u"[SettingsStore] URL for ingestFolder is no longer accessible: %1 - clearing"_s.arg(gone)));
+    nextTurn(); // the keychain's answer
 }
 
 TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {
