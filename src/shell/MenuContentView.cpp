@@ -113,9 +113,8 @@ QWidget* MenuContentView::makeManifestNotice() {
     notice->setObjectName(u"manifestNotice"_s);
     const auto show = [notice, &status = m_parts.status] {
         const std::optional<QString> failure = status.manifestFailure();
-        notice->setWords(
-            u"What has been captioned could not be saved: %1, those images may be captioned again."_s.arg(
-                failure.value_or(QString())));
+        notice->setWords(u"Which images have been captioned could not be saved, so they may be captioned "
+                         "again. %1"_s.arg(failure.value_or(QString())));
         notice->setVisible(failure.has_value());
     };
     connect(&m_parts.status, &StatusStore::manifestFailureChanged, notice, show);

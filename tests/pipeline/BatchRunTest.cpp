@@ -333,6 +333,9 @@ TEST_F(BatchRunTest, ARosterThatCannotBeReadIsToldOfInABatchOnly) {
     const QString image = rawImage();
     EXPECT_TRUE(runBatch({image}).results[0].success);
     EXPECT_FALSE(hasLogged(line));
+    EXPECT_EQ(reports.last().warnings,
+              QStringList(u"The names in roster.txt will not be used: it cannot be read "
+                          "(Permission denied)."_s));
     EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)}).results[0].success);
     EXPECT_TRUE(hasLogged(line));
     EXPECT_FALSE(textsOf(model.lastJson()).value(0).contains(u"Code Replacements:"_s));

@@ -7,6 +7,7 @@
 
 #include <QFileInfo>
 #include <QSignalSpy>
+#include <cstdio>
 #include <functional>
 
 namespace ostrelle {
@@ -298,6 +299,19 @@ TEST_F(FolderRunTest, OnlyImagesAtTheTopOfTheFolderAreTaken) {
     ASSERT_EQ(reports.size(), 1);
     EXPECT_EQ(reports[0].file, game + u"/IMG_2.Jpeg"_s);
     EXPECT_TRUE(hasLogged(u"[Analyzer] RECAPTION: Found 3 items in folder: "_s));
+}
+
+TEST_F(FolderRunTest, AnImageWhoseNameIsNotUtf8HasFailed) {
+    const QByteArray bad = QFile::encodeName(game) + "/bad\xFF.jpg";
+    std::FILE* file = std::fopen(bad.constData(), "w");
+    ASSERT_NE(file, nullptr);
+    std::fclose(file);
+    runFolder();
+    EXPECT_EQ(status.lastMessage(), u"Done. Processed: 0, Failed: 1."_s);
+    ASSERT_EQ(reports.size(), 1);
+    EXPECT_EQ(reports[0].outcome, Outcome::failed);
+    EXPECT_EQ(reports[0].reason, u"Its file name is not UTF-8, so it cannot be opened. Rename it."_s);
+    EXPECT_EQ(notified().size(), 1);
 }
 
 TEST_F(FolderRunTest, AnAlertHoldsNoImageUp) {

@@ -155,11 +155,12 @@ TEST_F(MenuContentViewTest, SettingsThatCannotBeSavedAreToldWhileItIsSo) {
 
 TEST_F(MenuContentViewTest, AManifestThatCannotBeSavedIsToldWhileItIsSo) {
     EXPECT_FALSE(isShown(u"manifestNotice"_s));
-    world.status.setManifestFailure(u"No space left on device"_s);
+    world.status.setManifestFailure(u"No space left on device."_s);
     EXPECT_TRUE(isShown(u"manifestNotice"_s));
-    EXPECT_EQ(find(u"manifestNotice"_s)->accessibleName(),
-              u"What has been captioned could not be saved: No space left on device, those images may be "
-              "captioned again."_s);
+    EXPECT_EQ(
+        find(u"manifestNotice"_s)->accessibleName(),
+        u"Which images have been captioned could not be saved, so they may be captioned again. No space "
+        "left on device."_s);
     world.status.setManifestFailure(std::nullopt);
     EXPECT_FALSE(isShown(u"manifestNotice"_s));
 }

@@ -3,6 +3,7 @@
 #include "support/SportsScene.h"
 #include "transfer/LocalScanFixture.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ostrelle {
@@ -186,6 +187,27 @@ TEST_F(LocalScanTest, AFailedImageRestsForAMinute) {
     EXPECT_EQ(tracker.timeSinceFailure(u"a.JPG"_s), std::nullopt);
     finishAll();
     EXPECT_EQ(captioning.begun.size(), 2);
+}
+
+TEST_F(LocalScanTest, AnImageThatCannotBeEditedWaitsForAChange) {
+    write(u"a.JPG"_s);
+    captioning.results.insert(u"a.JPG"_s, CaptionResult::unwritable);
+    runScan();
+    clock.advance(std::chrono::hours(1));
+    runScan();
+    EXPECT_EQ(captioning.begun.size(), 1);
+    EXPECT_TRUE(
+        log.has(u"[AppDelegate]   a.JPG: Cannot be edited, left alone until it or its folder changes"_s));
+    ASSERT_EQ(::chmod(ingest.toLocal8Bit().constData(), 0711), 0);
+    runScan();
+    EXPECT_EQ(captioning.begun.size(), 2);
+    clock.advance(std::chrono::hours(1));
+    captioning.results.insert(u"a.JPG"_s, CaptionResult::changed);
+    write(u"a.JPG"_s, "another picture");
+    runScan();
+    EXPECT_EQ(captioning.begun.size(), 3);
+    runScan();
+    EXPECT_EQ(captioning.begun.size(), 4) << "what has changed meanwhile is no failure";
 }
 
 TEST_F(LocalScanTest, AClockSetBackDoesNotHoldAFailedImage) {

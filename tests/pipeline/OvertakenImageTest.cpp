@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/ImageMetadata.h"
+#include "pipeline/PipelineFixture.h"
+#include "pipeline/PromptComposition.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using Outcome = ImageReport::Outcome;
+
+namespace {
+
+const QString typed = u"Typed by the photographer."_s;
+
+/// Images on which others work while the model thinks.
+class OvertakenImageTest : public PipelineTest {
+protected:
+    static StandInAnswer held(const QString& caption) {
+        StandInAnswer answer = reply(caption);
+        answer.delivery = StandInAnswer::Delivery::held;
+        return answer;
+    }
+    /// What the image looks like to a scan.
+    ImageRequest seen(const QString& file) const {
+        return {
+            .file = file, .seenAt = clock.now(), .facts = ImageMetadata(file).read(clock.timeZone()).facts};
+    }
+    void replace(const QString& image, const QByteArray& bytes) const {
+        QFile::remove(image);
+        write(QFileInfo(image).fileName(), bytes);
+    }
+    /// Lets the images be captioned, with `meanwhile` in between.
+    template <typename T>
+    T after(QCoro::Task<T> task, const std::function<void()>& meanwhile) {
+        waitUntil([this] { return model.isHolding(); });
+        meanwhile();
+        model.releaseHeld();
+        return finish(std::move(task));
+    }
+    /// drive() in longer steps, as a finished image is to be seen for two seconds.
+    template <typename T>
+    T finish(QCoro::Task<T> task) {
+        waitUntil([&] {
+            if (!task.isReady() && clock.waiting() > 0) {
+                clock.advance(std::chrono::seconds(2));
+            }
+            return task.isReady();
+        });
+        return await(std::move(task));
+    }
+    static QByteArray otherRaw() { return dngFile(SportsScene(320, 200, 9)); }
+    static QByteArray otherJpeg() { return jpegFile(SportsScene(320, 200, 9).image()); }
+};
+
+} // namespace
+
+TEST_F(OvertakenImageTest, ACaptionThatIsTypedMeanwhileStays) {
+    const QString image = rawImage();
+    sidecar("Stub");
+    model.enqueue(held(u"By the model."_s));
+    EXPECT_TRUE(after(analyzer.analyzeSingle(image), [this] { sidecar(typed.toUtf8()); }));
+    EXPECT_EQ(caption(), typed);
+    EXPECT_EQ(reports.last().outcome, Outcome::skipped);
+    EXPECT_EQ(reports.last().reason, u"Its caption was edited meanwhile and stays as it is."_s);
+    EXPECT_TRUE(hasLogged(u"[Analyzer] Nothing was written into IMG_1.DNG: Its caption was edited"_s));
+    EXPECT_EQ(status.failed(), 0);
+}
+
+TEST_F(OvertakenImageTest, InABatchToo) {
+    const QStringList images{rawImage(), jpegImage(u"IMG_2.JPG"_s), rawImage(u"IMG_3.DNG"_s)};
+    sidecar("Stub");
+    sidecar("Stub", u"IMG_3.xmp"_s);
+    model.enqueue(held(uR"([{"image":1,"caption":"one"},{"image":2,"caption":"two"},
+                            {"image":3,"caption":"three"}])"_s));
+    model.enqueue(reply(u"Of the second picture."_s));
+    const BatchOutcome outcome = after(analyzer.processBatch(images, 0), [&] {
+        sidecar(typed.toUtf8());
+        replace(images[1], otherJpeg());
+    });
+    EXPECT_EQ(captionOf(images[0]), typed);
+    EXPECT_TRUE(captionOf(images[1]).value_or(QString()).startsWith(u"Of the second picture."_s));
+    EXPECT_EQ(captionOf(images[2]), u"three"_s);
+    EXPECT_FALSE(outcome.results[0].success || outcome.results[0].failed);
+    EXPECT_TRUE(outcome.results[1].success && outcome.results[2].success);
+    EXPECT_EQ(model.requests().size(), 2) << "the replaced picture is asked about anew";
+    EXPECT_TRUE(outcome.failedNames.isEmpty());
+}
+
+TEST_F(OvertakenImageTest, AReplacedPictureIsCaptionedAnew) {
+    const QString images[] = {rawImage(), jpegImage(u"IMG_2.JPG"_s)};
+    for (const QString& image : images) {
+        model.enqueue(held(u"Of the first picture."_s));
+        model.enqueue(reply(u"Of the second picture."_s));
+        const QByteArray other = image.endsWith(u"JPG") ? otherJpeg() : otherRaw();
+        EXPECT_TRUE(after(analyzer.analyzeSingle(image), [&] { replace(image, other); }));
+        EXPECT_EQ(captionOf(image), u"Of the second picture."_s);
+    }
+    EXPECT_EQ(model.requests().size(), 4);
+}
+
+TEST_F(OvertakenImageTest, AutoModeCaptionsOnlyWhatItsScanSaw) {
+    const QString image = rawImage();
+    sidecar("Stub");
+    const ImageRequest request = seen(image);
+    sidecar(typed.toUtf8()); // while the image rests or waits for its turn
+    EXPECT_EQ(finish(analyzer.captionWatched(request)), CaptionResult::done);
+    EXPECT_EQ(caption(), typed);
+
+    sidecar("Stub");
+    const ImageRequest again = seen(image);
+    write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
+    EXPECT_EQ(finish(analyzer.captionWatched(again)), CaptionResult::changed) << "to be looked at anew";
+    EXPECT_TRUE(model.requests().isEmpty());
+
+    model.enqueue(held(u"Of the first picture."_s));
+    const auto replaced = after(analyzer.captionWatched(seen(image)), [&] { replace(image, otherRaw()); });
+    EXPECT_EQ(replaced, CaptionResult::changed);
+    EXPECT_EQ(caption(), u"Stub"_s);
+}
+
+TEST_F(OvertakenImageTest, ARealCaptionThatComesAfterANewSidecarIsNotOverwritten) {
+    const QString image = rawImage();
+    ImageRequest request{.file = image, .seenAt = clock.now()}; // the scan made the sidecar
+    sidecar(QByteArray(51, 'x'));
+    EXPECT_EQ(finish(analyzer.captionWatched(request)), CaptionResult::done);
+    EXPECT_EQ(caption(), QString(51, u'x'));
+    sidecar("A preset's stub");
+    model.enqueue(reply(u"Sam Abel scores."_s));
+    EXPECT_EQ(finish(analyzer.captionWatched(request)), CaptionResult::done);
+    EXPECT_EQ(caption(), u"Sam Abel scores."_s);
+}
+
+TEST_F(OvertakenImageTest, ARosterInTheWatchedFolderCountsInAutoMode) {
+    settings.setCodeReplacementsFile(std::nullopt);
+    settings.setIngestFolder(folder.path());
+    write(u"code-replacements.txt"_s, "7\tDana Cole\n");
+    const QString image = rawImage();
+    EXPECT_FALSE(run(image)) << "others want one that is set";
+    model.enqueue(reply(u"Dana Cole scores."_s));
+    EXPECT_EQ(finish(analyzer.captionWatched({.file = image, .seenAt = clock.now()})), CaptionResult::done);
+    EXPECT_EQ(caption(), u"Dana Cole scores."_s);
+    const QJsonArray content = requestOf(0)[u"messages"_s][1][u"content"_s].toArray();
+    EXPECT_TRUE(content[0][u"text"_s].toString().contains(u"7\tDana Cole"_s));
+}
+
+TEST_F(OvertakenImageTest, TwoProgramsPayForAnImageOnce) {
+    CaptionTurns otherTurns;
+    ImageClaims otherClaims{folder.filePath(u"manifest/claims"_s)};
+    AnalyzerParts otherParts{.settings = settings,
+                             .status = status,
+                             .usage = usage,
+                             .manifest = manifest,
+                             .openAI = openAI,
+                             .prompts = prompts,
+                             .defaults = defaults,
+                             .log = log,
+                             .previews = previews,
+                             .access = access,
+                             .alerts = alerts,
+                             .notifications = notifications,
+                             .events = events,
+                             .clock = clock,
+                             .turns = otherTurns,
+                             .threads = threads,
+                             .claims = otherClaims};
+    Analyzer other(otherParts);
+    const QStringList images{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
+    model.enqueue(held(uR"([{"image":1,"caption":"one"},{"image":2,"caption":"two"}])"_s));
+    auto batch = analyzer.processBatch(images, 0);
+    auto otherBatch = other.processBatch({images[1], images[0]}, 0);
+    auto single = other.analyzeSingle(images[0]);
+    waitUntil([this] { return model.isHolding(); });
+    clock.advance(std::chrono::seconds(5));
+    model.releaseHeld();
+    driveUntil([&] { return batch.isReady() && otherBatch.isReady() && single.isReady(); });
+    EXPECT_TRUE(await(std::move(single)));
+    EXPECT_TRUE(await(std::move(batch)).results[0].success);
+    EXPECT_FALSE(await(std::move(otherBatch)).results[0].success);
+    EXPECT_EQ(model.requests().size(), 1);
+    EXPECT_EQ(captionOf(images[1]), u"two"_s);
+}
+
+TEST_F(OvertakenImageTest, ARequestHasTheSettingsOfOneMoment) {
+    const PreparedImage image{
+        .file = rawImage(), .source = {}, .defaultCaption = u"Stub"_s, .audioTranscription = {}};
+    auto composed = composeImagePrompt(parts, image, {}); // which now waits for the rules
+    settings.setSport(Sport::soccer);
+    EXPECT_TRUE(drive(std::move(composed)).contains(u"- Sport: Football\n"_s)) << "as the rules are";
+}
+
+TEST_F(OvertakenImageTest, AServiceThatRefusesOneImageAfterTheOtherIsNotifiedOfOnce) {
+    const auto refuse = [this](int httpStatus, const QByteArray& body, int count) {
+        for (int index = 0; index < count; ++index) {
+            model.enqueue({.status = httpStatus, .body = body});
+            EXPECT_FALSE(run(jpegImage(u"IMG_%1.JPG"_s.arg(index))));
+        }
+    };
+    refuse(401, "{}", 2);
+    EXPECT_TRUE(notificationCenter.posted.isEmpty());
+    refuse(401, "{}", 3);
+    ASSERT_EQ(notificationCenter.posted.size(), 1);
+    EXPECT_EQ(notificationCenter.posted[0].title, u"Ostrelle Captioning Failed"_s);
+    EXPECT_EQ(status.lastMessage(), u"OpenAI refused the API key (HTTP 401). Check it in Settings."_s);
+    EXPECT_TRUE(notificationCenter.posted[0].body.endsWith(*status.lastMessage()));
+    EXPECT_TRUE(run(jpegImage(u"GOOD.JPG"_s)));
+    refuse(429, R"({"error":{"code":"insufficient_quota"}})", 4);
+    ASSERT_EQ(notificationCenter.posted.size(), 2);
+    EXPECT_EQ(notificationCenter.posted[1].title, u"Rate Limit Exceeded"_s);
+    defaults.set(apiKeyName, u"another"_s);
+    refuse(401, "{}", 2);
+    EXPECT_EQ(notificationCenter.posted.size(), 2) << "a new key begins anew";
+    refuse(401, "{}", 1);
+    EXPECT_EQ(notificationCenter.posted.size(), 3);
+}
+
+} // namespace ostrelle
