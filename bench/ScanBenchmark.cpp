@@ -122,8 +122,8 @@ private:
     double m_worst = 0;
 };
 
-QCoro::Task<CaptionResult> failToCaption(QString) {
-    co_return CaptionResult::failed;
+QCoro::Task<CaptionOutcome> failToCaption(ImageRequest) {
+    co_return {};
 }
 
 struct Measured {

@@ -77,6 +77,9 @@ private:
     void tell(const ImageReport& report) {
         m_hasFailure = m_hasFailure || report.outcome == ImageReport::Outcome::failed;
         m_bar.clear();
+        for (const QString& warning : m_program.options.json ? report.warnings : QStringList()) {
+            m_program.warn(warning); // the text shows it with the image
+        }
         m_program.output.print(m_program.options.json ? reportJson(report) : reportText(report));
     }
 

@@ -8,6 +8,11 @@ namespace ostrelle {
 
 namespace {
 
+/// Programs that set a rating also tidy up an empty caption, or compose its letters in another way.
+QString comparable(const std::optional<QString>& caption) {
+    return caption.value_or(QString()).trimmed().normalized(QString::NormalizationForm_C);
+}
+
 bool isSamePicture(const QString& image, const SeenPicture& seen) {
     if (seen.stamp && seen.stamp == FileStamp::at(image)) {
         return true;
@@ -22,7 +27,7 @@ bool isSamePicture(const QString& image, const SeenPicture& seen) {
 } // namespace
 
 SeenPicture seePicture(const QString& image, double maxPixelSize, double quality) {
-    SeenPicture picture{.stamp = FileStamp::at(image), // of what is read, or of what was before
+    SeenPicture picture{.stamp = FileStamp::at(image), // from before it is read
                         .rendition = {},
                         .maxPixelSize = maxPixelSize,
                         .quality = quality};
@@ -32,13 +37,19 @@ SeenPicture seePicture(const QString& image, double maxPixelSize, double quality
 }
 
 void requireSameFacts(const ImageFacts& now, const ImageFacts& source) {
-    if (now == source) {
-        return;
+    using Case = OvertakenError::Case;
+    ImageFacts others = now;
+    others.caption = source.caption;
+    others.otherCaptions = source.otherCaptions;
+    const bool isSameElse = others == source;
+    const bool isSameCaption =
+        comparable(now.caption) == comparable(source.caption) && now.otherCaptions == source.otherCaptions;
+    if (!isSameCaption) {
+        throw OvertakenError(isSameElse ? Case::captionEdited : Case::captionAndFactsEdited);
     }
-    ImageFacts withOldCaption = now;
-    withOldCaption.caption = source.caption;
-    throw OvertakenError(withOldCaption == source ? OvertakenError::Case::captionEdited
-                                                  : OvertakenError::Case::factsChanged);
+    if (!isSameElse) {
+        throw OvertakenError(Case::factsChanged);
+    }
 }
 
 void requireSamePicture(const QString& image, const SeenPicture& seen) {

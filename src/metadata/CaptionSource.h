@@ -29,8 +29,8 @@ struct CaptionSource {
 /// Makes the upright rendition of an image. Throws ExtractError.
 SeenPicture seePicture(const QString& image, double maxPixelSize, double quality);
 
-/// Throws OvertakenError unless the facts are still those of the source. Only a caption that is another one
-/// while all else is the same counts as edited.
+/// Throws OvertakenError unless the facts are still those of the source. A caption that is merely blank in
+/// another way, or composed of other characters for the same letters, is the same.
 void requireSameFacts(const ImageFacts& now, const ImageFacts& source);
 
 /// Throws OvertakenError when another picture has taken the image's place. A file that was merely touched or

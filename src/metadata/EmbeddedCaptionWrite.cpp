@@ -68,11 +68,18 @@ public:
     void tryOut() {
         try {
             requireReplaceable(m_path);
-            withCaption(frontAndTrailer(m_path));
+            withEmbeddedCaption(frontAndTrailer(m_path), m_caption);
+            return;
         } catch (const FileError& error) {
-            explain(error);
-            throw XMPError(XMPError::Case::writeFailed);
+            if (error.isPermissionDenied()) {
+                explain(error);
+            } else {
+                refuse(error.localizedDescription());
+            }
+        } catch (const EditRefusal& refusal) {
+            refuse(refusal.localizedDescription());
         }
+        throw XMPError(XMPError::Case::writeFailed);
     }
 
 private:
@@ -87,20 +94,28 @@ private:
 
     /// Called again for what another program has put in the file's place meanwhile.
     QByteArray edited(const QByteArray& original) {
-        const EmbeddedMetadata metadata = parseEmbeddedMetadata(original).value_or(EmbeddedMetadata());
-        if (m_attempts++ == 0) {
-            tellWhatStays(metadata);
-        } else {
+        const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(original);
+        if (m_attempts++ > 0) {
             say(u"The file was changed by another program, reading it again: "_s + fileName());
         }
+        if (!metadata) { // which it was, or another program is in the middle of writing it
+            throw XMPError(XMPError::Case::parseFailed);
+        }
+        if (m_attempts == 1) {
+            tellWhatStays(*metadata);
+        }
         if (m_source) {
-            requireSameFacts(embeddedReading(metadata, m_source->zone).facts, m_source->facts);
             requireSamePicture(m_path, m_source->picture); // which has been decoded whole for its rendition
+            requireSameFacts(embeddedReading(*metadata, m_source->zone).facts, m_source->facts);
         } else {
             checkPicture();
         }
         m_hasManifest = hasSignedManifest(original);
         return withCaption(original);
+    }
+
+    void refuse(const QString& reason) {
+        say(u"Nothing was written into %1, because %2."_s.arg(fileName(), reason));
     }
 
     void tellWhatStays(const EmbeddedMetadata& metadata) {
@@ -124,8 +139,7 @@ private:
             return withEmbeddedCaption(original, m_caption);
         } catch (const EditRefusal& refusal) {
             say(u"ERROR: Failed to finalize image to temp file"_s);
-            say(u"Nothing was written into %1, because %2."_s.arg(fileName(),
-                                                                  refusal.localizedDescription()));
+            refuse(refusal.localizedDescription());
         }
         throw XMPError(XMPError::Case::writeFailed);
     }

@@ -17,7 +17,7 @@ void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog&
                           const std::optional<CaptionSource>& source = {});
 
 /// Finds out whether a caption could be written into the file, from its metadata and rights, and changes
-/// nothing. Throws XMPError as writeCaptionIntoJpeg() would, and tells the log why.
+/// nothing. Throws XMPError: fileMissing or writeFailed, and tells the log why.
 void requireEditableJpeg(const QString& path, PlainLog& log);
 
 } // namespace ostrelle

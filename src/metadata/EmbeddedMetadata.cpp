@@ -136,6 +136,10 @@ void addPacket(QByteArrayView content, EmbeddedMetadata& metadata) {
     if (!packet) {
         return;
     }
+    if (const auto captions = packetValues(*packet, "description", xmp::dc);
+        captions && !captions->isEmpty()) {
+        metadata.packetCaption = captions->first();
+    }
     for (const PacketField& field : packetFields) {
         const QString name = field.name.toString();
         if (metadata.iptc.contains(name)) {

@@ -25,9 +25,10 @@ struct EmbeddedMetadata {
     /// The values of each IPTC field by its name, such as "Caption/Abstract". What the IPTC records lack is
     /// taken from the XMP packet. Empty when the file has no IPTC data in either form.
     QMap<QString, QStringList> iptc;
-    std::optional<QString> contactName; ///< of the creator, from the XMP packet
-    std::optional<Tiff> tiff;           ///< nothing when the file has no TIFF directory
-    std::optional<Exif> exif;           ///< nothing when the file has no EXIF directory
+    std::optional<QString> contactName;   ///< of the creator, from the XMP packet
+    std::optional<QString> packetCaption; ///< in the XMP packet, also where the IPTC records have one
+    std::optional<Tiff> tiff;             ///< nothing when the file has no TIFF directory
+    std::optional<Exif> exif;             ///< nothing when the file has no EXIF directory
 
     /// The first value of an IPTC field.
     std::optional<QString> iptcText(const QString& name) const;

@@ -69,6 +69,13 @@ std::optional<QString> trimmedOf(const std::optional<QString>& text) {
     return text ? trimmedOrNothing(*text) : std::nullopt;
 }
 
+/// In the places that a caption is written to besides the IPTC records.
+QStringList otherCaptions(const EmbeddedMetadata& metadata) {
+    return {metadata.packetCaption.value_or(QString()),
+            metadata.tiff ? metadata.tiff->imageDescription.value_or(QString()) : QString(),
+            metadata.exif ? metadata.exif->userComment.value_or(QString()) : QString()};
+}
+
 /// The first of the values that is not blank.
 std::optional<QString> firstOf(std::initializer_list<std::optional<QString>> values) {
     for (const std::optional<QString>& value : values) {
@@ -192,6 +199,7 @@ MetadataReading embeddedReading(const EmbeddedMetadata& metadata, const QTimeZon
     KeptLines contextLines;
     MetadataReading reading;
     reading.facts = {.caption = embeddedCaption(metadata, captionLines),
+                     .otherCaptions = otherCaptions(metadata),
                      .context = embeddedContext(metadata, zone, contextLines),
                      .rights = embeddedRights(metadata),
                      .creator = embeddedCreator(metadata)};

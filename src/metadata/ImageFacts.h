@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/XMPContext.h"
+#include "platform/FileStamp.h"
 
 #include <QString>
 #include <QStringList>
@@ -12,6 +13,7 @@ namespace ostrelle {
 /// What an image's metadata say of it.
 struct ImageFacts {
     std::optional<QString> caption; ///< untrimmed from a sidecar; nothing when no field for it is there
+    QStringList otherCaptions;      ///< the texts in the other places that a caption is written to
     XMPContext context;
     std::optional<QString> rights;  ///< trimmed
     std::optional<QString> creator; ///< trimmed
@@ -22,6 +24,7 @@ struct ImageFacts {
 /// The facts from one opening of the file that holds them, with what the log should say of each step.
 struct MetadataReading {
     ImageFacts facts;
+    std::optional<FileStamp> image; ///< the image file, from before its metadata were read
     QStringList captionLines;
     QStringList contextLines;
     QStringList rightsLines;

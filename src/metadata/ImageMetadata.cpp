@@ -23,8 +23,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Throws FileError. Takes no other file's place.
-void setAside(const QString& sidecar) {
+/// Returns the name that the sidecar has now. Throws FileError.
+QString setAside(const QString& sidecar) {
     constexpr int mostCopies = 1000;
     for (int number = 1; number <= mostCopies; ++number) {
         const QString copy =
@@ -35,13 +35,13 @@ void setAside(const QString& sidecar) {
         if (std::rename(QFile::encodeName(sidecar).constData(), QFile::encodeName(copy).constData()) != 0) {
             throw FileError(u"set aside"_s, sidecar, errno);
         }
-        return;
+        return copy;
     }
     throw FileError(u"set aside"_s, sidecar, EEXIST);
 }
 
-/// Nothing is in it, and nobody is about to write it: a program was killed right after it had made the file,
-/// as we may be where a file system offers little.
+/// Nothing is in it, and it is too old to be one that somebody is about to write: what a program leaves that
+/// is killed right after it has made the file, as we may be where a file system offers little.
 bool isAbandoned(const QString& sidecar) {
     constexpr qint64 patience = 10; // seconds
     const QFileInfo file(sidecar);
@@ -63,7 +63,7 @@ bool ImageMetadata::provideSidecar() const {
     }
     const QString place = sidecar();
     if (isAbandoned(place)) {
-        XMPWriter().createEmptySidecar(place);
+        XMPWriter().fillEmptySidecar(place);
         return true;
     }
     return !QFileInfo::exists(place) && XMPWriter().createMissingSidecar(place);
@@ -71,12 +71,21 @@ bool ImageMetadata::provideSidecar() const {
 
 void ImageMetadata::replaceUnreadableSidecar() const {
     const QString place = sidecar();
-    setAside(place);
-    XMPWriter().createMissingSidecar(place);
+    const QString copy = setAside(place);
+    try {
+        XMPWriter().createMissingSidecar(place);
+    } catch (const FileError&) {
+        QFile::rename(copy, place); // which takes nobody's place
+        throw;
+    }
 }
 
 MetadataReading ImageMetadata::read(const QTimeZone& zone) const {
-    return m_isEmbedded ? XMPWriter().readEmbedded(m_image, zone) : XMPWriter().readSidecar(sidecar(), zone);
+    const std::optional<FileStamp> image = FileStamp::at(m_image);
+    MetadataReading reading =
+        m_isEmbedded ? XMPWriter().readEmbedded(m_image, zone) : XMPWriter().readSidecar(sidecar(), zone);
+    reading.image = image;
+    return reading;
 }
 
 void ImageMetadata::requireEditable(PlainLog& log) const {

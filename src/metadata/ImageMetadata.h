@@ -12,8 +12,7 @@
 namespace ostrelle {
 
 /// The metadata of one image, wherever they are: inside a JPEG, or in the sidecar of any other image. The one
-/// way to them; each operation opens the file anew, says its log lines and throws what XMPWriter throws. For
-/// worker threads.
+/// way to them; each operation opens the file anew and throws what XMPWriter throws. For worker threads.
 class ImageMetadata {
 public:
     explicit ImageMetadata(QString image);

@@ -11,6 +11,8 @@ QString words(OvertakenError::Case kind) {
     switch (kind) {
     case OvertakenError::Case::captionEdited:
         return u"Its caption was edited meanwhile and stays as it is."_s;
+    case OvertakenError::Case::captionAndFactsEdited:
+        return u"Its caption and other metadata were edited meanwhile and stay as they are."_s;
     case OvertakenError::Case::factsChanged:
         return u"Its metadata were changed meanwhile by another program."_s;
     case OvertakenError::Case::pictureReplaced:

@@ -10,9 +10,11 @@ namespace ostrelle {
 class OvertakenError : public Error {
 public:
     enum class Case {
-        captionEdited,   ///< somebody wrote a caption meanwhile: theirs stays
-        factsChanged,    ///< the metadata say something else: the caption is to be asked for anew
-        pictureReplaced, ///< another picture has the image's place, likewise
+        captionEdited,         ///< somebody wrote a caption meanwhile: theirs stays
+        captionAndFactsEdited, ///< likewise, and other metadata: by hand, or an ingest tool that stamps its
+                               ///< preset
+        factsChanged,          ///< the metadata say something else: the caption is to be asked for anew
+        pictureReplaced,       ///< another picture has the image's place, likewise
     };
 
     explicit OvertakenError(Case kind);

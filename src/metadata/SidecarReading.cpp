@@ -67,6 +67,16 @@ QStringList keywordsOf(const XmlDocument& document) {
 
 } // namespace
 
+QStringList sidecarTranslations(const XmlDocument& document) {
+    QStringList captions;
+    for (const XmlElement& caption : document.find("description", xmp::dc)) {
+        if (const std::optional<QString> text = findAltLangValue(caption, u"en-US")) {
+            captions.append(*text);
+        }
+    }
+    return captions;
+}
+
 XMPContext sidecarContext(const XmlDocument& document, const QTimeZone& zone) {
     XMPContext context;
     if (const XmlElement subject = describedSubject(document)) {

@@ -6,12 +6,16 @@
 #include "platform/PlainLog.h"
 
 #include <QString>
+#include <QStringList>
 #include <QTimeZone>
 #include <optional>
 
 namespace ostrelle {
 
 // Which of a sidecar's elements count for what. The document has a root.
+
+/// The captions in the other language that a caption is written to.
+QStringList sidecarTranslations(const XmlDocument& document);
 
 /// What is known of place, event and date. Dates in element form become days in the given zone.
 XMPContext sidecarContext(const XmlDocument& document, const QTimeZone& zone);

@@ -8,10 +8,13 @@
 #include "metadata/XMPError.h"
 #include "metadata/XmlDocument.h"
 #include "metadata/XmpQueries.h"
+#include "platform/FileError.h"
 #include "platform/Files.h"
 #include "platform/KeptLines.h"
+#include "platform/SettledReading.h"
 
 #include <QFileInfo>
+#include <cerrno>
 #include <optional>
 
 namespace ostrelle {
@@ -52,13 +55,15 @@ XmlDocument parseSidecar(const QByteArray& bytes) {
 
 XmlDocument openSidecar(const QString& sidecar) {
     checkExists(sidecar);
-    return parseSidecar(readFile(sidecar, XmlDocument::maximumSize));
+    return readSettled(sidecar, XmlDocument::maximumSize,
+                       [](const StampedBytes& file) { return parseSidecar(file.bytes); });
 }
 
 MetadataReading readingOf(const XmlDocument& document, const QTimeZone& zone) {
     KeptLines rightsLines;
     MetadataReading reading;
     reading.facts = {.caption = defaultCaption(document),
+                     .otherCaptions = sidecarTranslations(document),
                      .context = sidecarContext(document, zone),
                      .rights = sidecarRights(document, rightsLines),
                      .creator = sidecarCreator(document)};
@@ -117,12 +122,24 @@ void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidec
 
 void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar, const QString& image,
                                     const CaptionSource& source) const {
-    checkExists(sidecar);
-    editFile(sidecar, XmlDocument::maximumSize, [&](const QByteArray& bytes) {
+    std::optional<FileStamp> seen;
+    const auto edit = [&](const QByteArray& bytes) {
         const XmlDocument document = parseSidecar(bytes);
-        requireSameFacts(readingOf(document, source.zone).facts, source.facts);
+        seen = FileStamp::at(image);
         requireSamePicture(image, source.picture);
+        requireSameFacts(readingOf(document, source.zone).facts, source.facts);
         return withCaption(document, caption);
+    };
+    const auto isSameImage = [&] { return FileStamp::at(image) == seen; };
+    editFile(sidecar, XmlDocument::maximumSize, edit, isSameImage);
+}
+
+void XMPWriter::fillEmptySidecar(const QString& sidecar) const {
+    editFile(sidecar, XmlDocument::maximumSize, [&sidecar](const QByteArray& bytes) {
+        if (!bytes.isEmpty()) {
+            throw FileError(u"fill"_s, sidecar, EEXIST);
+        }
+        return sidecarTemplate.toByteArray();
     });
 }
 

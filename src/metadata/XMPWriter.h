@@ -27,6 +27,10 @@ public:
     /// All of the following four from one opening. Dates in element form become days in the given zone.
     MetadataReading readSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
+    /// Writes that template into a sidecar that is there and empty. Throws FileError, also when something is
+    /// in it by then.
+    void fillEmptySidecar(const QString& sidecar) const;
+
     /// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
     std::optional<QString> readDefaultCaption(const QString& sidecar) const;
 

@@ -17,50 +17,59 @@ QString nameOf(const QString& file) {
     return QFileInfo(file).fileName();
 }
 
+CaptionResult resultOf(ImageTurn::Ending ending) {
+    using Ending = ImageTurn::Ending;
+    switch (ending) {
+    case Ending::captioned:
+    case Ending::skipped:
+    case Ending::edited:
+        return CaptionResult::done;
+    case Ending::dismissed:
+        return CaptionResult::notBegun;
+    case Ending::changed:
+        return CaptionResult::changed;
+    case Ending::unwritable:
+        return CaptionResult::unwritable;
+    case Ending::refused:
+    case Ending::failed:
+    case Ending::keyMissing:
+        break;
+    }
+    return CaptionResult::failed;
+}
+
 } // namespace
 
 Analyzer::Analyzer(AnalyzerParts parts) : m_parts(parts) {}
 
 QCoro::Task<bool> Analyzer::analyzeSingle(QString file) {
     const ImageRequest request{.file = file, .seenAt = m_parts.clock.now()};
-    const Ending ending = co_await captionInTurn(request, ImageTurn::Sender::user);
-    co_return ending == Ending::captioned || ending == Ending::skipped || ending == Ending::edited;
+    const Ended ended = co_await captionInTurn(request, ImageTurn::Sender::user);
+    co_return isDone(ended.ending);
 }
 
-QCoro::Task<CaptionResult> Analyzer::captionWatched(ImageRequest request) {
-    switch (co_await captionInTurn(request, ImageTurn::Sender::autoMode)) {
-    case Ending::captioned:
-    case Ending::skipped:
-    case Ending::edited:
-        co_return CaptionResult::done;
-    case Ending::dismissed:
-        co_return CaptionResult::notBegun;
-    case Ending::changed:
-        co_return CaptionResult::changed;
-    case Ending::unwritable:
-        co_return CaptionResult::unwritable;
-    case Ending::refused:
-    case Ending::failed:
-    case Ending::keyMissing:
-        break;
-    }
-    co_return CaptionResult::failed;
+QCoro::Task<CaptionOutcome> Analyzer::captionWatched(ImageRequest request) {
+    const Ended ended = co_await captionInTurn(request, ImageTurn::Sender::autoMode);
+    co_return {.result = resultOf(ended.ending), .conditions = ended.conditions};
 }
 
-QCoro::Task<Analyzer::Ending> Analyzer::captionInTurn(ImageRequest request, ImageTurn::Sender sender) {
-    Ending ending = Ending::failed;
+QCoro::Task<Analyzer::Ended> Analyzer::captionInTurn(ImageRequest request, ImageTurn::Sender sender) {
+    Ended ended;
     ImageReport report;
     {
         ImageTurn image(m_parts, request, sender, [this, &request] { beginProgress(request.file); });
-        ending = co_await image.execute();
-        countEnding(ending, image);
+        ended.ending = co_await image.execute();
+        ended.conditions = image.editConditions();
+        countEnding(ended.ending, image);
         report = image.report();
     }
-    if (ending != Ending::dismissed) {
+    // An image that auto mode looks at anew is not done with.
+    const bool isLater = ended.ending == Ending::changed && sender == ImageTurn::Sender::autoMode;
+    if (ended.ending != Ending::dismissed && !isLater) {
         Q_EMIT imageFinished(report);
-        co_await finishEnding(ending, report);
     }
-    co_return ending;
+    co_await finishEnding(ended.ending, report);
+    co_return ended;
 }
 
 void Analyzer::beginProgress(const QString& file) {
@@ -170,13 +179,13 @@ bool Analyzer::isProgressOfOthers() const {
 }
 
 QCoro::Task<ImageReport> Analyzer::analyzeImage(QString file) {
-    ImageRun run(m_parts, file);
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()});
     co_await run.execute();
     co_return run.report();
 }
 
 QCoro::Task<QString> Analyzer::promptFor(QString file) {
-    ImageRun run(m_parts, file);
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()});
     co_return co_await run.composePrompt();
 }
 

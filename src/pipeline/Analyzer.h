@@ -44,8 +44,8 @@ public:
     /// programs that caption the same image. Never throws; imageFinished() tells the details.
     QCoro::Task<bool> analyzeSingle(QString file);
     /// The same for an image of auto mode, which has seen to the roster: only while the image is what the
-    /// scan saw.
-    QCoro::Task<CaptionResult> captionWatched(ImageRequest request);
+    /// scan saw. One that is done is in the manifest.
+    QCoro::Task<CaptionOutcome> captionWatched(ImageRequest request);
 
     /// Gathers what is known of the image, asks the model and writes the caption. Throws what went wrong;
     /// an AnalyzerError with the code missingKey when no API key is stored.
@@ -77,7 +77,13 @@ Q_SIGNALS:
 private:
     using Ending = ImageTurn::Ending;
 
-    QCoro::Task<Ending> captionInTurn(ImageRequest request, ImageTurn::Sender sender);
+    /// How the image ended, and what kept it from being edited.
+    struct Ended {
+        Ending ending = Ending::failed;
+        std::optional<EditConditions> conditions = {};
+    };
+
+    QCoro::Task<Ended> captionInTurn(ImageRequest request, ImageTurn::Sender sender);
     void beginProgress(const QString& file);
     void countEnding(Ending ending, const ImageTurn& image);
     /// What follows for the user; others have their turn meanwhile.

@@ -77,7 +77,7 @@ QCoro::Task<> BatchRun::prepareAll() {
     }
     m_claims = (co_await claimImages(m_parts, files)).value_or(QList<HeldImage>());
     for (qsizetype index = 0; index < m_claims.size() && !m_parts.turns.isClosed(); ++index) {
-        if (m_claims.at(index).isCaptionedSince(m_begun)) {
+        if (m_claims.at(index).isCaptionedSince(m_begun, m_parts.clock.now())) {
             skip(index, u"It was captioned by another program meanwhile."_s);
         } else {
             co_await prepareOne(index);
@@ -185,7 +185,7 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
     if (written) {
         succeed(prepared.index, *caption, Telling::inBatch);
     } else {
-        endWithout(
+        co_await endWithout(
             prepared.index,
             u"[Analyzer] Failed to write caption for %1: %2"_s.arg(nameOf(prepared.index), written.words()),
             failureOf(written), Telling::inBatch);
@@ -202,10 +202,10 @@ QCoro::Task<> BatchRun::captionOneByOne(RosterReading roster) {
         if (caption) {
             succeed(prepared.index, *caption, Telling::inBatch);
         } else {
-            endWithout(prepared.index,
-                       u"[Analyzer] Individual fallback failed for %1: %2"_s.arg(nameOf(prepared.index),
-                                                                                 caption.words()),
-                       failureOf(caption), Telling::inBatch);
+            co_await endWithout(prepared.index,
+                                u"[Analyzer] Individual fallback failed for %1: %2"_s.arg(
+                                    nameOf(prepared.index), caption.words()),
+                                failureOf(caption), Telling::inBatch);
         }
         co_await m_parts.clock.sleep(breath);
     }
@@ -219,10 +219,10 @@ QCoro::Task<> BatchRun::captionSingle(Prepared prepared) {
     if (caption) {
         succeed(prepared.index, *caption, Telling::byItself);
     } else {
-        endWithout(prepared.index,
-                   u"[Analyzer] Failed to process single image %1: %2"_s.arg(nameOf(prepared.index),
-                                                                             caption.words()),
-                   failureOf(caption), Telling::byItself);
+        co_await endWithout(prepared.index,
+                            u"[Analyzer] Failed to process single image %1: %2"_s.arg(nameOf(prepared.index),
+                                                                                      caption.words()),
+                            failureOf(caption), Telling::byItself);
     }
 }
 
@@ -242,8 +242,8 @@ QCoro::Task<> BatchRun::captionReplaced() {
         }
     }
     for (const qsizetype index : std::exchange(m_replaced, {})) {
-        fail(index, u"[Analyzer] %1 is replaced again and again"_s.arg(nameOf(index)),
-             {.words = u"Another program replaces it again and again."_s}, Telling::byItself);
+        fail(index, u"[Analyzer] %1 is changed again and again"_s.arg(nameOf(index)),
+             {.words = u"Another program changes it again and again."_s}, Telling::byItself);
     }
 }
 
@@ -291,15 +291,17 @@ BatchRun::Failure BatchRun::failureOf(const auto& attempt) {
     return {.words = attempt.words(), .cause = attempt.failure()};
 }
 
-void BatchRun::endWithout(qsizetype index, const QString& logLine, const Failure& failure, Telling telling) {
+QCoro::Task<> BatchRun::endWithout(qsizetype index, QString logLine, Failure failure, Telling telling) {
     const auto overtaken = failureAs<OvertakenError>(failure.cause);
     if (!overtaken) {
         fail(index, logLine, failure, telling);
-        return;
+        co_return;
     }
     m_parts.log.printAndAppend(
         u"[Analyzer] Nothing was written into %1: %2"_s.arg(nameOf(index), failure.words));
-    if (overtaken->kind() == OvertakenError::Case::captionEdited) {
+    using Case = OvertakenError::Case;
+    if (overtaken->kind() == Case::captionEdited || overtaken->kind() == Case::captionAndFactsEdited) {
+        co_await m_parts.manifest.markProcessed(m_reports.at(index).file); // it needs no further attempt
         skip(index, failure.words);
     } else {
         m_replaced.append(index);

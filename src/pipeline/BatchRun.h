@@ -89,10 +89,10 @@ private:
     void succeed(qsizetype index, const QString& caption, BatchProgress::Telling telling);
     /// What the attempt ended with.
     static Failure failureOf(const auto& attempt);
-    /// Also of an image that somebody has changed meanwhile, which is no failure: it is left alone, or done
-    /// anew. `logLine` is of one that failed.
-    void endWithout(qsizetype index, const QString& logLine, const Failure& failure,
-                    BatchProgress::Telling telling);
+    /// An image without a caption of ours. One that somebody has changed meanwhile has not failed: it is left
+    /// alone, or captioned anew. For one that has, `logLine` is logged.
+    QCoro::Task<> endWithout(qsizetype index, QString logLine, Failure failure,
+                             BatchProgress::Telling telling);
     void fail(qsizetype index, const QString& logLine, const Failure& failure,
               BatchProgress::Telling telling);
     /// The file is done with.

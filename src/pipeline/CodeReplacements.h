@@ -50,8 +50,8 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes);
 /// Reads a roster from a file. Throws FileError, also for a file beyond any roster's size.
 CodeReplacements readCodeReplacements(const QString& path);
 
-/// Why captions will be made without the names of the roster, or with no use of them: a sentence for a
-/// person, with what helps where something does. Empty when all is well. Reads the file.
+/// Why the names of the roster will not be used, or may be missing: a sentence for the user, with what to do
+/// about it. Empty when all is well. Reads the file.
 QString rosterProblem(const QString& path);
 /// The same of a roster that has been read, or could not be, from a file of that name.
 QString rosterProblem(const CodeReplacements& replacements, const QString& name);

@@ -28,7 +28,8 @@ QCoro::Task<RosterReading> readRoster(AnalyzerParts parts, RosterFailure failure
     if (!file) {
         parts.log.appendToLog(u"[Analyzer] No code replacements file found (neither manually selected nor "
                               "auto-discovered)"_s);
-        co_return {};
+        co_return {.replacements = {},
+                   .warnings = {u"There is no roster: the caption was made without its names."_s}};
     }
     parts.log.appendToLog(u"[Analyzer] Using %1 code replacements file: %2"_s.arg(
         file->isManuallySelected ? u"manually selected"_s : u"auto-discovered"_s, file->path));

@@ -175,6 +175,7 @@ QCoro::Task<std::optional<FolderRun::Finds>> FolderRun::findImages(QString folde
 }
 
 QCoro::Task<QStringList> FolderRun::withoutProcessed(QStringList images) {
+    co_await m_parts.manifest.refresh(); // other programs may have captioned here
     QStringList left;
     for (const QString& image : std::as_const(images)) {
         if (!co_await m_parts.manifest.isProcessed(image)) {

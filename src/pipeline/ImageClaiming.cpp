@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How often it is looked whether other programs have finished with the images.
+/// How long to wait for other programs that caption the images, before the next look.
 constexpr std::chrono::milliseconds poll{500};
 
 HeldImage held(std::shared_ptr<const ImageClaim> claim) {
@@ -61,6 +61,7 @@ QCoro::Task<std::optional<QList<HeldImage>>> claimImages(AnalyzerParts parts, QS
         if (!std::exchange(isWaiting, true)) {
             parts.log.printAndAppend(
                 u"[Analyzer] Another program is captioning images of this batch, waiting for it"_s);
+            parts.status.setLastMessage(u"Waiting for another program that captions these images..."_s);
         }
         co_await parts.clock.sleep(poll);
     }

@@ -19,7 +19,10 @@ struct HeldImage {
     std::optional<QDateTime> lastDone;       ///< when it was last captioned, as far as that is known
 
     bool isHeld() const { return claim != nullptr; }
-    bool isCaptionedSince(const QDateTime& time) const { return lastDone && *lastDone > time; }
+    /// A moment that is still to come is none: the computer's clock has been set back.
+    bool isCaptionedSince(const QDateTime& time, const QDateTime& now) const {
+        return lastDone && *lastDone > time && *lastDone <= now;
+    }
 };
 
 /// Claims the image, if nobody has.

@@ -58,6 +58,7 @@ void ImageGathering::takeFacts() {
     say(reading.captionLines);
     m_contextLines = reading.contextLines;
     m_rightsLines = reading.rightsLines;
+    m_imageStamp = reading.image;
     m_image.source.facts = reading.facts;
 }
 
@@ -123,6 +124,8 @@ bool ImageGathering::isFinished() {
 }
 
 QCoro::Task<> ImageGathering::requireEditable() {
+    auto look = [file = m_image.file] { return EditConditions::of(file); };
+    m_editConditions = co_await onThreadOf(m_parts.threads, m_image.file, look);
     auto check = [metadata = m_metadata](PlainLog& log) { metadata.requireEditable(log); };
     const auto checked =
         co_await attempt(onThreadOf(m_parts.threads, m_image.file, m_parts.log.console(), check));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Attempt.h"
+#include "metadata/EditConditions.h"
 #include "metadata/ImageMetadata.h"
 #include "pipeline/AnalyzerParts.h"
 #include "pipeline/PreparedImage.h"
@@ -27,12 +28,12 @@ public:
     QCoro::Task<> open();
     /// Takes the caption from what open() has read.
     void takeCaption();
-    /// Both, with a new sidecar in the place of one that nobody may read.
+    /// Both. A sidecar that nobody may read is set aside, and a new one takes its place.
     QCoro::Task<> readCaption();
     /// True when the image is to be left alone, which is said in the log: it has a caption, and captions are
     /// not to be overwritten.
     bool isFinished();
-    /// Finds out whether the caption could be written.
+    /// Finds out whether the caption could be written, and editConditions().
     QCoro::Task<> requireEditable();
     QCoro::Task<> extractPreview();
     /// A note that cannot be transcribed is left out.
@@ -44,6 +45,9 @@ public:
 
     const PreparedImage& image() const { return m_image; }
     const ImageFacts& facts() const { return m_image.source.facts; }
+    /// The image file from before it was opened.
+    const std::optional<FileStamp>& imageStamp() const { return m_imageStamp; }
+    const std::optional<EditConditions>& editConditions() const { return m_editConditions; }
     const QString& name() const { return m_name; }
     const ImageMetadata& metadata() const { return m_metadata; }
     /// Trimmed, and nothing before readCaption() and when there is none.
@@ -68,6 +72,8 @@ private:
     PreparedImage m_image;
     std::optional<Reading> m_reading;
     std::optional<QString> m_caption;
+    std::optional<FileStamp> m_imageStamp;
+    std::optional<EditConditions> m_editConditions;
     QStringList m_contextLines;
     QStringList m_rightsLines;
 };

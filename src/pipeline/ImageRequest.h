@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/ImageFacts.h"
+#include "platform/FileStamp.h"
 
 #include <QDateTime>
 #include <QString>
@@ -9,12 +10,13 @@
 
 namespace ostrelle {
 
-/// An image that auto mode's scan wants captioned, as it was when the scan looked at it.
+/// An image that is to be captioned, as it was when it was looked at.
 struct ImageRequest {
     QString file;
     QDateTime seenAt;
-    /// What its metadata said; nothing when they could not be read or the sidecar was made by the scan.
+    /// What its metadata said; nothing when they could not be read or the sidecar was made by a scan.
     std::optional<ImageFacts> facts = {};
+    std::optional<FileStamp> image = {}; ///< of the image file, with the facts
 };
 
 } // namespace ostrelle

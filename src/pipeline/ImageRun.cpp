@@ -3,6 +3,7 @@
 
 #include "core/Attempt.h"
 #include "core/Text.h"
+#include "metadata/OvertakenError.h"
 #include "metadata/XmlDocument.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
@@ -67,9 +68,9 @@ const WriteLines embeddedWrite = {
 
 } // namespace
 
-ImageRun::ImageRun(AnalyzerParts parts, QString file, std::optional<ImageFacts> seen)
-    : m_parts(parts), m_gathering(parts, file), m_seen(std::move(seen)) {
-    m_report.file = std::move(file);
+ImageRun::ImageRun(AnalyzerParts parts, ImageRequest request)
+    : m_parts(parts), m_gathering(parts, request.file), m_request(std::move(request)) {
+    m_report.file = m_request.file;
 }
 
 QCoro::Task<std::optional<QString>> ImageRun::peekCaption() {
@@ -82,9 +83,7 @@ QCoro::Task<> ImageRun::execute() {
     co_await m_gathering.ensureSidecar();
     co_await m_gathering.readCaption();
     m_report.captionBefore = m_gathering.caption();
-    if (m_seen) {
-        requireSameFacts(m_gathering.facts(), *m_seen);
-    }
+    requireUnchanged();
     if (m_gathering.isFinished()) {
         m_report.outcome = ImageReport::Outcome::skipped;
         m_report.reason = u"It already has a caption."_s;
@@ -114,6 +113,17 @@ QCoro::Task<QString> ImageRun::composePrompt() {
     }
     const RosterReading roster = co_await readRoster(m_parts);
     co_return co_await composeImagePrompt(m_parts, m_gathering.image(), roster.replacements);
+}
+
+/// Since the scan. A JPEG that is another file may have another picture or another caption: the next scan
+/// tells.
+void ImageRun::requireUnchanged() const {
+    if (m_request.image && m_gathering.imageStamp() != m_request.image) {
+        throw OvertakenError(OvertakenError::Case::pictureReplaced);
+    }
+    if (m_request.facts) {
+        requireSameFacts(m_gathering.facts(), *m_request.facts);
+    }
 }
 
 QCoro::Task<> ImageRun::requireEditable() {
@@ -203,6 +213,7 @@ QCoro::Task<QString> ImageRun::askModel(QString prompt) {
     if (reply->usage) {
         m_report.cost = UsageTracker::costOf(reply->usage->promptTokens, reply->usage->completionTokens);
     }
+    m_isAnswered = true;
     co_return reply->text;
 }
 
@@ -238,10 +249,14 @@ QCoro::Task<> ImageRun::writeAndCheck(QString caption) {
                               words(fileAccess.isGranted()), words(folderAccess.isGranted()))
                         : u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s);
     const WriteLines& lines = m_gathering.metadata().isEmbedded() ? embeddedWrite : sidecarWrite;
-    log.appendToLog(lines.before + m_gathering.caption().value_or(u"<nil>"_s));
+    const std::optional<QString>& before = m_gathering.facts().caption; // which the write looks at again
+    log.appendToLog(lines.before + (before ? before->trimmed() : u"<nil>"_s));
     const auto written = co_await attempt(writeCaption(m_parts, m_gathering.image(), caption));
-    if (!written) {
+    if (!written && !written.failureAs<OvertakenError>()) {
         log.printAndAppend(lines.failed.arg(m_gathering.name(), written.words()));
+        m_isUnwritable = true; // another attempt would be paid for, and end likewise
+    }
+    if (!written) {
         written.rethrow();
     }
     const QString after = co_await captionForLog();
@@ -254,6 +269,9 @@ QCoro::Task<QString> ImageRun::captionForLog() {
         return metadata.read(zone);
     };
     const auto reading = co_await attempt(onThreadOf(m_parts.threads, m_report.file, read));
+    for (const QString& line : reading ? reading->captionLines : QStringList()) {
+        m_parts.log.print(line);
+    }
     const std::optional<QString> text = reading ? reading->facts.caption : std::nullopt;
     co_return text ? text->trimmed() : u"<nil>"_s;
 }

@@ -5,6 +5,7 @@
 #include "pipeline/CodeReplacementsReading.h"
 #include "pipeline/ImageGathering.h"
 #include "pipeline/ImageReport.h"
+#include "pipeline/ImageRequest.h"
 
 #include <QCoroTask>
 #include <QString>
@@ -16,8 +17,8 @@ namespace ostrelle {
 /// Analyzer::analyzeImage() and what they hand on to each other. It lives on the frame that executes it.
 class ImageRun {
 public:
-    /// With the facts that a scan has read, the image is captioned only if they still are what it says.
-    ImageRun(AnalyzerParts parts, QString file, std::optional<ImageFacts> seen = {});
+    /// With what a scan has seen of it, the image is captioned only if it is still that.
+    ImageRun(AnalyzerParts parts, ImageRequest request);
     ImageRun(const ImageRun&) = delete;
     ImageRun& operator=(const ImageRun&) = delete;
 
@@ -28,6 +29,10 @@ public:
     QCoro::Task<> execute();
     /// True when execute() has failed since no caption could be written.
     bool isUnwritable() const { return m_isUnwritable; }
+    /// What decided on that, from before the model was asked.
+    const std::optional<EditConditions>& editConditions() const { return m_gathering.editConditions(); }
+    /// Whether the model has answered.
+    bool isAnswered() const { return m_isAnswered; }
     /// The text that the model would be sent for the image as it is. Writes nothing and asks no model.
     QCoro::Task<QString> composePrompt();
     const ImageReport& report() const { return m_report; }
@@ -39,15 +44,17 @@ private:
     void logRequest(const QString& prompt, const CodeReplacements& roster);
     QCoro::Task<QString> askModel(QString prompt);
     QCoro::Task<> acceptCaption(QString reply);
+    void requireUnchanged() const;
     QCoro::Task<> requireEditable();
     QCoro::Task<> writeAndCheck(QString caption);
     QCoro::Task<QString> captionForLog();
 
     AnalyzerParts m_parts;
     ImageGathering m_gathering;
-    std::optional<ImageFacts> m_seen;
+    ImageRequest m_request;
     ImageReport m_report;
     bool m_isUnwritable = false;
+    bool m_isAnswered = false;
 };
 
 } // namespace ostrelle

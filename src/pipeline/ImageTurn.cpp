@@ -18,10 +18,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How often it is looked whether another program has finished with an image.
+/// How long to wait for another program that captions an image, before the next look.
 constexpr std::chrono::seconds claimPoll{1};
 
 } // namespace
+
+bool isDone(ImageTurn::Ending ending) {
+    return ending == ImageTurn::Ending::captioned || ending == ImageTurn::Ending::skipped ||
+           ending == ImageTurn::Ending::edited;
+}
 
 ImageTurn::ImageTurn(AnalyzerParts parts, ImageRequest request, Sender sender, std::function<void()> onBegin)
     : m_parts(parts)
@@ -36,22 +41,31 @@ QCoro::Task<ImageTurn::Ending> ImageTurn::execute() {
     if (!co_await admit()) {
         co_return Ending::dismissed;
     }
-    if (m_claim.isCaptionedSince(m_request.seenAt)) {
+    const Ending ending = co_await caption();
+    if (ending == Ending::captioned && m_isAnswered) {
+        co_await recordCaptioned(m_parts, m_claim);
+    }
+    // While the image is still claimed: another program's scan would take it for one that nobody has
+    // captioned.
+    if (m_sender == Sender::autoMode && isDone(ending)) {
+        co_await attempt(m_parts.manifest.markProcessed(m_request.file));
+    }
+    co_return ending;
+}
+
+QCoro::Task<ImageTurn::Ending> ImageTurn::caption() {
+    if (m_claim.isCaptionedSince(m_request.seenAt, m_parts.clock.now())) {
         skip(u"It was captioned by another run meanwhile."_s);
         co_return Ending::skipped;
     }
-    auto run = std::make_unique<ImageRun>(m_parts, m_request.file, m_request.facts);
+    auto run = std::make_unique<ImageRun>(m_parts, m_request);
     const Gate gate = co_await passGates(run.get());
     if (gate != Gate::open) {
         co_return gate == Gate::skipped ? Ending::skipped : Ending::refused;
     }
     m_hasBegun = true;
     m_onBegin();
-    const Ending ending = co_await captionUntilSettled(std::move(run));
-    if (m_report.outcome == ImageReport::Outcome::captioned) {
-        co_await recordCaptioned(m_parts, m_claim);
-    }
-    co_return ending;
+    co_return co_await captionUntilSettled(std::move(run));
 }
 
 QCoro::Task<bool> ImageTurn::admit() {
@@ -64,7 +78,7 @@ QCoro::Task<bool> ImageTurn::admit() {
         }
         m_claim = co_await claimImage(m_parts, m_request.file);
         if (m_claim.isHeld()) {
-            co_return true;
+            break;
         }
         m_turn.reset(); // for an image that can begin
         if (!std::exchange(isWaiting, true)) {
@@ -73,7 +87,7 @@ QCoro::Task<bool> ImageTurn::admit() {
         }
         co_await m_parts.clock.sleep(claimPoll);
     }
-    co_return false;
+    co_return m_parts.turns.dismissals() == dismissals;
 }
 
 QCoro::Task<ImageTurn::Gate> ImageTurn::passGates(ImageRun* run) {
@@ -147,6 +161,8 @@ QCoro::Task<ImageTurn::Ending> ImageTurn::captionUntilSettled(std::unique_ptr<Im
     for (int attempts = 1;; ++attempts) {
         const auto executed = co_await attempt(run->execute());
         m_report = run->report(); // what was found and spent up to a failure, too
+        m_isAnswered = run->isAnswered();
+        m_editConditions = run->editConditions();
         if (executed) {
             co_return Ending::captioned;
         }
@@ -156,15 +172,23 @@ QCoro::Task<ImageTurn::Ending> ImageTurn::captionUntilSettled(std::unique_ptr<Im
         if (ending != Ending::changed || m_sender == Sender::autoMode || attempts == mostAttempts) {
             co_return ending == Ending::changed&& m_sender == Sender::user ? Ending::failed : ending;
         }
-        run = std::make_unique<ImageRun>(m_parts, m_request.file);
+        run = std::make_unique<ImageRun>(m_parts,
+                                         ImageRequest{.file = m_request.file, .seenAt = m_request.seenAt});
     }
+}
+
+/// Auto mode's scan judges a caption that came along with other metadata: it may be an ingest tool's stub.
+bool ImageTurn::isCaptionEdited(const OvertakenError& error) const {
+    using Case = OvertakenError::Case;
+    return error.kind() == Case::captionEdited ||
+           (error.kind() == Case::captionAndFactsEdited && m_sender == Sender::user);
 }
 
 ImageTurn::Ending ImageTurn::endingOf(const ImageRun& run) {
     if (const auto overtaken = failureAs<OvertakenError>(m_failure)) {
         m_parts.log.printAndAppend(
             u"[Analyzer] Nothing was written into %1: %2"_s.arg(m_name, m_report.reason));
-        if (overtaken->kind() != OvertakenError::Case::captionEdited) {
+        if (!isCaptionEdited(*overtaken)) {
             return Ending::changed;
         }
         m_report.outcome = ImageReport::Outcome::skipped;

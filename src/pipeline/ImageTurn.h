@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/OvertakenError.h"
 #include "pipeline/AnalyzerParts.h"
 #include "pipeline/ImageClaiming.h"
 #include "pipeline/ImageReport.h"
@@ -11,6 +12,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ostrelle {
 
@@ -41,16 +43,20 @@ public:
     ImageTurn(const ImageTurn&) = delete;
     ImageTurn& operator=(const ImageTurn&) = delete;
 
-    /// Does not throw.
+    /// An image of auto mode that needs no further attempt is in the manifest then. Does not throw.
     QCoro::Task<Ending> execute();
     /// Whether the image has passed the gates.
     bool hasBegun() const { return m_hasBegun; }
     const ImageReport& report() const { return m_report; }
+    /// Of an image that is unwritable.
+    const std::optional<EditConditions>& editConditions() const { return m_editConditions; }
     /// What the failure was; null without one.
     std::exception_ptr failure() const { return m_failure; }
 
 private:
     enum class Gate { open, skipped, closed };
+
+    QCoro::Task<Ending> caption();
 
     /// Waits for the turn in this program and for other programs that caption the image. False when the image
     /// has been sent away.
@@ -62,6 +68,7 @@ private:
     Gate refuse(const QString& reason);
     Gate skip(const QString& reason);
     QCoro::Task<Ending> captionUntilSettled(std::unique_ptr<ImageRun> run);
+    bool isCaptionEdited(const OvertakenError& error) const;
     Ending endingOf(const ImageRun& run);
 
     AnalyzerParts m_parts;
@@ -73,7 +80,12 @@ private:
     HeldImage m_claim;
     ImageReport m_report;
     std::exception_ptr m_failure;
+    std::optional<EditConditions> m_editConditions;
     bool m_hasBegun = false;
+    bool m_isAnswered = false;
 };
+
+/// True when the image needs no further attempt.
+bool isDone(ImageTurn::Ending ending);
 
 } // namespace ostrelle

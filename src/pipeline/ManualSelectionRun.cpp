@@ -153,7 +153,7 @@ QCoro::Task<ManualSelectionRun::Ending> ManualSelectionRun::captionAll(QStringLi
         if (m_tally.isKeyMissing()) {
             co_return Ending::keyMissing;
         }
-        if (m_parts.turns.isClosed()) {
+        if (m_parts.turns.isClosed() && m_begun < images.size()) {
             co_return Ending::dismissed;
         }
     }

@@ -24,7 +24,7 @@ public:
     /// An image was answered: whatever was wrong is over.
     void succeeded();
     /// An image failed. The cause if it is the service's refusal and enough images in a row have met it;
-    /// `key` is the API key, with another one of which it all begins anew.
+    /// a new `key`, the API key, starts the count anew.
     std::optional<Cause> failed(const QString& name, const std::exception_ptr& failure, const QString& key);
     /// True once for each time that a cause begins to hold, after failed() has given it.
     bool takeIsNew();

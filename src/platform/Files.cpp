@@ -172,7 +172,8 @@ Placing carryOut(const FileWrite& write, const FileMeans& means) {
 /// As replaceFile(). With a stamp, only the file that has it is replaced, which is looked at when nothing but
 /// the rename is left.
 Placing replace(const QString& path, const QByteArray& bytes, mode_t newFileMode, const FileMeans& means,
-                const std::optional<FileStamp>& expected = {}) {
+                const std::optional<FileStamp>& expected = {},
+                const std::function<bool()>& isStillWanted = {}) {
     const std::filesystem::path target = linkTarget(nativePath(path));
     struct stat status{};
     const bool exists = ::stat(target.c_str(), &status) == 0;
@@ -191,7 +192,8 @@ Placing replace(const QString& path, const QByteArray& bytes, mode_t newFileMode
             return Placing::failed;
         }
         const bool isOutdated = expected && FileStamp::at(QFile::decodeName(target.c_str())) != expected;
-        return isOutdated ? Placing::outdated : file.replaceTarget();
+        const bool isUnwanted = isStillWanted && !isStillWanted();
+        return isOutdated || isUnwanted ? Placing::outdated : file.replaceTarget();
     };
     return carryOut({.path = path,
                      .target = target,
@@ -241,15 +243,26 @@ void pauseThread(std::chrono::milliseconds span) {
     std::this_thread::sleep_for(span);
 }
 
-void editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause) {
-    editFile(path, limit, StampedFileEdit([&edit](const StampedBytes& file) { return edit(file.bytes); }),
-             pause);
+namespace {
+
+/// Some programs remove a file and then make it anew.
+StampedBytes readWhenThere(const QString& path, qint64 limit, ReadAttempts& attempts) {
+    for (;;) {
+        try {
+            return readStampedFile(path, limit);
+        } catch (const FileError& error) {
+            if (error.code() != ENOENT || !attempts.again()) {
+                throw;
+            }
+        }
+    }
 }
 
-void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause) {
+void editInAttempts(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause,
+                    const std::function<bool()>& isStillWanted) {
     ReadAttempts attempts(path, pause);
     for (;;) {
-        const StampedBytes file = readStampedFile(path, limit);
+        const StampedBytes file = readWhenThere(path, limit, attempts);
         QByteArray edited;
         try {
             edited = edit(file);
@@ -259,13 +272,32 @@ void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, co
             }
             continue;
         }
-        if (replace(path, edited, S_IRUSR | S_IWUSR, {}, file.stamp) == Placing::done) {
+        if (replace(path, edited, S_IRUSR | S_IWUSR, {}, file.stamp, isStillWanted) == Placing::done) {
             return;
         }
         if (!attempts.again()) {
             throw FileError(u"keep up with another program's changes to"_s, path, EBUSY);
         }
     }
+}
+
+StampedFileEdit unstamped(const FileEdit& edit) {
+    return [&edit](const StampedBytes& file) { return edit(file.bytes); };
+}
+
+} // namespace
+
+void editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause) {
+    editInAttempts(path, limit, unstamped(edit), pause, {});
+}
+
+void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause) {
+    editInAttempts(path, limit, edit, pause, {});
+}
+
+void editFile(const QString& path, qint64 limit, const FileEdit& edit,
+              const std::function<bool()>& isStillWanted) {
+    editInAttempts(path, limit, unstamped(edit), pauseThread, isStillWanted);
 }
 
 bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means) {

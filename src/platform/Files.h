@@ -58,6 +58,10 @@ using StampedFileEdit = std::function<QByteArray(const StampedBytes& file)>;
 void editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause = pauseThread);
 void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit,
               const Pause& pause = pauseThread);
+/// The same, with one more condition that is looked at when nothing but the rename is left: while it is
+/// false, the file is read and edited anew.
+void editFile(const QString& path, qint64 limit, const FileEdit& edit,
+              const std::function<bool()>& isStillWanted);
 
 /// Writes a new file as safely as replaceFile(). False when there is a file by now, which stays as it is.
 /// Only where the file system has none of the means, a kill can leave an empty file. Throws FileError.

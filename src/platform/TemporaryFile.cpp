@@ -136,7 +136,9 @@ Placing TemporaryFile::takeEmptyPlace() {
     const Placing outcome = replaceTarget();
     if (outcome == Placing::failed) {
         const int reason = errno;
-        ::unlink(m_target.c_str());
+        if (::stat(m_target.c_str(), &status) == 0 && status.st_size == 0) {
+            ::unlink(m_target.c_str());
+        }
         errno = reason;
     }
     return outcome;

@@ -26,6 +26,13 @@ bool isWritable(const QByteArray& path) {
     return ::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) == 0;
 }
 
+/// In a folder such as /tmp only the owner of a file may rename another one over it.
+bool isKeptByOwner(const struct stat& file, const QByteArray& folder) {
+    struct stat status{};
+    return ::stat(folder.constData(), &status) == 0 && (status.st_mode & S_ISVTX) != 0 && ::geteuid() != 0 &&
+           ::geteuid() != status.st_uid && ::geteuid() != file.st_uid;
+}
+
 /// A file system that does not know its room has none to check.
 bool hasRoom(const QByteArray& folder, std::uint64_t bytes) {
     struct statvfs room{};
@@ -43,6 +50,9 @@ void requireReplaceable(const QString& path) {
     struct stat status{};
     if (::stat(name.constData(), &status) != 0 || !isWritable(name) || !isWritable(folder)) {
         throw FileError(u"write"_s, path, errno);
+    }
+    if (isKeptByOwner(status, folder)) {
+        throw FileError(u"write"_s, path, EPERM);
     }
     if (!hasRoom(folder, static_cast<std::uint64_t>(status.st_size) + reserve)) {
         throw FileError(u"write"_s, path, ENOSPC);

@@ -47,8 +47,8 @@ public:
     QCoro::Task<> finishWork();
 
     SystemClock clock;
+    ImageClaims claims; // which a thread that hangs may still use
     FolderThreads threads;
-    ImageClaims claims;
     UnsandboxedAccess access;
     PathReferences references;
     NotificationManager notifications;

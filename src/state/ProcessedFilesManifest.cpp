@@ -131,6 +131,9 @@ QCoro::Task<> ProcessedFilesManifest::refresh() {
     state->isSaving = false;
     if (foreign) {
         state->takeOver({.foreign = *foreign});
+        if (!foreign->isEmpty() && state->isOpen) {
+            Q_EMIT state->events.manifestUpdated();
+        }
     }
     if (state->nextSave) {
         runSaves(state); // somebody has marked an image meanwhile

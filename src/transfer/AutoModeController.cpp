@@ -26,7 +26,8 @@ AutoModeController::AutoModeController(AutoModeParts parts)
         log.print(u"[AppDelegate] Auto mode could not start: "_s + words);
     }) {
     connect(&m_parts.settings, &SettingsStore::passwordKnown, this, [this] {
-        if (m_isWaitingForPassword) {
+        const SettingsStore& settings = m_parts.settings;
+        if (m_isWaitingForPassword && settings.autoMode() && settings.sourceType() == SourceType::ftp) {
             startRemoteAutoMode();
         }
     });

@@ -91,46 +91,40 @@ void CaptionQueue::begin(const QueuedImage& queued, const SeenImage& now,
 
 QCoro::Task<> CaptionQueue::run(ImageRequest request, std::shared_ptr<CaptionBatch> batch) {
     const QString name = QFileInfo(request.file).fileName();
-    const CaptionResult result = co_await caption(request);
-    if (result == CaptionResult::notBegun) {
+    const CaptionOutcome outcome = co_await caption(request);
+    if (outcome.result == CaptionResult::notBegun) {
         m_parts.tracker.release(name);
         co_return;
     }
-    if (result == CaptionResult::changed) {
+    if (outcome.result == CaptionResult::changed && !isRestless(name)) {
         say(name + u": Changed by another program meanwhile, left for the next scan"_s);
         m_parts.tracker.release(name);
         co_return;
     }
-    const bool isDone = result == CaptionResult::done;
+    m_changes.remove(name);
+    const bool isDone = outcome.result == CaptionResult::done;
     say(u"→ analyzeSingle returned %1 for %2"_s.arg(isDone ? u"true"_s : u"false"_s, name));
-    co_await finish(request.file, result);
+    if (outcome.result == CaptionResult::unwritable && outcome.conditions) {
+        m_parts.tracker.setUnwritable(name, *outcome.conditions);
+    }
+    m_parts.tracker.finish(name, isDone);
     ++(isDone ? batch->processed : batch->failed);
     say(u"✓ Completed %1 - %2"_s.arg(name, isDone ? u"SUCCESS"_s : u"FAILED"_s));
 }
 
-/// What became of an image is recorded before it leaves the works: a scan that begins in between would know
-/// it from neither.
-QCoro::Task<> CaptionQueue::finish(QString file, CaptionResult result) {
-    const QString name = QFileInfo(file).fileName();
-    if (result == CaptionResult::done) {
-        co_await attempt(m_parts.manifest.markProcessed(file));
-    } else if (result == CaptionResult::unwritable) {
-        auto look = [file] { return EditConditions::of(file); };
-        QThreadPool* thread = m_parts.threads.of(QFileInfo(file).path());
-        const EditConditions conditions = co_await onThreadPool(thread, look);
-        m_parts.tracker.setUnwritable(name, conditions);
-    }
-    m_parts.tracker.finish(name, result == CaptionResult::done);
+bool CaptionQueue::isRestless(const QString& name) {
+    constexpr int mostInARow = 3;
+    return ++m_changes[name] >= mostInARow;
 }
 
-QCoro::Task<CaptionResult> CaptionQueue::caption(ImageRequest request) {
+QCoro::Task<CaptionOutcome> CaptionQueue::caption(ImageRequest request) {
     std::optional<ScopedAccess> access;
     if (const std::optional<QString> folder = m_parts.settings.ingestFolder()) {
         access.emplace(m_parts.access, *folder);
     }
     say(u"→ Calling analyzeSingle for "_s + QFileInfo(request.file).fileName());
-    const auto result = co_await attempt(m_parts.captioning(request));
-    co_return result.valueOr(CaptionResult::failed);
+    const auto outcome = co_await attempt(m_parts.captioning(request));
+    co_return outcome.valueOr({});
 }
 
 void CaptionQueue::say(const QString& words) {

@@ -7,6 +7,7 @@
 #include "transfer/SeenImage.h"
 
 #include <QCoroTask>
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QString>
@@ -53,12 +54,14 @@ private:
     QCoro::Task<> rest(QString folder, QList<QueuedImage> images, std::shared_ptr<CaptionBatch> batch);
     void begin(const QueuedImage& queued, const SeenImage& now, const std::shared_ptr<CaptionBatch>& batch);
     QCoro::Task<> run(ImageRequest request, std::shared_ptr<CaptionBatch> batch);
-    QCoro::Task<> finish(QString file, CaptionResult result);
-    QCoro::Task<CaptionResult> caption(ImageRequest request);
+    /// Whether the image was changed so often that another attempt has to wait.
+    bool isRestless(const QString& name);
+    QCoro::Task<CaptionOutcome> caption(ImageRequest request);
     void say(const QString& words);
 
     LocalScanParts m_parts;
     QSet<QString> m_resting;
+    QHash<QString, int> m_changes; ///< attempts in a row that ended as somebody had changed the image
     quint64 m_round = 1;
 };
 

@@ -29,6 +29,7 @@ MetadataReading readOrNothing(const ImageMetadata& metadata, const QTimeZone& zo
         MetadataReading reading = metadata.read(zone);
         if (!check.isSidecarNew) {
             check.facts = reading.facts;
+            check.stamp = reading.image;
         }
         return reading;
     } catch (const std::exception&) {

@@ -35,7 +35,8 @@ struct ImageCheck {
     /// What the metadata say; nothing when they could not be read or the sidecar is new: whatever the ingest
     /// tool writes in its place is no edit of a caption.
     std::optional<ImageFacts> facts;
-    QStringList readerLines; ///< what the reader of the caption has for the log
+    std::optional<FileStamp> stamp; ///< of the image file, with the facts
+    QStringList readerLines;        ///< what the reader of the caption has for the log
 };
 
 /// Makes the missing sidecars of RAW images and reads the metadata. An image whose caption cannot be read has

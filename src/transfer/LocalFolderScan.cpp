@@ -136,8 +136,10 @@ QCoro::Task<> LocalFolderScan::look(Scan* scan, QStringList names) {
             say(u"  ✓ Queuing %1 for processing"_s.arg(checked.image.name));
             ++scan->counts.toProcess;
             const QString file = scan->folder + u'/' + checked.image.name;
-            queued.append({.image = checked.image,
-                           .request = {.file = file, .seenAt = seenAt, .facts = checked.facts}});
+            queued.append(
+                {.image = checked.image,
+                 .request = {
+                     .file = file, .seenAt = seenAt, .facts = checked.facts, .image = checked.stamp}});
         }
     }
     if (!queued.isEmpty()) {

@@ -18,8 +18,8 @@
 
 namespace ostrelle {
 
-/// Captions one image. Analyzer::captionWatched() in the program.
-using Captioning = std::function<QCoro::Task<CaptionResult>(ImageRequest request)>;
+/// Captions one image; one that is done is in the manifest then. Analyzer::captionWatched() in the program.
+using Captioning = std::function<QCoro::Task<CaptionOutcome>(ImageRequest request)>;
 
 /// What the local scan works with. All of it has to outlive the scan and its tasks.
 struct LocalScanParts {

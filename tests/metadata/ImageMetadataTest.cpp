@@ -110,6 +110,14 @@ TEST_F(ImageMetadataTest, WritesIntoASidecarOnlyWhatItIsStillAbout) {
          Case::captionEdited},
         {[&] { sidecar(sidecarWith("stub", "<photoshop:City>Bruges</photoshop:City>")); },
          Case::factsChanged},
+        {[&] { sidecar(sidecarWith("typed by hand", "<photoshop:City>Bruges</photoshop:City>")); },
+         Case::captionAndFactsEdited},
+        {[&] {
+             sidecar(QByteArray(original).replace(
+                 "</rdf:Alt>", "<rdf:li xml:lang=\"en-US\">typed by hand</rdf:li></rdf:Alt>"));
+         },
+         Case::captionEdited},
+        {[&] { sidecar(sidecarWith(" stub\n", "<photoshop:City>Ghent</photoshop:City>")); }, std::nullopt},
         {[&] { write(u"IMG_1.DNG"_s, rawPicture(2)); }, Case::pictureReplaced},
         {[&] { QFile::remove(raw); }, Case::pictureReplaced},
     };
@@ -144,6 +152,11 @@ TEST_F(ImageMetadataTest, WritesIntoAJpegOnlyWhatItIsStillAbout) {
         {withCaption("stub"), std::nullopt}, // copied once more
         {withSegment(withCaption("stub"), segment(0xFE, "rated")), std::nullopt},
         {withCaption("typed by hand"), Case::captionEdited},
+        {withSegment(
+             withCaption("stub"),
+             packetSegment(subject("<dc:description><rdf:Alt><rdf:li xml:lang=\"x-default\">typed by hand"
+                                   "</rdf:li></rdf:Alt></dc:description>"))),
+         Case::captionEdited},
         {withSegment(jpegPicture(1), iptcSegment(utf8Declared + iptc(90, "Bruges") + iptc(120, "stub"))),
          Case::factsChanged},
         {withCaption("stub", 2), Case::pictureReplaced},

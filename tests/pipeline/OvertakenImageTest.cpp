@@ -103,18 +103,19 @@ TEST_F(OvertakenImageTest, AutoModeCaptionsOnlyWhatItsScanSaw) {
     sidecar("Stub");
     const ImageRequest request = seen(image);
     sidecar(typed.toUtf8()); // while the image rests or waits for its turn
-    EXPECT_EQ(finish(analyzer.captionWatched(request)), CaptionResult::done);
+    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
     EXPECT_EQ(caption(), typed);
 
     sidecar("Stub");
     const ImageRequest again = seen(image);
     write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
-    EXPECT_EQ(finish(analyzer.captionWatched(again)), CaptionResult::changed) << "to be looked at anew";
+    EXPECT_EQ(finish(analyzer.captionWatched(again)).result, CaptionResult::changed)
+        << "to be looked at anew";
     EXPECT_TRUE(model.requests().isEmpty());
 
     model.enqueue(held(u"Of the first picture."_s));
     const auto replaced = after(analyzer.captionWatched(seen(image)), [&] { replace(image, otherRaw()); });
-    EXPECT_EQ(replaced, CaptionResult::changed);
+    EXPECT_EQ(replaced.result, CaptionResult::changed);
     EXPECT_EQ(caption(), u"Stub"_s);
 }
 
@@ -122,11 +123,11 @@ TEST_F(OvertakenImageTest, ARealCaptionThatComesAfterANewSidecarIsNotOverwritten
     const QString image = rawImage();
     ImageRequest request{.file = image, .seenAt = clock.now()}; // the scan made the sidecar
     sidecar(QByteArray(51, 'x'));
-    EXPECT_EQ(finish(analyzer.captionWatched(request)), CaptionResult::done);
+    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
     EXPECT_EQ(caption(), QString(51, u'x'));
     sidecar("A preset's stub");
     model.enqueue(reply(u"Sam Abel scores."_s));
-    EXPECT_EQ(finish(analyzer.captionWatched(request)), CaptionResult::done);
+    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
     EXPECT_EQ(caption(), u"Sam Abel scores."_s);
 }
 
@@ -137,7 +138,8 @@ TEST_F(OvertakenImageTest, ARosterInTheWatchedFolderCountsInAutoMode) {
     const QString image = rawImage();
     EXPECT_FALSE(run(image)) << "others want one that is set";
     model.enqueue(reply(u"Dana Cole scores."_s));
-    EXPECT_EQ(finish(analyzer.captionWatched({.file = image, .seenAt = clock.now()})), CaptionResult::done);
+    EXPECT_EQ(finish(analyzer.captionWatched({.file = image, .seenAt = clock.now()})).result,
+              CaptionResult::done);
     EXPECT_EQ(caption(), u"Dana Cole scores."_s);
     const QJsonArray content = requestOf(0)[u"messages"_s][1][u"content"_s].toArray();
     EXPECT_TRUE(content[0][u"text"_s].toString().contains(u"7\tDana Cole"_s));

@@ -39,18 +39,26 @@ public:
 /// Captions nothing, takes its turn and its time and remembers what it was asked for.
 class CaptioningStandIn {
 public:
-    CaptioningStandIn(Clock& clock, CaptionTurns& turns) : m_clock(clock), m_turns(turns) {}
+    CaptioningStandIn(Clock& clock, CaptionTurns& turns, ProcessedFilesManifest& manifest)
+        : m_clock(clock), m_turns(turns), m_manifest(manifest) {}
 
-    QCoro::Task<CaptionResult> caption(ImageRequest request) {
+    QCoro::Task<CaptionOutcome> caption(ImageRequest request) {
         const QString name = QFileInfo(request.file).fileName();
         const auto turn = co_await m_turns.imageTurn();
         if (!turn) {
-            co_return CaptionResult::notBegun;
+            co_return {.result = CaptionResult::notBegun};
         }
         begun.append(name);
         co_await m_clock.sleep(duration);
         ended.append(name);
-        co_return results.value(name, CaptionResult::done);
+        CaptionOutcome outcome{.result = results.value(name, CaptionResult::done)};
+        if (outcome.result == CaptionResult::done) {
+            co_await m_manifest.markProcessed(request.file);
+        }
+        if (outcome.result == CaptionResult::unwritable) {
+            outcome.conditions = EditConditions::of(request.file);
+        }
+        co_return outcome;
     }
 
     QStringList begun;
@@ -61,6 +69,7 @@ public:
 private:
     Clock& m_clock;
     CaptionTurns& m_turns;
+    ProcessedFilesManifest& m_manifest;
 };
 
 /// Sandbox grants that are all given and have to be given back.
@@ -166,7 +175,7 @@ protected:
                                     clock, log, events};
     ProcessingTracker tracker{clock};
     CaptionTurns turns;
-    CaptioningStandIn captioning{clock, turns};
+    CaptioningStandIn captioning{clock, turns, manifest};
     LocalFolderScan scan{
         {.settings = settings,
          .manifest = manifest,
