@@ -55,13 +55,16 @@ QCoro::Task<bool> CommandProgram::finish() {
     if (!isTold) {
         errors.print(u"ostrelle-caption: Not all results could be written to standard output."_s);
     }
+    warnOfManifest();
+    co_return isTold&& captions.manifest.savingFailure().isEmpty();
+}
+
+void CommandProgram::warnOfManifest() {
     const QString failure = captions.manifest.savingFailure();
     if (!failure.isEmpty()) {
-        errors.print(u"ostrelle-caption: Which images have been captioned could not be saved, so they may be "
-                     "captioned again. "_s +
-                     failure);
+        warn(u"Which images have been captioned could not be saved, so they may be captioned again. "_s +
+             failure);
     }
-    co_return isTold&& failure.isEmpty();
 }
 
 void CommandProgram::warnOfRoster() {

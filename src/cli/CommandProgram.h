@@ -34,6 +34,8 @@ public:
     QString missingConfiguration() const;
     /// Says on standard error when the names of the roster will not be used.
     void warnOfRoster();
+    /// Says on standard error that it could not be saved what has been captioned, if so.
+    void warnOfManifest();
     /// Says it on standard error, once.
     void warn(const QString& warning);
     /// Finishes what is under way and says whether all results could be told and saved.

@@ -7,6 +7,7 @@
 #include "platform/InterruptSignals.h"
 
 #include <QCoroSignal>
+#include <QSet>
 
 namespace ostrelle {
 
@@ -22,6 +23,8 @@ public:
     WatchRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
         connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::tell);
         connect(&interrupts, &InterruptSignals::interrupted, this, &WatchRun::ended);
+        connect(&program.captions.manifest, &ProcessedFilesManifest::savingFailureChanged, this,
+                [&program] { program.warnOfManifest(); });
         connect(&program.captions.settings, &SettingsStore::autoModeChanged, this,
                 &WatchRun::endWithoutAutoMode);
     }
@@ -34,7 +37,8 @@ public:
             m_program.errors.print(u"Finishing the images in the works. Ctrl-C again ends at once."_s);
         }
         const bool isTold = co_await m_program.finish();
-        co_return isTold ? m_status : ExitStatus::fileFailed;
+        const bool isWell = isTold && m_failed.isEmpty();
+        co_return isWell || m_status != ExitStatus::success ? m_status : ExitStatus::fileFailed;
     }
 
 Q_SIGNALS:
@@ -44,6 +48,11 @@ private:
     void tell(const ImageReport& report) {
         for (const QString& warning : report.warnings) {
             m_program.warn(warning);
+        }
+        if (report.outcome == ImageReport::Outcome::failed) {
+            m_failed.insert(report.file);
+        } else {
+            m_failed.remove(report.file); // a later attempt did it
         }
         m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
     }
@@ -60,6 +69,7 @@ private:
 
     CommandProgram& m_program;
     ExitStatus m_status = ExitStatus::success;
+    QSet<QString> m_failed; ///< files whose last attempt failed
 };
 
 } // namespace

@@ -48,41 +48,43 @@ public:
                          const std::optional<CaptionSource>& source)
         : m_path(path), m_caption(caption), m_log(log), m_source(source) {}
 
-    void run() {
-        try {
-            editFile(m_path, maximumFileSize,
-                     [this](const QByteArray& original) { return edited(original); });
-        } catch (const FileError& error) {
-            if (m_attempts == 0) { // it was not even read
-                throw XMPError(XMPError::Case::fileMissing);
-            }
-            explain(error);
-            throw XMPError(XMPError::Case::writeFailed);
-        }
+    FileStamp run() {
+        const FileStamp written = edit();
         if (m_hasManifest) {
             say(u"%1 carries content credentials (C2PA), whose signature does not match the file any more."_s
                     .arg(fileName()));
         }
+        return written;
     }
 
     void tryOut() {
         try {
             requireReplaceable(m_path);
             withEmbeddedCaption(frontAndTrailer(m_path), m_caption);
-            return;
         } catch (const FileError& error) {
             if (error.isPermissionDenied()) {
                 explain(error);
-            } else {
-                refuse(error.localizedDescription());
             }
+            throw XMPError(XMPError::Case::writeFailed, error.localizedDescription());
         } catch (const EditRefusal& refusal) {
-            refuse(refusal.localizedDescription());
+            refuse(refusal);
         }
-        throw XMPError(XMPError::Case::writeFailed);
     }
 
 private:
+    FileStamp edit() {
+        try {
+            return editFile(m_path, maximumFileSize,
+                            [this](const QByteArray& original) { return edited(original); });
+        } catch (const FileError& error) {
+            if (m_attempts == 0) { // it was not even read
+                throw XMPError(XMPError::Case::fileMissing, error.localizedDescription());
+            }
+            explain(error);
+            throw XMPError(XMPError::Case::writeFailed, error.localizedDescription());
+        }
+    }
+
     void say(const QString& words) { m_log.print(u"[XMPWriter] "_s + words); }
     QString fileName() const { return QFileInfo(m_path).fileName(); }
 
@@ -114,8 +116,10 @@ private:
         return withCaption(original);
     }
 
-    void refuse(const QString& reason) {
+    [[noreturn]] void refuse(const EditRefusal& refusal) {
+        const QString reason = refusal.localizedDescription();
         say(u"Nothing was written into %1, because %2."_s.arg(fileName(), reason));
+        throw XMPError(XMPError::Case::writeFailed, u"The reason: %1."_s.arg(reason));
     }
 
     void tellWhatStays(const EmbeddedMetadata& metadata) {
@@ -139,9 +143,8 @@ private:
             return withEmbeddedCaption(original, m_caption);
         } catch (const EditRefusal& refusal) {
             say(u"ERROR: Failed to finalize image to temp file"_s);
-            refuse(refusal.localizedDescription());
+            refuse(refusal);
         }
-        throw XMPError(XMPError::Case::writeFailed);
     }
 
     void explain(const FileError& error) {
@@ -164,9 +167,9 @@ private:
 
 } // namespace
 
-void writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
-                          const std::optional<CaptionSource>& source) {
-    EmbeddedCaptionWrite(path, caption, log, source).run();
+FileStamp writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
+                               const std::optional<CaptionSource>& source) {
+    return EmbeddedCaptionWrite(path, caption, log, source).run();
 }
 
 void requireEditableJpeg(const QString& path, PlainLog& log) {

@@ -219,7 +219,8 @@ std::optional<EmbeddedMetadata> parseEmbeddedMetadata(QByteArrayView file) {
 std::optional<EmbeddedMetadata> readEmbeddedMetadata(const QString& path) {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw XMPError(XMPError::Case::fileMissing);
+        throw XMPError(XMPError::Case::fileMissing,
+                       u"Could not read the image: %1."_s.arg(file.errorString()));
     }
     return parseEmbeddedMetadata(readJpegFront(file));
 }

@@ -98,14 +98,16 @@ void ImageMetadata::requireEditable(PlainLog& log) const {
     XMPWriter().requireEditableSidecar(place);
 }
 
-void ImageMetadata::writeCaption(const QString& caption, const CaptionSource& source, PlainLog& log) const {
+std::optional<FileStamp> ImageMetadata::writeCaption(const QString& caption, const CaptionSource& source,
+                                                     PlainLog& log) const {
     if (m_isEmbedded) {
-        XMPWriter().writeEmbeddedCaption(caption, m_image, log, source);
-        return;
+        return XMPWriter().writeEmbeddedCaption(caption, m_image, log, source);
     }
+    const std::optional<FileStamp> image = FileStamp::at(m_image); // from before it is compared
     const QString place = sidecar();
     XMPWriter().writeDefaultCaption(caption, place, m_image, source);
     touchFile(place);
+    return image;
 }
 
 } // namespace ostrelle

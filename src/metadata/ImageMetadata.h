@@ -35,8 +35,10 @@ public:
     void requireEditable(PlainLog& log) const;
 
     /// Writes the caption, if the image is still what the caption was made from: throws OvertakenError
-    /// otherwise. A sidecar's modification time becomes now, even if nothing in it changes.
-    void writeCaption(const QString& caption, const CaptionSource& source, PlainLog& log) const;
+    /// otherwise. A sidecar's modification time becomes now, even if nothing in it changes. Returns what the
+    /// image file looked like with its caption, whatever has become of it since.
+    std::optional<FileStamp> writeCaption(const QString& caption, const CaptionSource& source,
+                                          PlainLog& log) const;
 
 private:
     QString m_image;

@@ -23,6 +23,7 @@ QString words(XMPError::Case kind) {
 
 } // namespace
 
-XMPError::XMPError(Case kind) : Error(words(kind)), m_kind(kind) {}
+XMPError::XMPError(Case kind, QString detail)
+    : Error(words(kind)), m_kind(kind), m_detail(std::move(detail)) {}
 
 } // namespace ostrelle

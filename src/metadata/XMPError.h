@@ -15,12 +15,16 @@ public:
         writeFailed, ///< the result could not be made or saved
     };
 
-    explicit XMPError(Case kind);
+    /// `detail` is a sentence on what lay beneath; it may be empty.
+    explicit XMPError(Case kind, QString detail = {});
 
     Case kind() const noexcept { return m_kind; }
+    /// Not part of the description.
+    const QString& detail() const noexcept { return m_detail; }
 
 private:
     Case m_kind;
+    QString m_detail;
 };
 
 } // namespace ostrelle

@@ -172,9 +172,9 @@ std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) cons
     return metadata ? embeddedCreator(*metadata) : std::nullopt;
 }
 
-void XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
-                                     const std::optional<CaptionSource>& source) const {
-    writeCaptionIntoJpeg(image, caption, log, source);
+FileStamp XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
+                                          const std::optional<CaptionSource>& source) const {
+    return writeCaptionIntoJpeg(image, caption, log, source);
 }
 
 } // namespace ostrelle

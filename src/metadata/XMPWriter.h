@@ -78,10 +78,11 @@ public:
     /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
     /// With a source, only over what the caption was made from: throws OvertakenError where metadata or
     /// picture are others by now, and a picture that was decoded for its rendition is not decoded again. On
-    /// any failure the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded
-    /// and XMPError::writeFailed when the file cannot be changed without harm or not be replaced.
-    void writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
-                              const std::optional<CaptionSource>& source = {}) const;
+    /// any failure the old file is intact. Returns what the new one looks like. Throws XMPError::parseFailed
+    /// when the picture cannot be decoded and XMPError::writeFailed when the file cannot be changed without
+    /// harm or not be replaced.
+    FileStamp writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
+                                   const std::optional<CaptionSource>& source = {}) const;
 };
 
 } // namespace ostrelle

@@ -62,6 +62,9 @@ QCoro::Task<Analyzer::Ended> Analyzer::captionInTurn(ImageRequest request, Image
         ended.conditions = image.editConditions();
         countEnding(ended.ending, image);
         report = image.report();
+        if (m_refusal && ended.ending == Ending::failed) {
+            report.warnings.append(m_refusal->words);
+        }
     }
     // An image that auto mode looks at anew is not done with.
     const bool isLater = ended.ending == Ending::changed && sender == ImageTurn::Sender::autoMode;

@@ -69,6 +69,9 @@ public:
     QCoro::Task<QList<AnalyzedFile>> analyzeFiles(QStringList files, qint64 startIndex,
                                                   std::optional<QDateTime> begun = {});
 
+    /// An image has failed before it came here.
+    void announceFailure(const ImageReport& report) { Q_EMIT imageFinished(report); }
+
 Q_SIGNALS:
     /// An image is done with, except by analyzeImage(). The costs of a batch are not divided among its
     /// images.

@@ -6,6 +6,7 @@
 #include "metadata/SidecarPath.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/CaptionWriting.h"
+#include "pipeline/ImageFailure.h"
 #include "pipeline/ImageGathering.h"
 #include "pipeline/PromptBuilder.h"
 #include "pipeline/PromptComposition.h"
@@ -259,8 +260,8 @@ QCoro::Task<> BatchRun::write(Prepared prepared, QString caption) {
     const QString& file = prepared.image.file;
     const ScopedAccess fileAccess(m_parts.access, file);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
-    co_await writeCaption(m_parts, prepared.image, caption);
-    co_await m_parts.manifest.markProcessed(file);
+    const std::optional<FileStamp> written = co_await writeCaption(m_parts, prepared.image, caption);
+    co_await m_parts.manifest.markProcessed(file, written);
     co_await recordCaptioned(m_parts, m_claims.at(prepared.index));
 }
 
@@ -288,7 +289,7 @@ void BatchRun::succeed(qsizetype index, const QString& caption, Telling telling)
 }
 
 BatchRun::Failure BatchRun::failureOf(const auto& attempt) {
-    return {.words = attempt.words(), .cause = attempt.failure()};
+    return {.words = reportedWords(attempt.failure()), .cause = attempt.failure()};
 }
 
 QCoro::Task<> BatchRun::endWithout(qsizetype index, QString logLine, Failure failure, Telling telling) {

@@ -6,11 +6,12 @@
 
 namespace ostrelle {
 
-QCoro::Task<> writeCaption(AnalyzerParts parts, PreparedImage image, QString caption) {
+QCoro::Task<std::optional<FileStamp>> writeCaption(AnalyzerParts parts, PreparedImage image,
+                                                   QString caption) {
     auto write = [image, caption](PlainLog& log) {
-        ImageMetadata(image.file).writeCaption(caption, image.source, log);
+        return ImageMetadata(image.file).writeCaption(caption, image.source, log);
     };
-    co_await onThreadOf(parts.threads, image.file, parts.log.console(), write);
+    co_return co_await onThreadOf(parts.threads, image.file, parts.log.console(), write);
 }
 
 } // namespace ostrelle

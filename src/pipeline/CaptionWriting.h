@@ -6,11 +6,13 @@
 
 #include <QCoroTask>
 #include <QString>
+#include <optional>
 
 namespace ostrelle {
 
 /// Writes the caption into the image's metadata, if the image is still what the caption was made from. Throws
-/// OvertakenError where it is not, and what went wrong.
-QCoro::Task<> writeCaption(AnalyzerParts parts, PreparedImage image, QString caption);
+/// OvertakenError where it is not, and what went wrong. Resumes with what the image file looked like with its
+/// caption.
+QCoro::Task<std::optional<FileStamp>> writeCaption(AnalyzerParts parts, PreparedImage image, QString caption);
 
 } // namespace ostrelle

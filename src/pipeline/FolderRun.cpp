@@ -211,7 +211,7 @@ void FolderRun::failIllegible(const QString& folder, const QStringList& names) {
     for (const QString& name : names) {
         ImageReport report;
         report.file = QDir(folder).filePath(name);
-        report.reason = u"Its file name is not UTF-8, so it cannot be opened. Rename it."_s;
+        report.reason = illegibleNameWords();
         BatchProgress(m_parts.status, 0).failed(name, BatchProgress::Telling::byItself);
         m_failedNames.append(name);
         m_listener(report);

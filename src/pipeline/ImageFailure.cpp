@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ImageFailure.h"
 
+#include "core/Attempt.h"
 #include "metadata/SidecarPath.h"
 #include "metadata/XMPError.h"
 #include "pipeline/AnalyzerError.h"
@@ -79,6 +80,13 @@ ImageFailure::Kind kindOf(const FailureFacts& facts, const QString& text, bool m
 }
 
 } // namespace
+
+QString reportedWords(const std::exception_ptr& error) {
+    const QString words = factsOf(error).words;
+    const auto metadataError = failureAs<XMPError>(error);
+    const QString detail = metadataError ? metadataError->detail() : QString();
+    return detail.isEmpty() ? words : words + u' ' + detail;
+}
 
 ImageFailure classifyFailure(const std::exception_ptr& error, const QString& image) {
     const FailureFacts facts = factsOf(error);

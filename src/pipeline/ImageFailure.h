@@ -21,6 +21,9 @@ struct ImageFailure {
     bool mentionsRateLimit = false;
 };
 
+/// The words of a failure for a report on its image, with what lay beneath it. `error` is not null.
+QString reportedWords(const std::exception_ptr& error);
+
 /// Judges by the type of the failure and by its words; these without the image's own path, as a file called
 /// IMG_4290 is no HTTP status 429. `error` is not null.
 ImageFailure classifyFailure(const std::exception_ptr& error, const QString& image);

@@ -54,6 +54,10 @@ void take(DIR* folder, const dirent& entry, ImageListing& listing) {
 
 } // namespace
 
+QString illegibleNameWords() {
+    return u"Its file name is not UTF-8, so it cannot be opened. Rename it."_s;
+}
+
 ImageListing listImages(const QString& folder) {
     const OpenFolder open(::opendir(QFile::encodeName(folder).constData()));
     if (!open) {

@@ -14,6 +14,9 @@ struct ImageListing {
     qsizetype itemCount = 0; ///< of all that is in the folder and not hidden
 };
 
+/// What the user is told of an illegible name.
+QString illegibleNameWords();
+
 /// Lists what has an image's extension and is a file, directly or through a link: to open anything else, such
 /// as a pipe, might take for ever. Hidden files are left out. Looks at the disk: for worker threads. Throws
 /// FileError.

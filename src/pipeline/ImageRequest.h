@@ -14,7 +14,7 @@ namespace ostrelle {
 struct ImageRequest {
     QString file;
     QDateTime seenAt;
-    /// What its metadata said; nothing when they could not be read or the sidecar was made by a scan.
+    /// What its metadata said; nothing when they could not be read.
     std::optional<ImageFacts> facts = {};
     std::optional<FileStamp> image = {}; ///< of the image file, with the facts
 };

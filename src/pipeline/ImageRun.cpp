@@ -259,6 +259,7 @@ QCoro::Task<> ImageRun::writeAndCheck(QString caption) {
     if (!written) {
         written.rethrow();
     }
+    m_imageStamp = *written;
     const QString after = co_await captionForLog();
     log.appendToLog(lines.after + after);
     log.appendToLog(isSameText(after, caption) ? lines.done.arg(m_gathering.name()) : lines.mismatch);

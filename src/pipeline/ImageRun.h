@@ -31,6 +31,10 @@ public:
     bool isUnwritable() const { return m_isUnwritable; }
     /// What decided on that, from before the model was asked.
     const std::optional<EditConditions>& editConditions() const { return m_gathering.editConditions(); }
+    /// The image file as it was captioned, or else as it was read.
+    const std::optional<FileStamp>& imageStamp() const {
+        return m_imageStamp ? m_imageStamp : m_gathering.imageStamp();
+    }
     /// Whether the model has answered.
     bool isAnswered() const { return m_isAnswered; }
     /// The text that the model would be sent for the image as it is. Writes nothing and asks no model.
@@ -53,6 +57,7 @@ private:
     ImageGathering m_gathering;
     ImageRequest m_request;
     ImageReport m_report;
+    std::optional<FileStamp> m_imageStamp;
     bool m_isUnwritable = false;
     bool m_isAnswered = false;
 };

@@ -6,6 +6,7 @@
 #include "metadata/OvertakenError.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
+#include "pipeline/ImageFailure.h"
 #include "pipeline/SidecarCreation.h"
 
 #include <QFileInfo>
@@ -48,7 +49,7 @@ QCoro::Task<ImageTurn::Ending> ImageTurn::execute() {
     // While the image is still claimed: another program's scan would take it for one that nobody has
     // captioned.
     if (m_sender == Sender::autoMode && isDone(ending)) {
-        co_await attempt(m_parts.manifest.markProcessed(m_request.file));
+        co_await attempt(m_parts.manifest.markProcessed(m_request.file, m_imageStamp));
     }
     co_return ending;
 }
@@ -162,12 +163,13 @@ QCoro::Task<ImageTurn::Ending> ImageTurn::captionUntilSettled(std::unique_ptr<Im
         const auto executed = co_await attempt(run->execute());
         m_report = run->report(); // what was found and spent up to a failure, too
         m_isAnswered = run->isAnswered();
+        m_imageStamp = run->imageStamp();
         m_editConditions = run->editConditions();
         if (executed) {
             co_return Ending::captioned;
         }
         m_failure = executed.failure();
-        m_report.reason = executed.words();
+        m_report.reason = reportedWords(m_failure);
         const Ending ending = endingOf(*run);
         if (ending != Ending::changed || m_sender == Sender::autoMode || attempts == mostAttempts) {
             co_return ending == Ending::changed&& m_sender == Sender::user ? Ending::failed : ending;
@@ -177,11 +179,12 @@ QCoro::Task<ImageTurn::Ending> ImageTurn::captionUntilSettled(std::unique_ptr<Im
     }
 }
 
-/// Auto mode's scan judges a caption that came along with other metadata: it may be an ingest tool's stub.
+/// Before the model is asked, auto mode's scan judges a caption that came along with other metadata: these
+/// may be an ingest tool's preset, with a stub of a caption.
 bool ImageTurn::isCaptionEdited(const OvertakenError& error) const {
     using Case = OvertakenError::Case;
     return error.kind() == Case::captionEdited ||
-           (error.kind() == Case::captionAndFactsEdited && m_sender == Sender::user);
+           (error.kind() == Case::captionAndFactsEdited && (m_sender == Sender::user || m_isAnswered));
 }
 
 ImageTurn::Ending ImageTurn::endingOf(const ImageRun& run) {

@@ -81,6 +81,7 @@ private:
     ImageReport m_report;
     std::exception_ptr m_failure;
     std::optional<EditConditions> m_editConditions;
+    std::optional<FileStamp> m_imageStamp; ///< of the image that is done
     bool m_hasBegun = false;
     bool m_isAnswered = false;
 };

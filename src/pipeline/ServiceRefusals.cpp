@@ -25,8 +25,7 @@ std::optional<ServiceRefusals::Cause> causeOf(const std::exception_ptr& failure)
     case 401:
     case 403:
         return ServiceRefusals::Cause{
-            .words =
-                u"OpenAI refused the API key (HTTP %1). Check it in Settings."_s.arg(error->statusCode())};
+            .words = u"OpenAI refused the API key (HTTP %1). Enter a valid one."_s.arg(error->statusCode())};
     case 429:
         return ServiceRefusals::Cause{.words = u"OpenAI takes no more requests for now (HTTP 429)."_s,
                                       .isRateLimit = true};

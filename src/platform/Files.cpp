@@ -169,11 +169,15 @@ Placing carryOut(const FileWrite& write, const FileMeans& means) {
     return outcome;
 }
 
-/// As replaceFile(). With a stamp, only the file that has it is replaced, which is looked at when nothing but
-/// the rename is left.
+/// What is looked at when nothing but the rename is left.
+struct Condition {
+    std::optional<FileStamp> expected; ///< of the file that is to be replaced
+    std::function<bool()> isStillWanted = {};
+};
+
+/// As replaceFile(), under a condition. `placed` takes what the new file looks like.
 Placing replace(const QString& path, const QByteArray& bytes, mode_t newFileMode, const FileMeans& means,
-                const std::optional<FileStamp>& expected = {},
-                const std::function<bool()>& isStillWanted = {}) {
+                const Condition& condition = {}, std::optional<FileStamp>* placed = nullptr) {
     const std::filesystem::path target = linkTarget(nativePath(path));
     struct stat status{};
     const bool exists = ::stat(target.c_str(), &status) == 0;
@@ -191,9 +195,15 @@ Placing replace(const QString& path, const QByteArray& bytes, mode_t newFileMode
         if (!file.takeName(means)) {
             return Placing::failed;
         }
+        const std::optional<FileStamp>& expected = condition.expected;
         const bool isOutdated = expected && FileStamp::at(QFile::decodeName(target.c_str())) != expected;
-        const bool isUnwanted = isStillWanted && !isStillWanted();
-        return isOutdated || isUnwanted ? Placing::outdated : file.replaceTarget();
+        const bool isUnwanted = condition.isStillWanted && !condition.isStillWanted();
+        const Placing outcome = isOutdated || isUnwanted ? Placing::outdated : file.replaceTarget();
+        struct stat now{};
+        if (placed != nullptr && ::fstat(file.descriptor(), &now) == 0) {
+            *placed = FileStamp(now);
+        }
+        return outcome;
     };
     return carryOut({.path = path,
                      .target = target,
@@ -258,8 +268,8 @@ StampedBytes readWhenThere(const QString& path, qint64 limit, ReadAttempts& atte
     }
 }
 
-void editInAttempts(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause,
-                    const std::function<bool()>& isStillWanted) {
+FileStamp editInAttempts(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause,
+                         const std::function<bool()>& isStillWanted) {
     ReadAttempts attempts(path, pause);
     for (;;) {
         const StampedBytes file = readWhenThere(path, limit, attempts);
@@ -272,8 +282,10 @@ void editInAttempts(const QString& path, qint64 limit, const StampedFileEdit& ed
             }
             continue;
         }
-        if (replace(path, edited, S_IRUSR | S_IWUSR, {}, file.stamp, isStillWanted) == Placing::done) {
-            return;
+        std::optional<FileStamp> placed;
+        const Condition condition{.expected = file.stamp, .isStillWanted = isStillWanted};
+        if (replace(path, edited, S_IRUSR | S_IWUSR, {}, condition, &placed) == Placing::done) {
+            return *placed;
         }
         if (!attempts.again()) {
             throw FileError(u"keep up with another program's changes to"_s, path, EBUSY);
@@ -287,17 +299,17 @@ StampedFileEdit unstamped(const FileEdit& edit) {
 
 } // namespace
 
-void editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause) {
-    editInAttempts(path, limit, unstamped(edit), pause, {});
+FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause) {
+    return editInAttempts(path, limit, unstamped(edit), pause, {});
 }
 
-void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause) {
-    editInAttempts(path, limit, edit, pause, {});
+FileStamp editFile(const QString& path, qint64 limit, const StampedFileEdit& edit, const Pause& pause) {
+    return editInAttempts(path, limit, edit, pause, {});
 }
 
-void editFile(const QString& path, qint64 limit, const FileEdit& edit,
-              const std::function<bool()>& isStillWanted) {
-    editInAttempts(path, limit, unstamped(edit), pauseThread, isStillWanted);
+FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit,
+                   const std::function<bool()>& isStillWanted) {
+    return editInAttempts(path, limit, unstamped(edit), pauseThread, isStillWanted);
 }
 
 bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means) {

@@ -54,14 +54,15 @@ using StampedFileEdit = std::function<QByteArray(const StampedBytes& file)>;
 /// writes there meanwhile is not lost but read and edited in turn, in three attempts at most; a file that
 /// changes each time stays as that program left it and is a FileError with EBUSY. What `edit` throws goes out
 /// as readSettled() tells: a file that is just being written does not fail. Throws FileError, with EFBIG for
-/// a file larger than `limit` bytes. Waits a quarter of a second at most, with `pause`.
-void editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause = pauseThread);
-void editFile(const QString& path, qint64 limit, const StampedFileEdit& edit,
-              const Pause& pause = pauseThread);
+/// a file larger than `limit` bytes. Waits a quarter of a second at most, with `pause`. Returns what the new
+/// file looked like when it was put there.
+FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause = pauseThread);
+FileStamp editFile(const QString& path, qint64 limit, const StampedFileEdit& edit,
+                   const Pause& pause = pauseThread);
 /// The same, with one more condition that is looked at when nothing but the rename is left: while it is
 /// false, the file is read and edited anew.
-void editFile(const QString& path, qint64 limit, const FileEdit& edit,
-              const std::function<bool()>& isStillWanted);
+FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit,
+                   const std::function<bool()>& isStillWanted);
 
 /// Writes a new file as safely as replaceFile(). False when there is a file by now, which stays as it is.
 /// Only where the file system has none of the means, a kill can leave an empty file. Throws FileError.

@@ -53,7 +53,8 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .threads = threads,
             .clock = clock,
             .log = given.console,
-            .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); }})
+            .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); },
+            .onFailure = [this](const ImageReport& report) { analyzer.announceFailure(report); }})
     , autoMode({.settings = settings,
                 .status = status,
                 .defaults = given.defaults,

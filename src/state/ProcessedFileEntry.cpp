@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/ProcessedFileEntry.h"
 
-#include <sys/stat.h>
-
-#include <QFile>
 #include <QFileInfo>
 #include <QHashFunctions>
 #include <cmath>
@@ -17,15 +14,17 @@ constexpr qint64 referenceDate = 978'307'200; // 2001-01-01T00:00:00Z, in second
 } // namespace
 
 std::optional<ProcessedFileEntry> ProcessedFileEntry::of(const QString& path) {
-    struct stat status{};
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-        return std::nullopt;
-    }
+    const std::optional<FileStamp> stamp = FileStamp::at(path);
+    return stamp ? of(path, *stamp) : std::nullopt;
+}
+
+std::optional<ProcessedFileEntry> ProcessedFileEntry::of(const QString& path, const FileStamp& stamp) {
     constexpr double nanosecondsPerSecond = 1e9;
-    const double date = static_cast<double>(status.st_mtim.tv_sec - referenceDate) +
-                        static_cast<double>(status.st_mtim.tv_nsec) / nanosecondsPerSecond;
+    const auto [seconds, nanoseconds] = stamp.contentChanged;
+    const double date = static_cast<double>(seconds - referenceDate) +
+                        static_cast<double>(nanoseconds) / nanosecondsPerSecond;
     return ProcessedFileEntry{
-        .filename = QFileInfo(path).fileName(), .fileSize = status.st_size, .modificationDate = date};
+        .filename = QFileInfo(path).fileName(), .fileSize = stamp.size, .modificationDate = date};
 }
 
 ProcessedFileEntry ProcessedFileEntry::placeholder(const QString& path, const QDateTime& date) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/FileStamp.h"
+
 #include <QDateTime>
 #include <QString>
 #include <optional>
@@ -18,6 +20,8 @@ struct ProcessedFileEntry {
     /// The file at the path as it is now, or the one that a symbolic link leads to; nothing when its
     /// attributes cannot be read. Looks at the disk: for worker threads.
     static std::optional<ProcessedFileEntry> of(const QString& path);
+    /// The file at the path when it had this stamp.
+    static std::optional<ProcessedFileEntry> of(const QString& path, const FileStamp& stamp);
     /// An entry for a file whose attributes are not known: the size 0 and this date.
     static ProcessedFileEntry placeholder(const QString& path, const QDateTime& date);
 

@@ -56,6 +56,7 @@ struct ProcessedFilesManifest::State {
     void takeOver(const ManifestFile::Outcome& outcome) {
         for (const ProcessedFileEntry& entry : outcome.foreign) {
             insert(entry);
+            unsaved.removeAll(entry); // it is in the file
         }
         if (!outcome.isNothingLost) {
             print(u"[ProcessedFilesManifest] A damaged manifest was replaced without a copy, as several are "
@@ -152,11 +153,13 @@ QCoro::Task<bool> ProcessedFilesManifest::isProcessed(QString file) {
     co_return entry ? state->entries.contains(*entry) : state->names.contains(QFileInfo(file).fileName());
 }
 
-QCoro::Task<> ProcessedFilesManifest::markProcessed(QString file) {
+QCoro::Task<> ProcessedFilesManifest::markProcessed(QString file, std::optional<FileStamp> stamp) {
     const auto state = m_state;
     const QString name = QFileInfo(file).fileName();
     const QDateTime now = state->clock.now();
-    const auto read = [file] { return ProcessedFileEntry::of(file); };
+    const auto read = [file, stamp] {
+        return stamp ? ProcessedFileEntry::of(file, *stamp) : ProcessedFileEntry::of(file);
+    };
     QThreadPool* thread = state->threads.of(QFileInfo(file).path());
     const std::optional<ProcessedFileEntry> found = co_await onThreadPool(thread, read);
     if (!found) {

@@ -3,6 +3,7 @@
 
 #include "platform/AppEvents.h"
 #include "platform/Clock.h"
+#include "platform/FileStamp.h"
 #include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
 #include "state/ProcessedFileEntry.h"
@@ -11,6 +12,7 @@
 #include <QObject>
 #include <QString>
 #include <memory>
+#include <optional>
 
 namespace ostrelle {
 
@@ -39,10 +41,10 @@ public:
     /// The first of these for the file as it is now, or the second when its attributes cannot be read.
     QCoro::Task<bool> isProcessed(QString file);
 
-    /// Adds the file as it is now, saves the manifest and announces manifestUpdated(). The file counts as
-    /// processed as soon as its attributes are read. A failure to save is logged, and the next save tries
-    /// again with everything.
-    QCoro::Task<> markProcessed(QString file);
+    /// Adds the file as it was when it had the stamp, or else as it is now, saves the manifest and announces
+    /// manifestUpdated(). The file counts as processed as soon as its attributes are read. A failure to save
+    /// is logged, and the next save tries again with everything.
+    QCoro::Task<> markProcessed(QString file, std::optional<FileStamp> stamp = {});
 
     /// Takes in what other programs have added to the file by now. Costs next to nothing when it is as it
     /// was.

@@ -27,10 +27,8 @@ bool provideSidecar(const ImageMetadata& metadata, ImageCheck& check) {
 MetadataReading readOrNothing(const ImageMetadata& metadata, const QTimeZone& zone, ImageCheck& check) {
     try {
         MetadataReading reading = metadata.read(zone);
-        if (!check.isSidecarNew) {
-            check.facts = reading.facts;
-            check.stamp = reading.image;
-        }
+        check.facts = reading.facts;
+        check.stamp = reading.image;
         return reading;
     } catch (const std::exception&) {
         return {};

@@ -32,8 +32,7 @@ struct ImageCheck {
     bool isSidecarNew = false;
     std::optional<QString> sidecarFailure; ///< why there is no sidecar, and none could be made
     CaptionJudgement caption;
-    /// What the metadata say; nothing when they could not be read or the sidecar is new: whatever the ingest
-    /// tool writes in its place is no edit of a caption.
+    /// What the metadata say; nothing when they could not be read.
     std::optional<ImageFacts> facts;
     std::optional<FileStamp> stamp; ///< of the image file, with the facts
     QStringList readerLines;        ///< what the reader of the caption has for the log

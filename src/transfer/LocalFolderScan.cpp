@@ -102,6 +102,7 @@ QCoro::Task<> LocalFolderScan::lookThrough(Scan* scan) {
             .arg(listing.jpegCount));
     for (const QString& name : listing.illegible) {
         sayOf(name, u"The file name is not UTF-8, skipping"_s);
+        fail(*scan, name, illegibleNameWords());
     }
     for (qsizetype first = 0; first < total && !isOvertaken(*scan); first += imagesAtATime) {
         co_await look(scan, listing.images.mid(first, imagesAtATime));
@@ -194,6 +195,7 @@ bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
     if (check.sidecarFailure) {
         sayOf(name, u"Failed to create XMP sidecar: "_s + *check.sidecarFailure);
         ++scan.counts.noSidecar;
+        fail(scan, name, *check.sidecarFailure);
         return false;
     }
     if (check.caption.verdict == Verdict::present) {
@@ -205,6 +207,18 @@ bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
                     ? u"Caption too short (%1 chars), needs processing"_s.arg(check.caption.characters)
                     : u"No caption or caption was cleared, needs processing"_s);
     return true;
+}
+
+/// Once for each reason: the image is looked at again each ten seconds.
+void LocalFolderScan::fail(const Scan& scan, const QString& name, const QString& reason) {
+    ImageReport report;
+    report.file = scan.folder + u'/' + name;
+    report.reason = reason;
+    const QString key = report.file + u'\n' + reason;
+    if (!m_failures.contains(key)) {
+        m_failures.insert(key);
+        m_parts.onFailure(report);
+    }
 }
 
 void LocalFolderScan::summarize(const Scan& scan) {

@@ -9,6 +9,7 @@
 #include <QCoroTask>
 #include <QDateTime>
 #include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -48,12 +49,14 @@ private:
     bool isKnown(const SeenImage& image) const;
     bool needsCaption(Scan& scan, const ImageCheck& check);
     void summarize(const Scan& scan);
+    void fail(const Scan& scan, const QString& name, const QString& reason);
     void say(const QString& words);
     void sayOf(const QString& name, const QString& words);
 
     LocalScanParts m_parts;
     CaptionQueue m_queue;
     TaskGroup m_scans;
+    QSet<QString> m_failures;                // paths and reasons that the listener has heard of
     QHash<QString, QDateTime> m_tidied;      // when each folder was
     QHash<QString, quint64> m_lookedThrough; // folders now looked through, and the queue's round then
 };

@@ -3,6 +3,7 @@
 
 #include "pipeline/CaptionResult.h"
 #include "pipeline/CaptionTurns.h"
+#include "pipeline/ImageReport.h"
 #include "pipeline/ImageRequest.h"
 #include "pipeline/ProcessingTracker.h"
 #include "platform/Clock.h"
@@ -21,6 +22,9 @@ namespace ostrelle {
 /// Captions one image; one that is done is in the manifest then. Analyzer::captionWatched() in the program.
 using Captioning = std::function<QCoro::Task<CaptionOutcome>(ImageRequest request)>;
 
+/// Hears of each image that fails before it can be captioned, once.
+using ImageFailureListener = std::function<void(const ImageReport& report)>;
+
 /// What the local scan works with. All of it has to outlive the scan and its tasks.
 struct LocalScanParts {
     const SettingsStore& settings;
@@ -32,6 +36,7 @@ struct LocalScanParts {
     Clock& clock;
     PlainLog& log;
     Captioning captioning;
+    ImageFailureListener onFailure = [](const ImageReport&) {};
 };
 
 } // namespace ostrelle

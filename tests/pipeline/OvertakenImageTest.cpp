@@ -119,16 +119,26 @@ TEST_F(OvertakenImageTest, AutoModeCaptionsOnlyWhatItsScanSaw) {
     EXPECT_EQ(caption(), u"Stub"_s);
 }
 
-TEST_F(OvertakenImageTest, ARealCaptionThatComesAfterANewSidecarIsNotOverwritten) {
+TEST_F(OvertakenImageTest, AutoModeTellsAnEditFromAPresetThatIsStampedOn) {
     const QString image = rawImage();
-    ImageRequest request{.file = image, .seenAt = clock.now()}; // the scan made the sidecar
-    sidecar(QByteArray(51, 'x'));
-    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
-    EXPECT_EQ(caption(), QString(51, u'x'));
+    ImageMetadata(image).provideSidecar(); // as the scan does
+    const ImageRequest request = seen(image);
     sidecar("A preset's stub");
-    model.enqueue(reply(u"Sam Abel scores."_s));
+    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::changed);
+    XMPWriter().createEmptySidecar(sidecarPath(image));
+    XMPWriter().writeDefaultCaption(typed, sidecarPath(image));
     EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
-    EXPECT_EQ(caption(), u"Sam Abel scores."_s);
+    EXPECT_EQ(caption(), typed);
+    EXPECT_TRUE(model.requests().isEmpty());
+
+    sidecar("Stub");
+    model.enqueue(held(u"By the model."_s));
+    const auto edited = after(analyzer.captionWatched(seen(image)), [&] {
+        sidecar(typed.toUtf8());
+        write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
+    });
+    EXPECT_EQ(edited.result, CaptionResult::done) << "the model has been asked: the edit stays";
+    EXPECT_EQ(caption(), typed);
 }
 
 TEST_F(OvertakenImageTest, ARosterInTheWatchedFolderCountsInAutoMode) {
@@ -202,7 +212,7 @@ TEST_F(OvertakenImageTest, AServiceThatRefusesOneImageAfterTheOtherIsNotifiedOfO
     refuse(401, "{}", 3);
     ASSERT_EQ(notificationCenter.posted.size(), 1);
     EXPECT_EQ(notificationCenter.posted[0].title, u"Ostrelle Captioning Failed"_s);
-    EXPECT_EQ(status.lastMessage(), u"OpenAI refused the API key (HTTP 401). Check it in Settings."_s);
+    EXPECT_EQ(status.lastMessage(), u"OpenAI refused the API key (HTTP 401). Enter a valid one."_s);
     EXPECT_TRUE(notificationCenter.posted[0].body.endsWith(*status.lastMessage()));
     EXPECT_TRUE(run(jpegImage(u"GOOD.JPG"_s)));
     refuse(429, R"({"error":{"code":"insufficient_quota"}})", 4);
