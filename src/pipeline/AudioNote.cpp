@@ -33,10 +33,11 @@ QStringList audioNotesOf(const QString& image) {
 
 QCoro::Task<std::optional<QString>> transcribeAudioNote(AnalyzerParts parts, QString image) {
     auto look = [image] { return audioNotesOf(image); };
+    QThreadPool* reader = parts.threads.of(QFileInfo(image).path());
     const QStringList notes = co_await onThreadOf(parts.threads, image, look);
     for (const QString& note : notes) {
         parts.log.appendToLog(u"[Analyzer] Found audio file: "_s + QFileInfo(note).fileName());
-        const auto words = co_await attempt(parts.openAI.transcribeAudio(note));
+        const auto words = co_await attempt(parts.openAI.transcribeAudio(note, reader));
         if (words) {
             parts.log.appendToLog(u"[Analyzer] Audio transcription (%1): %2"_s.arg(
                 parts.settings.prioritizeAudioFiles() ? u"PRIORITY"_s : u"CONTEXT"_s, *words));

@@ -119,12 +119,12 @@ QCoro::Task<BatchCaptionReply> OpenAIClient::generateBatchCaptions(QList<BatchIm
     co_return batchReply(response, key, fileNames);
 }
 
-QCoro::Task<QString> OpenAIClient::transcribeAudio(QString file) {
+QCoro::Task<QString> OpenAIClient::transcribeAudio(QString file, QThreadPool* reader) {
     const std::weak_ptr<const bool> life = m_life;
     const QString key = requiredKey();
     const QByteArray boundary = newBoundary();
-    const TranscriptionBody body =
-        co_await offMainThread([file, boundary] { return readTranscriptionBody(file, boundary); });
+    auto read = [file, boundary] { return readTranscriptionBody(file, boundary); };
+    const TranscriptionBody body = co_await onThreadPool(reader, read);
     throwIfGone(life);
     m_log.print(u"[OpenAIClient] Audio file: "_s + QFileInfo(file).fileName() + u", size: "_s +
                 QString::number(body.audioSize) + u" bytes"_s);

@@ -13,6 +13,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QThreadPool>
 #include <QUrl>
 #include <memory>
 #include <optional>
@@ -44,8 +45,8 @@ public:
                                                          double temperature);
 
     /// The words spoken in the audio file, untrimmed, perhaps none. Throws FileError when the file cannot be
-    /// read, otherwise as generateCaption() does.
-    QCoro::Task<QString> transcribeAudio(QString file);
+    /// read, otherwise as generateCaption() does. The file is read on one of the reader's threads.
+    QCoro::Task<QString> transcribeAudio(QString file, QThreadPool* reader = QThreadPool::globalInstance());
 
 private:
     /// How the log begins to tell what a reply had instead of an answer.
