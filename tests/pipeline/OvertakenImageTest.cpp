@@ -158,23 +158,7 @@ TEST_F(OvertakenImageTest, ARosterInTheWatchedFolderCountsInAutoMode) {
 TEST_F(OvertakenImageTest, TwoProgramsPayForAnImageOnce) {
     CaptionTurns otherTurns;
     ImageClaims otherClaims{folder.filePath(u"manifest/claims"_s)};
-    AnalyzerParts otherParts{.settings = settings,
-                             .status = status,
-                             .usage = usage,
-                             .manifest = manifest,
-                             .openAI = openAI,
-                             .prompts = prompts,
-                             .defaults = defaults,
-                             .log = log,
-                             .previews = previews,
-                             .access = access,
-                             .alerts = alerts,
-                             .notifications = notifications,
-                             .events = events,
-                             .clock = clock,
-                             .turns = otherTurns,
-                             .threads = threads,
-                             .claims = otherClaims};
+    const AnalyzerParts otherParts = partsWith(otherTurns, otherClaims);
     Analyzer other(otherParts);
     const QStringList images{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
     model.enqueue(held(uR"([{"image":1,"caption":"one"},{"image":2,"caption":"two"}])"_s));

@@ -119,6 +119,26 @@ protected:
         return image.endsWith(QStringLiteral("JPG")) ? XMPWriter().readEmbeddedCaption(image, lines)
                                                      : XMPWriter().readDefaultCaption(sidecarPath(image));
     }
+    /// What an analyzer takes, with the turns and the claims of a program of its own.
+    AnalyzerParts partsWith(CaptionTurns& itsTurns, ImageClaims& itsClaims) {
+        return {.settings = settings,
+                .status = status,
+                .usage = usage,
+                .manifest = manifest,
+                .openAI = openAI,
+                .prompts = prompts,
+                .defaults = defaults,
+                .log = log,
+                .previews = previews,
+                .access = access,
+                .alerts = alerts,
+                .notifications = notifications,
+                .events = events,
+                .clock = clock,
+                .turns = itsTurns,
+                .threads = threads,
+                .claims = itsClaims};
+    }
     /// A request that the model got.
     QJsonObject requestOf(qsizetype index) const {
         return QJsonDocument::fromJson(model.requests().at(index).body).object();
@@ -206,23 +226,7 @@ protected:
     ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), threads,
                                     clock, console, events};
     CaptionTurns turns;
-    AnalyzerParts parts{.settings = settings,
-                        .status = status,
-                        .usage = usage,
-                        .manifest = manifest,
-                        .openAI = openAI,
-                        .prompts = prompts,
-                        .defaults = defaults,
-                        .log = log,
-                        .previews = previews,
-                        .access = access,
-                        .alerts = alerts,
-                        .notifications = notifications,
-                        .events = events,
-                        .clock = clock,
-                        .turns = turns,
-                        .threads = threads,
-                        .claims = claims};
+    AnalyzerParts parts = partsWith(turns, claims);
     Analyzer analyzer{parts};
     QList<ImageReport> reports;
 };
