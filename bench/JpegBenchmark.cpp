@@ -6,12 +6,10 @@
 //   bench_jpegs read FOLDER                     reads caption and context of each
 //   bench_jpegs write FILE REPETITIONS          compares a caption write with its least parts: a copy of the
 //                                               file, flushed, and a decoding at the write's scale
-#include "metadata/ExtractError.h"
-#include "metadata/JpegDecoder.h"
 #include "metadata/XMPWriter.h"
+#include "metadata/rendition/ExtractError.h"
+#include "metadata/rendition/JpegDecoder.h"
 #include "platform/Files.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
 
 #include <unistd.h>
 
@@ -25,6 +23,9 @@
 #include <functional>
 #include <stdexcept>
 #include <vector>
+
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 namespace {

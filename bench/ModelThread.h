@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "support/ModelStandIn.h"
-
 #include <QObject>
 #include <QString>
 #include <QThread>
@@ -11,6 +9,7 @@
 #include <memory>
 
 #include "ProcessorTime.h"
+#include "standins/ModelStandIn.h"
 
 namespace ostrelle {
 

@@ -6,11 +6,8 @@
 //   bench_renditions render FILE RESULT        makes one rendition and reports the process's peak memory
 //   bench_renditions decode-half FILE          the same for LibRaw's own decode at half size
 //   bench_renditions FOLDER [benchmark flags]  compares them within one process
-#include "metadata/AreaScaler.h"
-#include "metadata/RAWPreviewExtractor.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
-#include "support/RawBuilder.h"
+#include "metadata/rendition/AreaScaler.h"
+#include "metadata/rendition/RAWPreviewExtractor.h"
 
 #include <benchmark/benchmark.h>
 #include <libraw/libraw.h>
@@ -22,6 +19,10 @@
 #include <cstring>
 #include <memory>
 #include <stdexcept>
+
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/RawBuilder.h"
 
 namespace ostrelle {
 namespace {

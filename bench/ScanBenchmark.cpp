@@ -6,10 +6,6 @@
 #include "platform/Files.h"
 #include "platform/PathReferences.h"
 #include "platform/SystemClock.h"
-#include "support/JpegBuilder.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
-#include "support/SportsScene.h"
 #include "transfer/LocalFolderScan.h"
 
 #include <dirent.h>
@@ -26,6 +22,11 @@
 #include <QTimer>
 #include <algorithm>
 #include <functional>
+
+#include "standins/JpegBuilder.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 namespace {

@@ -7,12 +7,10 @@
 //   bench_unattended memory FOLDER            captions it and reports the process's peak memory
 #include "cli/CommandProgram.h"
 #include "core/Error.h"
-#include "metadata/ImageKind.h"
+#include "metadata/facts/ImageKind.h"
 #include "pipeline/ImageListing.h"
 #include "platform/ApiKey.h"
 #include "platform/Files.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -30,6 +28,8 @@
 
 #include "../demo/ShootSidecar.h"
 #include "ModelThread.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
 
 namespace ostrelle {
 namespace {

@@ -6,7 +6,7 @@
 #include "core/Error.h"
 #include "pipeline/ImageListing.h"
 #include "platform/ApiKey.h"
-#include "shell/Theme.h"
+#include "shell/toolkit/Theme.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -2,10 +2,11 @@
 // ostrelle-caption against the stand-in for the model service, in one process. The stand-in takes one key.
 #include "cli/CommandLine.h"
 #include "core/Error.h"
-#include "support/ModelStandIn.h"
 
 #include <QCoreApplication>
 #include <cstdio>
+
+#include "standins/ModelStandIn.h"
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

@@ -2,10 +2,11 @@
 // ostrelle-caption against a stand-in for the model service that is out of order for one request in five.
 #include "cli/CommandLine.h"
 #include "core/Error.h"
-#include "support/ModelStandIn.h"
 
 #include <QCoreApplication>
 #include <cstdio>
+
+#include "standins/ModelStandIn.h"
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

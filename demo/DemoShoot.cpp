@@ -3,9 +3,6 @@
 // JPEG with the same fields inside, and the Code Replacements file of the game.
 #include "core/Error.h"
 #include "platform/Files.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -14,6 +11,9 @@
 #include <cstdio>
 
 #include "ShootSidecar.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 namespace {
 

@@ -2,10 +2,6 @@
 // A photographer's day at random: drops RAW files, JPEGs, sidecars and audio notes into a folder for so many
 // seconds, some of them slowly, and prints a line of JSON for each image when it is complete.
 #include "core/Error.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
-#include "support/StandInTranscription.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -17,6 +13,10 @@
 #include <random>
 
 #include "ShootSidecar.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
+#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

@@ -7,8 +7,8 @@
 #include "platform/DesktopColorScheme.h"
 #include "platform/InterruptSignals.h"
 #include "platform/SystemClock.h"
-#include "shell/DesktopAppearance.h"
-#include "shell/Icon.h"
+#include "shell/desktop/DesktopAppearance.h"
+#include "shell/toolkit/Icon.h"
 
 #include <QApplication>
 #include <QEventLoop>

@@ -8,9 +8,9 @@
 #include "platform/JsonDefaultsStore.h"
 #include "program/CaptionProgram.h"
 #include "shell/AppDelegate.h"
-#include "shell/DesktopAlerts.h"
-#include "shell/DesktopFileChooser.h"
-#include "shell/DesktopWorkspace.h"
+#include "shell/desktop/DesktopAlerts.h"
+#include "shell/desktop/DesktopFileChooser.h"
+#include "shell/desktop/DesktopWorkspace.h"
 
 #include <functional>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/EditConditions.h"
 
-#include "metadata/ImageKind.h"
-#include "metadata/SidecarPath.h"
+#include "metadata/facts/ImageKind.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "platform/FileError.h"
 #include "platform/WriteCheck.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/ImageMetadata.h"
 
-#include "metadata/EmbeddedCaptionWrite.h"
-#include "metadata/ImageKind.h"
-#include "metadata/SidecarPath.h"
 #include "metadata/XMPWriter.h"
+#include "metadata/facts/ImageKind.h"
+#include "metadata/jpeg/EmbeddedCaptionWrite.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
 #include "platform/WriteCheck.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/CaptionSource.h"
-#include "metadata/ImageFacts.h"
+#include "metadata/facts/ImageFacts.h"
+#include "metadata/source/CaptionSource.h"
 #include "platform/PlainLog.h"
 
 #include <QString>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/CaptionSource.h"
-#include "metadata/ImageFacts.h"
-#include "metadata/XMPContext.h"
+#include "metadata/facts/ImageFacts.h"
+#include "metadata/facts/XMPContext.h"
+#include "metadata/source/CaptionSource.h"
 #include "platform/PlainLog.h"
 
 #include <QString>

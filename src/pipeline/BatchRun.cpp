@@ -2,8 +2,8 @@
 #include "pipeline/BatchRun.h"
 
 #include "core/Attempt.h"
-#include "metadata/OvertakenError.h"
-#include "metadata/SidecarPath.h"
+#include "metadata/facts/OvertakenError.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/CaptionWriting.h"
 #include "pipeline/ImageFailure.h"

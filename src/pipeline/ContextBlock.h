@@ -3,7 +3,7 @@
 
 #include "core/CaptionStyle.h"
 #include "core/Sport.h"
-#include "metadata/XMPContext.h"
+#include "metadata/facts/XMPContext.h"
 
 #include <QString>
 #include <QTimeZone>

@@ -2,8 +2,8 @@
 #include "pipeline/ImageFailure.h"
 
 #include "core/Attempt.h"
-#include "metadata/SidecarPath.h"
-#include "metadata/XMPError.h"
+#include "metadata/facts/XMPError.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/AnalyzerError.h"
 #include "services/OpenAIError.h"
 

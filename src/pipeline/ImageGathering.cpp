@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ImageGathering.h"
 
-#include "metadata/SidecarPath.h"
-#include "metadata/XMPError.h"
+#include "metadata/facts/XMPError.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/AudioNote.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/FolderWork.h"

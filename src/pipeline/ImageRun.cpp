@@ -3,8 +3,8 @@
 
 #include "core/Attempt.h"
 #include "core/Text.h"
-#include "metadata/OvertakenError.h"
-#include "metadata/XmlDocument.h"
+#include "metadata/facts/OvertakenError.h"
+#include "metadata/xml/XmlDocument.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/CaptionWriting.h"

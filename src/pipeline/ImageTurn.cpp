@@ -2,8 +2,8 @@
 #include "pipeline/ImageTurn.h"
 
 #include "core/Attempt.h"
-#include "metadata/ImageKind.h"
-#include "metadata/OvertakenError.h"
+#include "metadata/facts/ImageKind.h"
+#include "metadata/facts/OvertakenError.h"
 #include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/ImageFailure.h"

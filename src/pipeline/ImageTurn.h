@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/OvertakenError.h"
+#include "metadata/facts/OvertakenError.h"
 #include "pipeline/AnalyzerParts.h"
 #include "pipeline/ImageClaiming.h"
 #include "pipeline/ImageReport.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ManualSelection.h"
 
-#include "metadata/ImageKind.h"
+#include "metadata/facts/ImageKind.h"
 
 #include <QFileInfo>
 #include <QSet>

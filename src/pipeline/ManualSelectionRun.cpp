@@ -4,7 +4,7 @@
 #include "core/Attempt.h"
 #include "core/Text.h"
 #include "metadata/ImageMetadata.h"
-#include "metadata/SidecarPath.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"

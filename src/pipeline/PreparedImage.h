@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/CaptionSource.h"
+#include "metadata/source/CaptionSource.h"
 
 #include <QByteArray>
 #include <QString>

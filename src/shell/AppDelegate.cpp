@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/AppDelegate.h"
 
-#include "shell/AboutView.h"
-#include "shell/HelpView.h"
-#include "shell/Icon.h"
-#include "shell/MenuContentView.h"
-#include "shell/OnboardingView.h"
-#include "shell/SettingsView.h"
-#include "shell/Theme.h"
+#include "shell/help/AboutView.h"
+#include "shell/help/HelpView.h"
+#include "shell/panel/MenuContentView.h"
+#include "shell/settings/SettingsView.h"
+#include "shell/toolkit/Icon.h"
+#include "shell/toolkit/Theme.h"
+#include "shell/tour/OnboardingView.h"
 
 #include <QAction>
 #include <QEvent>
@@ -42,12 +42,12 @@ enum class Resizing { free, none };
 constexpr auto fixedWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                              Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
 
-/// Makes the window on first demand and puts it in front.
-template <typename View>
-void present(std::unique_ptr<View>& window, const ShellParts& parts, const QString& title, QSize size,
-             Resizing resizing = Resizing::free) {
+/// Makes the window on first demand, from what it works with, and puts it in front.
+template <typename View, typename... Parts>
+void present(std::unique_ptr<View>& window, const QString& title, QSize size, Resizing resizing,
+             Parts&... parts) {
     if (!window) {
-        window = std::make_unique<View>(parts);
+        window = std::make_unique<View>(parts...);
         window->setWindowTitle(title);
         if (resizing == Resizing::none) {
             window->setWindowFlags(fixedWindow);
@@ -182,7 +182,7 @@ void AppDelegate::showMainWindow() {
 }
 
 void AppDelegate::showAboutWindow() {
-    present(m_aboutWindow, m_parts, u"About Ostrelle Captions"_s, {400, 450}, Resizing::none);
+    present(m_aboutWindow, u"About Ostrelle Captions"_s, {400, 450}, Resizing::none, m_parts.workspace);
 }
 
 void AppDelegate::showSettingsWindow() {
@@ -190,17 +190,17 @@ void AppDelegate::showSettingsWindow() {
     if (m_settingsWindow) {
         m_settingsWindow->resize(fitting(*m_settingsWindow, {m_settingsWindow->width(), size.height()}));
     }
-    present(m_settingsWindow, m_parts, u"Settings"_s, size);
+    present(m_settingsWindow, u"Settings"_s, size, Resizing::free, m_parts);
     m_settingsWindow->setMinimumSize(500, 400);
 }
 
 void AppDelegate::showHelpWindow() {
-    present(m_helpWindow, m_parts, u"Help - IPTC Preset Guide"_s, {900, 820});
+    present(m_helpWindow, u"Help - IPTC Preset Guide"_s, {900, 820}, Resizing::free);
     m_helpWindow->setMinimumSize(fitting(*m_helpWindow, {900, 720}));
 }
 
 void AppDelegate::showOnboardingWindow() {
-    present(m_onboardingWindow, m_parts, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none);
+    present(m_onboardingWindow, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none, m_parts);
     m_onboardingWindow->addActions(m_shortcuts); // the menus of a window that is hidden hear no keys
 }
 

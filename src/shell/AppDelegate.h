@@ -2,8 +2,8 @@
 #pragma once
 
 #include "core/TaskGroup.h"
-#include "shell/DashboardShortcut.h"
-#include "shell/ShellParts.h"
+#include "shell/desktop/DashboardShortcut.h"
+#include "shell/panel/ShellParts.h"
 #include "transfer/AutoModeController.h"
 
 #include <QMainWindow>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/ImageFacts.h"
+#include "metadata/facts/ImageFacts.h"
 #include "transfer/SeenImage.h"
 
 #include <QList>

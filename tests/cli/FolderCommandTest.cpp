@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/XMPWriter.h"
-#include "support/JpegBuilder.h"
 
 #include <signal.h>
 
@@ -11,6 +10,7 @@
 #include <QJsonObject>
 
 #include "CommandLineFixture.h"
+#include "standins/JpegBuilder.h"
 
 namespace ostrelle {
 

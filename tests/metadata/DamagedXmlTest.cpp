@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/Error.h"
-#include "metadata/EmbeddedCaptionEdit.h"
-#include "metadata/EmbeddedMetadata.h"
 #include "metadata/JpegMetadataBytes.h"
-#include "metadata/JpegSegments.h"
-#include "metadata/SidecarCaptionEdit.h"
-#include "metadata/XmlDocument.h"
-#include "metadata/XmpPacket.h"
+#include "metadata/bytes/JpegSegments.h"
+#include "metadata/jpeg/EmbeddedCaptionEdit.h"
+#include "metadata/jpeg/EmbeddedMetadata.h"
+#include "metadata/jpeg/XmpPacket.h"
+#include "metadata/sidecar/SidecarCaptionEdit.h"
+#include "metadata/xml/XmlDocument.h"
 #include "platform/Files.h"
 #include "support/Corpus.h"
 

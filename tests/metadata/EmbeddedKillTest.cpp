@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "metadata/JpegDecoder.h"
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/XMPWriter.h"
+#include "metadata/rendition/JpegDecoder.h"
 #include "support/KilledWriter.h"
 #include "support/RecordingLog.h"
 

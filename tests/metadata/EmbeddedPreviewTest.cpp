@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/RenditionFixture.h"
-#include "support/RawBuilder.h"
 
 #include <QtEndian>
 #include <algorithm>
 #include <random>
+
+#include "standins/RawBuilder.h"
 
 namespace ostrelle {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/SidecarBytes.h"
-#include "metadata/XMPError.h"
+#include "metadata/facts/XMPError.h"
 #include "support/FullDisk.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"

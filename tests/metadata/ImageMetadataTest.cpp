@@ -3,12 +3,11 @@
 
 #include "metadata/EditConditions.h"
 #include "metadata/JpegMetadataBytes.h"
-#include "metadata/OvertakenError.h"
 #include "metadata/SidecarBytes.h"
-#include "metadata/SidecarPath.h"
-#include "metadata/XMPError.h"
+#include "metadata/facts/OvertakenError.h"
+#include "metadata/facts/XMPError.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "platform/FileError.h"
-#include "support/DngBuilder.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 
@@ -16,6 +15,8 @@
 
 #include <QDir>
 #include <functional>
+
+#include "standins/DngBuilder.h"
 
 namespace ostrelle {
 

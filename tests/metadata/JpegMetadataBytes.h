@@ -2,13 +2,14 @@
 #pragma once
 
 #include "support/FileInFolder.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
 
 #include <gtest/gtest.h>
 
 #include <QtEndian>
 #include <optional>
+
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "metadata/MetadataDates.h"
+#include "metadata/facts/MetadataDates.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/RenditionFixture.h"
-#include "support/RawBuilder.h"
-#include "support/TiffBuilder.h"
 
 #include <QTransform>
+
+#include "standins/RawBuilder.h"
+#include "standins/TiffBuilder.h"
 
 namespace ostrelle {
 namespace {

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/ExtractError.h"
-#include "metadata/RAWPreviewExtractor.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
+#include "metadata/rendition/ExtractError.h"
+#include "metadata/rendition/RAWPreviewExtractor.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +10,10 @@
 #include <QTemporaryDir>
 #include <cstdlib>
 #include <optional>
+
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/SidecarBytes.h"
-#include "metadata/XmlDocument.h"
-#include "metadata/XmlError.h"
-#include "metadata/XmpNamespaces.h"
-#include "metadata/XmpQueries.h"
+#include "metadata/xml/XmlDocument.h"
+#include "metadata/xml/XmlError.h"
+#include "metadata/xml/XmpNamespaces.h"
+#include "metadata/xml/XmpQueries.h"
 #include "platform/Files.h"
 #include "support/Corpus.h"
 #include "support/RecordingLog.h"

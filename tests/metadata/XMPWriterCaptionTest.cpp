@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/SidecarBytes.h"
-#include "metadata/XMPError.h"
-#include "metadata/XmlDocument.h"
-#include "metadata/XmlError.h"
+#include "metadata/facts/XMPError.h"
+#include "metadata/xml/XmlDocument.h"
+#include "metadata/xml/XmlError.h"
 #include "platform/FileError.h"
 #include "support/FullDisk.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/SidecarBytes.h"
-#include "metadata/SidecarPath.h"
-#include "metadata/XMPError.h"
-#include "metadata/XmlError.h"
+#include "metadata/facts/XMPError.h"
+#include "metadata/sidecar/SidecarPath.h"
+#include "metadata/xml/XmlError.h"
 #include "support/RecordingLog.h"
 
 namespace ostrelle {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "metadata/XmlDocument.h"
+#include "metadata/xml/XmlDocument.h"
 
-#include "metadata/SidecarCaptionEdit.h"
-#include "metadata/XmlError.h"
-#include "metadata/XmpNamespaces.h"
-#include "metadata/XmpQueries.h"
+#include "metadata/sidecar/SidecarCaptionEdit.h"
+#include "metadata/xml/XmlError.h"
+#include "metadata/xml/XmpNamespaces.h"
+#include "metadata/xml/XmpQueries.h"
 
 #include <gtest/gtest.h>
 

@@ -2,11 +2,12 @@
 #include "pipeline/AudioNote.h"
 
 #include "pipeline/PipelineFixture.h"
-#include "support/StandInTranscription.h"
 
 #include <sys/stat.h>
 
 #include <QFileInfo>
+
+#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

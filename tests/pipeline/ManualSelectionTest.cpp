@@ -2,11 +2,12 @@
 #include "pipeline/ManualSelection.h"
 
 #include "platform/PathReferences.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
 #include "support/RecordingLog.h"
 
 #include <gtest/gtest.h>
+
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/SidecarPath.h"
 #include "metadata/XMPWriter.h"
+#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/Analyzer.h"
 #include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
 #include "promptserver/PromptServer.h"
 #include "support/Await.h"
-#include "support/DngBuilder.h"
-#include "support/JpegBuilder.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
-#include "support/ModelStandIn.h"
 #include "support/RecordingLog.h"
 #include "support/RecordingNotifications.h"
-#include "support/SportsScene.h"
 #include "support/Unprivileged.h"
 #include "support/VirtualClock.h"
 
@@ -28,6 +22,13 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPromise>
+
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
+#include "standins/ModelStandIn.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/SelectionTally.h"
 
-#include "metadata/XMPError.h"
+#include "metadata/facts/XMPError.h"
 #include "pipeline/AnalyzerError.h"
 #include "platform/FileError.h"
 #include "services/OpenAIError.h"

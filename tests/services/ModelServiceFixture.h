@@ -5,11 +5,7 @@
 #include "services/OpenAIClient.h"
 #include "services/OpenAIError.h"
 #include "support/Await.h"
-#include "support/JpegBuilder.h"
-#include "support/MemoryDefaults.h"
-#include "support/ModelStandIn.h"
 #include "support/RecordingLog.h"
-#include "support/SportsScene.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +17,11 @@
 #include <QThreadPool>
 #include <memory>
 #include <stdexcept>
+
+#include "standins/JpegBuilder.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/ModelStandIn.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "support/ModelStandIn.h"
+#include "standins/ModelStandIn.h"
 
 #include "support/Await.h"
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
-#include "support/StandInTranscription.h"
 
 #include <gtest/gtest.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTcpSocket>
+
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
+#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

@@ -2,7 +2,6 @@
 #include "services/HttpChannel.h"
 #include "services/TransportError.h"
 #include "support/Await.h"
-#include "support/HttpRequestReader.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +9,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <vector>
+
+#include "standins/HttpRequestReader.h"
 
 namespace ostrelle {
 

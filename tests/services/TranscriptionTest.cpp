@@ -3,13 +3,14 @@
 #include "services/ModelServiceFixture.h"
 #include "services/TranscriptionRequest.h"
 #include "services/TransportError.h"
-#include "support/StandInTranscription.h"
 
 #include <gmock/gmock.h>
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <cerrno>
+
+#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

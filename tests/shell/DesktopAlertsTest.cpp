@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/DesktopAlerts.h"
+#include "shell/desktop/DesktopAlerts.h"
 
 #include "support/Await.h"
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/AboutView.h"
-#include "shell/HelpView.h"
-#include "shell/Illustration.h"
-#include "shell/IptcField.h"
-#include "shell/OnboardingSteps.h"
 #include "shell/ShellFixture.h"
-#include "shell/WebPages.h"
+#include "shell/help/AboutView.h"
+#include "shell/help/HelpView.h"
+#include "shell/help/IptcField.h"
+#include "shell/help/WebPages.h"
+#include "shell/toolkit/Illustration.h"
+#include "shell/tour/OnboardingSteps.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace ostrelle {
@@ -41,8 +42,7 @@ QString brokenDrawing(const QTemporaryDir& folder) {
 } // namespace
 
 TEST(HelpViewTest, ShowsThePresetAndEachFieldWithItsNote) {
-    ShellWorld world;
-    HelpView help(world.parts);
+    HelpView help;
     const auto* picture = help.findChild<Illustration*>(u"presetPicture"_s);
     ASSERT_TRUE(picture);
     EXPECT_FALSE(picture->isMissing());
@@ -57,9 +57,9 @@ TEST(HelpViewTest, ShowsThePresetAndEachFieldWithItsNote) {
 }
 
 TEST(HelpViewTest, WordsStandInForAPictureThatIsMissingOrBroken) {
-    ShellWorld world;
-    for (const QString& path : {u":/nowhere.svg"_s, brokenDrawing(world.folder)}) {
-        HelpView help(world.parts, path);
+    const QTemporaryDir folder;
+    for (const QString& path : {u":/nowhere.svg"_s, brokenDrawing(folder)}) {
+        HelpView help(path);
         EXPECT_FALSE(help.findChild<Illustration*>(u"presetPicture"_s)) << path.toStdString();
         const QStringList words = wordsOf(help);
         EXPECT_TRUE(words.contains(u"Image not found"_s)) << path.toStdString();
@@ -69,8 +69,7 @@ TEST(HelpViewTest, WordsStandInForAPictureThatIsMissingOrBroken) {
 }
 
 TEST(HelpViewTest, KeysScrollAndCloseAWindowThatIsTooLow) {
-    ShellWorld world;
-    HelpView help(world.parts);
+    HelpView help;
     help.resize(900, 400);
     help.show();
     help.activateWindow();
@@ -84,8 +83,7 @@ TEST(HelpViewTest, KeysScrollAndCloseAWindowThatIsTooLow) {
 }
 
 TEST(HelpViewTest, NothingIsCutAtItsUsualWidth) {
-    ShellWorld world;
-    HelpView help(world.parts);
+    HelpView help;
     EXPECT_LE(help.findChild<QScrollArea*>()->widget()->minimumSizeHint().width(), 900);
 }
 
@@ -103,7 +101,7 @@ TEST(IllustrationTest, EachSignThatAViewNamesIsThere) {
 TEST(AboutViewTest, TellsTheVersionAndLeadsToTheWebPages) {
     ShellWorld world;
     QCoreApplication::setApplicationVersion(u"7.8.9"_s);
-    AboutView about(world.parts);
+    AboutView about(world.workspace);
     about.show();
     EXPECT_EQ(about.findChild<QLabel*>(u"version"_s)->text(), u"Version 7.8.9"_s);
     QTest::mouseClick(about.findChild<QWidget*>(u"learnMore"_s), Qt::LeftButton);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "shell/MenuContentView.h"
-#include "shell/ProgressLine.h"
 #include "shell/ShellFixture.h"
+#include "shell/panel/MenuContentView.h"
+#include "shell/toolkit/ProgressLine.h"
 #include "support/Await.h"
 
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/ColorSwatchPicker.h"
-#include "shell/InfoButton.h"
 #include "shell/MenuContentViewFixture.h"
-#include "shell/Picker.h"
-#include "shell/Popover.h"
-#include "shell/StatusMark.h"
-#include "shell/Switch.h"
+#include "shell/toolkit/ColorSwatchPicker.h"
+#include "shell/toolkit/InfoButton.h"
+#include "shell/toolkit/Picker.h"
+#include "shell/toolkit/Popover.h"
+#include "shell/toolkit/StatusMark.h"
+#include "shell/toolkit/Switch.h"
 
 #include <QAccessible>
 #include <QLineEdit>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/OnboardingView.h"
+#include "shell/tour/OnboardingView.h"
 
 #include "shell/ShellFixture.h"
 #include "support/Await.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/ActionButton.h"
 #include "shell/MenuContentViewFixture.h"
-#include "shell/Switch.h"
+#include "shell/toolkit/ActionButton.h"
+#include "shell/toolkit/Switch.h"
 
 #include <QDir>
 #include <QMessageBox>

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Writes a picture of every view in light and dark, for looking at: ostrelle-screens FOLDER.
 #include "pipeline/ReadinessRules.h"
-#include "shell/ColorSwatchPicker.h"
-#include "shell/DesktopAlerts.h"
-#include "shell/InfoButton.h"
-#include "shell/Popover.h"
 #include "shell/ProgramWorld.h"
 #include "shell/ScreenShots.h"
-#include "shell/Theme.h"
 #include "shell/ToolkitGallery.h"
+#include "shell/desktop/DesktopAlerts.h"
+#include "shell/toolkit/ColorSwatchPicker.h"
+#include "shell/toolkit/InfoButton.h"
+#include "shell/toolkit/Popover.h"
+#include "shell/toolkit/Theme.h"
 
 #include <QApplication>
 #include <QComboBox>

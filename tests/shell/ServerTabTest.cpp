@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/SettingsViewFixture.h"
-#include "shell/StatusMark.h"
+#include "shell/toolkit/StatusMark.h"
 
 #include <QLineEdit>
 #include <QSignalSpy>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "shell/SettingsView.h"
 #include "shell/ShellFixture.h"
+#include "shell/settings/SettingsView.h"
 #include "support/Await.h"
 
 #include <gtest/gtest.h>

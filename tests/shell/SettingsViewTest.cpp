@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/InfoButton.h"
-#include "shell/Picker.h"
-#include "shell/Popover.h"
-#include "shell/SettingRow.h"
 #include "shell/SettingsViewFixture.h"
-#include "shell/Switch.h"
+#include "shell/toolkit/InfoButton.h"
+#include "shell/toolkit/Picker.h"
+#include "shell/toolkit/Popover.h"
+#include "shell/toolkit/SettingRow.h"
+#include "shell/toolkit/Switch.h"
 
 #include <QAbstractButton>
 #include <QAction>

@@ -3,14 +3,15 @@
 
 #include "platform/PathReferences.h"
 #include "promptserver/PromptServer.h"
-#include "shell/ShellParts.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
+#include "shell/panel/ShellParts.h"
 #include "support/RecordingLog.h"
 #include "support/RecordingNotifications.h"
 #include "support/VirtualClock.h"
 
 #include <QTemporaryDir>
+
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

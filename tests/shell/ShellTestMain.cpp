@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/Theme.h"
+#include "shell/toolkit/Theme.h"
 
 #include <gtest/gtest.h>
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/Theme.h"
+#include "shell/toolkit/Theme.h"
 
 #include "platform/DesktopColorScheme.h"
-#include "shell/ColorSwatchPicker.h"
-#include "shell/DesktopAlerts.h"
-#include "shell/DesktopAppearance.h"
-#include "shell/InfoButton.h"
 #include "shell/ProgramWorld.h"
 #include "shell/ScreenShots.h"
 #include "shell/ToolkitGallery.h"
+#include "shell/desktop/DesktopAlerts.h"
+#include "shell/desktop/DesktopAppearance.h"
+#include "shell/toolkit/ColorSwatchPicker.h"
+#include "shell/toolkit/InfoButton.h"
 
 #include <gtest/gtest.h>
 

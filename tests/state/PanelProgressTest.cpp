@@ -2,12 +2,13 @@
 #include "state/PanelProgress.h"
 
 #include "platform/PathReferences.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
+
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

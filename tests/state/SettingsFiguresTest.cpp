@@ -3,14 +3,15 @@
 
 #include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
 #include <QLocale>
+
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

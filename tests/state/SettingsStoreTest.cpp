@@ -5,7 +5,6 @@
 #include "state/SlowSecrets.h"
 #include "support/Await.h"
 #include "support/LockedSecrets.h"
-#include "support/MemoryDefaults.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
@@ -21,6 +20,8 @@
 #include <QThread>
 #include <functional>
 #include <memory>
+
+#include "standins/MemoryDefaults.h"
 
 namespace ostrelle {
 

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "support/MemorySecrets.h"
 #include "support/VirtualClock.h"
 
 #include <QCoreApplication>
 #include <QStringList>
 #include <chrono>
+
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/StatusStore.h"
 
-#include "support/MemoryDefaults.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +8,8 @@
 #include <QSignalSpy>
 #include <limits>
 #include <memory>
+
+#include "standins/MemoryDefaults.h"
 
 namespace ostrelle {
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "support/JpegBuilder.h"
-#include "support/SportsScene.h"
 #include "transfer/LocalScanFixture.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

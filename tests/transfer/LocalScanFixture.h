@@ -3,8 +3,6 @@
 
 #include "platform/PathReferences.h"
 #include "support/Await.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 #include "support/VirtualClock.h"
@@ -18,6 +16,9 @@
 #include <QSemaphore>
 #include <QtConcurrentRun>
 #include <functional>
+
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

@@ -3,8 +3,6 @@
 
 #include "platform/PathReferences.h"
 #include "support/Await.h"
-#include "support/MemoryDefaults.h"
-#include "support/MemorySecrets.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
@@ -16,6 +14,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtConcurrentRun>
+
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/jpeg/EmbeddedCaptionWrite.h"
+
+#include "metadata/bytes/JpegFront.h"
+#include "metadata/facts/XMPError.h"
+#include "metadata/jpeg/EditRefusal.h"
+#include "metadata/jpeg/EmbeddedCaptionEdit.h"
+#include "metadata/jpeg/EmbeddedMetadata.h"
+#include "metadata/jpeg/EmbeddedReading.h"
+#include "metadata/rendition/ExtractError.h"
+#include "metadata/rendition/JpegDecoder.h"
+#include "platform/FileError.h"
+#include "platform/Files.h"
+#include "platform/WriteCheck.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <algorithm>
+#include <cerrno>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 maximumFileSize = qint64{512} << 20;
+
+/// What the edits look at of a file: its segments, and the end of what follows the picture.
+QByteArray frontAndTrailer(const QString& path) {
+    constexpr qint64 trailerSize = 64;
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        throw XMPError(XMPError::Case::fileMissing);
+    }
+    if (file.size() > maximumFileSize) {
+        throw FileError(u"read"_s, path, EFBIG);
+    }
+    QByteArray bytes = readJpegFront(file);
+    file.seek(std::max(file.size() - trailerSize, qint64{bytes.size()}));
+    return bytes + file.read(trailerSize);
+}
+
+/// One caption write into one file, or the trial of one, with its words for the log.
+class EmbeddedCaptionWrite {
+public:
+    EmbeddedCaptionWrite(const QString& path, const QString& caption, PlainLog& log,
+                         const std::optional<CaptionSource>& source)
+        : m_path(path), m_caption(caption), m_log(log), m_source(source) {}
+
+    FileStamp run() {
+        const FileStamp written = edit();
+        if (m_hasManifest) {
+            say(u"%1 carries content credentials (C2PA), whose signature does not match the file any more."_s
+                    .arg(fileName()));
+        }
+        return written;
+    }
+
+    void tryOut() {
+        try {
+            requireReplaceable(m_path);
+            withEmbeddedCaption(frontAndTrailer(m_path), m_caption);
+        } catch (const FileError& error) {
+            if (error.isPermissionDenied()) {
+                explain(error);
+            }
+            throw XMPError(XMPError::Case::writeFailed, error.localizedDescription());
+        } catch (const EditRefusal& refusal) {
+            refuse(refusal);
+        }
+    }
+
+private:
+    FileStamp edit() {
+        try {
+            return editFile(m_path, maximumFileSize,
+                            [this](const QByteArray& original) { return edited(original); });
+        } catch (const FileError& error) {
+            if (m_attempts == 0) { // it was not even read
+                throw XMPError(XMPError::Case::fileMissing, error.localizedDescription());
+            }
+            explain(error);
+            throw XMPError(XMPError::Case::writeFailed, error.localizedDescription());
+        }
+    }
+
+    void say(const QString& words) { m_log.print(u"[XMPWriter] "_s + words); }
+    QString fileName() const { return QFileInfo(m_path).fileName(); }
+
+    void tell(const QString& event, const QString& reason) {
+        say(event + fileName());
+        say(u"Parent directory: "_s + QFileInfo(m_path).absolutePath());
+        say(u"Error: "_s + reason);
+    }
+
+    /// Called again for what another program has put in the file's place meanwhile.
+    QByteArray edited(const QByteArray& original) {
+        const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(original);
+        if (m_attempts++ > 0) {
+            say(u"The file was changed by another program, reading it again: "_s + fileName());
+        }
+        if (!metadata) { // which it was, or another program is in the middle of writing it
+            throw XMPError(XMPError::Case::parseFailed);
+        }
+        if (m_attempts == 1) {
+            tellWhatStays(*metadata);
+        }
+        if (m_source) {
+            requireSamePicture(m_path, m_source->picture); // which has been decoded whole for its rendition
+            requireSameFacts(embeddedReading(*metadata, m_source->zone).facts, m_source->facts);
+        } else {
+            checkPicture();
+        }
+        m_hasManifest = hasSignedManifest(original);
+        return withCaption(original);
+    }
+
+    [[noreturn]] void refuse(const EditRefusal& refusal) {
+        const QString reason = refusal.localizedDescription();
+        say(u"Nothing was written into %1, because %2."_s.arg(fileName(), reason));
+        throw XMPError(XMPError::Case::writeFailed, u"The reason: %1."_s.arg(reason));
+    }
+
+    void tellWhatStays(const EmbeddedMetadata& metadata) {
+        if (!metadata.iptc.isEmpty()) {
+            say(u"Preserving IPTC fields: "_s + metadata.iptc.keys().join(u", "_s));
+        }
+    }
+
+    /// A file whose picture is damaged is left alone: it may still be arriving.
+    void checkPicture() {
+        constexpr int side = 64; // the smallest decoding that still goes over all of the data
+        try {
+            decodeJpeg(m_path, side);
+        } catch (const ExtractError&) {
+            throw XMPError(XMPError::Case::parseFailed);
+        }
+    }
+
+    QByteArray withCaption(const QByteArray& original) {
+        try {
+            return withEmbeddedCaption(original, m_caption);
+        } catch (const EditRefusal& refusal) {
+            say(u"ERROR: Failed to finalize image to temp file"_s);
+            refuse(refusal);
+        }
+    }
+
+    void explain(const FileError& error) {
+        if (error.isPermissionDenied()) {
+            tell(u"ERROR: File coordination failed for "_s, error.localizedDescription());
+            say(u"This usually indicates a permission issue. Please grant folder access permissions."_s);
+            return;
+        }
+        say(u"ERROR: Failed to copy temp file to final location: "_s + error.localizedDescription());
+        tell(u"ERROR: Write operation failed for "_s, error.localizedDescription());
+    }
+
+    QString m_path;
+    QString m_caption;
+    PlainLog& m_log;
+    std::optional<CaptionSource> m_source;
+    int m_attempts = 0;
+    bool m_hasManifest = false;
+};
+
+} // namespace
+
+FileStamp writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
+                               const std::optional<CaptionSource>& source) {
+    return EmbeddedCaptionWrite(path, caption, log, source).run();
+}
+
+void requireEditableJpeg(const QString& path, PlainLog& log) {
+    const QString longCaption(400, QChar(0x00E9)); // which no metadata hold as ASCII
+    EmbeddedCaptionWrite(path, longCaption, log, std::nullopt).tryOut();
+}
+
+} // namespace ostrelle

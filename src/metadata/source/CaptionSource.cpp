@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "metadata/source/CaptionSource.h"
+
+#include "metadata/facts/OvertakenError.h"
+#include "metadata/rendition/ExtractError.h"
+
+namespace ostrelle {
+
+namespace {
+
+/// Programs that set a rating also tidy up an empty caption, or compose its letters in another way.
+QString comparable(const std::optional<QString>& caption) {
+    return caption.value_or(QString()).trimmed().normalized(QString::NormalizationForm_C);
+}
+
+bool isSamePicture(const QString& image, const SeenPicture& seen) {
+    if (seen.stamp && seen.stamp == FileStamp::at(image)) {
+        return true;
+    }
+    try {
+        return seePicture(image, seen.maxPixelSize, seen.quality).rendition.jpeg == seen.rendition.jpeg;
+    } catch (const ExtractError&) {
+        return false;
+    }
+}
+
+} // namespace
+
+SeenPicture seePicture(const QString& image, double maxPixelSize, double quality) {
+    SeenPicture picture{.stamp = FileStamp::at(image), // from before it is read
+                        .rendition = {},
+                        .maxPixelSize = maxPixelSize,
+                        .quality = quality};
+    picture.rendition =
+        RAWPreviewExtractor().extractPreview(image, maxPixelSize, quality, Orientation::upright);
+    return picture;
+}
+
+void requireSameFacts(const ImageFacts& now, const ImageFacts& source) {
+    using Case = OvertakenError::Case;
+    ImageFacts others = now;
+    others.caption = source.caption;
+    others.otherCaptions = source.otherCaptions;
+    const bool isSameElse = others == source;
+    const bool isSameCaption =
+        comparable(now.caption) == comparable(source.caption) && now.otherCaptions == source.otherCaptions;
+    if (!isSameCaption) {
+        throw OvertakenError(isSameElse ? Case::captionEdited : Case::captionAndFactsEdited);
+    }
+    if (!isSameElse) {
+        throw OvertakenError(Case::factsChanged);
+    }
+}
+
+void requireSamePicture(const QString& image, const SeenPicture& seen) {
+    if (!isSamePicture(image, seen)) {
+        throw OvertakenError(OvertakenError::Case::pictureReplaced);
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <QWidget>
+
+namespace ostrelle {
+
+class ActionButton;
+
+/// What the program is called, which version it is, and where to learn more. Escape closes it.
+class AboutView : public QWidget {
+    Q_OBJECT
+
+public:
+    /// The workspace has to outlive the view.
+    explicit AboutView(Workspace& workspace, QWidget* parent = nullptr);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    ActionButton* makeLink(const QString& words, const QString& name, const QUrl& page);
+
+    Workspace& m_workspace;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/panel/AutoModeRow.h"
+
+#include "shell/panel/PanelActions.h"
+#include "shell/toolkit/CounterLabel.h"
+#include "shell/toolkit/SettingRow.h"
+#include "shell/toolkit/Switch.h"
+#include "shell/toolkit/Theme.h"
+#include "state/PanelProgress.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The sign that something is on.
+class Dot : public QWidget {
+public:
+    Dot() { setFixedSize(diameter, diameter); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Theme::of(*this).good);
+        painter.drawEllipse(rect());
+    }
+
+private:
+    static constexpr int diameter = 8;
+};
+
+QString nameOf(SourceType source) {
+    return source == SourceType::local ? u"Automatically Caption New Images"_s
+                                       : u"Automatically Download/Caption New Images Added to FTP Server"_s;
+}
+
+} // namespace
+
+AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, QWidget* parent)
+    : QWidget(parent), m_parts(parts), m_switch(new Switch) {
+    m_switch->setObjectName(u"autoMode"_s);
+    m_row = new SettingRow(nameOf(parts.settings.sourceType()), m_switch);
+    m_row->setSecondLine(m_statusLine = makeStatusLine());
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_row);
+
+    // The answer may have to be waited for, and comes as a change of the setting.
+    m_switch->setGuard([&actions] {
+        actions.turnAutoModeOn();
+        return false;
+    });
+    connect(m_switch, &Switch::clicked, this, [this](bool on) {
+        if (!on) {
+            m_parts.settings.setAutoMode(false);
+        }
+    });
+    connect(&parts.settings, &SettingsStore::sourceTypeChanged, this, &AutoModeRow::showSource);
+    connect(&parts.settings, &SettingsStore::autoModeChanged, this, &AutoModeRow::showState);
+    connect(&parts.status, &StatusStore::nextScanCountdownChanged, this, &AutoModeRow::showState);
+    showState();
+}
+
+QWidget* AutoModeRow::makeStatusLine() {
+    m_status = new CounterLabel;
+    m_status->setObjectName(u"autoModeStatus"_s);
+    m_status->setFont(typeFont(TypeSize::small));
+    m_status->setForegroundRole(QPalette::PlaceholderText);
+    auto* line = new QWidget;
+    line->setObjectName(u"autoModeStatusLine"_s);
+    auto* layout = new QHBoxLayout(line);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(measure::controlSpacing);
+    layout->addWidget(new Dot);
+    layout->addWidget(m_status, 1);
+    return line;
+}
+
+void AutoModeRow::showState() {
+    m_switch->setChecked(m_parts.settings.autoMode());
+    const std::optional<QString> line = autoModeLine(m_parts.settings, m_parts.status);
+    m_status->setText(line.value_or(QString()));
+    m_statusLine->setVisible(line.has_value());
+}
+
+void AutoModeRow::showSource() {
+    m_row->setName(nameOf(m_parts.settings.sourceType()));
+}
+
+} // namespace ostrelle

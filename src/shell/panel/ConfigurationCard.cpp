@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/panel/ConfigurationCard.h"
+
+#include "shell/panel/PanelActions.h"
+#include "shell/toolkit/ActionButton.h"
+#include "shell/toolkit/ElidedLabel.h"
+#include "shell/toolkit/FileChoiceRow.h"
+#include "shell/toolkit/Icon.h"
+#include "shell/toolkit/Picker.h"
+#include "shell/toolkit/SettingBinding.h"
+#include "shell/toolkit/StatusMark.h"
+#include "shell/toolkit/Theme.h"
+
+#include <QHBoxLayout>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const InfoText destinationInfo{
+    u"FTP Destination Folder"_s,
+    {{u"Files will be downloaded from the FTP server to this folder for local editing and captioning."_s}}};
+
+const InfoText sportInfo{
+    u"Why Choose a Sport?"_s,
+    {{u"Each sport has its own words for positions, plays and places. The AI is told which sport it sees, so "
+      "that the captions use the right ones."_s}}};
+
+const InfoText audioInfo{
+    u"Prioritize Audio Files"_s,
+    {{u"An audio file beside an image, with the same name, is your voice note on it. It is transcribed and "
+      "told to the AI."_s},
+     {u"• What you say decides what the caption tells"_s, u"When ENABLED:"_s},
+     {u"• The note is context only: the caption tells what the image shows"_s,
+      u"When DISABLED (default):"_s}}};
+
+/// Shows a path of the settings, and each later one.
+void follow(FileChoiceRow* row, SettingsStore& settings,
+            std::optional<QString> (SettingsStore::*path)() const, void (SettingsStore::*changed)()) {
+    const auto show = [=, &settings] { row->setPath((settings.*path)()); };
+    show();
+    QObject::connect(&settings, changed, row, show);
+}
+
+} // namespace
+
+ConfigurationCard::ConfigurationCard(ShellParts parts, PanelActions& actions, QWidget* parent)
+    : Card(u"Configuration"_s, parent), m_parts(parts), m_actions(actions) {
+    setObjectName(u"configuration"_s);
+    addSource();
+    addFolders();
+    addSport();
+    addAudio();
+    showSource();
+}
+
+void ConfigurationCard::addSource() {
+    m_source = new Picker;
+    m_source->setObjectName(u"source"_s);
+    for (const auto& row : rawValueRows<SourceType>()) {
+        m_source->addItem(row.label.toString(), static_cast<int>(row.value));
+    }
+    addRow(new SettingRow(u"Source:"_s, m_source));
+    connect(m_source, &Picker::activated, this, [this] {
+        m_parts.settings.setSourceType(static_cast<SourceType>(m_source->currentData().toInt()));
+    });
+    connect(&m_parts.settings, &SettingsStore::sourceTypeChanged, this, &ConfigurationCard::showSource);
+}
+
+void ConfigurationCard::addFolders() {
+    SettingsStore& settings = m_parts.settings;
+    m_watchFolder = new FileChoiceRow(u"Select Watch Folder"_s, u"watchFolder"_s);
+    follow(m_watchFolder, settings, &SettingsStore::ingestFolder, &SettingsStore::ingestFolderChanged);
+    connect(m_watchFolder, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseWatchFolder);
+    addRow(m_watchFolder);
+
+    addHost();
+    m_destinationFolder = new FileChoiceRow(u"Select Destination Folder"_s, u"destinationFolder"_s);
+    follow(m_destinationFolder, settings, &SettingsStore::destinationFolder,
+           &SettingsStore::destinationFolderChanged);
+    connect(m_destinationFolder, &FileChoiceRow::choosing, &m_actions,
+            &PanelActions::chooseDestinationFolder);
+    addRow(m_destinationFolder);
+    m_destinationFolder->explain(destinationInfo);
+
+    auto* roster = new FileChoiceRow(u"Select Code Replacements File"_s, u"codeReplacements"_s);
+    follow(roster, settings, &SettingsStore::codeReplacementsFile,
+           &SettingsStore::codeReplacementsFileChanged);
+    connect(roster, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseCodeReplacements);
+    addRow(roster);
+    const auto showFound = [this, roster] {
+        const RosterWatch& watch = m_actions.roster();
+        if (const QString problem = watch.problem(); !problem.isEmpty()) {
+            roster->setNote(problem, StatusTone::missing);
+        } else {
+            roster->setNote(watch.isUsed() ? rosterOfFolderUsed() : QString());
+        }
+    };
+    showFound();
+    connect(&m_actions.roster(), &RosterWatch::useChanged, roster, showFound);
+}
+
+void ConfigurationCard::addHost() {
+    m_hostRow = new QWidget;
+    m_hostRow->setMinimumHeight(measure::rowHeight);
+    m_host = new ElidedLabel;
+    m_host->setObjectName(u"ftpHost"_s);
+    m_hostMissing = new StatusMark(StatusTone::missing, u"Incomplete FTP settings"_s);
+    m_hostMissing->setObjectName(u"ftpIncomplete"_s);
+    auto* button = new ActionButton(u"Settings"_s);
+    button->setObjectName(u"ftpSettings"_s);
+    button->setAccessibleDescription(u"FTP Server"_s);
+    connect(button, &ActionButton::clicked, &m_parts.events, &AppEvents::showSettingsWindow);
+
+    auto* line = new QHBoxLayout(m_hostRow);
+    line->setContentsMargins(measure::cardPadding, 4, measure::cardPadding, 4);
+    line->setSpacing(measure::controlSpacing);
+    line->addWidget(m_host, 1);
+    line->addWidget(m_hostMissing, 1);
+    line->addWidget(button);
+    addRow(m_hostRow);
+    showHost();
+    connect(&m_parts.settings, &SettingsStore::ftpHostChanged, this, &ConfigurationCard::showHost);
+}
+
+void ConfigurationCard::addSport() {
+    m_sport = new Picker;
+    m_sport->setObjectName(u"sport"_s);
+    for (const Sport sport : selectableSports()) {
+        m_sport->addItem(icon(sportIcon(sport)), label(sport), static_cast<int>(sport));
+    }
+    auto* row = new SettingRow(u"Sport:"_s, m_sport);
+    addRow(row);
+    row->setInfo(sportInfo);
+    showSport();
+    connect(m_sport, &Picker::activated, this,
+            [this] { m_parts.settings.setSport(static_cast<Sport>(m_sport->currentData().toInt())); });
+    connect(&m_parts.settings, &SettingsStore::sportChanged, this, &ConfigurationCard::showSport);
+}
+
+void ConfigurationCard::addAudio() {
+    auto* audio = new Switch;
+    audio->setObjectName(u"prioritizeAudioFiles"_s);
+    auto* row = new SettingRow(u"Prioritize Audio Files"_s, audio);
+    addRow(row);
+    row->setInfo(audioInfo);
+    bindSetting(audio, m_parts.settings,
+                {&SettingsStore::prioritizeAudioFiles, &SettingsStore::setPrioritizeAudioFiles,
+                 &SettingsStore::prioritizeAudioFilesChanged});
+}
+
+void ConfigurationCard::showSource() {
+    const SourceType source = m_parts.settings.sourceType();
+    m_source->setCurrentIndex(m_source->findData(static_cast<int>(source)));
+    m_watchFolder->setVisible(source == SourceType::local);
+    m_hostRow->setVisible(source == SourceType::ftp);
+    m_destinationFolder->setVisible(source == SourceType::ftp);
+}
+
+void ConfigurationCard::showHost() {
+    const QString host = m_parts.settings.ftpHost();
+    m_host->setText(host);
+    m_host->setVisible(!host.isEmpty());
+    m_hostMissing->setVisible(host.isEmpty());
+}
+
+void ConfigurationCard::showSport() {
+    const Sport sport = m_parts.settings.sport();
+    m_sport->setPlaceholderText(label(sport)); // for a stored sport that is not offered
+    m_sport->setCurrentIndex(m_sport->findData(static_cast<int>(sport)));
+}
+
+} // namespace ostrelle

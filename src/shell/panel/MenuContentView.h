@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "shell/panel/PanelActions.h"
+#include "shell/panel/ShellParts.h"
+
+#include <QWidget>
+
+namespace ostrelle {
+
+class SavingNotice;
+
+/// The main panel. The settings that change from game to game scroll above; what the photographer does and
+/// what is going on stays in sight below. Folders, images and rosters can be dropped on it.
+class MenuContentView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit MenuContentView(ShellParts parts, QWidget* parent = nullptr);
+
+    /// Resumes when nothing is left that was begun here.
+    QCoro::Task<> finished() const { return m_actions.finished(); }
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    QWidget* makeScroll();
+    QWidget* makeSettings();
+    QWidget* makeKeyNotice();
+    QWidget* makeManifestNotice();
+    QWidget* makeFoot();
+    QWidget* makeLinks();
+
+    ShellParts m_parts;
+    PanelActions m_actions;
+    SavingNotice* m_savingNotice = nullptr;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/panel/PanelActions.h"
+
+#include "core/OnThreadPool.h"
+#include "pipeline/ManualSelectionRun.h"
+#include "platform/Patience.h"
+
+#include <QApplication>
+#include <QFileInfo>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QCoro::Task<> caption(ShellParts parts, QStringList files, HeldAccess access) {
+    ManualSelectionRun run({.analyzer = parts.analyzer,
+                            .turns = parts.turns,
+                            .status = parts.status,
+                            .defaults = parts.defaults,
+                            .access = parts.access,
+                            .alerts = parts.alerts,
+                            .notifications = parts.notifications,
+                            .events = parts.events,
+                            .workspace = parts.workspace,
+                            .threads = parts.threads,
+                            .clock = parts.clock,
+                            .console = parts.console});
+    co_await run.execute(files, std::move(access));
+}
+
+QCoro::Task<> lookWhetherFolder(QThreadPool* thread, QString path, std::shared_ptr<bool> isFolder) {
+    auto look = [path] { return QFileInfo(path).isDir(); };
+    *isFolder = co_await onThreadPool(thread, look);
+}
+
+Alert uselessFileNews(const QString& path) {
+    Alert alert;
+    alert.title = u"File Not Used"_s;
+    alert.text = u"%1 is neither a folder, nor an image, nor a text file with code replacements."_s.arg(
+        QFileInfo(path).fileName());
+    alert.buttons = QStringList{u"OK"_s};
+    return alert;
+}
+
+/// The grant for the folder that the images come from, held until they are captioned.
+HeldAccess accessToWorkingFolder(const ShellParts& parts) {
+    HeldAccess access;
+    if (const std::optional<QString> folder = workingFolder(parts.settings)) {
+        access.push_back(std::make_unique<ScopedAccess>(parts.access, *folder));
+    }
+    return access;
+}
+
+} // namespace
+
+/// Marks that the user is being asked, for as long as it lives.
+class PanelActions::Question {
+public:
+    explicit Question(Self self) : m_self(self) { m_self->m_isAsking = true; }
+    ~Question() {
+        if (m_self) {
+            m_self->m_isAsking = false;
+        }
+    }
+    Question(const Question&) = delete;
+    Question& operator=(const Question&) = delete;
+
+private:
+    Self m_self;
+};
+
+QString rosterOfFolderUsed() {
+    return u"The one in the watch folder is used."_s;
+}
+
+PanelActions::PanelActions(ShellParts parts, QObject* parent)
+    : QObject(parent)
+    , m_parts(parts)
+    , m_roster(parts.settings, parts.threads, parts.clock)
+    , m_tasks([&console = parts.console](const QString& words) {
+        console.print(u"[MenuContentView] An action failed: "_s + words);
+    }) {
+    // A run that begins reads the roster, and one that ends may have failed to.
+    connect(&parts.status, &StatusStore::isProcessingChanged, &m_roster, &RosterWatch::lookAgain);
+}
+
+bool PanelActions::isAsking() const {
+    return m_isAsking || QApplication::activeModalWidget() != nullptr;
+}
+
+void PanelActions::begin(QCoro::Task<> (*action)(Self self)) {
+    if (!m_isAsking) {
+        m_tasks.spawn(action(this));
+    }
+}
+
+void PanelActions::turnAutoModeOn() {
+    begin(&PanelActions::tryAutoMode);
+}
+
+void PanelActions::selectImages() {
+    begin(&PanelActions::askForImages);
+}
+
+void PanelActions::captionAll() {
+    begin(&PanelActions::confirmAll);
+}
+
+void PanelActions::chooseWatchFolder() {
+    begin(&PanelActions::askForWatchFolder);
+}
+
+void PanelActions::chooseDestinationFolder() {
+    begin(&PanelActions::askForDestinationFolder);
+}
+
+void PanelActions::chooseCodeReplacements() {
+    begin(&PanelActions::askForCodeReplacements);
+}
+
+void PanelActions::take(const DroppedFiles& files) {
+    if (!m_isAsking) {
+        m_tasks.spawn(files.paths.size() == 1 ? takeOne(this, files) : admitFiles(this, files.paths));
+    }
+}
+
+QCoro::Task<std::optional<Readiness>> PanelActions::readiness(Self self) {
+    const ShellParts parts = self->m_parts;
+    const bool hasRoster = co_await self->m_roster.found();
+    if (!self) {
+        co_return std::nullopt;
+    }
+    co_return Readiness::of(parts.defaults, parts.settings, hasRoster);
+}
+
+QCoro::Task<bool> PanelActions::isAdmitted(Self self) {
+    const ShellParts parts = self->m_parts;
+    const std::optional<Readiness> known = co_await readiness(self);
+    if (!known || canProcess(*known)) {
+        co_return known.has_value();
+    }
+    const Alert alert = configurationAlert(missingConfiguration(*known));
+    co_await parts.alerts.show(alert);
+    co_return false;
+}
+
+QCoro::Task<> PanelActions::tryAutoMode(Self self) {
+    const Question question(self);
+    const ShellParts parts = self->m_parts;
+    const std::optional<Readiness> known = co_await readiness(self);
+    if (!known) {
+        co_return;
+    }
+    if (const std::optional<Alert> refusal = switchAutoMode(parts.settings, *known, true)) {
+        co_await parts.alerts.show(*refusal);
+    }
+}
+
+QCoro::Task<> PanelActions::askForImages(Self self) {
+    auto question = std::make_unique<Question>(self);
+    const ShellParts parts = self->m_parts;
+    const bool admitted = co_await isAdmitted(self);
+    if (!admitted) {
+        co_return;
+    }
+    HeldAccess access = accessToWorkingFolder(parts);
+    if (const std::optional<QString> line = imageQuestionLogLine(parts.settings)) {
+        parts.console.print(*line);
+    }
+    const FileQuestion images = imageQuestion(parts.settings);
+    const QStringList files = co_await parts.files.chooseFiles(images);
+    question.reset();
+    if (!files.isEmpty()) {
+        co_await caption(parts, files, std::move(access));
+    }
+}
+
+/// A folder may have any name. Where its share does not answer, the name decides.
+QCoro::Task<> PanelActions::takeOne(Self self, DroppedFiles file) {
+    auto question = std::make_unique<Question>(self);
+    const ShellParts parts = self->m_parts;
+    const QString path = file.paths.first();
+    const auto isFolder = std::make_shared<bool>(file.kind == DroppedFiles::Kind::folder);
+    co_await endsWithin(lookWhetherFolder(parts.threads.of(QFileInfo(path).path()), path, isFolder),
+                        parts.clock, RosterWatch::patience);
+    question.reset();
+    if (*isFolder) {
+        parts.settings.sourceType() == SourceType::local ? parts.settings.setIngestFolder(path)
+                                                         : parts.settings.setDestinationFolder(path);
+    } else if (file.kind == DroppedFiles::Kind::codeReplacements) {
+        parts.settings.setCodeReplacementsFile(path);
+    } else if (file.kind == DroppedFiles::Kind::images) {
+        if (self) {
+            co_await admitFiles(self, file.paths);
+        }
+    } else {
+        const Alert refusal = uselessFileNews(path);
+        co_await parts.alerts.show(refusal);
+    }
+}
+
+QCoro::Task<> PanelActions::admitFiles(Self self, QStringList files) {
+    auto question = std::make_unique<Question>(self);
+    const ShellParts parts = self->m_parts;
+    const bool admitted = co_await isAdmitted(self);
+    question.reset();
+    if (admitted) {
+        HeldAccess access = accessToWorkingFolder(parts);
+        co_await caption(parts, files, std::move(access));
+    }
+}
+
+QCoro::Task<> PanelActions::confirmAll(Self self) {
+    auto question = std::make_unique<Question>(self);
+    const ShellParts parts = self->m_parts;
+    const bool admitted = co_await isAdmitted(self);
+    if (!admitted) {
+        co_return;
+    }
+    const bool isLocal = parts.settings.sourceType() == SourceType::local;
+    const Alert confirmation = isLocal ? captionAllQuestion() : downloadAllQuestion();
+    const int button = co_await parts.alerts.show(confirmation);
+    question.reset();
+    if (button != 1) {
+        co_return;
+    }
+    if (isLocal) {
+        co_await parts.analyzer.recaptionFolder(FolderImages::all);
+    } else {
+        Q_EMIT parts.events.triggerManualFTPDownload();
+    }
+}
+
+QCoro::Task<> PanelActions::askForWatchFolder(Self self) {
+    const Question question(self);
+    const ShellParts parts = self->m_parts;
+    const FileQuestion folder{.title = u"Select Watch Folder"_s,
+                              .startFolder = parts.settings.ingestFolder().value_or(QString())};
+    const std::optional<QString> chosen = co_await parts.files.chooseFolder(folder);
+    if (chosen) {
+        parts.settings.setIngestFolder(chosen);
+    }
+}
+
+QCoro::Task<> PanelActions::askForDestinationFolder(Self self) {
+    const Question question(self);
+    const ShellParts parts = self->m_parts;
+    const FileQuestion folder{.title = u"Select Destination Folder"_s,
+                              .startFolder = parts.settings.destinationFolder().value_or(QString())};
+    const std::optional<QString> chosen = co_await parts.files.chooseFolder(folder);
+    if (chosen) {
+        parts.settings.setDestinationFolder(chosen);
+    }
+}
+
+QCoro::Task<> PanelActions::askForCodeReplacements(Self self) {
+    const Question question(self);
+    const ShellParts parts = self->m_parts;
+    const FileQuestion file{.title = u"Select Code Replacements File"_s,
+                            .startFolder = workingFolder(parts.settings).value_or(QString()),
+                            .extensions = {u"txt"_s},
+                            .extensionsName = u"Text files"_s};
+    const std::optional<QString> chosen = co_await parts.files.chooseFile(file);
+    if (chosen) {
+        parts.settings.setCodeReplacementsFile(chosen);
+    }
+}
+
+} // namespace ostrelle

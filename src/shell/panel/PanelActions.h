@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/TaskGroup.h"
+#include "pipeline/ReadinessRules.h"
+#include "shell/desktop/DroppedFiles.h"
+#include "shell/panel/ShellParts.h"
+#include "transfer/RosterWatch.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <optional>
+
+namespace ostrelle {
+
+/// What is said where no roster is selected and none need be.
+QString rosterOfFolderUsed();
+
+/// What the user can have done from the main panel: asks what has to be asked, and hands over. While one
+/// question is open no other is begun. What has begun goes on without the panel.
+class PanelActions : public QObject {
+    Q_OBJECT
+
+public:
+    explicit PanelActions(ShellParts parts, QObject* parent = nullptr);
+
+    /// Turns auto mode on, or tells what is missing.
+    void turnAutoModeOn();
+    void selectImages();
+    /// Takes what the user has dropped: a folder or roster as chosen, images by the rules of a selection.
+    void take(const DroppedFiles& files);
+    /// All images of the source, after a confirmation.
+    void captionAll();
+    void chooseWatchFolder();
+    void chooseDestinationFolder();
+    void chooseCodeReplacements();
+
+    /// Whether the user is being asked something, here or by another part of the program.
+    bool isAsking() const;
+
+    RosterWatch& roster() { return m_roster; }
+
+    /// Resumes when nothing is left that was begun here.
+    QCoro::Task<> finished() const { return m_tasks.finished(); }
+
+private:
+    using Self = QPointer<PanelActions>;
+    class Question;
+
+    static QCoro::Task<> tryAutoMode(Self self);
+    static QCoro::Task<> askForImages(Self self);
+    static QCoro::Task<> takeOne(Self self, DroppedFiles file);
+    static QCoro::Task<> admitFiles(Self self, QStringList files);
+    static QCoro::Task<> confirmAll(Self self);
+    static QCoro::Task<> askForWatchFolder(Self self);
+    static QCoro::Task<> askForDestinationFolder(Self self);
+    static QCoro::Task<> askForCodeReplacements(Self self);
+    /// False after the user has been told what is missing.
+    static QCoro::Task<bool> isAdmitted(Self self);
+    /// Nothing when the panel has gone meanwhile.
+    static QCoro::Task<std::optional<Readiness>> readiness(Self self);
+
+    void begin(QCoro::Task<> (*action)(Self self));
+
+    ShellParts m_parts;
+    RosterWatch m_roster;
+    TaskGroup m_tasks;
+    bool m_isAsking = false;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/settings/ApiTab.h"
+
+#include "platform/ApiKey.h"
+#include "shell/help/WebPages.h"
+#include "shell/settings/SettingsActions.h"
+#include "shell/toolkit/ActionButton.h"
+#include "shell/toolkit/Card.h"
+#include "shell/toolkit/InfoButton.h"
+#include "shell/toolkit/SecureField.h"
+#include "shell/toolkit/SettingBinding.h"
+#include "shell/toolkit/SettingRow.h"
+#include "shell/toolkit/StatusMark.h"
+#include "shell/toolkit/Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const InfoText keyInfo{u"API Key Information"_s,
+                       {{u"To use Ostrelle Captions, you need your own OpenAI API key:"_s},
+                        {u"1. Create an OpenAI account\n2. Generate an API key\n3. Enter your key below"_s},
+                        {u"You pay OpenAI directly for usage (typically $0.01-0.05 per image)."_s}}};
+
+QString boolName(bool value) {
+    return value ? u"true"_s : u"false"_s;
+}
+
+} // namespace
+
+ApiTab::ApiTab(ShellParts parts, SettingsActions& actions, QWidget* parent)
+    : QWidget(parent), m_parts(parts), m_actions(actions) {
+    setObjectName(u"apiTab"_s);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(measure::cardSpacing);
+    auto* key = new Card(u"OpenAI API Key"_s, this);
+    layout->addWidget(key);
+    addKeyState(*key);
+    addKeyEntry(*key);
+    addIntegrations();
+    layout->addStretch(1);
+    showKey();
+    connect(&m_actions, &SettingsActions::keyChanged, this, &ApiTab::showKey);
+    connect(&m_parts.settings, &SettingsStore::hasAPIKeyChanged, this, &ApiTab::showKey);
+}
+
+void ApiTab::addKeyState(Card& card) {
+    auto* row = new QWidget;
+    row->setMinimumHeight(measure::rowHeight);
+    m_state = new StatusMark;
+    m_state->setObjectName(u"keyState"_s);
+    auto* info = new InfoButton(keyInfo);
+    info->setObjectName(u"keyInfo"_s);
+    m_clear = new ActionButton(u"Clear API Key"_s, ActionKind::destroying);
+    m_clear->setObjectName(u"clearKey"_s);
+    m_clear->setText(u"C&lear API Key"_s);
+    connect(m_clear, &ActionButton::clicked, &m_actions, &SettingsActions::clearKey);
+
+    auto* line = new QHBoxLayout(row);
+    line->setContentsMargins(measure::cardPadding, 4, measure::cardPadding, 4);
+    line->setSpacing(measure::controlSpacing);
+    line->addWidget(m_state, 1);
+    line->addWidget(info);
+    line->addWidget(m_clear);
+    card.addRow(row);
+}
+
+void ApiTab::addKeyEntry(Card& card) {
+    m_field = new SecureField(u"apiKey"_s);
+    m_field->setPlaceholderText(u"Enter your OpenAI API key..."_s);
+    m_field->setAccessibleName(u"OpenAI API Key"_s);
+    auto* save = new ActionButton(u"Save"_s, ActionKind::main);
+    save->setObjectName(u"saveKey"_s);
+    save->setText(u"Sa&ve"_s);
+    auto* link = new ActionButton(u"Get an API Key"_s, ActionKind::link);
+    link->setObjectName(u"getKey"_s);
+    link->setText(u"Get an API &Key"_s);
+    const auto enter = [this] { m_actions.saveKey(m_field->text()); };
+    connect(m_field, &SecureField::returnPressed, this, enter);
+    connect(save, &ActionButton::clicked, this, enter);
+    connect(link, &ActionButton::clicked, this, [this] { m_parts.workspace.openLink(web::keyPage()); });
+
+    auto* content = new QWidget;
+    auto* lines = new QVBoxLayout(content);
+    lines->setContentsMargins(0, 0, 0, 0);
+    lines->setSpacing(measure::controlSpacing);
+    lines->addWidget(makeLabel(u"Enter your OpenAI API key to continue processing images"_s, TypeSize::text,
+                               TextTone::dim));
+    auto* line = new QHBoxLayout;
+    line->setSpacing(measure::controlSpacing);
+    line->addWidget(m_field, 1);
+    line->addWidget(save);
+    lines->addLayout(line);
+    auto* linkLine = new QHBoxLayout;
+    constexpr int ring = 3; // a link keeps room for its focus ring; its words begin where the rest does
+    linkLine->setContentsMargins(-ring, 0, 0, 0);
+    linkLine->addWidget(link, 0, Qt::AlignLeft);
+    lines->addLayout(linkLine);
+    m_entry = card.addPaddedRow(content);
+}
+
+void ApiTab::addIntegrations() {
+    auto* launch = new Switch;
+    launch->setObjectName(u"launchWithPhotoMechanic"_s);
+    auto* row = new SettingRow(u"Auto-Launch with Photo Mechanic"_s, launch);
+    row->setSecondLine(makeLabel(u"Automatically launch Ostrelle Captions when Photo Mechanic opens."_s,
+                                 TypeSize::small, TextTone::dim));
+    auto* card = new Card(u"Integrations"_s, this);
+    card->addRow(row);
+    layout()->addWidget(card);
+    bindSetting(launch, m_parts.settings,
+                {&SettingsStore::launchWithPhotoMechanic, &SettingsStore::setLaunchWithPhotoMechanic,
+                 &SettingsStore::launchWithPhotoMechanicChanged});
+    connect(launch, &Switch::clicked, this, &ApiTab::tellOfPhotoMechanic);
+}
+
+void ApiTab::tellOfPhotoMechanic(bool on) {
+    m_parts.console.print(u"[SettingsView] Toggle changed from %1 to %2"_s.arg(boolName(!on), boolName(on)));
+    Q_EMIT m_parts.events.photoMechanicSettingChanged();
+    m_parts.console.print(u"[SettingsView] Posted PhotoMechanicSettingChanged notification"_s);
+}
+
+void ApiTab::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    showKey(); // another process may have stored one meanwhile
+    if (m_entry->isVisible() && window()->focusWidget() == nullptr) {
+        m_field->setFocus(); // what somebody without a key has come for
+    }
+}
+
+void ApiTab::showKey() {
+    const bool hasKey = !apiKey(m_parts.defaults).isEmpty();
+    m_state->setStatus(hasKey ? StatusTone::good : StatusTone::missing,
+                       hasKey ? u"Using Personal API Key"_s : u"No API Key Set"_s);
+    if (hasKey) {
+        m_field->clear(); // the secret has done its work here
+    }
+    // The focus would go on to the next control, which then takes keys that were not meant for it.
+    const QWidget* focused = window()->focusWidget();
+    if (hasKey && focused != nullptr && m_entry->isAncestorOf(focused)) {
+        window()->setFocus();
+    }
+    m_entry->setVisible(!hasKey);
+    if (!hasKey && focused == m_clear) {
+        m_field->setFocus();
+    }
+    m_clear->setVisible(hasKey);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/settings/ServerTab.h"
+
+#include "shell/settings/SettingsActions.h"
+#include "shell/toolkit/ActionButton.h"
+#include "shell/toolkit/Card.h"
+#include "shell/toolkit/PortField.h"
+#include "shell/toolkit/SecureField.h"
+#include "shell/toolkit/SettingRow.h"
+#include "shell/toolkit/StatusMark.h"
+#include "shell/toolkit/Theme.h"
+#include "state/SettingsFigures.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QLineEdit* makeField(const QString& objectName, const QString& prompt = {}) {
+    auto* field = new QLineEdit;
+    field->setObjectName(objectName);
+    field->setPlaceholderText(prompt);
+    return field;
+}
+
+} // namespace
+
+ServerTab::ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent)
+    : QWidget(parent), m_parts(parts), m_actions(actions) {
+    setObjectName(u"serverTab"_s);
+    auto* card = new Card(u"FTP Server Configuration"_s, this);
+    card->addPaddedRow(
+        makeLabel(u"Files will be downloaded to the destination folder and then captioned. Ostrelle will "
+                  "wait for files to finish uploading to the FTP server before downloading to your local "
+                  "machine."_s,
+                  TypeSize::small, TextTone::dim));
+    addField(*card, u"Host:"_s, makeField(u"ftpHost"_s, u"ftp.example.com"_s),
+             {&SettingsStore::ftpHost, &SettingsStore::setFtpHost, &SettingsStore::ftpHostChanged});
+    addPort(*card);
+    addField(
+        *card, u"Username:"_s, makeField(u"ftpUsername"_s),
+        {&SettingsStore::ftpUsername, &SettingsStore::setFtpUsername, &SettingsStore::ftpUsernameChanged});
+    addPassword(*card);
+    addField(*card, u"Path:"_s, makeField(u"ftpPath"_s, u"/remote/path"_s),
+             {&SettingsStore::ftpPath, &SettingsStore::setFtpPath, &SettingsStore::ftpPathChanged});
+
+    m_status = new StatusMark;
+    m_status->setObjectName(u"ftpConnectionStatus"_s);
+    m_status->setWordWrap(true);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(measure::cardSpacing);
+    layout->addWidget(card);
+    layout->addLayout(makeButtons());
+    layout->addWidget(m_status);
+    layout->addStretch(1);
+    showStatus();
+    connect(&m_parts.settings, &SettingsStore::ftpConnectionStatusChanged, this, &ServerTab::showStatus);
+    connect(&m_actions, &SettingsActions::isTestingConnectionChanged, this, &ServerTab::showStatus);
+}
+
+void ServerTab::addField(Card& card, const QString& name, QLineEdit* field, SettingAccess<QString> setting) {
+    card.addRow(new SettingRow(name, field));
+    bindSetting(field, m_parts.settings, setting);
+}
+
+void ServerTab::addPort(Card& card) {
+    auto* port = new PortField;
+    port->setObjectName(u"ftpPort"_s);
+    port->setMaximumWidth(90);
+    card.addRow(new SettingRow(u"Port:"_s, port));
+    SettingsStore& settings = m_parts.settings;
+    const auto show = [port, &settings] { port->setPort(settings.ftpPort()); };
+    show();
+    connect(&settings, &SettingsStore::ftpPortChanged, port, show);
+    connect(port, &PortField::entered, &settings, &SettingsStore::setFtpPort);
+}
+
+/// The keyring is not to save each letter: the password is set when the field is left.
+void ServerTab::addPassword(Card& card) {
+    m_password = new SecureField(u"ftpPassword"_s);
+    card.addRow(new SettingRow(u"Password"_s, m_password));
+    const auto show = [this] {
+        if (!m_password->isModified()) { // the keyring may answer while the user writes
+            m_password->setText(m_parts.settings.ftpPassword());
+        }
+    };
+    show();
+    connect(&m_parts.settings, &SettingsStore::ftpPasswordChanged, m_password, show);
+    connect(m_password, &QLineEdit::editingFinished, this, &ServerTab::savePassword);
+}
+
+void ServerTab::savePassword() {
+    if (m_password->isModified()) {
+        m_password->setModified(false);
+        m_parts.settings.setFtpPassword(m_password->text());
+    }
+}
+
+QLayout* ServerTab::makeButtons() {
+    auto* test = new ActionButton(u"Test Connection"_s, ActionKind::main);
+    test->setObjectName(u"testConnection"_s);
+    test->setText(u"&Test Connection"_s);
+    auto* clear = new ActionButton(u"Clear FTP Settings"_s, ActionKind::destroying);
+    clear->setObjectName(u"clearFtpSettings"_s);
+    clear->setText(u"C&lear FTP Settings"_s);
+    for (ActionButton* button : {test, clear}) { // a mnemonic leaves the focus in the field
+        connect(button, &ActionButton::clicked, this, &ServerTab::savePassword);
+    }
+    connect(test, &ActionButton::clicked, &m_actions, &SettingsActions::testConnection);
+    connect(clear, &ActionButton::clicked, &m_actions, &SettingsActions::clearFtpSettings);
+
+    auto* line = new QHBoxLayout;
+    line->addWidget(test);
+    line->addStretch();
+    line->addWidget(clear);
+    return line;
+}
+
+void ServerTab::showStatus() {
+    const std::optional<QString> status = m_parts.settings.ftpConnectionStatus();
+    if (m_actions.isTestingConnection()) {
+        m_status->setStatus(StatusTone::plain, u"Connecting…"_s);
+    } else if (status) {
+        m_status->setStatus(*status == connectionSucceeded ? StatusTone::good : StatusTone::destroying,
+                            connectionStatusText(*status));
+    }
+    m_status->setVisible(status || m_actions.isTestingConnection());
+}
+
+} // namespace ostrelle

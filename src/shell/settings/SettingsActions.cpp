@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/settings/SettingsActions.h"
+
+#include "core/Attempt.h"
+#include "platform/ApiKey.h"
+#include "state/SettingsFigures.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Alert news(const QString& title, const QString& text) {
+    Alert alert;
+    alert.title = title;
+    alert.text = text;
+    alert.buttons = QStringList{u"OK"_s};
+    return alert;
+}
+
+Alert warning(const QString& title, const QString& text, const QStringList& buttons,
+              int destroyingButton = -1) {
+    Alert alert;
+    alert.title = title;
+    alert.text = text;
+    alert.buttons = buttons;
+    alert.style = Alert::Style::warning;
+    alert.destroyingButton = destroyingButton;
+    return alert;
+}
+
+Alert keySavedNews(bool isSaved) {
+    return isSaved
+               ? news(u"API Key Saved"_s, u"Your OpenAI API key has been saved successfully."_s)
+               : warning(u"API Key Not Saved"_s,
+                         u"Your OpenAI API key could not be saved and is used only until you quit Ostrelle "
+                         "Captions. Check that your home folder can be written to and that the disk is not "
+                         "full, then clear the key and enter it again."_s,
+                         {u"OK"_s});
+}
+
+Alert keyNotRemovedWarning() {
+    return warning(
+        u"API Key Not Removed"_s,
+        u"Your OpenAI API key is no longer used, but it could not be removed from the disk and may be "
+        "back when you start Ostrelle Captions again. Check that your home folder can be written to "
+        "and that the disk is not full."_s,
+        {u"OK"_s});
+}
+
+Alert clearKeyQuestion() {
+    return warning(u"Clear API Key?"_s,
+                   u"This will remove your personal API key. You will need to add your own OpenAI API key to "
+                   "continue using Ostrelle Captions. You can add your key back anytime."_s,
+                   {u"Clear"_s, u"Cancel"_s}, 0);
+}
+
+Alert clearStatisticsQuestion() {
+    return warning(
+        u"Clear All Statistics?"_s,
+        u"This will permanently delete all processing statistics, usage history, and cost tracking. "
+        "This action cannot be undone."_s,
+        {u"Cancel"_s, u"Clear Statistics"_s}, 1);
+}
+
+Alert clearPromptCacheQuestion() {
+    return warning(u"Clear Prompt Cache?"_s,
+                   u"This will clear all cached prompt templates. The app will fetch fresh prompts from the "
+                   "server on the next caption generation."_s,
+                   {u"Cancel"_s, u"Clear Cache"_s}, 1);
+}
+
+} // namespace
+
+SettingsActions::SettingsActions(ShellParts parts, ConnectionTest connectionTest, QObject* parent)
+    : QObject(parent)
+    , m_parts(parts)
+    , m_connectionTest(std::move(connectionTest))
+    , m_questions([&console = parts.console](const QString& words) {
+        console.print(u"[SettingsView] An action failed: "_s + words);
+    })
+    , m_tests([&console = parts.console](const QString& words) {
+        console.print(u"[SettingsView] A connection test failed: "_s + words);
+    }) {}
+
+void SettingsActions::begin(QCoro::Task<> (*question)(Self self)) {
+    if (m_questions.running() == 0) {
+        m_questions.spawn(question(this));
+    }
+}
+
+void SettingsActions::saveKey(const QString& entered) {
+    if (m_questions.running() == 0) {
+        m_questions.spawn(storeKey(this, entered));
+    }
+}
+
+void SettingsActions::clearKey() {
+    begin(&SettingsActions::confirmClearKey);
+}
+
+void SettingsActions::clearStatistics() {
+    begin(&SettingsActions::confirmClearStatistics);
+}
+
+void SettingsActions::clearPromptCache() {
+    begin(&SettingsActions::confirmClearPromptCache);
+}
+
+QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests) {
+    co_await questions.finished();
+    co_await tests.finished();
+}
+
+QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
+    const ShellParts parts = self->m_parts;
+    if (!saveApiKey(parts.defaults, parts.settings, entered)) {
+        co_return;
+    }
+    Q_EMIT self->keyChanged();
+    const bool isSaved = co_await parts.defaults.saved(apiKeyName);
+    const Alert outcome = keySavedNews(isSaved);
+    co_await parts.alerts.show(outcome);
+}
+
+QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
+    const ShellParts parts = self->m_parts;
+    const Alert question = clearKeyQuestion();
+    const int button = co_await parts.alerts.show(question);
+    if (button != 0) {
+        co_return;
+    }
+    clearApiKey(parts.defaults, parts.settings);
+    if (self) {
+        Q_EMIT self->keyChanged();
+    }
+    const bool isSaved = co_await parts.defaults.saved(apiKeyName);
+    if (!isSaved) {
+        const Alert notRemoved = keyNotRemovedWarning();
+        co_await parts.alerts.show(notRemoved);
+    }
+}
+
+QCoro::Task<> SettingsActions::confirmClearStatistics(Self self) {
+    const ShellParts parts = self->m_parts;
+    const Alert question = clearStatisticsQuestion();
+    const int button = co_await parts.alerts.show(question);
+    if (button != 1) {
+        co_return;
+    }
+    parts.status.clearStatistics();
+    if (self) {
+        Q_EMIT self->statisticsCleared();
+    }
+    const Alert cleared = news(u"Statistics Cleared"_s, u"All statistics have been cleared successfully."_s);
+    co_await parts.alerts.show(cleared);
+}
+
+QCoro::Task<> SettingsActions::confirmClearPromptCache(Self self) {
+    const ShellParts parts = self->m_parts;
+    const Alert question = clearPromptCacheQuestion();
+    const int button = co_await parts.alerts.show(question);
+    if (button != 1) {
+        co_return;
+    }
+    parts.prompts.clearCache();
+    if (self) {
+        Q_EMIT self->promptCacheCleared();
+    }
+    const Alert cleared = news(u"Cache Cleared"_s, u"Prompt cache has been cleared successfully."_s);
+    co_await parts.alerts.show(cleared);
+}
+
+void SettingsActions::testConnection() {
+    if (isTestingConnection()) {
+        return;
+    }
+    SettingsStore& settings = m_parts.settings;
+    settings.setFtpConnectionStatus(std::nullopt);
+    if (const std::optional<QString> refusal = connectionTestRefusal(settings)) {
+        settings.setFtpConnectionStatus(refusal);
+    } else if (!m_connectionTest) {
+        settings.setFtpConnectionStatus(u"This version cannot connect to FTP servers yet."_s);
+    } else {
+        setRunningTest(std::make_shared<const bool>(true));
+        m_tests.spawn(runTest(this, m_connectionTest, m_runningTest));
+    }
+}
+
+QCoro::Task<bool> SettingsActions::connects(ConnectionTest test) {
+    co_return co_await test(); // what it throws before its first wait is caught in here too
+}
+
+QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTest running) {
+    const auto connected = co_await attempt(connects(std::move(test)));
+    if (!self || self->m_runningTest != running) {
+        co_return;
+    }
+    const bool succeeded = connected && *connected;
+    self->m_parts.settings.setFtpConnectionStatus(succeeded ? connectionSucceeded : u"Connection failed"_s);
+    self->setRunningTest(nullptr);
+    if (!connected) {
+        connected.rethrow(); // for the log
+    }
+}
+
+void SettingsActions::setRunningTest(RunningTest running) {
+    m_runningTest = std::move(running);
+    Q_EMIT isTestingConnectionChanged();
+}
+
+void SettingsActions::clearFtpSettings() {
+    setRunningTest(nullptr);
+    ostrelle::clearFtpSettings(m_parts.settings);
+}
+
+} // namespace ostrelle

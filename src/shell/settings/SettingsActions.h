@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/TaskGroup.h"
+#include "shell/panel/ShellParts.h"
+
+#include <QObject>
+#include <QPointer>
+#include <functional>
+#include <memory>
+
+namespace ostrelle {
+
+/// Connects to the remote server that the settings name, once; whether that went well. May throw.
+using ConnectionTest = std::function<QCoro::Task<bool>()>;
+
+/// What the user can have done from the settings window: asks what has to be asked, and tells what came of
+/// it. While one question is open no other is begun.
+class SettingsActions : public QObject {
+    Q_OBJECT
+
+public:
+    /// Without a test, a program that cannot reach servers says so.
+    SettingsActions(ShellParts parts, ConnectionTest connectionTest, QObject* parent = nullptr);
+
+    /// Stores the key without the white space around it; nothing happens when none is left.
+    void saveKey(const QString& entered);
+    void clearKey();
+    /// What comes of it is the settings' connection status, unless what was tested has been cleared
+    /// meanwhile. While a test runs no other is begun.
+    void testConnection();
+    bool isTestingConnection() const { return m_runningTest != nullptr; }
+    void clearFtpSettings();
+    void clearStatistics();
+    void clearPromptCache();
+
+    /// Resumes when nothing is left that was begun here.
+    QCoro::Task<> finished() const { return bothFinished(m_questions, m_tests); }
+
+Q_SIGNALS:
+    /// The key was stored or removed.
+    void keyChanged();
+    void isTestingConnectionChanged();
+    void statisticsCleared();
+    void promptCacheCleared();
+
+private:
+    using Self = QPointer<SettingsActions>;
+    using RunningTest = std::shared_ptr<const bool>;
+
+    static QCoro::Task<> bothFinished(TaskGroup questions, TaskGroup tests);
+    static QCoro::Task<> storeKey(Self self, QString entered);
+    static QCoro::Task<> confirmClearKey(Self self);
+    static QCoro::Task<> confirmClearStatistics(Self self);
+    static QCoro::Task<> confirmClearPromptCache(Self self);
+    static QCoro::Task<bool> connects(ConnectionTest test);
+    static QCoro::Task<> runTest(Self self, ConnectionTest test, RunningTest running);
+
+    void begin(QCoro::Task<> (*question)(Self self));
+    void setRunningTest(RunningTest running);
+
+    ShellParts m_parts;
+    ConnectionTest m_connectionTest;
+    RunningTest m_runningTest; // null when none runs, or when its result is no longer wanted
+    TaskGroup m_questions;
+    TaskGroup m_tests;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "shell/panel/ShellParts.h"
+#include "shell/settings/SettingsActions.h"
+#include "shell/toolkit/Icon.h"
+
+#include <QWidget>
+
+class QStackedWidget;
+
+namespace ostrelle {
+
+class SettingsTabBar;
+
+/// The settings that are made once, in four tabs. There is no "apply": what is changed holds at once. Escape
+/// closes it.
+class SettingsView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit SettingsView(ShellParts parts, QWidget* parent = nullptr);
+    SettingsView(ShellParts parts, ConnectionTest connectionTest, QWidget* parent = nullptr);
+
+    /// Resumes when nothing is left that was begun here.
+    QCoro::Task<> finished() const { return m_actions.finished(); }
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void addTabs();
+    void addTab(IconName sign, const QString& name, QWidget* tab);
+    void addShortcuts();
+    QWidget* makeHead();
+    QWidget* makeFoot();
+
+    ShellParts m_parts;
+    SettingsActions m_actions;
+    SettingsTabBar* m_bar;
+    QStackedWidget* m_pages;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Sport.h"
+#include "shell/toolkit/Theme.h"
+
+#include <QColor>
+#include <QIcon>
+
+class QPainter;
+
+namespace ostrelle {
+
+/// The signs of the program, each a drawing of our own in resources/icons.
+enum class IconName {
+    back,
+    bubble,
+    chart,
+    check,
+    chevronDown,
+    cross,
+    document,
+    download,
+    eye,
+    eyeOff,
+    folder,
+    help,
+    info,
+    iptcList,
+    key,
+    lightbulb,
+    mail,
+    microphone,
+    next,
+    photos,
+    play,
+    refresh,
+    server,
+    settings,
+    sportBaseball,
+    sportBasketball,
+    sportCrossCountry,
+    sportFootball,
+    sportHorseRacing,
+    sportLacrosse,
+    sportSoccer,
+    sportSoftball,
+    sportTrackAndField,
+    sportVolleyball,
+    warning,
+};
+
+/// The sign as an icon, drawn anew for each size and scale in the colour that the theme has at that time;
+/// disabled, it is paler.
+QIcon icon(IconName name, QColor Theme::* color = &Theme::text);
+
+/// Draws the sign into the rectangle.
+void paintIcon(QPainter& painter, const QRectF& rectangle, IconName name, const QColor& color);
+
+/// The sign of a sport.
+IconName sportIcon(Sport sport);
+
+/// The program's own icon, in its own colours.
+QIcon applicationIcon();
+
+} // namespace ostrelle

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/toolkit/SecureField.h"
+
+#include "shell/toolkit/Icon.h"
+
+#include <QToolButton>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int eye = 24;
+
+} // namespace
+
+SecureField::SecureField(const QString& objectName, QWidget* parent)
+    : QLineEdit(parent), m_reveal(new QToolButton(this)) {
+    setObjectName(objectName);
+    setTextMargins(0, 0, eye, 0);
+    m_reveal->setFixedSize(eye, eye - 2);
+    m_reveal->setIconSize({16, 16});
+    m_reveal->setCheckable(true);
+    m_reveal->setCursor(Qt::ArrowCursor);
+    m_reveal->setFocusPolicy(Qt::TabFocus);
+    connect(m_reveal, &QToolButton::toggled, this, &SecureField::setRevealed);
+    connect(this, &QObject::objectNameChanged, m_reveal,
+            [this](const QString& name) { m_reveal->setObjectName(name + u"Reveal"_s); });
+    m_reveal->setObjectName(objectName + u"Reveal"_s);
+    setRevealed(false);
+}
+
+bool SecureField::isRevealed() const {
+    return echoMode() == QLineEdit::Normal;
+}
+
+void SecureField::setRevealed(bool revealed) {
+    setEchoMode(revealed ? QLineEdit::Normal : QLineEdit::Password);
+    m_reveal->setChecked(revealed);
+    m_reveal->setIcon(icon(revealed ? IconName::eyeOff : IconName::eye));
+    m_reveal->setToolTip(revealed ? u"Hide"_s : u"Show"_s);
+    m_reveal->setAccessibleName(m_reveal->toolTip());
+}
+
+void SecureField::resizeEvent(QResizeEvent* event) {
+    QLineEdit::resizeEvent(event);
+    m_reveal->move(width() - m_reveal->width() - 4, (height() - m_reveal->height()) / 2);
+}
+
+void SecureField::hideEvent(QHideEvent* event) {
+    QLineEdit::hideEvent(event);
+    setRevealed(false);
+    Q_EMIT editingFinished(); // a window that closes takes the focus from nobody
+}
+
+} // namespace ostrelle

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "shell/toolkit/InfoButton.h"
+
+#include <QWidget>
+
+class QHBoxLayout;
+class QLabel;
+class QVBoxLayout;
+
+namespace ostrelle {
+
+/// One decision: its name on the left, its control on the right. The name labels the control, for screen
+/// readers too. Named "<objectName of the control>Row".
+class SettingRow : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Owns the control. An ElidedLabel or a line edit as control takes the width that the name leaves.
+    SettingRow(const QString& name, QWidget* control, QWidget* parent = nullptr);
+
+    /// Adds another control to the right of those there are, and owns it.
+    void addControl(QWidget* control);
+
+    /// A round "i" before the controls that explains the decision; named "<objectName of the control>Info".
+    InfoButton* setInfo(const InfoText& text);
+
+    /// A widget below name and control over the full width of the row: a field, or grey words.
+    void setSecondLine(QWidget* widget);
+
+    QString name() const;
+    void setName(const QString& name);
+
+private:
+    QLabel* m_name;
+    QWidget* m_control;
+    QHBoxLayout* m_line;
+    QVBoxLayout* m_lines;
+    InfoButton* m_info = nullptr;
+};
+
+} // namespace ostrelle
