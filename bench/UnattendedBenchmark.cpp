@@ -9,7 +9,6 @@
 #include "core/Error.h"
 #include "metadata/facts/ImageKind.h"
 #include "pipeline/ImageListing.h"
-#include "platform/ApiKey.h"
 #include "platform/Files.h"
 
 #include <QCoreApplication>
@@ -28,6 +27,7 @@
 
 #include "../demo/ShootSidecar.h"
 #include "ModelThread.h"
+#include "product/ApiKey.h"
 #include "standins/DngBuilder.h"
 #include "standins/JpegBuilder.h"
 

@@ -5,7 +5,6 @@
 #include "app/DesktopProgram.h"
 #include "core/Error.h"
 #include "pipeline/ImageListing.h"
-#include "platform/ApiKey.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QAbstractButton>
@@ -22,6 +21,7 @@
 #include <cstdio>
 
 #include "ModelThread.h"
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 namespace {

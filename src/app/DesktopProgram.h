@@ -38,7 +38,7 @@ private:
     ConsoleLog m_errors{stderr};
     JsonDefaultsStore m_defaults;
     DesktopSecretStore m_secrets;
-    DesktopNotificationCenter m_notificationCenter;
+    DesktopNotificationCenter m_notificationCenter{{applicationName, applicationIdentifier}};
     DesktopAlerts m_alerts;
     DesktopFileChooser m_files{m_defaults};
     DesktopWorkspace m_workspace{m_console};

@@ -3,12 +3,13 @@
 
 #include "core/TaskGroup.h"
 #include "platform/Alerts.h"
-#include "platform/AppEvents.h"
 #include "platform/PlainLog.h"
 #include "state/SettingsStore.h"
 #include "transfer/RemoteSource.h"
 
 #include <QObject>
+
+#include "product/AppEvents.h"
 
 namespace ostrelle {
 

@@ -7,8 +7,9 @@
 #include "cli/KeyCommand.h"
 #include "cli/Options.h"
 #include "cli/WatchCommand.h"
-#include "platform/AppFolders.h"
 #include "platform/ConsoleLog.h"
+
+#include "product/AppFolders.h"
 
 namespace ostrelle {
 

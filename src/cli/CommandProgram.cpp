@@ -2,10 +2,11 @@
 #include "cli/CommandProgram.h"
 
 #include "pipeline/CodeReplacements.h"
-#include "platform/ApiKey.h"
 
 #include <QFileInfo>
 #include <cstdio>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

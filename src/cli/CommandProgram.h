@@ -53,7 +53,7 @@ private:
     SilentLog m_silent;
     RunOnlyDefaults m_runOnly{defaults};
     NoSecrets m_secrets;
-    DesktopNotificationCenter m_notificationCenter;
+    DesktopNotificationCenter m_notificationCenter{{applicationName, applicationIdentifier}};
     TerminalAlerts m_alerts{errors};
     AppEvents m_events;
     NoRemoteSource m_remote;

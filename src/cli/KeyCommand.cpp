@@ -2,7 +2,6 @@
 #include "cli/KeyCommand.h"
 
 #include "cli/ExitStatus.h"
-#include "platform/ApiKey.h"
 #include "platform/DefaultsFile.h"
 #include "platform/TaggedJson.h"
 
@@ -11,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -2,8 +2,9 @@
 #pragma once
 
 #include "cli/Options.h"
-#include "platform/AppFolders.h"
-#include "platform/ServiceEndpoints.h"
+
+#include "product/AppFolders.h"
+#include "product/ServiceEndpoints.h"
 
 namespace ostrelle {
 

@@ -3,9 +3,10 @@
 
 #include "pipeline/ImageRun.h"
 #include "pipeline/MissingKey.h"
-#include "platform/ApiKey.h"
 
 #include <QFileInfo>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

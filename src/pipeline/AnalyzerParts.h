@@ -5,13 +5,11 @@
 #include "pipeline/CaptionTurns.h"
 #include "pipeline/PreviewCopies.h"
 #include "platform/Alerts.h"
-#include "platform/AppEvents.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
 #include "platform/FolderThreads.h"
 #include "platform/ImageClaims.h"
-#include "platform/NotificationManager.h"
 #include "services/OpenAIClient.h"
 #include "services/PromptService.h"
 #include "state/ProcessedFilesManifest.h"
@@ -20,6 +18,9 @@
 #include "state/UsageTracker.h"
 
 #include <chrono>
+
+#include "product/AppEvents.h"
+#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

@@ -6,12 +6,13 @@
 #include "pipeline/CodeReplacements.h"
 #include "pipeline/FolderTidying.h"
 #include "pipeline/ImageListing.h"
-#include "platform/ApiKey.h"
 #include "platform/FileError.h"
 
 #include <QDir>
 #include <algorithm>
 #include <cerrno>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -10,12 +10,13 @@
 #include "pipeline/CaptionWriting.h"
 #include "pipeline/FolderWork.h"
 #include "pipeline/PromptComposition.h"
-#include "platform/ApiKey.h"
 #include "platform/Files.h"
 
 #include <QFileInfo>
 #include <QStringDecoder>
 #include <algorithm>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

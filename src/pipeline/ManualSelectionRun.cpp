@@ -8,9 +8,10 @@
 #include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"
-#include "platform/ApiKey.h"
 
 #include <QFileInfo>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

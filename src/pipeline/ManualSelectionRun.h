@@ -5,12 +5,10 @@
 #include "pipeline/ManualSelection.h"
 #include "pipeline/SelectionTally.h"
 #include "platform/Alerts.h"
-#include "platform/AppEvents.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
 #include "platform/FolderThreads.h"
-#include "platform/NotificationManager.h"
 #include "platform/PlainLog.h"
 #include "platform/Workspace.h"
 #include "state/StatusStore.h"
@@ -22,6 +20,9 @@
 #include <memory>
 #include <optional>
 #include <vector>
+
+#include "product/AppEvents.h"
+#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

@@ -2,7 +2,8 @@
 #include "pipeline/ReadinessRules.h"
 
 #include "pipeline/ManualSelection.h"
-#include "platform/ApiKey.h"
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -2,7 +2,6 @@
 #include "platform/DesktopNotificationCenter.h"
 
 #include "core/Error.h"
-#include "platform/AppFolders.h"
 #include "platform/SessionBus.h"
 
 #include <QCoroDBusPendingCall>
@@ -30,11 +29,11 @@ QDBusMessage toService(const QString& method) {
                                           method);
 }
 
-QVariantMap hintsOf(const DesktopNotification& notification) {
+QVariantMap hintsOf(const NotifyingProgram& program, const DesktopNotification& notification) {
     const bool isCritical = notification.interruption == DesktopNotification::Interruption::critical;
     const bool isAlarm = notification.sound == DesktopNotification::Sound::critical;
     return {{u"urgency"_s, QVariant::fromValue(static_cast<uchar>(isCritical ? 2 : 1))},
-            {u"desktop-entry"_s, applicationIdentifier},
+            {u"desktop-entry"_s, program.desktopEntry},
             {u"sound-name"_s, isAlarm ? u"dialog-warning"_s : u"message-new-instant"_s},
             {u"x-ostrelle-thread"_s, notification.threadIdentifier}};
 }
@@ -44,12 +43,13 @@ QString escaped(QString body) {
     return body.replace(u'&', u"&amp;"_s).replace(u'<', u"&lt;"_s).replace(u'>', u"&gt;"_s);
 }
 
-QDBusMessage notifyMessage(const DesktopNotification& notification, const QString& body) {
+QDBusMessage notifyMessage(const NotifyingProgram& program, const DesktopNotification& notification,
+                           const QString& body) {
     constexpr uint replacesNothing = 0; // a newer message of a thread stands beside the older one
     constexpr int timeOfTheService = -1;
     QDBusMessage message = toService(u"Notify"_s);
-    message.setArguments({u"Ostrelle Captions"_s, replacesNothing, QString(), notification.title, body,
-                          QStringList(), hintsOf(notification), timeOfTheService});
+    message.setArguments({program.name, replacesNothing, QString(), notification.title, body, QStringList(),
+                          hintsOf(program, notification), timeOfTheService});
     return message;
 }
 
@@ -70,7 +70,7 @@ QCoro::Task<> DesktopNotificationCenter::post(DesktopNotification notification) 
     const QVariant capabilities = co_await call(toService(u"GetCapabilities"_s));
     const bool isMarkup = capabilities.toStringList().contains(u"body-markup"_s);
     const QString body = isMarkup ? escaped(notification.body) : notification.body;
-    co_await call(notifyMessage(notification, body));
+    co_await call(notifyMessage(m_program, notification, body));
 }
 
 QCoro::Task<QVariant> DesktopNotificationCenter::call(QDBusMessage message) {

@@ -2,11 +2,9 @@
 #pragma once
 
 #include "pipeline/Analyzer.h"
-#include "platform/AppFolders.h"
 #include "platform/FolderThreads.h"
 #include "platform/ImageClaims.h"
 #include "platform/PathReferences.h"
-#include "platform/ServiceEndpoints.h"
 #include "platform/SystemClock.h"
 #include "promptserver/PromptServer.h"
 #include "transfer/AutoModeController.h"
@@ -14,6 +12,9 @@
 #include <QCoroTask>
 #include <chrono>
 #include <optional>
+
+#include "product/AppFolders.h"
+#include "product/ServiceEndpoints.h"
 
 namespace ostrelle {
 

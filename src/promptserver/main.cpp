@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/Error.h"
 #include "platform/ConsoleLog.h"
-#include "platform/ServiceEndpoints.h"
 #include "promptserver/PromptServer.h"
 #include "promptserver/ServerOptions.h"
 #include "promptserver/TemplateFolder.h"
@@ -10,6 +9,8 @@
 #include <QCoreApplication>
 #include <csignal>
 #include <memory>
+
+#include "product/ServiceEndpoints.h"
 
 namespace ostrelle {
 

@@ -2,7 +2,6 @@
 #include "services/OpenAIClient.h"
 
 #include "core/OffMainThread.h"
-#include "platform/ApiKey.h"
 #include "services/BatchCaptionParsing.h"
 #include "services/BatchCaptionRequest.h"
 #include "services/ChatRequest.h"
@@ -14,6 +13,8 @@
 
 #include <QFileInfo>
 #include <numeric>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/KeychainHelper.h"
 
-#include "platform/AppFolders.h"
+#include "product/AppFolders.h"
 
 namespace ostrelle {
 

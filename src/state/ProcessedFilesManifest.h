@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/AppEvents.h"
 #include "platform/Clock.h"
 #include "platform/FileStamp.h"
 #include "platform/FolderThreads.h"
@@ -13,6 +12,8 @@
 #include <QString>
 #include <memory>
 #include <optional>
+
+#include "product/AppEvents.h"
 
 namespace ostrelle {
 

@@ -2,7 +2,6 @@
 #include "state/SettingsStore.h"
 
 #include "core/Error.h"
-#include "platform/ApiKey.h"
 #include "state/Publish.h"
 
 #include <QByteArray>
@@ -10,6 +9,8 @@
 #include <QCoroTimer>
 #include <QMetaObject>
 #include <utility>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -6,7 +6,6 @@
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FolderThreads.h"
-#include "platform/NotificationManager.h"
 #include "platform/PlainLog.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
@@ -19,6 +18,8 @@
 #include <QString>
 #include <memory>
 #include <optional>
+
+#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

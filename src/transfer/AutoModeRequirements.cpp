@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/AutoModeRequirements.h"
 
-#include "platform/ApiKey.h"
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

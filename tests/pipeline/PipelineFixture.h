@@ -4,7 +4,6 @@
 #include "metadata/XMPWriter.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/Analyzer.h"
-#include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
 #include "promptserver/PromptServer.h"
 #include "support/Await.h"
@@ -23,6 +22,7 @@
 #include <QJsonObject>
 #include <QPromise>
 
+#include "product/ApiKey.h"
 #include "standins/DngBuilder.h"
 #include "standins/JpegBuilder.h"
 #include "standins/MemoryDefaults.h"

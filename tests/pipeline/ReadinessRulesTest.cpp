@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ReadinessRules.h"
 
-#include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
 #include "support/RecordingLog.h"
 
 #include <gtest/gtest.h>
 
+#include "product/ApiKey.h"
 #include "standins/MemoryDefaults.h"
 #include "standins/MemorySecrets.h"
 

@@ -23,6 +23,7 @@ using Sound = DesktopNotification::Sound;
 const QString notifications = u"org.freedesktop.Notifications"_s;
 const QString notificationsPath = u"/org/freedesktop/Notifications"_s;
 
+const NotifyingProgram sender{.name = u"Captioner"_s, .desktopEntry = u"com.example.Captioner"_s};
 const DesktopNotification failure{.title = u"Ostrelle Captioning Failed"_s,
                                   .body = u"Files: <A&B> \u00e9.jpg \U0001F4F7"_s,
                                   .threadIdentifier = u"ostrelle-processing"_s,
@@ -46,7 +47,7 @@ protected:
         return u"(posted)"_s;
     }
 
-    DesktopNotificationCenter center;
+    DesktopNotificationCenter center{sender};
 };
 
 /// A python-dbusmock service.
@@ -90,7 +91,7 @@ TEST_F(WithNotifications, TheServiceIsToldExactlyThis) {
     await(center.post(failure));
     const QVariantList arguments = notified();
     ASSERT_EQ(arguments.size(), 8);
-    EXPECT_EQ(arguments[0], u"Ostrelle Captions"_s);
+    EXPECT_EQ(arguments[0], sender.name);
     EXPECT_EQ(arguments[1], 0U);
     EXPECT_EQ(arguments[2], u""_s);
     EXPECT_EQ(arguments[3], failure.title);
@@ -98,7 +99,7 @@ TEST_F(WithNotifications, TheServiceIsToldExactlyThis) {
     EXPECT_EQ(qdbus_cast<QStringList>(arguments[5]), QStringList());
     EXPECT_EQ(qdbus_cast<QVariantMap>(arguments[6]),
               (QVariantMap{{u"urgency"_s, QVariant::fromValue(uchar(2))},
-                           {u"desktop-entry"_s, u"com.tobinvasquel.OstrelleCaptions"_s},
+                           {u"desktop-entry"_s, sender.desktopEntry},
                            {u"sound-name"_s, u"dialog-warning"_s},
                            {u"x-ostrelle-thread"_s, u"ostrelle-processing"_s}}));
     EXPECT_EQ(arguments[7], -1);
@@ -159,7 +160,7 @@ TEST_F(WithoutNotifications, AServiceThatNeverAnswersIsNotWaitedForInVain) {
     auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"silent"_s);
     ASSERT_TRUE(bus.registerVirtualObject(notificationsPath, &service));
     ASSERT_TRUE(bus.registerService(notifications));
-    DesktopNotificationCenter impatient(std::chrono::milliseconds(50));
+    DesktopNotificationCenter impatient(sender, std::chrono::milliseconds(50));
     EXPECT_TRUE(await(impatient.isAvailable()));
     auto posting = impatient.post(failure);
     EXPECT_FALSE(posting.isReady());

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/ApiKey.h"
 #include "services/OpenAIClient.h"
 #include "services/OpenAIError.h"
 #include "support/Await.h"
@@ -18,6 +17,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "product/ApiKey.h"
 #include "standins/JpegBuilder.h"
 #include "standins/MemoryDefaults.h"
 #include "standins/ModelStandIn.h"

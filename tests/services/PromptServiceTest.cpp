@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/ServiceEndpoints.h"
 #include "services/PromptServiceFixture.h"
+
+#include "product/ServiceEndpoints.h"
 
 namespace ostrelle {
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/SettingsFigures.h"
 
-#include "platform/ApiKey.h"
 #include "platform/PathReferences.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
@@ -10,6 +9,7 @@
 
 #include <QLocale>
 
+#include "product/ApiKey.h"
 #include "standins/MemoryDefaults.h"
 #include "standins/MemorySecrets.h"
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/panel/MenuContentView.h"
 
-#include "platform/ApiKey.h"
 #include "shell/desktop/DroppedFiles.h"
 #include "shell/help/WebPages.h"
 #include "shell/panel/ActionsBar.h"
@@ -22,6 +21,8 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -3,19 +3,20 @@
 
 #include "pipeline/Analyzer.h"
 #include "platform/Alerts.h"
-#include "platform/AppEvents.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
 #include "platform/FileChooser.h"
 #include "platform/FolderThreads.h"
-#include "platform/NotificationManager.h"
 #include "platform/PlainLog.h"
 #include "platform/Workspace.h"
 #include "services/PromptService.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
+
+#include "product/AppEvents.h"
+#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

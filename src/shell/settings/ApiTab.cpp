@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/settings/ApiTab.h"
 
-#include "platform/ApiKey.h"
 #include "shell/help/WebPages.h"
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/ActionButton.h"
@@ -16,6 +15,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -2,8 +2,9 @@
 #include "shell/settings/SettingsActions.h"
 
 #include "core/Attempt.h"
-#include "platform/ApiKey.h"
 #include "state/SettingsFigures.h"
+
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/NotificationManager.h"
+#include "product/NotificationManager.h"
 
 #include "core/Attempt.h"
 #include "core/Text.h"

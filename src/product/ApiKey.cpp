@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/ApiKey.h"
+#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -5,6 +5,9 @@
 
 namespace ostrelle {
 
+/// What people call this program.
+extern const QString applicationName;
+
 /// The name under which the desktop knows this program: folders, desktop entry, D-Bus, secrets.
 extern const QString applicationIdentifier;
 

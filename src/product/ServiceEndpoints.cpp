@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/ServiceEndpoints.h"
+#include "product/ServiceEndpoints.h"
 
 #include <QByteArray>
 #include <QUtf8StringView>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/AppFolders.h"
+#include "product/AppFolders.h"
 
 #include <QStandardPaths>
 
@@ -7,6 +7,7 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+const QString applicationName = u"Ostrelle Captions"_s;
 const QString applicationIdentifier = u"com.tobinvasquel.OstrelleCaptions"_s;
 
 AppFolders AppFolders::ofDesktop() {
