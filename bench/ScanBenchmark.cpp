@@ -123,7 +123,7 @@ private:
     double m_worst = 0;
 };
 
-QCoro::Task<CaptionOutcome> failToCaption(ImageRequest) {
+QCoro::Task<ImageOutcome> failToCaption(ImageRequest) {
     co_return {};
 }
 

@@ -168,7 +168,7 @@ public:
         m_program.defaults.set(apiKeyName, ModelThread::key());
         Analyzer& analyzer = m_program.captions.analyzer;
         QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer,
-                         [this](const ImageReport& report) { m_reports[report.file].append(report); });
+                         [this](const ImageOutcome& report) { m_reports[report.file].append(report); });
     }
 
     void execute() {
@@ -200,7 +200,7 @@ private:
     QTemporaryDir m_home;
     ModelThread m_model;
     CommandProgram m_program;
-    QHash<QString, QList<ImageReport>> m_reports; ///< by file
+    QHash<QString, QList<ImageOutcome>> m_reports; ///< by file
     double m_seconds = 0;
 };
 
@@ -245,8 +245,8 @@ qsizetype UnattendedRun::wellCaptioned() const {
 
 /// There is one report on it, and its caption is in the file.
 bool UnattendedRun::isWellCaptioned(const QString& image) const {
-    const QList<ImageReport> reports = m_reports.value(image);
-    return reports.size() == 1 && reports.first().outcome == ImageReport::Outcome::captioned &&
+    const QList<ImageOutcome> reports = m_reports.value(image);
+    return reports.size() == 1 && reports.first().kind == OutcomeKind::captioned &&
            !reports.first().captionAfter->isEmpty() && captionOf(image) == reports.first().captionAfter;
 }
 

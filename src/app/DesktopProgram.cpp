@@ -20,6 +20,8 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .alerts = m_alerts,
                   .events = m_events,
                   .remote = m_remote,
+                  .access = m_access,
+                  .clock = m_clock,
                   .console = m_console,
                   .errors = m_errors})
     , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })

@@ -6,6 +6,7 @@
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/DesktopSecretStore.h"
 #include "platform/JsonDefaultsStore.h"
+#include "platform/SystemClock.h"
 #include "program/CaptionProgram.h"
 #include "shell/AppDelegate.h"
 #include "shell/desktop/DesktopAlerts.h"
@@ -13,6 +14,8 @@
 #include "shell/desktop/DesktopWorkspace.h"
 
 #include <functional>
+
+#include "product/AppFolders.h"
 
 namespace ostrelle {
 
@@ -44,6 +47,8 @@ private:
     DesktopWorkspace m_workspace{m_console};
     AppEvents m_events;
     AbsentRemoteSource m_remote;
+    UnsandboxedAccess m_access;
+    SystemClock m_clock;
     CaptionProgram m_captions;
     AppDelegate m_delegate;
     NotThereYet m_notThereYet;

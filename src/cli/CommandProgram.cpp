@@ -25,6 +25,8 @@ CommandProgram::CommandProgram(const Options& givenOptions, const AppFolders& fo
                 .alerts = m_alerts,
                 .events = m_events,
                 .remote = m_remote,
+                .access = m_access,
+                .clock = m_clock,
                 // The log lines of the pipeline are for those who want them.
                 .console = options.verbose ? static_cast<PlainLog&>(output) : m_silent,
                 .errors = errors,

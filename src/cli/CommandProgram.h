@@ -8,11 +8,14 @@
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/JsonDefaultsStore.h"
+#include "platform/SystemClock.h"
 #include "program/CaptionProgram.h"
 
 #include <QCoroTask>
 #include <QSet>
 #include <QString>
+
+#include "product/AppFolders.h"
 
 namespace ostrelle {
 
@@ -57,6 +60,8 @@ private:
     TerminalAlerts m_alerts{errors};
     AppEvents m_events;
     NoRemoteSource m_remote;
+    UnsandboxedAccess m_access;
+    SystemClock m_clock;
     QSet<QString> m_warnings; ///< said so far
 
 public:

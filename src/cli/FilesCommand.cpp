@@ -30,7 +30,7 @@ QString whyNoImage(const QString& path) {
 class FilesRun : public QObject {
 public:
     explicit FilesRun(CommandProgram& program) : m_program(program) {
-        connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FilesRun::tell);
+        connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FilesRun::print);
     }
 
     QCoro::Task<int> run() {
@@ -38,8 +38,7 @@ public:
         co_await tidyFoldersOf(m_program.captions.threads, files);
         for (qsizetype index = 0; index < files.size(); ++index) {
             m_bar.show(index, files.size(), QFileInfo(files[index]).fileName());
-            m_program.captions.status.setTotalFiles(files.size());
-            m_program.captions.status.setCurrentFileIndex(index + 1);
+            m_program.captions.progress.expectImage(index + 1, files.size());
             co_await take(files[index]);
         }
         m_bar.clear();
@@ -52,10 +51,11 @@ private:
         auto look = [path] { return whyNoImage(path); };
         const QString obstacle = co_await onThreadOf(m_program.captions.threads, path, look);
         if (!obstacle.isEmpty()) {
-            ImageReport report;
-            report.file = path;
-            report.reason = obstacle;
-            tell(report);
+            ImageOutcome image;
+            image.file = path;
+            image.kind = OutcomeKind::refused;
+            image.reason = obstacle;
+            print(image);
         } else if (m_program.options.command == Options::Command::showPrompt) {
             co_await showPrompt(path);
         } else if (co_await m_program.captions.analyzer.analyzeSingle(path)) {
@@ -74,13 +74,13 @@ private:
         }
     }
 
-    void tell(const ImageReport& report) {
-        m_hasFailure = m_hasFailure || report.outcome == ImageReport::Outcome::failed;
+    void print(const ImageOutcome& image) {
+        m_hasFailure = m_hasFailure || isFailure(image.kind);
         m_bar.clear();
-        for (const QString& warning : m_program.options.json ? report.warnings : QStringList()) {
+        for (const QString& warning : m_program.options.json ? image.warnings : QStringList()) {
             m_program.warn(warning); // the text shows it with the image
         }
-        m_program.output.print(m_program.options.json ? reportJson(report) : reportText(report));
+        m_program.output.print(m_program.options.json ? reportJson(image) : reportText(image));
     }
 
     CommandProgram& m_program;

@@ -16,27 +16,27 @@ namespace {
 class FolderCommandRun : public QObject {
 public:
     explicit FolderCommandRun(CommandProgram& program) : m_program(program) {
-        connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FolderCommandRun::tell);
+        connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FolderCommandRun::print);
         connect(&m_program.captions.status, &StatusStore::lastMessageChanged, this,
                 &FolderCommandRun::showProgress);
     }
 
     QCoro::Task<int> run() {
-        co_await m_program.captions.analyzer.recaptionFolder(m_program.options.images);
+        const RunTally tally = co_await m_program.captions.analyzer.recaptionFolder(m_program.options.images);
         m_bar.clear();
-        const StatusStore& status = m_program.captions.status;
-        m_program.errors.print(status.lastMessage().value_or(QString()));
+        m_program.errors.print(m_program.captions.status.lastMessage().value_or(QString()));
         const bool isTold = co_await m_program.finish();
-        co_return isTold&& status.failed() == 0 ? ExitStatus::success : ExitStatus::fileFailed;
+        const bool isWell = isTold && tally.ending == RunTally::Ending::completed && tally.failed() == 0;
+        co_return isWell ? ExitStatus::success : ExitStatus::fileFailed;
     }
 
 private:
-    void tell(const ImageReport& report) {
+    void print(const ImageOutcome& image) {
         m_bar.clear();
-        for (const QString& warning : report.warnings) {
+        for (const QString& warning : image.warnings) {
             m_program.warn(warning);
         }
-        m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
+        m_program.output.print(m_program.options.json ? reportJson(image) : reportLine(image));
     }
 
     void showProgress() {

@@ -3,7 +3,7 @@
 
 #include "core/CaptionStyle.h"
 #include "core/Sport.h"
-#include "pipeline/FolderRun.h"
+#include "pipeline/FolderSource.h"
 
 #include <QString>
 #include <QStringList>

@@ -12,16 +12,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString outcomeWord(ImageReport::Outcome outcome) {
-    switch (outcome) {
-    case ImageReport::Outcome::captioned:
+QString outcomeWord(OutcomeKind kind) {
+    if (kind == OutcomeKind::captioned) {
         return u"captioned"_s;
-    case ImageReport::Outcome::skipped:
-        return u"skipped"_s;
-    case ImageReport::Outcome::failed:
-        break;
     }
-    return u"failed"_s;
+    return isDone(kind) ? u"skipped"_s : u"failed"_s;
 }
 
 QString detail(const QString& label, const QString& text) {
@@ -44,46 +39,46 @@ QJsonValue textOrNull(const std::optional<QString>& text) {
 
 } // namespace
 
-QString reportText(const ImageReport& report) {
-    QString text = u"%1  %2"_s.arg(outcomeWord(report.outcome).leftJustified(9), report.file);
-    if (!report.reason.isEmpty()) {
-        text += detail(u"why"_s, report.reason);
+QString reportText(const ImageOutcome& image) {
+    QString text = u"%1  %2"_s.arg(outcomeWord(image.kind).leftJustified(9), image.file);
+    if (!image.reason.isEmpty()) {
+        text += detail(u"why"_s, image.reason);
     }
-    for (const QString& warning : report.warnings) {
+    for (const QString& warning : image.warnings) {
         text += detail(u"warning"_s, warning);
     }
-    if (report.captionAfter) {
-        text += detail(u"before"_s, report.captionBefore && !report.captionBefore->isEmpty()
-                                        ? *report.captionBefore
-                                        : u"(no caption)"_s);
-        text += detail(u"after"_s, *report.captionAfter);
+    if (image.captionAfter) {
+        text +=
+            detail(u"before"_s, image.captionBefore && !image.captionBefore->isEmpty() ? *image.captionBefore
+                                                                                       : u"(no caption)"_s);
+        text += detail(u"after"_s, *image.captionAfter);
     }
-    if (report.previewPath) {
-        text += detail(u"rendition"_s, *report.previewPath);
+    if (image.previewPath) {
+        text += detail(u"rendition"_s, *image.previewPath);
     }
-    if (report.cost) {
-        text += detail(u"cost"_s, u"$%1"_s.arg(*report.cost, 0, 'f', 6));
+    if (image.cost) {
+        text += detail(u"cost"_s, u"$%1"_s.arg(*image.cost, 0, 'f', 6));
     }
     return printable(text);
 }
 
-QString reportLine(const ImageReport& report) {
-    const QString words = report.captionAfter ? *report.captionAfter : report.reason;
-    QString line = u"%1  %2  %3"_s.arg(outcomeWord(report.outcome).leftJustified(9),
-                                       QFileInfo(report.file).fileName(), words);
+QString reportLine(const ImageOutcome& image) {
+    const QString words = image.captionAfter ? *image.captionAfter : image.reason;
+    QString line = u"%1  %2  %3"_s.arg(outcomeWord(image.kind).leftJustified(9),
+                                       QFileInfo(image.file).fileName(), words);
     return printable(line.replace(u'\n', u' '));
 }
 
-QString reportJson(const ImageReport& report) {
+QString reportJson(const ImageOutcome& image) {
     const QJsonObject line{
-        {u"file"_s, report.file},
-        {u"result"_s, outcomeWord(report.outcome)},
-        {u"warnings"_s, QJsonArray::fromStringList(report.warnings)},
-        {u"reason"_s, report.reason.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(report.reason)},
-        {u"before"_s, textOrNull(report.captionBefore)},
-        {u"after"_s, textOrNull(report.captionAfter)},
-        {u"rendition"_s, textOrNull(report.previewPath)},
-        {u"cost"_s, report.cost ? QJsonValue(*report.cost) : QJsonValue(QJsonValue::Null)},
+        {u"file"_s, image.file},
+        {u"result"_s, outcomeWord(image.kind)},
+        {u"warnings"_s, QJsonArray::fromStringList(image.warnings)},
+        {u"reason"_s, image.reason.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(image.reason)},
+        {u"before"_s, textOrNull(image.captionBefore)},
+        {u"after"_s, textOrNull(image.captionAfter)},
+        {u"rendition"_s, textOrNull(image.previewPath)},
+        {u"cost"_s, image.cost ? QJsonValue(*image.cost) : QJsonValue(QJsonValue::Null)},
     };
     return QString::fromUtf8(QJsonDocument(line).toJson(QJsonDocument::Compact));
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "pipeline/ImageReport.h"
+#include "pipeline/ImageOutcome.h"
 
 #include <QString>
 
@@ -9,12 +9,12 @@ namespace ostrelle {
 
 /// What became of an image, in lines for a person: the outcome, the captions before and after, the rendition
 /// and the cost.
-QString reportText(const ImageReport& report);
+QString reportText(const ImageOutcome& image);
 
 /// Outcome, file name, and the new caption or the reason, in one line for a person.
-QString reportLine(const ImageReport& report);
+QString reportLine(const ImageOutcome& image);
 
 /// The same as one line of JSON.
-QString reportJson(const ImageReport& report);
+QString reportJson(const ImageOutcome& image);
 
 } // namespace ostrelle

@@ -21,7 +21,7 @@ class WatchRun : public QObject {
 
 public:
     WatchRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
-        connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::tell);
+        connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::print);
         connect(&interrupts, &InterruptSignals::interrupted, this, &WatchRun::ended);
         connect(&program.captions.manifest, &ProcessedFilesManifest::savingFailureChanged, this,
                 [&program] { program.warnOfManifest(); });
@@ -45,16 +45,16 @@ Q_SIGNALS:
     void ended();
 
 private:
-    void tell(const ImageReport& report) {
-        for (const QString& warning : report.warnings) {
+    void print(const ImageOutcome& image) {
+        for (const QString& warning : image.warnings) {
             m_program.warn(warning);
         }
-        if (report.outcome == ImageReport::Outcome::failed) {
-            m_failed.insert(report.file);
+        if (isFailure(image.kind)) {
+            m_failed.insert(image.file);
         } else {
-            m_failed.remove(report.file); // a later attempt did it
+            m_failed.remove(image.file); // a later attempt did it
         }
-        m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
+        m_program.output.print(m_program.options.json ? reportJson(image) : reportLine(image));
     }
 
     /// Something that auto mode needs has gone.

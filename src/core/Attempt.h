@@ -7,6 +7,7 @@
 #include <QCoroTask>
 #include <exception>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -24,6 +25,17 @@ std::optional<E> failureAs(const std::exception_ptr& failure) {
         return error;
     } catch (...) {
         return std::nullopt;
+    }
+}
+
+/// The words of any exception. `failure` is not null.
+inline QString wordsOf(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& error) {
+        return describe(error);
+    } catch (...) {
+        return QStringLiteral("Unknown failure.");
     }
 }
 
@@ -50,15 +62,7 @@ public:
 
     [[noreturn]] void rethrow() const { std::rethrow_exception(m_error); }
     /// The words of the failure.
-    QString words() const {
-        try {
-            rethrow();
-        } catch (const std::exception& error) {
-            return describe(error);
-        } catch (...) {
-            return QStringLiteral("Unknown failure.");
-        }
-    }
+    QString words() const { return wordsOf(m_error); }
     /// Null for a success.
     const std::exception_ptr& failure() const { return m_error; }
     /// The failure as this type, or nothing.
@@ -71,6 +75,17 @@ private:
     std::optional<T> m_value;
     std::exception_ptr m_error;
 };
+
+/// Calls the function, which returns a value, and keeps what it throws.
+template <typename Function>
+Attempt<std::invoke_result_t<Function>> attemptNow(Function function) {
+    using Result = Attempt<std::invoke_result_t<Function>>;
+    try {
+        return Result::success(function());
+    } catch (...) {
+        return Result::failed(std::current_exception());
+    }
+}
 
 /// Awaits the task and keeps what it throws. A task without a result gives a std::monostate.
 inline QCoro::Task<Attempt<std::monostate>> attempt(QCoro::Task<> task) {

@@ -3,11 +3,9 @@
 
 #include "metadata/XMPWriter.h"
 #include "metadata/facts/ImageKind.h"
-#include "metadata/jpeg/EmbeddedCaptionWrite.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
-#include "platform/WriteCheck.h"
 
 #include <fcntl.h>
 
@@ -88,26 +86,24 @@ MetadataReading ImageMetadata::read(const QTimeZone& zone) const {
     return reading;
 }
 
-void ImageMetadata::requireEditable(PlainLog& log) const {
-    if (m_isEmbedded) {
-        requireEditableJpeg(m_image, log);
-        return;
-    }
-    const QString place = sidecar();
-    requireReplaceable(place);
-    XMPWriter().requireEditableSidecar(place);
+EditableReading ImageMetadata::readEditable(const QTimeZone& zone) const {
+    const std::optional<FileStamp> image = FileStamp::at(m_image);
+    EditableReading editable = m_isEmbedded ? XMPWriter().readEditableEmbedded(m_image, zone)
+                                            : XMPWriter().readEditableSidecar(sidecar(), zone);
+    editable.reading.image = image;
+    return editable;
 }
 
-std::optional<FileStamp> ImageMetadata::writeCaption(const QString& caption, const CaptionSource& source,
-                                                     PlainLog& log) const {
+WrittenCaption ImageMetadata::writeCaption(const QString& caption, const CaptionSource& source,
+                                           PlainLog& log) const {
     if (m_isEmbedded) {
         return XMPWriter().writeEmbeddedCaption(caption, m_image, log, source);
     }
     const std::optional<FileStamp> image = FileStamp::at(m_image); // from before it is compared
     const QString place = sidecar();
-    XMPWriter().writeDefaultCaption(caption, place, m_image, source);
+    std::optional<QString> written = XMPWriter().writeDefaultCaption(caption, place, m_image, source);
     touchFile(place);
-    return image;
+    return {.image = image, .caption = std::move(written), .captionLines = {}};
 }
 
 } // namespace ostrelle

@@ -31,14 +31,13 @@ public:
     /// All facts from one opening. Dates that are days are those of the zone.
     MetadataReading read(const QTimeZone& zone) const;
 
-    /// Finds out whether a caption could be written, and changes nothing. Throws what writeCaption() would.
-    void requireEditable(PlainLog& log) const;
+    /// The same, and whether a caption could be written. Changes nothing.
+    EditableReading readEditable(const QTimeZone& zone) const;
 
     /// Writes the caption, if the image is still what the caption was made from: throws OvertakenError
-    /// otherwise. A sidecar's modification time becomes now, even if nothing in it changes. Returns what the
-    /// image file looked like with its caption, whatever has become of it since.
-    std::optional<FileStamp> writeCaption(const QString& caption, const CaptionSource& source,
-                                          PlainLog& log) const;
+    /// otherwise. A sidecar's modification time becomes now, even if nothing in it changes. What comes back
+    /// holds as of the write, whatever has become of the file since.
+    WrittenCaption writeCaption(const QString& caption, const CaptionSource& source, PlainLog& log) const;
 
 private:
     QString m_image;

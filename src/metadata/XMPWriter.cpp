@@ -12,9 +12,11 @@
 #include "platform/Files.h"
 #include "platform/KeptLines.h"
 #include "platform/SettledReading.h"
+#include "platform/WriteCheck.h"
 
 #include <QFileInfo>
 #include <cerrno>
+#include <exception>
 #include <optional>
 
 namespace ostrelle {
@@ -59,8 +61,9 @@ XmlDocument openSidecar(const QString& sidecar) {
                        [](const StampedBytes& file) { return parseSidecar(file.bytes); });
 }
 
-MetadataReading readingOf(const XmlDocument& document, const QTimeZone& zone) {
+MetadataReading readingOf(const XmlDocument& document, const QString& sidecar, const QTimeZone& zone) {
     KeptLines rightsLines;
+    rightsLines.print(u"[XMPWriter] readRights called for: "_s + QFileInfo(sidecar).fileName());
     MetadataReading reading;
     reading.facts = {.caption = defaultCaption(document),
                      .otherCaptions = sidecarTranslations(document),
@@ -82,9 +85,20 @@ bool XMPWriter::createMissingSidecar(const QString& sidecar) const {
 }
 
 MetadataReading XMPWriter::readSidecar(const QString& sidecar, const QTimeZone& zone) const {
-    MetadataReading reading = readingOf(openSidecar(sidecar), zone);
-    reading.rightsLines.prepend(u"[XMPWriter] readRights called for: "_s + QFileInfo(sidecar).fileName());
-    return reading;
+    return readingOf(openSidecar(sidecar), sidecar, zone);
+}
+
+EditableReading XMPWriter::readEditableSidecar(const QString& sidecar, const QTimeZone& zone) const {
+    const XmlDocument document = openSidecar(sidecar);
+    EditableReading editable{
+        .reading = readingOf(document, sidecar, zone), .refusal = nullptr, .refusalLines = {}};
+    try {
+        requireReplaceable(sidecar);
+        withCaption(document, u"caption"_s);
+    } catch (const Error&) {
+        editable.refusal = std::current_exception();
+    }
+    return editable;
 }
 
 std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) const {
@@ -120,18 +134,22 @@ void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidec
              [&caption](const QByteArray& bytes) { return withCaption(parseSidecar(bytes), caption); });
 }
 
-void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar, const QString& image,
-                                    const CaptionSource& source) const {
+std::optional<QString> XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar,
+                                                      const QString& image,
+                                                      const CaptionSource& source) const {
     std::optional<FileStamp> seen;
+    QByteArray written;
     const auto edit = [&](const QByteArray& bytes) {
         const XmlDocument document = parseSidecar(bytes);
         seen = FileStamp::at(image);
         requireSamePicture(image, source.picture);
-        requireSameFacts(readingOf(document, source.zone).facts, source.facts);
-        return withCaption(document, caption);
+        requireSameFacts(readingOf(document, sidecar, source.zone).facts, source.facts);
+        written = withCaption(document, caption);
+        return written;
     };
     const auto isSameImage = [&] { return FileStamp::at(image) == seen; };
     editFile(sidecar, XmlDocument::maximumSize, edit, isSameImage);
+    return defaultCaption(XmlDocument::parse(written));
 }
 
 void XMPWriter::fillEmptySidecar(const QString& sidecar) const {
@@ -143,8 +161,8 @@ void XMPWriter::fillEmptySidecar(const QString& sidecar) const {
     });
 }
 
-void XMPWriter::requireEditableSidecar(const QString& sidecar) const {
-    withCaption(openSidecar(sidecar), u"caption"_s);
+EditableReading XMPWriter::readEditableEmbedded(const QString& image, const QTimeZone& zone) const {
+    return readEditableJpeg(image, zone);
 }
 
 MetadataReading XMPWriter::readEmbedded(const QString& image, const QTimeZone& zone) const {
@@ -172,8 +190,8 @@ std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) cons
     return metadata ? embeddedCreator(*metadata) : std::nullopt;
 }
 
-FileStamp XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
-                                          const std::optional<CaptionSource>& source) const {
+WrittenCaption XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
+                                               const std::optional<CaptionSource>& source) const {
     return writeCaptionIntoJpeg(image, caption, log, source);
 }
 

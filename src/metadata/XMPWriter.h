@@ -39,13 +39,13 @@ public:
     void writeDefaultCaption(const QString& caption, const QString& sidecar) const;
 
     /// The same, only over what the caption was made from: throws OvertakenError where the sidecar or the
-    /// image's picture is another by now.
-    void writeDefaultCaption(const QString& caption, const QString& sidecar, const QString& image,
-                             const CaptionSource& source) const;
+    /// image's picture is another by now. Returns the caption that is there after the write.
+    std::optional<QString> writeDefaultCaption(const QString& caption, const QString& sidecar,
+                                               const QString& image, const CaptionSource& source) const;
 
-    /// Finds out whether a caption could be put into the sidecar's text, and changes nothing. Throws what
-    /// writeDefaultCaption() would.
-    void requireEditableSidecar(const QString& sidecar) const;
+    /// readSidecar(), and whether a caption could be put into the text and the file be replaced. Changes
+    /// nothing.
+    EditableReading readEditableSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
     /// What is known of place, event and date. Dates in element form become days in the given zone.
     XMPContext readContext(const QString& sidecar, const QTimeZone& zone) const;
@@ -58,6 +58,9 @@ public:
 
     // The same of a JPEG image, whose metadata are in the file itself. An image that cannot be opened is
     // XMPError::fileMissing; one that is no JPEG has no metadata.
+
+    /// readEmbedded(), and whether a caption could be written into the image. Changes nothing.
+    EditableReading readEditableEmbedded(const QString& image, const QTimeZone& zone) const;
 
     /// All of the following four from one opening. Dates become days in the given zone.
     MetadataReading readEmbedded(const QString& image, const QTimeZone& zone) const;
@@ -78,11 +81,10 @@ public:
     /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
     /// With a source, only over what the caption was made from: throws OvertakenError where metadata or
     /// picture are others by now, and a picture that was decoded for its rendition is not decoded again. On
-    /// any failure the old file is intact. Returns what the new one looks like. Throws XMPError::parseFailed
-    /// when the picture cannot be decoded and XMPError::writeFailed when the file cannot be changed without
-    /// harm or not be replaced.
-    FileStamp writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
-                                   const std::optional<CaptionSource>& source = {}) const;
+    /// any failure the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded
+    /// and XMPError::writeFailed when the file cannot be changed without harm or not be replaced.
+    WrittenCaption writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
+                                        const std::optional<CaptionSource>& source = {}) const;
 };
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/AnalyzerLog.h"
+#include "pipeline/CaptionProgress.h"
 #include "pipeline/CaptionTurns.h"
 #include "pipeline/PreviewCopies.h"
 #include "platform/Alerts.h"
@@ -14,10 +15,7 @@
 #include "services/PromptService.h"
 #include "state/ProcessedFilesManifest.h"
 #include "state/SettingsStore.h"
-#include "state/StatusStore.h"
 #include "state/UsageTracker.h"
-
-#include <chrono>
 
 #include "product/AppEvents.h"
 #include "product/NotificationManager.h"
@@ -27,7 +25,7 @@ namespace ostrelle {
 /// What the caption pipeline works with. All of it has to outlive the pipeline.
 struct AnalyzerParts {
     SettingsStore& settings;
-    StatusStore& status;
+    CaptionProgress& progress;
     UsageTracker& usage;
     ProcessedFilesManifest& manifest;
     OpenAIClient& openAI;
@@ -43,8 +41,6 @@ struct AnalyzerParts {
     CaptionTurns& turns;
     FolderThreads& threads;
     ImageClaims& claims;
-    /// How long a finished image's progress stays to be seen.
-    std::chrono::milliseconds progressLinger = std::chrono::seconds(2);
 };
 
 } // namespace ostrelle

@@ -2,10 +2,10 @@
 #include "pipeline/AudioNote.h"
 
 #include "core/Attempt.h"
-#include "pipeline/FolderWork.h"
 
 #include <QFileInfo>
 #include <array>
+#include <utility>
 
 namespace ostrelle {
 
@@ -31,20 +31,18 @@ QStringList audioNotesOf(const QString& image) {
     return notes;
 }
 
-QCoro::Task<std::optional<QString>> transcribeAudioNote(AnalyzerParts parts, QString image) {
-    auto look = [image] { return audioNotesOf(image); };
-    QThreadPool* reader = parts.threads.of(QFileInfo(image).path());
-    const QStringList notes = co_await onThreadOf(parts.threads, image, look);
-    for (const QString& note : notes) {
-        parts.log.appendToLog(u"[Analyzer] Found audio file: "_s + QFileInfo(note).fileName());
-        const auto words = co_await attempt(parts.openAI.transcribeAudio(note, reader));
+QCoro::Task<std::optional<QString>> transcribeAudioNote(OpenAIClient& openAI, AnalyzerLog& log,
+                                                        QThreadPool* reader, AudioWeight weight,
+                                                        QString imageName, QStringList notes) {
+    for (const QString& note : std::as_const(notes)) {
+        log.appendToLog(u"[Analyzer] Found audio file: "_s + QFileInfo(note).fileName());
+        const auto words = co_await attempt(openAI.transcribeAudio(note, reader));
         if (words) {
-            parts.log.appendToLog(u"[Analyzer] Audio transcription (%1): %2"_s.arg(
-                parts.settings.prioritizeAudioFiles() ? u"PRIORITY"_s : u"CONTEXT"_s, *words));
+            log.appendToLog(u"[Analyzer] Audio transcription (%1): %2"_s.arg(
+                weight == AudioWeight::priority ? u"PRIORITY"_s : u"CONTEXT"_s, *words));
             co_return words->trimmed().isEmpty() ? std::nullopt : std::optional(*words);
         }
-        parts.log.appendToLog(u"[Analyzer] Failed to transcribe audio for %1: %2"_s.arg(
-            QFileInfo(image).fileName(), words.words()));
+        log.appendToLog(u"[Analyzer] Failed to transcribe audio for %1: %2"_s.arg(imageName, words.words()));
     }
     co_return std::nullopt;
 }

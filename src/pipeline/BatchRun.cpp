@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/BatchRun.h"
 
-#include "core/Attempt.h"
+#include "metadata/facts/ImageKind.h"
 #include "metadata/facts/OvertakenError.h"
 #include "metadata/sidecar/SidecarPath.h"
-#include "pipeline/CaptionAcceptance.h"
 #include "pipeline/CaptionWriting.h"
 #include "pipeline/ImageFailure.h"
 #include "pipeline/ImageGathering.h"
@@ -20,12 +19,8 @@
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-using Telling = BatchProgress::Telling;
 
 namespace {
-
-/// Leaves the window the time to show each image.
-constexpr std::chrono::milliseconds breath{20};
 
 /// The captions by the place of their image. The first counts where the model gave two for one image: the
 /// second is more likely another image's.
@@ -41,25 +36,21 @@ QHash<qsizetype, QString> captionsByPosition(const BatchCaptionReply& reply) {
 
 } // namespace
 
-BatchRun::BatchRun(AnalyzerParts parts, QStringList files, qint64 startIndex, QDateTime begun,
-                   ImageListener listener)
-    : m_parts(parts)
-    , m_begun(std::move(begun))
-    , m_listener(std::move(listener))
-    , m_progress(parts.status, startIndex) {
+BatchRun::BatchRun(AnalyzerParts parts, QStringList files, BatchPlace place, ReadAhead* ahead,
+                   OutcomeListener listener)
+    : m_parts(parts), m_place(std::move(place)), m_ahead(ahead), m_listener(std::move(listener)) {
     for (const QString& file : std::as_const(files)) {
-        m_outcome.results.append({.name = QFileInfo(file).fileName()});
-        m_reports.emplace_back().file = file;
+        m_outcomes.emplace_back().file = file;
     }
 }
 
-QCoro::Task<BatchOutcome> BatchRun::execute() {
-    m_progress.preparing(m_reports.size());
+QCoro::Task<QList<ImageOutcome>> BatchRun::execute() {
+    m_parts.progress.prepareBatch(m_place.startIndex, m_outcomes.size());
     co_await prepareAll();
     if (!m_parts.turns.isClosed()) { // as it is when the program ends
         co_await captionPrepared();
     }
-    co_return m_outcome;
+    co_return m_outcomes;
 }
 
 QCoro::Task<> BatchRun::captionPrepared() {
@@ -73,49 +64,52 @@ QCoro::Task<> BatchRun::captionPrepared() {
 
 QCoro::Task<> BatchRun::prepareAll() {
     QStringList files;
-    for (const ImageReport& report : std::as_const(m_reports)) {
-        files.append(report.file);
+    for (const ImageOutcome& image : std::as_const(m_outcomes)) {
+        files.append(image.file);
     }
     m_claims = (co_await claimImages(m_parts, files)).value_or(QList<HeldImage>());
     for (qsizetype index = 0; index < m_claims.size() && !m_parts.turns.isClosed(); ++index) {
-        if (m_claims.at(index).isCaptionedSince(m_begun, m_parts.clock.now())) {
-            skip(index, u"It was captioned by another program meanwhile."_s);
-        } else {
-            co_await prepareOne(index);
+        if (m_claims.at(index).isCaptionedSince(m_place.begun, m_parts.clock.now())) {
+            skip(index, OutcomeKind::skipped, u"It was captioned by another program meanwhile."_s);
+            continue;
         }
+        m_parts.progress.prepareImage(m_place.startIndex + index, nameOf(index));
+        co_await prepareOne(index, co_await m_ahead->take(m_place.startIndex + index));
     }
 }
 
-QCoro::Task<> BatchRun::prepareOne(qsizetype index) {
-    m_progress.uploading(index, nameOf(index));
-    const auto image = co_await attempt(prepare(m_reports.at(index).file, &m_reports[index]));
+QCoro::Task<> BatchRun::prepareOne(qsizetype index, std::shared_ptr<const ImageAhead> ahead) {
+    const auto image = co_await attempt(prepare(&m_outcomes[index], ahead));
     if (!image) {
         fail(index, u"[Analyzer] Failed to prepare %1: %2"_s.arg(nameOf(index), image.words()),
-             failureOf(image), Telling::byItself);
+             reportedWords(image.failure()), image.failure(), Mention::byItself);
     } else if (*image) {
         m_prepared.append({.index = index, .image = **image});
     } else {
-        skip(index, u"It already has a caption."_s);
+        skip(index, OutcomeKind::skipped, u"It already has a caption."_s);
     }
 }
 
-QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(QString file, ImageReport* report) {
-    ImageGathering gathering(m_parts, file);
+QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(ImageOutcome* image,
+                                                            std::shared_ptr<const ImageAhead> ahead) {
+    const QString file = image->file;
+    ImageGathering gathering(m_parts, file, {}, std::move(ahead));
     const ScopedAccess fileAccess(m_parts.access, file);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
     std::optional<ScopedAccess> sidecarAccess;
-    if (!gathering.metadata().isEmbedded()) {
+    if (!isJpegImage(file)) {
         sidecarAccess.emplace(m_parts.access, sidecarPath(file));
     }
-    co_await gathering.ensureSidecar();
-    co_await gathering.readCaption();
-    report->captionBefore = gathering.caption();
+    co_await gathering.open();
+    gathering.requireSidecar();
+    co_await gathering.takeFacts();
+    image->captionBefore = gathering.caption();
     if (gathering.isFinished()) {
         co_return std::nullopt;
     }
-    gathering.sayContext();
-    gathering.sayRights();
-    co_await gathering.requireEditable();
+    gathering.logContext();
+    gathering.logRights();
+    gathering.requireEditable();
     co_await gathering.extractPreview();
     co_await gathering.gatherAudioNote();
     co_return gathering.image();
@@ -123,7 +117,8 @@ QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(QString file, ImageR
 
 QCoro::Task<> BatchRun::captionTogether() {
     constexpr int maximumTokens = 2000;
-    const RosterReading roster = co_await readRoster(m_parts);
+    const RosterReading roster =
+        co_await readRoster(m_parts.settings, m_parts.threads, m_parts.access, m_parts.log);
     takeWarnings(roster);
     if (roster.replacements.isTruncated()) {
         m_parts.log.print(truncationWarning(roster.replacements));
@@ -131,14 +126,14 @@ QCoro::Task<> BatchRun::captionTogether() {
     // Prompt and images from the settings of one moment.
     const QString prompt = buildBatchPrompt(promptQuery(m_parts.settings), roster.replacements);
     const QList<BatchImageItem> images = items();
-    m_progress.asking(images.size());
+    m_parts.progress.askForBatch(m_place.startIndex, images.size());
     const auto reply = co_await attempt(m_parts.openAI.generateBatchCaptions(
         images, prompt, captionModel, maximumTokens, captionTemperature));
     if (reply) {
         co_await writeReply(*reply);
         co_return;
     }
-    m_progress.noLongerAsking();
+    m_parts.progress.stopAsking();
     m_parts.log.print(u"[Analyzer] Batch API failed (error: %1), falling back to individual processing"_s.arg(
         reply.words()));
     m_parts.log.appendToLog(u"[Analyzer] Batch API failed, falling back to individual processing: "_s +
@@ -158,7 +153,7 @@ QList<BatchImageItem> BatchRun::items() const {
 }
 
 QCoro::Task<> BatchRun::writeReply(BatchCaptionReply reply) {
-    m_progress.writing();
+    m_parts.progress.writeBatch();
     if (reply.usage) {
         m_parts.usage.recordUsage(reply.usage->promptTokens, reply.usage->completionTokens);
         for (const QString& line : tokenComparison(*reply.usage, m_prepared.size())) {
@@ -170,27 +165,21 @@ QCoro::Task<> BatchRun::writeReply(BatchCaptionReply reply) {
         const auto caption = captions.constFind(position);
         co_await writeFromReply(m_prepared.at(position),
                                 caption == captions.constEnd() ? std::nullopt : std::optional(*caption));
-        co_await m_parts.clock.sleep(breath);
+        co_await pauseBetweenImages();
     }
 }
 
 QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString> caption) {
-    m_progress.working(prepared.index, nameOf(prepared.index));
+    const QString name = nameOf(prepared.index);
+    m_parts.progress.takeUpImage(m_place.startIndex + prepared.index, name);
     if (!caption) {
-        fail(prepared.index,
-             u"[Analyzer] No caption returned for %1 in batch response"_s.arg(nameOf(prepared.index)),
-             {.words = u"The model returned no caption for it."_s}, Telling::inBatch);
+        fail(prepared.index, u"[Analyzer] No caption returned for %1 in batch response"_s.arg(name),
+             u"The model returned no caption for it."_s, nullptr, Mention::inBatch);
         co_return;
     }
-    const auto written = co_await attempt(write(prepared, *caption));
-    if (written) {
-        succeed(prepared.index, *caption, Telling::inBatch);
-    } else {
-        co_await endWithout(
-            prepared.index,
-            u"[Analyzer] Failed to write caption for %1: %2"_s.arg(nameOf(prepared.index), written.words()),
-            failureOf(written), Telling::inBatch);
-    }
+    const auto written = co_await attempt(write(prepared, CaptionPath::batchReply, *caption));
+    co_await end(prepared.index, written, u"[Analyzer] Failed to write caption for %1: %2"_s,
+                 Mention::inBatch);
 }
 
 QCoro::Task<> BatchRun::captionOneByOne(RosterReading roster) {
@@ -198,33 +187,22 @@ QCoro::Task<> BatchRun::captionOneByOne(RosterReading roster) {
         if (m_parts.turns.isClosed()) {
             co_return;
         }
-        m_progress.working(prepared.index, nameOf(prepared.index));
+        m_parts.progress.takeUpImage(m_place.startIndex + prepared.index, nameOf(prepared.index));
         const auto caption = co_await attempt(askAndWrite(prepared, roster));
-        if (caption) {
-            succeed(prepared.index, *caption, Telling::inBatch);
-        } else {
-            co_await endWithout(prepared.index,
-                                u"[Analyzer] Individual fallback failed for %1: %2"_s.arg(
-                                    nameOf(prepared.index), caption.words()),
-                                failureOf(caption), Telling::inBatch);
-        }
-        co_await m_parts.clock.sleep(breath);
+        co_await end(prepared.index, caption, u"[Analyzer] Individual fallback failed for %1: %2"_s,
+                     Mention::inBatch);
+        co_await pauseBetweenImages();
     }
 }
 
 QCoro::Task<> BatchRun::captionSingle(Prepared prepared) {
-    m_progress.working(prepared.index, nameOf(prepared.index));
-    const RosterReading roster = co_await readRoster(m_parts, RosterFailure::ignored);
+    m_parts.progress.takeUpImage(m_place.startIndex + prepared.index, nameOf(prepared.index));
+    const RosterReading roster = co_await readRoster(m_parts.settings, m_parts.threads, m_parts.access,
+                                                     m_parts.log, RosterFailure::ignored);
     takeWarnings(roster);
     const auto caption = co_await attempt(askAndWrite(prepared, roster));
-    if (caption) {
-        succeed(prepared.index, *caption, Telling::byItself);
-    } else {
-        co_await endWithout(prepared.index,
-                            u"[Analyzer] Failed to process single image %1: %2"_s.arg(nameOf(prepared.index),
-                                                                                      caption.words()),
-                            failureOf(caption), Telling::byItself);
-    }
+    co_await end(prepared.index, caption, u"[Analyzer] Failed to process single image %1: %2"_s,
+                 Mention::byItself);
 }
 
 QCoro::Task<> BatchRun::captionReplaced() {
@@ -236,7 +214,8 @@ QCoro::Task<> BatchRun::captionReplaced() {
                 co_return;
             }
             m_prepared.clear();
-            co_await prepareOne(index);
+            m_parts.progress.prepareImage(m_place.startIndex + index, nameOf(index));
+            co_await prepareOne(index, nullptr);
             if (!m_prepared.isEmpty()) {
                 co_await captionSingle(m_prepared.first());
             }
@@ -244,84 +223,90 @@ QCoro::Task<> BatchRun::captionReplaced() {
     }
     for (const qsizetype index : std::exchange(m_replaced, {})) {
         fail(index, u"[Analyzer] %1 is changed again and again"_s.arg(nameOf(index)),
-             {.words = u"Another program changes it again and again."_s}, Telling::byItself);
+             u"Another program changes it again and again."_s, nullptr, Mention::byItself);
     }
 }
 
 QCoro::Task<QString> BatchRun::askAndWrite(Prepared prepared, RosterReading roster) {
-    const QString prompt = co_await composeImagePrompt(m_parts, prepared.image, roster.replacements);
-    const CaptionReply reply = co_await askForCaption(m_parts, prepared.image.jpegData(), prompt);
-    const QString caption = finalizeCaption(reply.text, prepared.image.rights(), m_parts.settings);
-    co_await write(prepared, caption);
-    co_return caption;
+    const QString prompt =
+        co_await composeImagePrompt(m_parts.settings, m_parts.prompts, m_parts.log, m_parts.clock.timeZone(),
+                                    prepared.image, roster.replacements);
+    const CaptionReply reply =
+        co_await askForCaption(m_parts.openAI, m_parts.usage, prepared.image.jpegData(), prompt);
+    co_return co_await write(prepared, CaptionPath::oneOfBatch, reply.text);
 }
 
-QCoro::Task<> BatchRun::write(Prepared prepared, QString caption) {
-    const QString& file = prepared.image.file;
-    const ScopedAccess fileAccess(m_parts.access, file);
-    const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
-    const std::optional<FileStamp> written = co_await writeCaption(m_parts, prepared.image, caption);
-    co_await m_parts.manifest.markProcessed(file, written);
-    co_await recordCaptioned(m_parts, m_claims.at(prepared.index));
+QCoro::Task<QString> BatchRun::write(Prepared prepared, CaptionPath path, QString reply) {
+    // Neither of a batch's paths keeps the caption that an image has.
+    const QString caption =
+        acceptReply(path, reply, prepared.image, m_parts.settings, m_parts.log).value_or(reply);
+    co_await writeCaption(m_parts, path, prepared.image, caption);
+    co_await recordCaptioned(m_claims.at(prepared.index), m_parts.clock.now());
+    co_return caption;
 }
 
 void BatchRun::takeWarnings(const RosterReading& roster) {
     for (const Prepared& prepared : std::as_const(m_prepared)) {
-        m_reports[prepared.index].warnings = roster.warnings;
+        m_outcomes[prepared.index].warnings = roster.warnings;
     }
+}
+
+/// Leaves the window the time to show each image.
+QCoro::Task<> BatchRun::pauseBetweenImages() {
+    constexpr std::chrono::milliseconds pause{20};
+    co_await m_parts.clock.sleep(pause);
 }
 
 /// Left out of all counters.
-void BatchRun::skip(qsizetype index, const QString& reason) {
-    ImageReport& report = m_reports[index];
-    report.outcome = ImageReport::Outcome::skipped;
-    report.reason = reason;
-    this->report(index);
+void BatchRun::skip(qsizetype index, OutcomeKind kind, const QString& reason) {
+    ImageOutcome& image = m_outcomes[index];
+    image.kind = kind;
+    image.reason = reason;
+    m_listener(image);
 }
 
-void BatchRun::succeed(qsizetype index, const QString& caption, Telling telling) {
-    m_outcome.results[index].success = true;
-    m_progress.succeeded(nameOf(index), telling);
-    ImageReport& report = m_reports[index];
-    report.outcome = ImageReport::Outcome::captioned;
-    report.captionAfter = caption;
-    this->report(index);
-}
-
-BatchRun::Failure BatchRun::failureOf(const auto& attempt) {
-    return {.words = reportedWords(attempt.failure()), .cause = attempt.failure()};
-}
-
-QCoro::Task<> BatchRun::endWithout(qsizetype index, QString logLine, Failure failure, Telling telling) {
-    const auto overtaken = failureAs<OvertakenError>(failure.cause);
-    if (!overtaken) {
-        fail(index, logLine, failure, telling);
+QCoro::Task<> BatchRun::end(qsizetype index, Attempt<QString> caption, QString logLine, Mention mention) {
+    if (caption) {
+        succeed(index, *caption, mention);
         co_return;
     }
-    m_parts.log.printAndAppend(
-        u"[Analyzer] Nothing was written into %1: %2"_s.arg(nameOf(index), failure.words));
+    const QString reason = reportedWords(caption.failure());
+    const auto overtaken = caption.failureAs<OvertakenError>();
+    if (!overtaken) {
+        fail(index, logLine.arg(nameOf(index), caption.words()), reason, caption.failure(), mention);
+        co_return;
+    }
+    m_parts.log.printAndAppend(u"[Analyzer] Nothing was written into %1: %2"_s.arg(nameOf(index), reason));
     using Case = OvertakenError::Case;
     if (overtaken->kind() == Case::captionEdited || overtaken->kind() == Case::captionAndFactsEdited) {
-        co_await m_parts.manifest.markProcessed(m_reports.at(index).file); // it needs no further attempt
-        skip(index, failure.words);
+        co_await m_parts.manifest.markProcessed(m_outcomes.at(index).file); // it needs no further attempt
+        skip(index, OutcomeKind::edited, reason);
     } else {
         m_replaced.append(index);
     }
 }
 
-void BatchRun::fail(qsizetype index, const QString& logLine, const Failure& failure, Telling telling) {
-    m_parts.log.printAndAppend(logLine);
-    m_outcome.failedNames.append(nameOf(index));
-    m_progress.failed(nameOf(index), telling);
-    m_outcome.results[index].failed = true;
-    m_outcome.results[index].cause = failure.cause;
-    m_reports[index].reason = failure.words;
-    report(index);
+void BatchRun::succeed(qsizetype index, const QString& caption, Mention mention) {
+    m_parts.progress.countCaptioned(nameOf(index), mention);
+    ImageOutcome& image = m_outcomes[index];
+    image.kind = OutcomeKind::captioned;
+    image.captionAfter = caption;
+    m_listener(image);
 }
 
-void BatchRun::report(qsizetype index) {
-    m_outcome.results[index].isBegun = true;
-    m_listener(m_reports.at(index));
+void BatchRun::fail(qsizetype index, const QString& logLine, const QString& reason, std::exception_ptr cause,
+                    Mention mention) {
+    m_parts.log.printAndAppend(logLine);
+    m_parts.progress.countFailed(nameOf(index), mention);
+    ImageOutcome& image = m_outcomes[index];
+    image.kind = OutcomeKind::failed;
+    image.reason = reason;
+    image.cause = std::move(cause);
+    m_listener(image);
+}
+
+QString BatchRun::nameOf(qsizetype index) const {
+    return QFileInfo(m_outcomes.at(index).file).fileName();
 }
 
 } // namespace ostrelle

@@ -2,7 +2,10 @@
 #include "pipeline/CodeReplacementsReading.h"
 
 #include "core/Attempt.h"
-#include "pipeline/FolderWork.h"
+#include "core/OnThreadPool.h"
+
+#include <QFileInfo>
+#include <optional>
 
 namespace ostrelle {
 
@@ -10,44 +13,59 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// On the thread of the folder that is searched, if one is.
-QCoro::Task<std::optional<CodeReplacementsFile>> findRoster(AnalyzerParts parts) {
-    const std::optional<QString> selected = parts.settings.codeReplacementsFile();
-    const std::optional<QString> folder = parts.settings.ingestFolder();
-    if (selected || !folder) {
-        co_return resolveCodeReplacementsFile(selected, std::nullopt);
+/// The roster's file and what is in it, from one visit to its folder.
+struct FoundRoster {
+    std::optional<CodeReplacementsFile> file;
+    Attempt<CodeReplacements> replacements = Attempt<CodeReplacements>::success({});
+};
+
+FoundRoster findRoster(const std::optional<QString>& selected, const std::optional<QString>& folder) {
+    FoundRoster found;
+    found.file = resolveCodeReplacementsFile(selected, folder);
+    if (found.file) {
+        found.replacements = attemptNow([&found] { return readCodeReplacements(found.file->path); });
     }
-    auto look = [folder] { return resolveCodeReplacementsFile(std::nullopt, folder); };
-    co_return co_await onThreadPool(parts.threads.of(*folder), look);
+    return found;
+}
+
+/// Why the names of the roster are not used; empty when they are.
+QString problemOf(const FoundRoster& found) {
+    const QString name = QFileInfo(found.file->path).fileName();
+    if (found.replacements) {
+        return found.replacements->characterCount == 0 ? rosterProblem(*found.replacements, name) : QString();
+    }
+    const auto error = found.replacements.failureAs<FileError>();
+    return error ? rosterProblem(*error, name) : QString();
 }
 
 } // namespace
 
-QCoro::Task<RosterReading> readRoster(AnalyzerParts parts, RosterFailure failure) {
-    const std::optional<CodeReplacementsFile> file = co_await findRoster(parts);
-    if (!file) {
-        parts.log.appendToLog(u"[Analyzer] No code replacements file found (neither manually selected nor "
-                              "auto-discovered)"_s);
+QCoro::Task<RosterReading> readRoster(const SettingsStore& settings, FolderThreads& threads,
+                                      FileAccess& access, AnalyzerLog& log, RosterFailure failure) {
+    const std::optional<QString> selected = settings.codeReplacementsFile();
+    const std::optional<QString> folder = settings.ingestFolder();
+    FoundRoster found;
+    if (selected || folder) {
+        const ScopedAccess fileAccess(access, selected ? *selected : *folder);
+        const QString place = selected ? QFileInfo(*selected).path() : *folder;
+        auto find = [selected, folder] { return findRoster(selected, folder); };
+        found = co_await onThreadPool(threads.of(place), find);
+    }
+    if (!found.file) {
+        log.appendToLog(u"[Analyzer] No code replacements file found (neither manually selected nor "
+                        "auto-discovered)"_s);
         co_return {.replacements = {},
                    .warnings = {u"There is no roster: the caption was made without its names."_s}};
     }
-    parts.log.appendToLog(u"[Analyzer] Using %1 code replacements file: %2"_s.arg(
-        file->isManuallySelected ? u"manually selected"_s : u"auto-discovered"_s, file->path));
-    const ScopedAccess access(parts.access, file->path);
-    auto read = [path = file->path] { return readCodeReplacements(path); };
-    const auto replacements = co_await attempt(onThreadOf(parts.threads, file->path, read));
-    const QString name = QFileInfo(file->path).fileName();
-    RosterReading reading{.replacements = replacements.valueOr({}), .warnings = {}};
-    if (const auto error = replacements ? std::nullopt : replacements.failureAs<FileError>()) {
-        reading.warnings = {rosterProblem(*error, name)};
-    } else if (reading.replacements.characterCount == 0) {
-        reading.warnings = {rosterProblem(reading.replacements, name)};
+    log.appendToLog(u"[Analyzer] Using %1 code replacements file: %2"_s.arg(
+        found.file->isManuallySelected ? u"manually selected"_s : u"auto-discovered"_s, found.file->path));
+    if (!found.replacements && failure == RosterFailure::logged) {
+        log.printAndAppend(u"[Analyzer] Failed to read Code Replacements file: "_s +
+                           found.replacements.words());
     }
-    if (!replacements && failure == RosterFailure::logged) {
-        parts.log.printAndAppend(u"[Analyzer] Failed to read Code Replacements file: "_s +
-                                 replacements.words());
-    }
-    co_return reading;
+    const QString problem = problemOf(found);
+    co_return {.replacements = found.replacements.valueOr({}),
+               .warnings = problem.isEmpty() ? QStringList() : QStringList{problem}};
 }
 
 } // namespace ostrelle

@@ -34,18 +34,19 @@ heldAll(const std::optional<std::vector<std::shared_ptr<const ImageClaim>>>& cla
     return images;
 }
 
-void sayNotice(const AnalyzerParts& parts) {
-    if (const QString notice = parts.claims.takeNotice(); !notice.isEmpty()) {
-        parts.log.printAndAppend(u"[Analyzer] "_s + notice);
+void logNotice(ImageClaims& claims, AnalyzerLog& log) {
+    if (const QString notice = claims.takeNotice(); !notice.isEmpty()) {
+        log.printAndAppend(u"[Analyzer] "_s + notice);
     }
 }
 
 } // namespace
 
-QCoro::Task<HeldImage> claimImage(AnalyzerParts parts, QString file) {
-    auto take = [claims = &parts.claims, file] { return held(claims->tryClaim(file)); };
-    const HeldImage image = co_await onThreadOf(parts.threads, file, take);
-    sayNotice(parts);
+QCoro::Task<HeldImage> claimImage(ImageClaims& claims, FolderThreads& threads, AnalyzerLog& log,
+                                  QString file) {
+    auto take = [claims = &claims, file] { return held(claims->tryClaim(file)); };
+    const HeldImage image = co_await onThreadOf(threads, file, take);
+    logNotice(claims, log);
     co_return image;
 }
 
@@ -54,22 +55,22 @@ QCoro::Task<std::optional<QList<HeldImage>>> claimImages(AnalyzerParts parts, QS
     while (!parts.turns.isClosed()) {
         auto take = [claims = &parts.claims, files] { return heldAll(claims->tryClaimAll(files)); };
         const auto claims = co_await onThreadOf(parts.threads, files.value(0), take);
-        sayNotice(parts);
+        logNotice(parts.claims, parts.log);
         if (claims) {
             co_return *claims;
         }
         if (!std::exchange(isWaiting, true)) {
             parts.log.printAndAppend(
                 u"[Analyzer] Another program is captioning images of this batch, waiting for it"_s);
-            parts.status.setLastMessage(u"Waiting for another program that captions these images..."_s);
+            parts.progress.showMessage(u"Waiting for another program that captions these images..."_s);
         }
         co_await parts.clock.sleep(poll);
     }
     co_return std::nullopt;
 }
 
-QCoro::Task<> recordCaptioned(AnalyzerParts parts, HeldImage image) {
-    auto record = [claim = image.claim, now = parts.clock.now()] { claim->recordDone(now); };
+QCoro::Task<> recordCaptioned(HeldImage image, QDateTime time) {
+    auto record = [claim = image.claim, time] { claim->recordDone(time); };
     co_await offMainThread(record);
 }
 

@@ -25,14 +25,15 @@ struct HeldImage {
     }
 };
 
-/// Claims the image, if nobody has.
-QCoro::Task<HeldImage> claimImage(AnalyzerParts parts, QString file);
+/// Claims the image, if nobody has. All references have to outlive the task.
+QCoro::Task<HeldImage> claimImage(ImageClaims& claims, FolderThreads& threads, AnalyzerLog& log,
+                                  QString file);
 
 /// Claims all images of a batch, in their order, and waits for those that somebody else captions. Nothing
 /// when the program ends meanwhile.
 QCoro::Task<std::optional<QList<HeldImage>>> claimImages(AnalyzerParts parts, QStringList files);
 
-/// Leaves word for whoever claims the image next.
-QCoro::Task<> recordCaptioned(AnalyzerParts parts, HeldImage image);
+/// Leaves word for whoever claims the image next that it was captioned at that time.
+QCoro::Task<> recordCaptioned(HeldImage image, QDateTime time);
 
 } // namespace ostrelle

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ImageGathering.h"
 
+#include "metadata/ImageMetadata.h"
+#include "metadata/facts/ImageKind.h"
 #include "metadata/facts/XMPError.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/AudioNote.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/FolderWork.h"
-#include "pipeline/SidecarCreation.h"
 #include "platform/FileError.h"
 
 #include <QFileInfo>
+#include <utility>
 
 namespace ostrelle {
 
@@ -22,96 +24,100 @@ const QString noCaption = u"No caption"_s;
 
 } // namespace
 
-ImageGathering::ImageGathering(AnalyzerParts parts, QString file)
-    : m_parts(parts), m_name(QFileInfo(file).fileName()), m_metadata(file) {
+ImageGathering::ImageGathering(AnalyzerParts parts, QString file, Opening opening,
+                               std::shared_ptr<const ImageAhead> ahead)
+    : m_parts(parts), m_name(QFileInfo(file).fileName()), m_opening(opening), m_ahead(std::move(ahead)) {
     m_image.file = std::move(file);
     m_image.source.zone = parts.clock.timeZone();
     m_image.defaultCaption = noCaption;
 }
 
-QCoro::Task<> ImageGathering::ensureSidecar() {
-    const auto created =
-        co_await attempt(createSidecar(m_parts.threads, m_parts.access, m_parts.log.console(), m_image.file));
-    if (created) {
-        co_return;
-    }
-    m_parts.log.printAndAppend(
-        u"[Analyzer] Failed to create XMP sidecar for RAW file %1 in folder: %2. Error: %3. This may be a "
-        "permissions issue. Try selecting both the RAW and XMP files, or move the file to a different folder "
-        "with write permissions."_s.arg(m_name, QFileInfo(m_image.file).path(), created.words()));
-    created.rethrow();
-}
-
 QCoro::Task<> ImageGathering::open() {
-    if (isRead()) {
+    if (m_opened) {
         co_return;
     }
-    auto read = [metadata = m_metadata, zone = m_image.source.zone] { return metadata.read(zone); };
-    m_reading = co_await attempt(onThreadOf(m_parts.threads, m_image.file, read));
-    if (*m_reading) {
-        takeFacts();
+    const ScopedAccess fileAccess(m_parts.access, m_image.file);
+    const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_image.file).path());
+    auto read = [file = m_image.file, zone = m_image.source.zone, opening = m_opening, ahead = m_ahead] {
+        return openImage(file, zone, opening, ahead.get());
+    };
+    m_opened = co_await onThreadOf(m_parts.threads, m_image.file, read);
+    if (m_opened->sidecar && *m_opened->sidecar) {
+        m_parts.log.print(u"[Analyzer] Created XMP sidecar for "_s + m_name);
     }
+    if (m_opened->metadata) {
+        print(m_opened->metadata->reading.captionLines);
+    }
+    m_image.source.picture = m_opened->picture.value_or(SeenPicture());
 }
 
-void ImageGathering::takeFacts() {
-    const MetadataReading& reading = **m_reading;
-    say(reading.captionLines);
-    m_contextLines = reading.contextLines;
-    m_rightsLines = reading.rightsLines;
-    m_imageStamp = reading.image;
-    m_image.source.facts = reading.facts;
-}
-
-QCoro::Task<> ImageGathering::readCaption() {
-    co_await open();
-    if (isRead() || !isUnreadableSidecar()) {
-        takeCaption();
-        co_return;
-    }
-    m_parts.log.print(
-        u"[Analyzer] Permission error reading default caption from XMP for %1, attempting to recreate "
-        "sidecar..."_s.arg(m_name));
-    co_await recreateSidecar();
-    m_parts.log.print(u"[Analyzer] Recreated unreadable XMP sidecar for "_s + m_name);
-}
-
-void ImageGathering::takeCaption() {
-    if (!isRead()) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, m_reading->words()));
-        m_reading->rethrow();
-    }
-    const std::optional<QString>& caption = facts().caption;
-    m_caption = caption ? std::optional(caption->trimmed()) : std::nullopt;
-    m_image.defaultCaption = m_caption.value_or(noCaption);
+std::optional<QString> ImageGathering::readCaption() const {
+    return m_opened->metadata ? m_opened->metadata->reading.facts.caption : std::nullopt;
 }
 
 bool ImageGathering::isSidecarMissing() const {
-    const bool hasFailed = m_reading && !*m_reading;
-    const auto error = hasFailed ? m_reading->failureAs<XMPError>() : std::nullopt;
-    return !m_metadata.isEmbedded() && error && error->kind() == XMPError::Case::fileMissing;
+    const auto error = m_opened->metadata.failureAs<XMPError>();
+    return !isEmbedded() && error && error->kind() == XMPError::Case::fileMissing;
 }
 
-bool ImageGathering::isUnreadableSidecar() const {
-    const auto error = m_reading->failureAs<FileError>();
-    return !m_metadata.isEmbedded() && error && error->isPermissionDenied();
+void ImageGathering::requireSidecar() {
+    if (!m_opened->sidecar) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Failed to create XMP sidecar for RAW file %1 in folder: %2. Error: %3. This may be "
+            "a permissions issue. Try selecting both the RAW and XMP files, or move the file to a different "
+            "folder with write permissions."_s.arg(m_name, QFileInfo(m_image.file).path(),
+                                                   m_opened->sidecar.words()));
+        m_opened->sidecar.rethrow();
+    }
+}
+
+QCoro::Task<> ImageGathering::takeFacts() {
+    const bool isRecreated = isUnreadableSidecar() && m_opening.makesSidecar;
+    if (isRecreated) {
+        m_parts.log.print(
+            u"[Analyzer] Permission error reading default caption from XMP for %1, attempting to recreate "
+            "sidecar..."_s.arg(m_name));
+        co_await recreateSidecar();
+    }
+    if (!m_opened->metadata) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, m_opened->metadata.words()));
+        m_opened->metadata.rethrow();
+    }
+    take(m_opened->metadata->reading);
+    if (!isRecreated) {
+        const std::optional<QString>& caption = facts().caption;
+        m_caption = caption ? std::optional(caption->trimmed()) : std::nullopt;
+        m_image.defaultCaption = m_caption.value_or(noCaption);
+    }
 }
 
 /// A sidecar that nobody may read is of no use to anybody: a new one takes its place, without a caption.
 QCoro::Task<> ImageGathering::recreateSidecar() {
     const ScopedAccess fileAccess(m_parts.access, sidecarPath(m_image.file));
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_image.file).path());
-    auto recreate = [metadata = m_metadata, zone = m_image.source.zone] {
-        metadata.replaceUnreadableSidecar();
-        return metadata.read(zone);
+    auto recreate = [file = m_image.file, zone = m_image.source.zone] {
+        const ImageMetadata metadata(file);
+        return attemptNow([&] {
+            metadata.replaceUnreadableSidecar();
+            return metadata.readEditable(zone);
+        });
     };
-    m_reading = co_await attempt(onThreadOf(m_parts.threads, m_image.file, recreate));
-    if (!*m_reading) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, m_reading->words()));
-        m_reading->rethrow();
+    m_opened->metadata = co_await onThreadOf(m_parts.threads, m_image.file, recreate);
+    if (m_opened->metadata) {
+        m_parts.log.print(u"[Analyzer] Recreated unreadable XMP sidecar for "_s + m_name);
     }
-    takeFacts();
+}
+
+void ImageGathering::take(const MetadataReading& reading) {
+    m_contextLines = reading.contextLines;
+    m_rightsLines = reading.rightsLines;
+    m_image.source.facts = reading.facts;
+}
+
+bool ImageGathering::isUnreadableSidecar() const {
+    const auto error = m_opened->metadata.failureAs<FileError>();
+    return !isEmbedded() && error && error->isPermissionDenied();
 }
 
 bool ImageGathering::isFinished() {
@@ -123,38 +129,41 @@ bool ImageGathering::isFinished() {
     return true;
 }
 
-QCoro::Task<> ImageGathering::requireEditable() {
-    auto look = [file = m_image.file] { return EditConditions::of(file); };
-    m_editConditions = co_await onThreadOf(m_parts.threads, m_image.file, look);
-    auto check = [metadata = m_metadata](PlainLog& log) { metadata.requireEditable(log); };
-    const auto checked =
-        co_await attempt(onThreadOf(m_parts.threads, m_image.file, m_parts.log.console(), check));
-    if (!checked) {
+void ImageGathering::logSidecar() {
+    if (!m_opened->sidecarDump.isEmpty()) {
+        m_parts.log.printAndAppend(m_opened->sidecarDump);
+    }
+}
+
+void ImageGathering::requireEditable() {
+    const EditableReading& metadata = *m_opened->metadata;
+    for (const QString& line : metadata.refusalLines) {
+        m_parts.log.print(line);
+    }
+    if (metadata.refusal) {
         m_parts.log.printAndAppend(
             u"[Analyzer] The model is not asked about %1, as no caption can be written: %2"_s.arg(
-                m_name, checked.words()));
-        checked.rethrow();
+                m_name, wordsOf(metadata.refusal)));
+        std::rethrow_exception(metadata.refusal);
     }
 }
 
 QCoro::Task<> ImageGathering::extractPreview() {
-    constexpr double longestSide = 1024; // pixels
-    constexpr double jpegQuality = 0.6;
-    constexpr double rawQuality = 0.85;
-    const double quality = m_metadata.isEmbedded() ? jpegQuality : rawQuality;
-    auto extract = [file = m_image.file, quality] { return seePicture(file, longestSide, quality); };
-    QThreadPool* renderers = m_parts.threads.renderersOf(QFileInfo(m_image.file).path());
-    const auto picture = co_await attempt(onThreadPool(renderers, extract));
-    if (!picture) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
-        picture.rethrow();
+    if (!m_opened->picture) {
+        QThreadPool* renderers = m_parts.threads.renderersOf(QFileInfo(m_image.file).path());
+        auto render = [file = m_image.file] { return renderForModel(file); };
+        const auto picture = co_await attempt(onThreadPool(renderers, render));
+        if (!picture) {
+            m_parts.log.printAndAppend(
+                u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
+            picture.rethrow();
+        }
+        m_image.source.picture = *picture;
     }
-    m_image.source.picture = *picture;
-    sayPreview(picture->rendition);
+    logPreview(m_image.source.picture.rendition);
 }
 
-void ImageGathering::sayPreview(const Rendition& rendition) {
+void ImageGathering::logPreview(const Rendition& rendition) {
     if (rendition.source == Rendition::Source::embeddedPreview) {
         m_parts.log.printAndAppend(
             u"[Analyzer] %1 is shown by its embedded preview of %2 x %3 pixels, as its RAW data cannot be "
@@ -164,10 +173,26 @@ void ImageGathering::sayPreview(const Rendition& rendition) {
 }
 
 QCoro::Task<> ImageGathering::gatherAudioNote() {
-    m_image.audioTranscription = co_await transcribeAudioNote(m_parts, m_image.file);
+    QThreadPool* reader = m_parts.threads.of(QFileInfo(m_image.file).path());
+    const AudioWeight weight =
+        m_parts.settings.prioritizeAudioFiles() ? AudioWeight::priority : AudioWeight::context;
+    m_image.audioTranscription = co_await transcribeAudioNote(m_parts.openAI, m_parts.log, reader, weight,
+                                                              m_name, m_opened->audioNotes);
 }
 
-void ImageGathering::say(const QStringList& lines) {
+std::optional<FileStamp> ImageGathering::imageStamp() const {
+    return m_opened && m_opened->metadata ? m_opened->metadata->reading.image : std::nullopt;
+}
+
+std::optional<EditConditions> ImageGathering::editConditions() const {
+    return m_opened ? std::optional(m_opened->conditions) : std::nullopt;
+}
+
+bool ImageGathering::isEmbedded() const {
+    return isJpegImage(m_image.file);
+}
+
+void ImageGathering::print(const QStringList& lines) {
     for (const QString& line : lines) {
         m_parts.log.print(line);
     }

@@ -2,13 +2,15 @@
 #pragma once
 
 #include "core/Attempt.h"
-#include "metadata/EditConditions.h"
-#include "metadata/ImageMetadata.h"
+#include "metadata/facts/ImageFacts.h"
 #include "pipeline/AnalyzerParts.h"
+#include "pipeline/OpenedImage.h"
 #include "pipeline/PreparedImage.h"
 
 #include <QCoroTask>
 #include <QString>
+#include <QStringList>
+#include <memory>
 #include <optional>
 
 namespace ostrelle {
@@ -17,63 +19,61 @@ namespace ostrelle {
 /// throw what went wrong, after a line in the log. It lives on the frame that awaits its steps.
 class ImageGathering {
 public:
-    ImageGathering(AnalyzerParts parts, QString file);
+    /// With what was read of the image ahead.
+    ImageGathering(AnalyzerParts parts, QString file, Opening opening = {},
+                   std::shared_ptr<const ImageAhead> ahead = nullptr);
     ImageGathering(const ImageGathering&) = delete;
     ImageGathering& operator=(const ImageGathering&) = delete;
 
-    /// A RAW image has a sidecar from here on.
-    QCoro::Task<> ensureSidecar();
-    /// Opens the metadata, unless they have been read. What goes wrong is left to the next two; does not
-    /// throw.
+    /// Opens the image, once, for all steps below. Does not throw: what went wrong is left to them.
     QCoro::Task<> open();
-    /// Takes the caption from what open() has read.
-    void takeCaption();
-    /// Both. A sidecar that nobody may read is set aside, and a new one takes its place.
-    QCoro::Task<> readCaption();
-    /// True when the image is to be left alone, which is said in the log: it has a caption, and captions are
-    /// not to be overwritten.
+    /// Of an opened image: why there is no sidecar and none could be made; empty when that went well.
+    QString sidecarFailure() const { return m_opened->sidecar ? QString() : m_opened->sidecar.words(); }
+    /// Of an opened image: the caption as it was read; nothing when it could not be.
+    std::optional<QString> readCaption() const;
+    /// Of an opened image: whether it has no sidecar.
+    bool isSidecarMissing() const;
+
+    void requireSidecar();
+    /// A sidecar that nobody may read is set aside, and a new one takes its place: the image has no caption
+    /// then.
+    QCoro::Task<> takeFacts();
+    /// True when the image is to be left alone, which is logged: it has a caption, and captions are not to be
+    /// overwritten.
     bool isFinished();
-    /// Finds out whether the caption could be written, and editConditions().
-    QCoro::Task<> requireEditable();
+    void logContext() { print(m_contextLines); }
+    void logSidecar();
+    void logRights() { print(m_rightsLines); }
+    /// A caption could be written.
+    void requireEditable();
     QCoro::Task<> extractPreview();
     /// A note that cannot be transcribed is left out.
     QCoro::Task<> gatherAudioNote();
 
-    /// What was read says of the context and of the rights, for the log.
-    void sayContext() { say(m_contextLines); }
-    void sayRights() { say(m_rightsLines); }
-
     const PreparedImage& image() const { return m_image; }
     const ImageFacts& facts() const { return m_image.source.facts; }
     /// The image file from before it was opened.
-    const std::optional<FileStamp>& imageStamp() const { return m_imageStamp; }
-    const std::optional<EditConditions>& editConditions() const { return m_editConditions; }
+    std::optional<FileStamp> imageStamp() const;
+    std::optional<EditConditions> editConditions() const;
     const QString& name() const { return m_name; }
-    const ImageMetadata& metadata() const { return m_metadata; }
-    /// Trimmed, and nothing before readCaption() and when there is none.
+    bool isEmbedded() const;
+    /// Trimmed; nothing before takeFacts() and when there is none.
     const std::optional<QString>& caption() const { return m_caption; }
-    /// Whether open() has read the metadata.
-    bool isRead() const { return m_reading && *m_reading; }
-    /// Whether open() has found no sidecar.
-    bool isSidecarMissing() const;
 
 private:
-    using Reading = Attempt<MetadataReading>;
-
     bool isUnreadableSidecar() const;
     QCoro::Task<> recreateSidecar();
-    void takeFacts();
-    void say(const QStringList& lines);
-    void sayPreview(const Rendition& rendition);
+    void take(const MetadataReading& reading);
+    void print(const QStringList& lines);
+    void logPreview(const Rendition& rendition);
 
     AnalyzerParts m_parts;
     QString m_name;
-    ImageMetadata m_metadata;
+    Opening m_opening;
+    std::shared_ptr<const ImageAhead> m_ahead;
+    std::optional<OpenedImage> m_opened;
     PreparedImage m_image;
-    std::optional<Reading> m_reading;
     std::optional<QString> m_caption;
-    std::optional<FileStamp> m_imageStamp;
-    std::optional<EditConditions> m_editConditions;
     QStringList m_contextLines;
     QStringList m_rightsLines;
 };

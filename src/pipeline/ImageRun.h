@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/facts/OvertakenError.h"
 #include "pipeline/AnalyzerParts.h"
 #include "pipeline/CodeReplacementsReading.h"
 #include "pipeline/ImageGathering.h"
-#include "pipeline/ImageReport.h"
+#include "pipeline/ImageOutcome.h"
 #include "pipeline/ImageRequest.h"
 
 #include <QCoroTask>
 #include <QString>
+#include <exception>
 #include <optional>
 
 namespace ostrelle {
@@ -22,42 +24,37 @@ public:
     ImageRun(const ImageRun&) = delete;
     ImageRun& operator=(const ImageRun&) = delete;
 
-    /// Reads the metadata ahead of execute() and gives the caption; nothing when they cannot be read.
-    QCoro::Task<std::optional<QString>> peekCaption();
-    /// Throws what went wrong, an AnalyzerError with the code missingKey first of all, and OvertakenError
-    /// when the image is no longer what was seen, or what the model was asked about.
-    QCoro::Task<> execute();
-    /// True when execute() has failed since no caption could be written.
-    bool isUnwritable() const { return m_isUnwritable; }
-    /// What decided on that, from before the model was asked.
-    const std::optional<EditConditions>& editConditions() const { return m_gathering.editConditions(); }
-    /// The image file as it was captioned, or else as it was read.
-    const std::optional<FileStamp>& imageStamp() const {
-        return m_imageStamp ? m_imageStamp : m_gathering.imageStamp();
-    }
-    /// Whether the model has answered.
-    bool isAnswered() const { return m_isAnswered; }
-    /// The text that the model would be sent for the image as it is. Writes nothing and asks no model.
+    /// Opens the image ahead of execute(). A RAW image has a sidecar from here on; why it has none otherwise
+    /// is what comes back.
+    QCoro::Task<QString> openImage();
+    /// The caption of an image that was opened; nothing when its metadata could not be read.
+    std::optional<QString> readCaption() const { return m_gathering.readCaption(); }
+
+    /// Does not throw: the outcome has the exception.
+    QCoro::Task<ImageOutcome> execute();
+    /// The text that the model would be sent for the image as it is. Writes nothing and asks no model. Throws
+    /// what went wrong.
     QCoro::Task<QString> composePrompt();
-    const ImageReport& report() const { return m_report; }
 
 private:
+    QCoro::Task<> caption();
     void requireKey() const;
-    QCoro::Task<> dumpSidecar();
+    void requireUnchanged() const;
+    void requireEditable();
     QCoro::Task<> savePreview();
+    QCoro::Task<RosterReading> readItsRoster();
+    QCoro::Task<QString> composePromptWith(CodeReplacements roster);
     void logRequest(const QString& prompt, const CodeReplacements& roster);
     QCoro::Task<QString> askModel(QString prompt);
-    QCoro::Task<> acceptCaption(QString reply);
-    void requireUnchanged() const;
-    QCoro::Task<> requireEditable();
-    QCoro::Task<> writeAndCheck(QString caption);
-    QCoro::Task<QString> captionForLog();
+    QCoro::Task<> write(QString caption);
+    void fail(const std::exception_ptr& failure);
+    OutcomeKind kindOf(const std::exception_ptr& failure) const;
+    bool isCaptionEdited(const OvertakenError& error) const;
 
     AnalyzerParts m_parts;
-    ImageGathering m_gathering;
     ImageRequest m_request;
-    ImageReport m_report;
-    std::optional<FileStamp> m_imageStamp;
+    ImageGathering m_gathering;
+    ImageOutcome m_outcome;
     bool m_isUnwritable = false;
     bool m_isAnswered = false;
 };

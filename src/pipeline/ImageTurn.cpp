@@ -3,11 +3,7 @@
 
 #include "core/Attempt.h"
 #include "metadata/facts/ImageKind.h"
-#include "metadata/facts/OvertakenError.h"
-#include "pipeline/AnalyzerError.h"
 #include "pipeline/CaptionAcceptance.h"
-#include "pipeline/ImageFailure.h"
-#include "pipeline/SidecarCreation.h"
 
 #include <QFileInfo>
 #include <chrono>
@@ -16,6 +12,7 @@
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+using Sender = ImageRequest::Sender;
 
 namespace {
 
@@ -24,49 +21,38 @@ constexpr std::chrono::seconds claimPoll{1};
 
 } // namespace
 
-bool isDone(ImageTurn::Ending ending) {
-    return ending == ImageTurn::Ending::captioned || ending == ImageTurn::Ending::skipped ||
-           ending == ImageTurn::Ending::edited;
-}
+ImageTurn::ImageTurn(AnalyzerParts parts, ImageRequest request)
+    : m_parts(parts), m_request(std::move(request)), m_name(QFileInfo(m_request.file).fileName()) {}
 
-ImageTurn::ImageTurn(AnalyzerParts parts, ImageRequest request, Sender sender, std::function<void()> onBegin)
-    : m_parts(parts)
-    , m_request(std::move(request))
-    , m_sender(sender)
-    , m_onBegin(std::move(onBegin))
-    , m_name(QFileInfo(m_request.file).fileName()) {
-    m_report.file = m_request.file;
-}
-
-QCoro::Task<ImageTurn::Ending> ImageTurn::execute() {
+QCoro::Task<ImageOutcome> ImageTurn::execute() {
     if (!co_await admit()) {
-        co_return Ending::dismissed;
+        co_return outcome(OutcomeKind::notBegun);
     }
-    const Ending ending = co_await caption();
-    if (ending == Ending::captioned && m_isAnswered) {
-        co_await recordCaptioned(m_parts, m_claim);
+    const ImageOutcome ended = co_await caption();
+    if (ended.kind == OutcomeKind::captioned || ended.kind == OutcomeKind::unchanged) {
+        co_await recordCaptioned(m_claim, m_parts.clock.now());
     }
     // While the image is still claimed: another program's scan would take it for one that nobody has
     // captioned.
-    if (m_sender == Sender::autoMode && isDone(ending)) {
-        co_await attempt(m_parts.manifest.markProcessed(m_request.file, m_imageStamp));
+    if (m_request.sender == Sender::autoMode && isDone(ended.kind)) {
+        co_await attempt(m_parts.manifest.markProcessed(m_request.file, ended.imageStamp));
     }
-    co_return ending;
+    co_return ended;
 }
 
-QCoro::Task<ImageTurn::Ending> ImageTurn::caption() {
+QCoro::Task<ImageOutcome> ImageTurn::caption() {
     if (m_claim.isCaptionedSince(m_request.seenAt, m_parts.clock.now())) {
-        skip(u"It was captioned by another run meanwhile."_s);
-        co_return Ending::skipped;
+        co_return outcome(OutcomeKind::skipped, u"It was captioned by another run meanwhile."_s);
     }
     auto run = std::make_unique<ImageRun>(m_parts, m_request);
-    const Gate gate = co_await passGates(run.get());
-    if (gate != Gate::open) {
-        co_return gate == Gate::skipped ? Ending::skipped : Ending::refused;
+    if (const std::optional<ImageOutcome> stopped = co_await stopAtGate(run.get())) {
+        co_return *stopped;
     }
-    m_hasBegun = true;
-    m_onBegin();
-    co_return co_await captionUntilSettled(std::move(run));
+    m_parts.log.printAndAppend(u"[Analyzer] Auto mode: processing "_s + m_name);
+    m_parts.progress.beginImage(m_name);
+    const ImageOutcome ended = co_await captionUntilSettled(std::move(run));
+    m_parts.progress.endImage(ended);
+    co_return ended;
 }
 
 QCoro::Task<bool> ImageTurn::admit() {
@@ -77,7 +63,7 @@ QCoro::Task<bool> ImageTurn::admit() {
         if (!m_turn) {
             co_return false;
         }
-        m_claim = co_await claimImage(m_parts, m_request.file);
+        m_claim = co_await claimImage(m_parts.claims, m_parts.threads, m_parts.log, m_request.file);
         if (m_claim.isHeld()) {
             break;
         }
@@ -91,25 +77,28 @@ QCoro::Task<bool> ImageTurn::admit() {
     co_return m_parts.turns.dismissals() == dismissals;
 }
 
-QCoro::Task<ImageTurn::Gate> ImageTurn::passGates(ImageRun* run) {
+QCoro::Task<std::optional<ImageOutcome>> ImageTurn::stopAtGate(ImageRun* run) {
     if (!hasRoster()) {
-        co_return refuse(u"No Code Replacements file is set."_s);
+        co_return outcome(OutcomeKind::refused, u"No Code Replacements file is set."_s);
     }
     if (!isSupportedImage(m_request.file)) {
-        co_return refuse(u"Files of this kind are not captioned."_s);
+        co_return outcome(OutcomeKind::refused, u"Files of this kind are not captioned."_s);
     }
-    if (!co_await hasSidecar()) {
-        co_return Gate::closed;
+    const QString sidecarFailure = co_await run->openImage();
+    if (!sidecarFailure.isEmpty()) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Auto mode: failed to create XMP sidecar for RAW file %1: %2"_s.arg(m_name,
+                                                                                            sidecarFailure));
+        co_return outcome(OutcomeKind::refused, sidecarFailure);
     }
-    if (co_await hasCaption(run)) {
-        co_return skip(u"It already has a caption."_s);
+    if (hasCaption(*run)) {
+        co_return outcome(OutcomeKind::skipped, u"It already has a caption."_s);
     }
-    m_parts.log.printAndAppend(u"[Analyzer] Auto mode: processing "_s + m_name);
-    co_return Gate::open;
+    co_return std::nullopt;
 }
 
 bool ImageTurn::hasRoster() {
-    if (m_sender == Sender::autoMode || m_parts.settings.codeReplacementsFile()) {
+    if (m_request.sender == Sender::autoMode || m_parts.settings.codeReplacementsFile()) {
         return true;
     }
     m_parts.log.printAndAppend(
@@ -117,91 +106,44 @@ bool ImageTurn::hasRoster() {
     return false;
 }
 
-QCoro::Task<bool> ImageTurn::hasSidecar() {
-    const auto created = co_await attempt(
-        createSidecar(m_parts.threads, m_parts.access, m_parts.log.console(), m_request.file));
-    if (!created) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Auto mode: failed to create XMP sidecar for RAW file %1: %2"_s.arg(m_name,
-                                                                                            created.words()));
-        refuse(created.words());
-    }
-    co_return static_cast<bool>(created);
-}
-
 /// Whether there is a caption that stays. A scan that could not read the image leaves the judgement to this:
 /// it leaves no real caption to be overwritten.
-QCoro::Task<bool> ImageTurn::hasCaption(ImageRun* run) {
-    const bool isUnseen = m_sender == Sender::autoMode && !m_request.facts;
+bool ImageTurn::hasCaption(const ImageRun& run) {
+    const bool isUnseen = m_request.sender == Sender::autoMode && !m_request.facts;
     if (m_parts.settings.alwaysOverwriteCaptions() && !isUnseen) {
-        co_return false;
+        return false;
     }
-    const std::optional<QString> caption = co_await run->peekCaption();
-    if (!isRealCaption(caption.value_or(QString()))) {
-        co_return false;
+    if (!isRealCaption(run.readCaption().value_or(QString()))) {
+        return false;
     }
     m_parts.log.printAndAppend(
         u"[Analyzer] Auto mode: %1 already has caption, skipping (overwrite disabled)"_s.arg(m_name));
-    co_return true;
+    return true;
 }
 
-ImageTurn::Gate ImageTurn::refuse(const QString& reason) {
-    m_report.reason = reason;
-    return Gate::closed;
-}
-
-ImageTurn::Gate ImageTurn::skip(const QString& reason) {
-    m_report.outcome = ImageReport::Outcome::skipped;
-    m_report.reason = reason;
-    return Gate::skipped;
+ImageOutcome ImageTurn::outcome(OutcomeKind kind, const QString& reason) const {
+    ImageOutcome ended;
+    ended.file = m_request.file;
+    ended.kind = kind;
+    ended.reason = reason;
+    return ended;
 }
 
 /// An image that somebody replaces while the model thinks is captioned anew, a few times at most.
-QCoro::Task<ImageTurn::Ending> ImageTurn::captionUntilSettled(std::unique_ptr<ImageRun> run) {
+QCoro::Task<ImageOutcome> ImageTurn::captionUntilSettled(std::unique_ptr<ImageRun> run) {
     constexpr int mostAttempts = 3;
     for (int attempts = 1;; ++attempts) {
-        const auto executed = co_await attempt(run->execute());
-        m_report = run->report(); // what was found and spent up to a failure, too
-        m_isAnswered = run->isAnswered();
-        m_imageStamp = run->imageStamp();
-        m_editConditions = run->editConditions();
-        if (executed) {
-            co_return Ending::captioned;
+        ImageOutcome ended = co_await run->execute();
+        if (ended.kind != OutcomeKind::changed || m_request.sender == Sender::autoMode) {
+            co_return ended;
         }
-        m_failure = executed.failure();
-        m_report.reason = reportedWords(m_failure);
-        const Ending ending = endingOf(*run);
-        if (ending != Ending::changed || m_sender == Sender::autoMode || attempts == mostAttempts) {
-            co_return ending == Ending::changed&& m_sender == Sender::user ? Ending::failed : ending;
+        if (attempts == mostAttempts) {
+            ended.kind = OutcomeKind::failed;
+            co_return ended;
         }
         run = std::make_unique<ImageRun>(m_parts,
                                          ImageRequest{.file = m_request.file, .seenAt = m_request.seenAt});
     }
-}
-
-/// Before the model is asked, auto mode's scan judges a caption that came along with other metadata: these
-/// may be an ingest tool's preset, with a stub of a caption.
-bool ImageTurn::isCaptionEdited(const OvertakenError& error) const {
-    using Case = OvertakenError::Case;
-    return error.kind() == Case::captionEdited ||
-           (error.kind() == Case::captionAndFactsEdited && (m_sender == Sender::user || m_isAnswered));
-}
-
-ImageTurn::Ending ImageTurn::endingOf(const ImageRun& run) {
-    if (const auto overtaken = failureAs<OvertakenError>(m_failure)) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Nothing was written into %1: %2"_s.arg(m_name, m_report.reason));
-        if (!isCaptionEdited(*overtaken)) {
-            return Ending::changed;
-        }
-        m_report.outcome = ImageReport::Outcome::skipped;
-        return Ending::edited;
-    }
-    const auto analyzerError = failureAs<AnalyzerError>(m_failure);
-    if (analyzerError && analyzerError->code() == AnalyzerError::missingKey) {
-        return Ending::keyMissing;
-    }
-    return run.isUnwritable() ? Ending::unwritable : Ending::failed;
 }
 
 } // namespace ostrelle

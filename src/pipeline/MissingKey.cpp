@@ -5,16 +5,34 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-Alert missingKeyAlert() {
+namespace {
+
+Alert keyAlert(const QString& title, const QString& text) {
     Alert alert;
-    alert.title = u"OpenAI API Key Required"_s;
-    alert.text = u"Please enter your OpenAI API key in Settings to continue captioning images."_s;
+    alert.title = title;
+    alert.text = text;
     alert.buttons = QStringList{u"Open Settings"_s, u"Cancel"_s};
     return alert;
 }
 
-QString missingKeyMessage() {
-    return u"Please add your API key in Settings."_s;
+} // namespace
+
+Alert missingKeyAlert() {
+    return keyAlert(u"OpenAI API Key Required"_s,
+                    u"Please enter your OpenAI API key in Settings to continue captioning images."_s);
+}
+
+Alert keyForFolderAlert() {
+    return keyAlert(u"API Key Required"_s,
+                    u"Please add your own OpenAI API key in Settings to continue using Ostrelle Captions."_s);
+}
+
+QCoro::Task<> askForKey(Alert alert, Alerts& alerts, AppEvents& events, CaptionProgress& progress) {
+    const int button = co_await alerts.show(alert);
+    if (button == 0) {
+        Q_EMIT events.showSettingsWindow();
+    }
+    progress.showMessage(u"Please add your API key in Settings."_s);
 }
 
 } // namespace ostrelle

@@ -32,13 +32,14 @@ CaptionFacts captionFacts(const PreparedImage& image, const SettingsStore& setti
     return facts;
 }
 
-QCoro::Task<QString> composeImagePrompt(AnalyzerParts parts, PreparedImage image, CodeReplacements roster) {
-    // The settings of one moment: who changes the sport meanwhile gets the rules and the facts of the old
-    // one.
-    const PromptQuery query = promptQuery(parts.settings);
-    const CaptionFacts facts = captionFacts(image, parts.settings);
-    const PromptTemplates templates = co_await parts.prompts.fetchPrompts(query);
-    AnalyzerLog& log = parts.log;
+QCoro::Task<QString> composeImagePrompt(const SettingsStore& settings, PromptService& prompts,
+                                        AnalyzerLog& log, QTimeZone zone, PreparedImage image,
+                                        CodeReplacements roster) {
+    // The settings of one moment: rules and facts are of the same sport, even if somebody changes it
+    // meanwhile.
+    const PromptQuery query = promptQuery(settings);
+    const CaptionFacts facts = captionFacts(image, settings);
+    const PromptTemplates templates = co_await prompts.fetchPrompts(query);
     log.appendToLog(facts.context.event
                         ? u"[Analyzer] ✓ Event found in context: '%1'"_s.arg(*facts.context.event)
                         : u"[Analyzer] ✗ WARNING: No event found in context"_s);
@@ -46,15 +47,16 @@ QCoro::Task<QString> composeImagePrompt(AnalyzerParts parts, PreparedImage image
         log.print(truncationWarning(roster));
         log.appendToLog(truncationLogLine(roster));
     }
-    co_return buildPrompt(facts, query, templates, roster, parts.clock.timeZone());
+    co_return buildPrompt(facts, query, templates, roster, zone);
 }
 
-QCoro::Task<CaptionReply> askForCaption(AnalyzerParts parts, QByteArray jpeg, QString prompt) {
+QCoro::Task<CaptionReply> askForCaption(OpenAIClient& openAI, UsageTracker& usage, QByteArray jpeg,
+                                        QString prompt) {
     constexpr int maximumTokens = 180;
     const CaptionReply reply =
-        co_await parts.openAI.generateCaption(jpeg, prompt, captionModel, maximumTokens, captionTemperature);
+        co_await openAI.generateCaption(jpeg, prompt, captionModel, maximumTokens, captionTemperature);
     if (reply.usage) {
-        parts.usage.recordUsage(reply.usage->promptTokens, reply.usage->completionTokens);
+        usage.recordUsage(reply.usage->promptTokens, reply.usage->completionTokens);
     }
     co_return reply;
 }

@@ -2,13 +2,18 @@
 #pragma once
 
 #include "core/PromptQuery.h"
-#include "pipeline/AnalyzerParts.h"
+#include "pipeline/AnalyzerLog.h"
 #include "pipeline/CodeReplacements.h"
 #include "pipeline/ContextBlock.h"
 #include "pipeline/PreparedImage.h"
+#include "services/OpenAIClient.h"
+#include "services/PromptService.h"
+#include "state/SettingsStore.h"
+#include "state/UsageTracker.h"
 
 #include <QCoroTask>
 #include <QString>
+#include <QTimeZone>
 
 namespace ostrelle {
 
@@ -22,10 +27,15 @@ PromptQuery promptQuery(const SettingsStore& settings);
 /// The image's facts, with what the settings say of the game.
 CaptionFacts captionFacts(const PreparedImage& image, const SettingsStore& settings);
 
-/// The text that goes to the model with a single image. Throws PromptError.
-QCoro::Task<QString> composeImagePrompt(AnalyzerParts parts, PreparedImage image, CodeReplacements roster);
+/// The text that goes to the model with a single image. Throws PromptError. All references have to outlive
+/// the task.
+QCoro::Task<QString> composeImagePrompt(const SettingsStore& settings, PromptService& prompts,
+                                        AnalyzerLog& log, QTimeZone zone, PreparedImage image,
+                                        CodeReplacements roster);
 
-/// Asks the model for the caption of a single image and books what it cost. Throws what went wrong.
-QCoro::Task<CaptionReply> askForCaption(AnalyzerParts parts, QByteArray jpeg, QString prompt);
+/// Asks the model for the caption of a single image and books what it cost. Throws what went wrong. All
+/// references have to outlive the task.
+QCoro::Task<CaptionReply> askForCaption(OpenAIClient& openAI, UsageTracker& usage, QByteArray jpeg,
+                                        QString prompt);
 
 } // namespace ostrelle

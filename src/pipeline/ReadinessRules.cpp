@@ -31,8 +31,7 @@ Alert warning(const QString& title, const QString& text) {
 QString configurationText(const QString& entry) {
     if (entry == keyEntry) {
         return u"Please add your OpenAI API key in Settings before processing. You need your own API key to "
-               u"use "
-               "Ostrelle Captions."_s;
+               "use Ostrelle Captions."_s;
     }
     if (entry == watchFolderEntry) {
         return u"Please select a Watch Folder before processing. You can also place a "

@@ -2,18 +2,44 @@
 #include "pipeline/SelectionTally.h"
 
 #include "core/Text.h"
+#include "pipeline/AnalyzerError.h"
 #include "pipeline/ManualSelection.h"
 
 #include <QFileInfo>
 #include <algorithm>
+#include <exception>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A failure that was not thrown is told apart by the words that all images of a batch fail with.
+std::exception_ptr failureOf(const ImageOutcome& image) {
+    return image.cause ? image.cause
+                       : std::make_exception_ptr(
+                             AnalyzerError(AnalyzerError::imageFailed, u"Failed to process image"_s));
+}
+
+} // namespace
+
+SelectionTally SelectionTally::of(const RunTally& run) {
+    SelectionTally tally;
+    tally.m_success = run.captioned();
+    for (const ImageOutcome& image : run.images) {
+        if (isFailure(image.kind)) {
+            tally.addFailure(image.file, classifyFailure(failureOf(image), image.file));
+        }
+    }
+    return tally;
+}
+
 void SelectionTally::addFailure(const QString& image, const ImageFailure& failure) {
     m_failedImages.append(image);
-    m_isKeyMissing = m_isKeyMissing || failure.kind == ImageFailure::Kind::missingKey;
+    if (failure.kind == ImageFailure::Kind::rateLimit) {
+        m_rateLimitedNames.append(QFileInfo(image).fileName());
+    }
     if (failure.kind == ImageFailure::Kind::permission) {
         m_permissionWords.append(failure.words);
         m_mentionsRateLimit = m_mentionsRateLimit || failure.mentionsRateLimit;
@@ -47,13 +73,12 @@ QString SelectionTally::errorDetail() const {
 Alert SelectionTally::permissionAlert() const {
     Alert alert;
     alert.title = u"Permission Error — Cannot Write to Folder"_s;
-    alert.text =
-        u"Ostrelle Captions cannot write captions to files in this location.\n\nTo fix this:\n1. Grant Full "
-        u"Disk "
-        "Access in System Preferences → Privacy & Security\n2. Or use the Watch Folder feature to process "
-        "images "
-        "automatically\n3. Or copy images to a folder you have write access to (like Desktop)\n\nLocation: "_s +
-        QFileInfo(m_failedImages.value(0)).path();
+    alert.text = u"Ostrelle Captions cannot write captions to files in this location.\n\nTo fix this:\n"
+                 "1. Grant Full Disk Access in System Preferences → Privacy & Security\n"
+                 "2. Or use the Watch Folder feature to process images automatically\n"
+                 "3. Or copy images to a folder you have write access to (like Desktop)\n\n"
+                 "Location: "_s +
+                 QFileInfo(m_failedImages.value(0)).path();
     alert.buttons = QStringList{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s};
     alert.style = Alert::Style::warning;
     return alert;

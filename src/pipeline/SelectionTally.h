@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/ImageFailure.h"
+#include "pipeline/RunTally.h"
 #include "platform/Alerts.h"
 
 #include <QString>
@@ -11,11 +12,10 @@
 
 namespace ostrelle {
 
-/// What has become of the images of a selection, and what the user is told of it.
+/// What has become of the images of a selection, and what the user is told about it.
 class SelectionTally {
 public:
-    void addSuccess() { ++m_success; }
-    void addFailure(const QString& image, const ImageFailure& failure);
+    static SelectionTally of(const RunTally& run);
 
     qint64 success() const { return m_success; }
     qint64 failed() const { return m_failedImages.size(); }
@@ -24,10 +24,9 @@ public:
     /// Whether one of these speaks of a rate limit, which then is what the user is told about.
     bool mentionsRateLimit() const { return m_mentionsRateLimit; }
 
-    /// Whether one of the failed had no API key.
-    bool isKeyMissing() const { return m_isKeyMissing; }
-
     QStringList failedNames() const;
+    /// Of these, the ones that the model service took no request for.
+    QStringList rateLimitedNames() const { return m_rateLimitedNames; }
     /// What is added to the notification of failures that have nothing to do with permissions.
     std::optional<QString> hint() const;
     /// The words of the first permission errors, and how many more there are.
@@ -38,11 +37,13 @@ public:
     QString closingMessage() const;
 
 private:
+    void addFailure(const QString& image, const ImageFailure& failure);
+
     qint64 m_success = 0;
     QStringList m_failedImages; ///< paths
+    QStringList m_rateLimitedNames;
     QStringList m_permissionWords;
     bool m_mentionsRateLimit = false;
-    bool m_isKeyMissing = false;
 };
 
 /// Where the desktop's user says what programs may write to.

@@ -15,36 +15,23 @@ constexpr std::chrono::seconds sharePatience(2); // for a network share that may
 } // namespace
 
 CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
-    : claims(given.folders.claimsFile())
+    : m_given(given)
+    , clock(given.clock)
+    , claims(given.folders.claimsFile())
+    , access(given.access)
     , notifications(given.notificationCenter, given.console)
     , log(given.folders.data, given.console, clock)
     , previews(given.folders.data + u"/OpenAI_Previews"_s)
     , keychain(given.secrets, given.errors)
     , settings(given.settingsDefaults, keychain, references, given.console)
     , status(given.defaults, clock)
+    , progress(status, log, clock, given.progressLinger)
     , usage(given.defaults, clock, given.console)
     , manifest(given.folders.manifestFile(), threads, clock, given.console, given.events)
     , promptAccess(accessToPrompts(given.endpoints))
     , prompts(promptAccess, given.folders.promptCache + u"/prompt-cache.json"_s, given.console, clock)
     , openAI(given.endpoints.model, given.defaults, given.console, clock)
-    , analyzer({.settings = settings,
-                .status = status,
-                .usage = usage,
-                .manifest = manifest,
-                .openAI = openAI,
-                .prompts = prompts,
-                .defaults = given.defaults,
-                .log = log,
-                .previews = previews,
-                .access = access,
-                .alerts = given.alerts,
-                .notifications = notifications,
-                .events = given.events,
-                .clock = clock,
-                .turns = turns,
-                .threads = threads,
-                .claims = claims,
-                .progressLinger = given.progressLinger})
+    , analyzer(analyzerParts())
     , scan({.settings = settings,
             .manifest = manifest,
             .tracker = tracker,
@@ -54,7 +41,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .clock = clock,
             .log = given.console,
             .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); },
-            .onFailure = [this](const ImageReport& report) { analyzer.announceFailure(report); }})
+            .onFailure = [this](const ImageOutcome& image) { analyzer.announceFailure(image); }})
     , autoMode({.settings = settings,
                 .status = status,
                 .defaults = given.defaults,
@@ -63,15 +50,32 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                 .notifications = notifications,
                 .threads = threads,
                 .clock = clock,
-                .log = given.console})
-    , m_defaults(given.defaults)
-    , m_settingsDefaults(given.settingsDefaults)
-    , m_errors(given.errors) {
+                .log = given.console}) {
     const auto tellOfManifest = [this] {
         const QString failure = manifest.savingFailure();
         status.setManifestFailure(failure.isEmpty() ? std::nullopt : std::optional(failure));
     };
     QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, tellOfManifest);
+}
+
+AnalyzerParts CaptionProgram::analyzerParts() {
+    return {.settings = settings,
+            .progress = progress,
+            .usage = usage,
+            .manifest = manifest,
+            .openAI = openAI,
+            .prompts = prompts,
+            .defaults = m_given.defaults,
+            .log = log,
+            .previews = previews,
+            .access = access,
+            .alerts = m_given.alerts,
+            .notifications = notifications,
+            .events = m_given.events,
+            .clock = clock,
+            .turns = turns,
+            .threads = threads,
+            .claims = claims};
 }
 
 QCoro::Task<> CaptionProgram::finishWork() {
@@ -82,8 +86,8 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await prompts.finishPending();
     co_await endsWithin(settings.pathsSettled(), clock, sharePatience);
     co_await finishKeychain();
-    co_await m_defaults.finished(); // last: what ended above has changed counters
-    co_await m_settingsDefaults.finished();
+    co_await m_given.defaults.finished(); // last: what ended above has changed counters
+    co_await m_given.settingsDefaults.finished();
 }
 
 /// A keyring may ask the user first, who may have left: the program must end all the same.
@@ -93,7 +97,7 @@ QCoro::Task<> CaptionProgram::finishKeychain() {
     }
     const bool isFinished = co_await endsWithin(keychain.finishPending(), clock, keyringPatience);
     if (!isFinished) {
-        m_errors.print(
+        m_given.errors.print(
             u"[KeychainHelper] The keyring does not answer: the password that was entered last may "
             "not be saved."_s);
     }

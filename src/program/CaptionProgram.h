@@ -5,7 +5,6 @@
 #include "platform/FolderThreads.h"
 #include "platform/ImageClaims.h"
 #include "platform/PathReferences.h"
-#include "platform/SystemClock.h"
 #include "promptserver/PromptServer.h"
 #include "transfer/AutoModeController.h"
 
@@ -30,10 +29,12 @@ struct ProgramSurroundings {
     Alerts& alerts;
     AppEvents& events;
     RemoteSource& remote;
+    FileAccess& access;
+    Clock& clock;
     PlainLog& console;
     PlainLog& errors;
     /// How long a finished image's progress stays to be seen.
-    std::chrono::milliseconds progressLinger = std::chrono::seconds(2);
+    std::chrono::milliseconds progressLinger = CaptionProgress::usualLinger;
 };
 
 /// The objects below the windows and the command line, each made once and handed on by reference: the
@@ -44,13 +45,20 @@ public:
     CaptionProgram(const CaptionProgram&) = delete;
     CaptionProgram& operator=(const CaptionProgram&) = delete;
 
+    /// What the analyzer works with.
+    AnalyzerParts analyzerParts();
+
     /// Lets no further image begin and resumes when those in the works are finished and all is saved.
     QCoro::Task<> finishWork();
 
-    SystemClock clock;
+private:
+    const ProgramSurroundings m_given;
+
+public:
+    Clock& clock;
     ImageClaims claims; // which a thread that hangs may still use
     FolderThreads threads;
-    UnsandboxedAccess access;
+    FileAccess& access;
     PathReferences references;
     NotificationManager notifications;
     AnalyzerLog log;
@@ -58,6 +66,7 @@ public:
     KeychainHelper keychain;
     SettingsStore settings;
     StatusStore status;
+    CaptionProgress progress;
     UsageTracker usage;
     ProcessedFilesManifest manifest;
     std::optional<PromptServer> promptServer; ///< without a prompt service of somebody's own
@@ -74,10 +83,6 @@ private:
     PromptAccess accessToPrompts(const ServiceEndpoints& endpoints);
 
     QCoro::Task<> finishKeychain();
-
-    DefaultsStore& m_defaults;
-    DefaultsStore& m_settingsDefaults;
-    PlainLog& m_errors;
 };
 
 } // namespace ostrelle

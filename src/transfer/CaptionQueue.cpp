@@ -91,25 +91,25 @@ void CaptionQueue::begin(const QueuedImage& queued, const SeenImage& now,
 
 QCoro::Task<> CaptionQueue::run(ImageRequest request, std::shared_ptr<CaptionBatch> batch) {
     const QString name = QFileInfo(request.file).fileName();
-    const CaptionOutcome outcome = co_await caption(request);
-    if (outcome.result == CaptionResult::notBegun) {
+    const ImageOutcome outcome = co_await caption(request);
+    if (outcome.kind == OutcomeKind::notBegun) {
         m_parts.tracker.release(name);
         co_return;
     }
-    if (outcome.result == CaptionResult::changed && !isRestless(name)) {
+    if (outcome.kind == OutcomeKind::changed && !isRestless(name)) {
         say(name + u": Changed by another program meanwhile, left for the next scan"_s);
         m_parts.tracker.release(name);
         co_return;
     }
     m_changes.remove(name);
-    const bool isDone = outcome.result == CaptionResult::done;
-    say(u"→ analyzeSingle returned %1 for %2"_s.arg(isDone ? u"true"_s : u"false"_s, name));
-    if (outcome.result == CaptionResult::unwritable && outcome.conditions) {
-        m_parts.tracker.setUnwritable(name, *outcome.conditions);
+    const bool succeeded = isDone(outcome.kind);
+    say(u"→ analyzeSingle returned %1 for %2"_s.arg(succeeded ? u"true"_s : u"false"_s, name));
+    if (outcome.kind == OutcomeKind::unwritable && outcome.editConditions) {
+        m_parts.tracker.setUnwritable(name, *outcome.editConditions);
     }
-    m_parts.tracker.finish(name, isDone);
-    ++(isDone ? batch->processed : batch->failed);
-    say(u"✓ Completed %1 - %2"_s.arg(name, isDone ? u"SUCCESS"_s : u"FAILED"_s));
+    m_parts.tracker.finish(name, succeeded);
+    ++(succeeded ? batch->processed : batch->failed);
+    say(u"✓ Completed %1 - %2"_s.arg(name, succeeded ? u"SUCCESS"_s : u"FAILED"_s));
 }
 
 bool CaptionQueue::isRestless(const QString& name) {
@@ -117,14 +117,19 @@ bool CaptionQueue::isRestless(const QString& name) {
     return ++m_changes[name] >= mostInARow;
 }
 
-QCoro::Task<CaptionOutcome> CaptionQueue::caption(ImageRequest request) {
+QCoro::Task<ImageOutcome> CaptionQueue::caption(ImageRequest request) {
     std::optional<ScopedAccess> access;
     if (const std::optional<QString> folder = m_parts.settings.ingestFolder()) {
         access.emplace(m_parts.access, *folder);
     }
     say(u"→ Calling analyzeSingle for "_s + QFileInfo(request.file).fileName());
     const auto outcome = co_await attempt(m_parts.captioning(request));
-    co_return outcome.valueOr({});
+    if (!outcome) {
+        ImageOutcome failed;
+        failed.kind = OutcomeKind::failed;
+        co_return failed;
+    }
+    co_return *outcome;
 }
 
 void CaptionQueue::say(const QString& words) {

@@ -56,7 +56,7 @@ private:
     QCoro::Task<> run(ImageRequest request, std::shared_ptr<CaptionBatch> batch);
     /// Whether the image was changed so often that another attempt has to wait.
     bool isRestless(const QString& name);
-    QCoro::Task<CaptionOutcome> caption(ImageRequest request);
+    QCoro::Task<ImageOutcome> caption(ImageRequest request);
     void say(const QString& words);
 
     LocalScanParts m_parts;

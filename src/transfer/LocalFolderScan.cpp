@@ -211,13 +211,14 @@ bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
 
 /// Once for each reason: the image is looked at again each ten seconds.
 void LocalFolderScan::fail(const Scan& scan, const QString& name, const QString& reason) {
-    ImageReport report;
-    report.file = scan.folder + u'/' + name;
-    report.reason = reason;
-    const QString key = report.file + u'\n' + reason;
+    ImageOutcome image;
+    image.file = scan.folder + u'/' + name;
+    image.kind = OutcomeKind::refused;
+    image.reason = reason;
+    const QString key = image.file + u'\n' + reason;
     if (!m_failures.contains(key)) {
         m_failures.insert(key);
-        m_parts.onFailure(report);
+        m_parts.onFailure(image);
     }
 }
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "pipeline/CaptionResult.h"
 #include "pipeline/CaptionTurns.h"
-#include "pipeline/ImageReport.h"
+#include "pipeline/ImageOutcome.h"
 #include "pipeline/ImageRequest.h"
 #include "pipeline/ProcessingTracker.h"
 #include "platform/Clock.h"
@@ -20,10 +19,7 @@
 namespace ostrelle {
 
 /// Captions one image; one that is done is in the manifest then. Analyzer::captionWatched() in the program.
-using Captioning = std::function<QCoro::Task<CaptionOutcome>(ImageRequest request)>;
-
-/// Hears of each image that fails before it can be captioned, once.
-using ImageFailureListener = std::function<void(const ImageReport& report)>;
+using Captioning = std::function<QCoro::Task<ImageOutcome>(ImageRequest request)>;
 
 /// What the local scan works with. All of it has to outlive the scan and its tasks.
 struct LocalScanParts {
@@ -36,7 +32,8 @@ struct LocalScanParts {
     Clock& clock;
     PlainLog& log;
     Captioning captioning;
-    ImageFailureListener onFailure = [](const ImageReport&) {};
+    /// Hears of each image that fails before it can be captioned, once.
+    OutcomeListener onFailure = [](const ImageOutcome&) {};
 };
 
 } // namespace ostrelle

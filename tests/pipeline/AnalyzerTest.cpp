@@ -14,7 +14,7 @@
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-using Outcome = ImageReport::Outcome;
+using Outcome = OutcomeKind;
 
 TEST_F(PipelineTest, ARawImageGoesInAndItsCaptionStandsInTheSidecar) {
     const QString image = rawImage();
@@ -45,7 +45,7 @@ TEST_F(PipelineTest, ARawImageGoesInAndItsCaptionStandsInTheSidecar) {
     EXPECT_EQ(status.totalFiles(), 0);
     EXPECT_DOUBLE_EQ(usage.totalCostAllTime(), 0.45);
     ASSERT_EQ(reports.size(), 1);
-    EXPECT_EQ(reports[0].outcome, Outcome::captioned);
+    EXPECT_EQ(reports[0].kind, Outcome::captioned);
     EXPECT_EQ(reports[0].captionBefore, u"Stub"_s);
     EXPECT_EQ(reports[0].captionAfter, u"Sam Abel scores."_s);
     EXPECT_DOUBLE_EQ(reports[0].cost.value_or(0), 0.45);
@@ -136,7 +136,7 @@ TEST_F(PipelineTest, GatesDecideBeforeAnythingIsAsked) {
     settings.setCodeReplacementsFile(std::nullopt);
     EXPECT_FALSE(run(rawImage()));
     EXPECT_TRUE(hasLogged(u"[Analyzer] Auto mode: Skipping IMG_1.DNG - no code replacement file set"_s));
-    EXPECT_EQ(reports.last().outcome, Outcome::failed);
+    EXPECT_EQ(reports.last().kind, Outcome::refused);
 }
 
 TEST_F(PipelineTest, AReplyIsWrittenUnlessItIsTheOldCaption) {
@@ -147,9 +147,9 @@ TEST_F(PipelineTest, AReplyIsWrittenUnlessItIsTheOldCaption) {
         Outcome outcome;
         QString line;
     } rows[] = {
-        {"Same", u" Same \n"_s, u"Same"_s, Outcome::skipped, u"Model returned default caption unchanged"_s},
-        {" Same ", u"Same"_s, u" Same "_s, Outcome::skipped, u"Model returned default caption unchanged"_s},
-        {"Zo\xC3\xAB", u"Zoe\u0308"_s, u"Zoë"_s, Outcome::skipped,
+        {"Same", u" Same \n"_s, u"Same"_s, Outcome::unchanged, u"Model returned default caption unchanged"_s},
+        {" Same ", u"Same"_s, u" Same "_s, Outcome::unchanged, u"Model returned default caption unchanged"_s},
+        {"Zo\xC3\xAB", u"Zoe\u0308"_s, u"Zoë"_s, Outcome::unchanged,
          u"Model returned default caption unchanged"_s},
         {"Shot in city, state", u"Shot in city, state"_s, u"Shot in city, state"_s, Outcome::captioned,
          u"Model returned caption with placeholders unchanged"_s},
@@ -164,7 +164,7 @@ TEST_F(PipelineTest, AReplyIsWrittenUnlessItIsTheOldCaption) {
         model.enqueue(reply(row.reply));
         EXPECT_TRUE(run(image));
         EXPECT_EQ(caption(), row.after);
-        EXPECT_EQ(reports.last().outcome, row.outcome);
+        EXPECT_EQ(reports.last().kind, row.outcome);
         EXPECT_TRUE(hasLogged(row.line));
     }
     EXPECT_EQ(status.processed(), 5);
@@ -206,8 +206,7 @@ TEST_F(PipelineTest, WithoutAKeyTheUserIsAskedForOne) {
 
 TEST_F(PipelineTest, ProgressStaysWithTheOwnerOfAQueueUnlessAnImageFails) {
     const QString image = rawImage();
-    status.setTotalFiles(3);
-    status.setCurrentFileIndex(2);
+    progress.expectImage(2, 3);
     EXPECT_TRUE(run(image));
     EXPECT_TRUE(status.isProcessing());
     EXPECT_EQ(status.totalFiles(), 3);

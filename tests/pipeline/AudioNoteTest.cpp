@@ -17,6 +17,12 @@ namespace {
 
 class AudioNoteTest : public PipelineTest {
 protected:
+    QCoro::Task<std::optional<QString>> transcribed(const QString& image) {
+        const AudioWeight weight =
+            settings.prioritizeAudioFiles() ? AudioWeight::priority : AudioWeight::context;
+        return transcribeAudioNote(program.openAI, log, threads.of(folder.path()), weight,
+                                   QFileInfo(image).fileName(), audioNotesOf(image));
+    }
     /// An answer that the transcription gives in place of its own.
     static StandInAnswer transcript(const QString& text) {
         return {.body = QJsonDocument(QJsonObject{{u"text"_s, text}}).toJson()};
@@ -89,7 +95,7 @@ TEST_F(AudioNoteTest, TheFirstNoteThatCanBeTranscribedCounts) {
             write(name, bytes);
             names.append(name);
         }
-        EXPECT_EQ(await(transcribeAudioNote(parts, image)), row.words);
+        EXPECT_EQ(await(transcribed(image)), row.words);
         const QStringList lines = logFile().filter(u"Z [Analyzer] "_s);
         ASSERT_EQ(lines.size(), row.lines.size()) << lines.join(u'\n').toStdString();
         for (qsizetype index = 0; index < lines.size(); ++index) {
@@ -103,7 +109,7 @@ TEST_F(AudioNoteTest, TheFirstNoteThatCanBeTranscribedCounts) {
 TEST_F(AudioNoteTest, SilenceIsNoNoteAndEndsTheSearch) {
     write(u"a.wav"_s, voiceNote(u" \n"_s));
     write(u"a.mp3"_s, "x");
-    EXPECT_EQ(await(transcribeAudioNote(parts, folder.filePath(u"a.JPG"_s))), std::nullopt);
+    EXPECT_EQ(await(transcribed(folder.filePath(u"a.JPG"_s))), std::nullopt);
     EXPECT_EQ(model.requests().size(), 1);
 }
 
@@ -111,7 +117,7 @@ TEST_F(AudioNoteTest, ANoteThatNobodyMayReadIsPassedOver) {
     const QString locked = write(u"a.wav"_s, voiceNote(u"Great catch"_s));
     ASSERT_EQ(::chmod(QFile::encodeName(locked).constData(), 0), 0);
     write(u"a.mp3"_s, "x");
-    EXPECT_EQ(await(transcribeAudioNote(parts, folder.filePath(u"a.JPG"_s))), u"Voice note a.mp3"_s);
+    EXPECT_EQ(await(transcribed(folder.filePath(u"a.JPG"_s))), u"Voice note a.mp3"_s);
     EXPECT_EQ(model.requests().size(), 1);
 }
 
@@ -126,7 +132,7 @@ TEST_F(AudioNoteTest, ThePromptTellsTheModelWhatWasSaid) {
     EXPECT_TRUE(model.requests()[0].body.contains("filename=\"IMG_1.WAV\""));
     EXPECT_TRUE(model.lastJson()[u"messages"_s][1][u"content"_s][0][u"text"_s].toString().contains(line));
 
-    drive(analyzer.processBatch({image, jpegImage(u"IMG_2.JPG"_s)}, 0));
+    drive(captionBatch({image, jpegImage(u"IMG_2.JPG"_s)}));
     const QJsonArray content = model.lastJson()[u"messages"_s][1][u"content"_s].toArray();
     EXPECT_TRUE(content[1][u"text"_s].toString().contains(line));
     EXPECT_FALSE(content[3][u"text"_s].toString().contains(u"Audio Note"_s)) << "that is the other image";

@@ -3,14 +3,12 @@
 
 #include "pipeline/PipelineFixture.h"
 
-#include <sys/stat.h>
-
 #include <QFileInfo>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-using Outcome = ImageReport::Outcome;
+using Outcome = OutcomeKind;
 
 namespace {
 
@@ -22,11 +20,11 @@ protected:
                          [this] { messages.append(status.lastMessage().value_or(QString())); });
     }
 
-    BatchOutcome runBatch(const QStringList& files) {
+    QList<ImageOutcome> runBatch(const QStringList& files) {
         status.setTotalFiles(files.size());
         status.setPending(files.size());
         messages.clear();
-        return drive(analyzer.processBatch(files, 0));
+        return drive(captionBatch(files));
     }
     /// The model's answer to a batch: the captions with the number of their image.
     static StandInAnswer batchReply(const QList<std::pair<int, QString>>& captions) {
@@ -40,9 +38,6 @@ protected:
     QString folderWith(const QString& name) const {
         EXPECT_TRUE(QDir(folder.path()).mkpath(name));
         return folder.filePath(name);
-    }
-    static void setMode(const QString& path, mode_t mode) {
-        ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
     }
 
     QStringList messages;
@@ -59,12 +54,20 @@ QStringList textsOf(const QJsonObject& request) {
     return texts;
 }
 
-QList<bool> successesOf(const BatchOutcome& outcome) {
+QList<bool> successesOf(const QList<ImageOutcome>& outcomes) {
     QList<bool> successes;
-    for (const BatchFileResult& result : outcome.results) {
-        successes.append(result.success);
+    for (const ImageOutcome& image : outcomes) {
+        successes.append(image.kind == OutcomeKind::captioned);
     }
     return successes;
+}
+
+QStringList failedNames(const QList<ImageOutcome>& outcomes) {
+    QStringList names;
+    for (const ImageOutcome& image : outcomes) {
+        names.append(isFailure(image.kind) ? QStringList{QFileInfo(image.file).fileName()} : QStringList());
+    }
+    return names;
 }
 
 } // namespace
@@ -74,13 +77,12 @@ TEST_F(BatchRunTest, ImagesAreAskedForTogetherAndWrittenAsTheyCome) {
     const QStringList files{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
     model.enqueue(batchReply({{2, u"Second."_s}, {1, u"First.\nAnd more."_s}}));
 
-    const BatchOutcome outcome = runBatch(files);
+    const QList<ImageOutcome> outcome = runBatch(files);
 
     EXPECT_EQ(captionOf(files[0]), u"First.\nAnd more."_s) << "as it came: no credit, all lines";
     EXPECT_EQ(captionOf(files[1]), u"Second."_s);
     EXPECT_EQ(successesOf(outcome), (QList<bool>{true, true}));
-    EXPECT_EQ(outcome.results[1].name, u"IMG_2.JPG"_s);
-    EXPECT_EQ(outcome.failedNames, QStringList());
+    EXPECT_EQ(failedNames(outcome), QStringList());
 
     ASSERT_EQ(model.requests().size(), 1);
     EXPECT_EQ(model.lastJson()[u"max_tokens"_s], 2000);
@@ -116,7 +118,7 @@ TEST_F(BatchRunTest, WhileTheModelThinksTheStatusSaysSo) {
     slow.delivery = StandInAnswer::Delivery::held;
     model.enqueue(slow);
     status.setTotalFiles(12);
-    auto task = analyzer.processBatch(files, 10);
+    auto task = captionBatch(files, 10);
     EXPECT_EQ(status.currentFileIndex(), 11);
     waitUntil([this] { return model.isHolding(); });
     EXPECT_TRUE(status.isWaitingForAPI());
@@ -139,21 +141,21 @@ TEST_F(BatchRunTest, TheOneImageOfTenThatNeedsACaptionIsAskedForAlone) {
     }
     model.enqueue(reply(u"Abel\nscores."_s));
 
-    const BatchOutcome outcome = runBatch(files);
+    const QList<ImageOutcome> outcome = runBatch(files);
 
     ASSERT_EQ(model.requests().size(), 1);
     EXPECT_EQ(model.lastJson()[u"max_tokens"_s], 180);
     EXPECT_EQ(captionOf(files[7]), u"Abel\nscores. (A. Photographer)"_s);
     EXPECT_EQ(captionOf(files[6]), QString::fromLatin1(longCaption));
     EXPECT_EQ(successesOf(outcome).count(true), 1);
-    EXPECT_TRUE(outcome.results[7].success);
-    EXPECT_EQ(outcome.failedNames, QStringList());
+    EXPECT_EQ(outcome[7].kind, Outcome::captioned);
+    EXPECT_EQ(failedNames(outcome), QStringList());
     EXPECT_EQ(messages.last(), u"Processed: IMG_7.DNG"_s);
     EXPECT_EQ(status.pending(), 9) << "an image that is left alone counts nowhere";
     EXPECT_EQ(status.processed() + status.failed(), 1);
     EXPECT_TRUE(hasLogged(u"[Analyzer] IMG_6.DNG already has caption, skipping (overwrite disabled)"_s));
     EXPECT_EQ(reports.size(), 10);
-    EXPECT_EQ(reports.first().outcome, Outcome::skipped);
+    EXPECT_EQ(reports.first().kind, Outcome::skipped);
     EXPECT_EQ(reports.last().captionAfter, u"Abel\nscores. (A. Photographer)"_s);
     EXPECT_EQ(manifest.count(), 1);
 }
@@ -161,7 +163,7 @@ TEST_F(BatchRunTest, TheOneImageOfTenThatNeedsACaptionIsAskedForAlone) {
 TEST_F(BatchRunTest, ASingleImageThatFailsIsToldByItself) {
     const QString image = rawImage();
     model.enqueue(failure());
-    EXPECT_EQ(runBatch({image}).failedNames, QStringList{u"IMG_1.DNG"_s});
+    EXPECT_EQ(failedNames(runBatch({image})), QStringList{u"IMG_1.DNG"_s});
     EXPECT_EQ(messages.last(), u"Failed: IMG_1.DNG"_s);
     EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to process single image IMG_1.DNG: OpenAI HTTP 500: {}"_s));
     EXPECT_EQ(manifest.count(), 0);
@@ -173,16 +175,16 @@ TEST_F(BatchRunTest, NothingIsAskedWhenNoImageCanBePrepared) {
     write(u"IMG_1.xmp"_s, "<broken");
     const QStringList files{write(u"IMG_0.JPG"_s, "no picture"), brokenSidecar,
                             write(u"IMG_2.DNG"_s, "no picture")};
-    const BatchOutcome outcome = runBatch(files);
+    const QList<ImageOutcome> outcome = runBatch(files);
     EXPECT_TRUE(model.requests().isEmpty());
     EXPECT_EQ(successesOf(outcome), (QList<bool>{false, false, false}));
-    EXPECT_EQ(outcome.failedNames, (QStringList{u"IMG_0.JPG"_s, u"IMG_1.DNG"_s, u"IMG_2.DNG"_s}));
+    EXPECT_EQ(failedNames(outcome), (QStringList{u"IMG_0.JPG"_s, u"IMG_1.DNG"_s, u"IMG_2.DNG"_s}));
     EXPECT_EQ(messages.last(), u"Failed: IMG_2.DNG"_s);
     EXPECT_EQ(status.failed(), 3);
     EXPECT_EQ(status.pending(), 0);
     EXPECT_EQ(status.totalFailedAllTime(), 3);
-    for (const BatchFileResult& result : outcome.results) {
-        EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare %1: "_s.arg(result.name)));
+    for (const ImageOutcome& image : outcome) {
+        EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare %1: "_s.arg(QFileInfo(image.file).fileName())));
     }
     EXPECT_EQ(access.begun, access.ended);
 }
@@ -213,10 +215,10 @@ TEST_F(BatchRunTest, ABatchThatFailsIsAskedForOneByOne) {
         model.enqueue(failure());
         model.enqueue(reply(u"Foxes cheer."_s));
 
-        const BatchOutcome outcome = runBatch(files);
+        const QList<ImageOutcome> outcome = runBatch(files);
 
         EXPECT_EQ(successesOf(outcome), (QList<bool>{true, false, true}));
-        EXPECT_EQ(outcome.failedNames, QStringList{u"IMG_2.DNG"_s});
+        EXPECT_EQ(failedNames(outcome), QStringList{u"IMG_2.DNG"_s});
         EXPECT_EQ(captionOf(files[0]), u"Abel\nscores. (A. Photographer)"_s);
         EXPECT_EQ(captionOf(files[2]), u"Foxes cheer."_s) << "it has no rights";
         ASSERT_EQ(model.requests().size() - before, 4);
@@ -266,15 +268,15 @@ TEST_F(BatchRunTest, ACaptionOnlyEverGoesToItsOwnImage) {
             sidecar("Stub", u"IMG_%1.xmp"_s.arg(number));
         }
         model.enqueue(batchReply(row.captions));
-        const BatchOutcome outcome = runBatch(files);
+        const QList<ImageOutcome> outcome = runBatch(files);
         for (qsizetype index = 0; index < files.size(); ++index) {
             EXPECT_EQ(captionOf(files[index]).value_or(QString()), row.written[index].value_or(u"Stub"_s));
-            EXPECT_EQ(outcome.results[index].success, row.written[index].has_value());
+            EXPECT_EQ(outcome[index].kind == Outcome::captioned, row.written[index].has_value());
             EXPECT_EQ(hasLogged(u"[Analyzer] No caption returned for IMG_%1.DNG in batch response"_s.arg(
                           index + 1)),
                       !row.written[index]);
         }
-        EXPECT_EQ(outcome.failedNames.size(), row.written.count(std::nullopt));
+        EXPECT_EQ(failedNames(outcome).size(), row.written.count(std::nullopt));
     }
 }
 
@@ -286,15 +288,11 @@ TEST_F(BatchRunTest, ImagesOfTheSameNameGetTheirOwnCaptions) {
     sidecar("Sunrise", u"morning/IMG_1.xmp"_s);
     sidecar("Sunset", u"evening/IMG_1.xmp"_s);
     model.enqueue(batchReply({{1, u"Morning."_s}, {2, u"Evening."_s}, {2, u"Whose is it?"_s}}));
-    const QList<AnalyzedFile> analyzed = drive(analyzer.analyzeFiles(files, 0));
+    const QList<ImageOutcome> outcome = runBatch(files);
     EXPECT_EQ(captionOf(files[0]), u"Morning."_s);
     EXPECT_EQ(captionOf(files[1]), u"Evening."_s);
-    ASSERT_EQ(analyzed.size(), 3);
-    EXPECT_TRUE(analyzed[0].success && analyzed[1].success && !analyzed[1].error);
-    EXPECT_FALSE(analyzed[2].success);
-    ASSERT_TRUE(analyzed[2].error);
-    EXPECT_EQ(analyzed[2].error->code(), -999);
-    EXPECT_EQ(analyzed[2].error->localizedDescription(), u"Failed to process image"_s);
+    EXPECT_EQ(successesOf(outcome), (QList<bool>{true, true, false}));
+    EXPECT_EQ(outcome[2].reason, u"The model returned no caption for it."_s);
 }
 
 TEST_F(BatchRunTest, AFolderThatCannotBeWrittenFailsItsImagesAlone) {
@@ -303,7 +301,7 @@ TEST_F(BatchRunTest, AFolderThatCannotBeWrittenFailsItsImagesAlone) {
                             jpegImage(u"locked/IMG_4.JPG"_s)};
     sidecar("Stub", u"locked/IMG_3.xmp"_s);
     setMode(locked, 0555);
-    const BatchOutcome outcome = runBatch(files);
+    const QList<ImageOutcome> outcome = runBatch(files);
     setMode(locked, 0755);
     EXPECT_EQ(successesOf(outcome), (QList<bool>{true, false, false, false}));
     EXPECT_FALSE(captionOf(files[0]).value_or(QString()).isEmpty());
@@ -321,7 +319,7 @@ TEST_F(BatchRunTest, ASidecarThatNobodyMayReadIsMadeAnew) {
     const QString image = rawImage();
     sidecar("Nobody knows");
     setMode(folder.filePath(u"IMG_1.xmp"_s), 0);
-    EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)}).results[0].success);
+    EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)})[0].kind == Outcome::captioned);
     EXPECT_TRUE(console.lines.contains(u"[Analyzer] Recreated unreadable XMP sidecar for IMG_1.DNG"_s));
     EXPECT_TRUE(textsOf(model.lastJson()).value(1).endsWith(u"No caption"_s));
 }
@@ -331,12 +329,12 @@ TEST_F(BatchRunTest, ARosterThatCannotBeReadIsToldOfInABatchOnly) {
     setMode(roster, 0);
     const QString line = u"[Analyzer] Failed to read Code Replacements file: "_s;
     const QString image = rawImage();
-    EXPECT_TRUE(runBatch({image}).results[0].success);
+    EXPECT_TRUE(runBatch({image})[0].kind == Outcome::captioned);
     EXPECT_FALSE(hasLogged(line));
     EXPECT_EQ(reports.last().warnings,
               QStringList(u"The names in roster.txt will not be used: it cannot be read "
                           "(Permission denied)."_s));
-    EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)}).results[0].success);
+    EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)})[0].kind == Outcome::captioned);
     EXPECT_TRUE(hasLogged(line));
     EXPECT_FALSE(textsOf(model.lastJson()).value(0).contains(u"Code Replacements:"_s));
     setMode(roster, 0644);

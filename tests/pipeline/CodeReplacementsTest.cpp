@@ -176,7 +176,7 @@ TEST(CodeReplacements, AreDiscoveredUnderThreeNames) {
 
 class RosterTest : public PipelineTest {
 protected:
-    CodeReplacements read() { return await(readRoster(parts)).replacements; }
+    CodeReplacements read() { return await(readRoster(settings, threads, access, log)).replacements; }
 };
 
 TEST_F(RosterTest, IsReadFromTheSelectedFileAndElseFromTheIngestFolder) {

@@ -6,7 +6,7 @@
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-using Outcome = ImageReport::Outcome;
+using Outcome = OutcomeKind;
 
 namespace {
 
@@ -35,18 +35,7 @@ protected:
         waitUntil([this] { return model.isHolding(); });
         meanwhile();
         model.releaseHeld();
-        return finish(std::move(task));
-    }
-    /// drive() in longer steps, as a finished image is to be seen for two seconds.
-    template <typename T>
-    T finish(QCoro::Task<T> task) {
-        waitUntil([&] {
-            if (!task.isReady() && clock.waiting() > 0) {
-                clock.advance(std::chrono::seconds(2));
-            }
-            return task.isReady();
-        });
-        return await(std::move(task));
+        return drive(std::move(task));
     }
     static QByteArray otherRaw() { return dngFile(SportsScene(320, 200, 9)); }
     static QByteArray otherJpeg() { return jpegFile(SportsScene(320, 200, 9).image()); }
@@ -60,7 +49,7 @@ TEST_F(OvertakenImageTest, ACaptionThatIsTypedMeanwhileStays) {
     model.enqueue(held(u"By the model."_s));
     EXPECT_TRUE(after(analyzer.analyzeSingle(image), [this] { sidecar(typed.toUtf8()); }));
     EXPECT_EQ(caption(), typed);
-    EXPECT_EQ(reports.last().outcome, Outcome::skipped);
+    EXPECT_EQ(reports.last().kind, Outcome::edited);
     EXPECT_EQ(reports.last().reason, u"Its caption was edited meanwhile and stays as it is."_s);
     EXPECT_TRUE(hasLogged(u"[Analyzer] Nothing was written into IMG_1.DNG: Its caption was edited"_s));
     EXPECT_EQ(status.failed(), 0);
@@ -73,17 +62,17 @@ TEST_F(OvertakenImageTest, InABatchToo) {
     model.enqueue(held(uR"([{"image":1,"caption":"one"},{"image":2,"caption":"two"},
                             {"image":3,"caption":"three"}])"_s));
     model.enqueue(reply(u"Of the second picture."_s));
-    const BatchOutcome outcome = after(analyzer.processBatch(images, 0), [&] {
+    const QList<ImageOutcome> outcome = after(captionBatch(images), [&] {
         sidecar(typed.toUtf8());
         replace(images[1], otherJpeg());
     });
     EXPECT_EQ(captionOf(images[0]), typed);
     EXPECT_TRUE(captionOf(images[1]).value_or(QString()).startsWith(u"Of the second picture."_s));
     EXPECT_EQ(captionOf(images[2]), u"three"_s);
-    EXPECT_FALSE(outcome.results[0].success || outcome.results[0].failed);
-    EXPECT_TRUE(outcome.results[1].success && outcome.results[2].success);
+    EXPECT_EQ(outcome[0].kind, Outcome::edited);
+    EXPECT_EQ(outcome[1].kind, Outcome::captioned);
+    EXPECT_EQ(outcome[2].kind, Outcome::captioned);
     EXPECT_EQ(model.requests().size(), 2) << "the replaced picture is asked about anew";
-    EXPECT_TRUE(outcome.failedNames.isEmpty());
 }
 
 TEST_F(OvertakenImageTest, AReplacedPictureIsCaptionedAnew) {
@@ -103,19 +92,18 @@ TEST_F(OvertakenImageTest, AutoModeCaptionsOnlyWhatItsScanSaw) {
     sidecar("Stub");
     const ImageRequest request = seen(image);
     sidecar(typed.toUtf8()); // while the image rests or waits for its turn
-    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
+    EXPECT_EQ(drive(analyzer.captionWatched(request)).kind, Outcome::edited);
     EXPECT_EQ(caption(), typed);
 
     sidecar("Stub");
     const ImageRequest again = seen(image);
     write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
-    EXPECT_EQ(finish(analyzer.captionWatched(again)).result, CaptionResult::changed)
-        << "to be looked at anew";
+    EXPECT_EQ(drive(analyzer.captionWatched(again)).kind, Outcome::changed) << "to be looked at anew";
     EXPECT_TRUE(model.requests().isEmpty());
 
     model.enqueue(held(u"Of the first picture."_s));
     const auto replaced = after(analyzer.captionWatched(seen(image)), [&] { replace(image, otherRaw()); });
-    EXPECT_EQ(replaced.result, CaptionResult::changed);
+    EXPECT_EQ(replaced.kind, Outcome::changed);
     EXPECT_EQ(caption(), u"Stub"_s);
 }
 
@@ -124,10 +112,10 @@ TEST_F(OvertakenImageTest, AutoModeTellsAnEditFromAPresetThatIsStampedOn) {
     ImageMetadata(image).provideSidecar(); // as the scan does
     const ImageRequest request = seen(image);
     sidecar("A preset's stub");
-    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::changed);
+    EXPECT_EQ(drive(analyzer.captionWatched(request)).kind, Outcome::changed);
     XMPWriter().createEmptySidecar(sidecarPath(image));
     XMPWriter().writeDefaultCaption(typed, sidecarPath(image));
-    EXPECT_EQ(finish(analyzer.captionWatched(request)).result, CaptionResult::done);
+    EXPECT_EQ(drive(analyzer.captionWatched(request)).kind, Outcome::edited);
     EXPECT_EQ(caption(), typed);
     EXPECT_TRUE(model.requests().isEmpty());
 
@@ -137,7 +125,7 @@ TEST_F(OvertakenImageTest, AutoModeTellsAnEditFromAPresetThatIsStampedOn) {
         sidecar(typed.toUtf8());
         write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
     });
-    EXPECT_EQ(edited.result, CaptionResult::done) << "the model has been asked: the edit stays";
+    EXPECT_EQ(edited.kind, Outcome::edited) << "the model has been asked: the edit stays";
     EXPECT_EQ(caption(), typed);
 }
 
@@ -148,30 +136,27 @@ TEST_F(OvertakenImageTest, ARosterInTheWatchedFolderCountsInAutoMode) {
     const QString image = rawImage();
     EXPECT_FALSE(run(image)) << "others want one that is set";
     model.enqueue(reply(u"Dana Cole scores."_s));
-    EXPECT_EQ(finish(analyzer.captionWatched({.file = image, .seenAt = clock.now()})).result,
-              CaptionResult::done);
+    EXPECT_EQ(drive(analyzer.captionWatched({.file = image, .seenAt = clock.now()})).kind,
+              Outcome::captioned);
     EXPECT_EQ(caption(), u"Dana Cole scores."_s);
     const QJsonArray content = requestOf(0)[u"messages"_s][1][u"content"_s].toArray();
     EXPECT_TRUE(content[0][u"text"_s].toString().contains(u"7\tDana Cole"_s));
 }
 
 TEST_F(OvertakenImageTest, TwoProgramsPayForAnImageOnce) {
-    CaptionTurns otherTurns;
-    ImageClaims otherClaims{folder.filePath(u"manifest/claims"_s)};
-    const AnalyzerParts otherParts = partsWith(otherTurns, otherClaims);
-    Analyzer other(otherParts);
+    CaptionProgram other(surroundings());
     const QStringList images{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
     model.enqueue(held(uR"([{"image":1,"caption":"one"},{"image":2,"caption":"two"}])"_s));
-    auto batch = analyzer.processBatch(images, 0);
-    auto otherBatch = other.processBatch({images[1], images[0]}, 0);
-    auto single = other.analyzeSingle(images[0]);
+    auto batch = captionBatch(images);
+    auto otherBatch = captionBatchOf(other, {images[1], images[0]});
+    auto single = other.analyzer.analyzeSingle(images[0]);
     waitUntil([this] { return model.isHolding(); });
     clock.advance(std::chrono::seconds(5));
     model.releaseHeld();
     driveUntil([&] { return batch.isReady() && otherBatch.isReady() && single.isReady(); });
     EXPECT_TRUE(await(std::move(single)));
-    EXPECT_TRUE(await(std::move(batch)).results[0].success);
-    EXPECT_FALSE(await(std::move(otherBatch)).results[0].success);
+    EXPECT_EQ(await(std::move(batch))[0].kind, Outcome::captioned);
+    EXPECT_EQ(await(std::move(otherBatch))[0].kind, Outcome::skipped);
     EXPECT_EQ(model.requests().size(), 1);
     EXPECT_EQ(captionOf(images[1]), u"two"_s);
 }
@@ -179,7 +164,8 @@ TEST_F(OvertakenImageTest, TwoProgramsPayForAnImageOnce) {
 TEST_F(OvertakenImageTest, ARequestHasTheSettingsOfOneMoment) {
     const PreparedImage image{
         .file = rawImage(), .source = {}, .defaultCaption = u"Stub"_s, .audioTranscription = {}};
-    auto composed = composeImagePrompt(parts, image, {}); // which now waits for the rules
+    auto composed = composeImagePrompt(settings, program.prompts, log, clock.timeZone(), image,
+                                       {}); // which now waits for the rules
     settings.setSport(Sport::soccer);
     EXPECT_TRUE(drive(std::move(composed)).contains(u"- Sport: Football\n"_s)) << "as the rules are";
 }

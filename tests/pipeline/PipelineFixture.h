@@ -3,9 +3,8 @@
 
 #include "metadata/XMPWriter.h"
 #include "metadata/sidecar/SidecarPath.h"
-#include "pipeline/Analyzer.h"
-#include "platform/PathReferences.h"
-#include "promptserver/PromptServer.h"
+#include "pipeline/BatchRun.h"
+#include "program/CaptionProgram.h"
 #include "support/Await.h"
 #include "support/RecordingLog.h"
 #include "support/RecordingNotifications.h"
@@ -13,6 +12,7 @@
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <QCoroFuture>
 #include <QDir>
@@ -67,6 +67,12 @@ public:
     bool isGranting = true;
 };
 
+class AbsentRemote : public RemoteSource {
+public:
+    void start() override {}
+    void stop() override {}
+};
+
 /// The pipeline over the stand-in for the model, in a folder of its own with a roster and a key.
 class PipelineTest : public testing::Test {
 protected:
@@ -75,7 +81,7 @@ protected:
         write(QStringLiteral("roster.txt"), "12\tSam Abel\n");
         settings.setCodeReplacementsFile(folder.filePath(QStringLiteral("roster.txt")));
         QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer,
-                         [this](const ImageReport& report) { reports.append(report); });
+                         [this](const ImageOutcome& image) { reports.append(image); });
     }
 
     QString write(const QString& name, const QByteArray& bytes) const {
@@ -120,25 +126,34 @@ protected:
         return image.endsWith(QStringLiteral("JPG")) ? XMPWriter().readEmbeddedCaption(image, lines)
                                                      : XMPWriter().readDefaultCaption(sidecarPath(image));
     }
-    /// What an analyzer takes, with the turns and the claims of a program of its own.
-    AnalyzerParts partsWith(CaptionTurns& itsTurns, ImageClaims& itsClaims) {
-        return {.settings = settings,
-                .status = status,
-                .usage = usage,
-                .manifest = manifest,
-                .openAI = openAI,
-                .prompts = prompts,
+    /// What a program works with that runs here. There may be several, over the same files.
+    ProgramSurroundings surroundings() {
+        return {.folders = folders,
+                .endpoints = endpoints,
                 .defaults = defaults,
-                .log = log,
-                .previews = previews,
-                .access = access,
+                .settingsDefaults = defaults,
+                .secrets = secrets,
+                .notificationCenter = notificationCenter,
                 .alerts = alerts,
-                .notifications = notifications,
                 .events = events,
+                .remote = remote,
+                .access = access,
                 .clock = clock,
-                .turns = itsTurns,
-                .threads = threads,
-                .claims = itsClaims};
+                .console = console,
+                .errors = console};
+    }
+    /// A batch that begins at that place of a run.
+    QCoro::Task<QList<ImageOutcome>> captionBatch(QStringList files, qint64 startIndex = 0) {
+        return captionBatchOf(program, files, startIndex);
+    }
+    static QCoro::Task<QList<ImageOutcome>> captionBatchOf(CaptionProgram& itsProgram, QStringList files,
+                                                           qint64 startIndex = 0) {
+        const AnalyzerParts parts = itsProgram.analyzerParts();
+        Analyzer& analyzer = itsProgram.analyzer;
+        ReadAhead ahead(parts.threads, files, parts.clock.timeZone(), false);
+        BatchRun batch(parts, files, {.startIndex = startIndex, .begun = parts.clock.now()}, &ahead,
+                       [&analyzer](const ImageOutcome& image) { Q_EMIT analyzer.imageFinished(image); });
+        co_return co_await batch.execute();
     }
     /// A request that the model got.
     QJsonObject requestOf(qsizetype index) const {
@@ -163,23 +178,12 @@ protected:
         return answer;
     }
 
-    /// Runs the image to its end; the time in which its progress stays to be seen passes at once.
+    /// Runs the image to its end; the time in which its progress stays to be seen passes then.
     bool run(const QString& file) {
-        bool isDone = false;
-        bool result = false;
-        const auto collect = [](QCoro::Task<bool> task, bool* isDone, bool* result) -> QCoro::Task<> {
-            *result = co_await std::move(task);
-            *isDone = true;
-        };
         status.setLastMessage(std::nullopt);
-        const QCoro::Task<> collected = collect(analyzer.analyzeSingle(file), &isDone, &result);
-        waitUntil([this, &isDone] {
-            if (!isDone && status.lastMessage() && clock.waiting() > 0) {
-                clock.advance(std::chrono::seconds(2));
-            }
-            return isDone;
-        });
-        return result;
+        const bool isDone = await(analyzer.analyzeSingle(file));
+        clock.advance(CaptionProgress::usualLinger);
+        return isDone;
     }
     /// Runs the task to its end; the short breaks between the images of a run pass at once.
     template <typename T>
@@ -195,6 +199,16 @@ protected:
             return condition();
         });
     }
+    static void setMode(const QString& path, mode_t mode) {
+        ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
+    }
+    QStringList alertTitles() const {
+        QStringList titles;
+        for (const Alert& alert : alerts.shown) {
+            titles.append(alert.title);
+        }
+        return titles;
+    }
     QStringList logFile() const {
         return QString::fromUtf8(read(QStringLiteral("data/Analyzer.log"))).split(u'\n', Qt::SkipEmptyParts);
     }
@@ -202,34 +216,35 @@ protected:
 
     UnprivilegedFolder folder;
     VirtualClock clock;
-    FolderThreads threads;
-    ImageClaims claims{folder.filePath(QStringLiteral("manifest/claims"))};
     RecordingLog console;
     MemoryDefaults defaults;
     MemorySecrets secrets;
-    PathReferences references;
     CountedAccess access;
     AnsweredAlerts alerts;
     AppEvents events;
     ModelStandIn model{"test-key"};
-    KeychainHelper keychain{secrets, console};
-    SettingsStore settings{defaults, keychain, references, console};
-    StatusStore status{defaults, clock};
-    UsageTracker usage{defaults, clock, console};
-    OpenAIClient openAI{model.url(), defaults, console, clock};
-    PromptServer promptServer{{}, builtInTemplates()};
-    PromptService prompts{
-        {promptServer.url(), {}}, folder.filePath(QStringLiteral("prompt-cache.json")), console, clock};
-    AnalyzerLog log{folder.filePath(QStringLiteral("data")), console, clock};
-    PreviewCopies previews{folder.filePath(QStringLiteral("data/OpenAI_Previews"))};
     RecordingNotifications notificationCenter;
-    NotificationManager notifications{notificationCenter, console};
-    ProcessedFilesManifest manifest{folder.filePath(QStringLiteral("manifest/processed_files.json")), threads,
-                                    clock, console, events};
-    CaptionTurns turns;
-    AnalyzerParts parts = partsWith(turns, claims);
-    Analyzer analyzer{parts};
-    QList<ImageReport> reports;
+    AbsentRemote remote;
+    const AppFolders folders{.config = folder.filePath(QStringLiteral("config")),
+                             .data = folder.filePath(QStringLiteral("data")),
+                             .promptCache = folder.path(),
+                             .manifest = folder.filePath(QStringLiteral("manifest")),
+                             .cache = folder.filePath(QStringLiteral("cache")),
+                             .runtime = {}};
+    const ServiceEndpoints endpoints{.model = model.url()};
+    CaptionProgram program{surroundings()};
+    SettingsStore& settings = program.settings;
+    StatusStore& status = program.status;
+    CaptionProgress& progress = program.progress;
+    UsageTracker& usage = program.usage;
+    AnalyzerLog& log = program.log;
+    PreviewCopies& previews = program.previews;
+    ProcessedFilesManifest& manifest = program.manifest;
+    CaptionTurns& turns = program.turns;
+    ImageClaims& claims = program.claims;
+    FolderThreads& threads = program.threads;
+    Analyzer& analyzer = program.analyzer;
+    QList<ImageOutcome> reports;
 };
 
 } // namespace ostrelle

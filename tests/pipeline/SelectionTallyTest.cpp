@@ -25,8 +25,17 @@ ImageFailure classify(E error) {
     return classifyFailure(std::make_exception_ptr(error), image);
 }
 
-ImageFailure permissionFailure(const QString& words) {
-    return {.kind = Kind::permission, .words = words};
+/// An image that failed with these words.
+ImageOutcome failedImage(const QString& file, const QString& words = u"It is damaged."_s) {
+    ImageOutcome outcome;
+    outcome.file = file;
+    outcome.kind = OutcomeKind::failed;
+    outcome.cause = std::make_exception_ptr(Error(words));
+    return outcome;
+}
+
+SelectionTally tallyOf(const QList<ImageOutcome>& images) {
+    return SelectionTally::of({.ending = RunTally::Ending::completed, .images = images});
 }
 
 } // namespace
@@ -81,45 +90,39 @@ TEST(SelectionTallyTest, TheClosingMessageNamesBothCounts) {
         {0, 0, u"All images have captions already"},
     };
     for (const auto& row : rows) {
-        SelectionTally tally;
-        for (int count = 0; count < row.success; ++count) {
-            tally.addSuccess();
+        QList<ImageOutcome> images(row.failed, failedImage(u"/g/a.jpg"_s));
+        images.resize(row.failed + row.success);
+        for (int index = row.failed; index < images.size(); ++index) {
+            images[index].kind = OutcomeKind::captioned;
         }
-        for (int count = 0; count < row.failed; ++count) {
-            tally.addFailure(u"/g/a.jpg"_s, {});
-        }
-        EXPECT_EQ(tally.closingMessage(), row.message);
+        EXPECT_EQ(tallyOf(images).closingMessage(), row.message);
     }
 }
 
 TEST(SelectionTallyTest, TheFirstThreePermissionErrorsAreTold) {
-    SelectionTally tally;
-    tally.addFailure(u"/g/x.jpg"_s, {.words = u"not this"_s});
-    for (const QString& words : {u"a"_s, u"b"_s, u"c"_s}) {
-        tally.addFailure(u"/g/y.jpg"_s, permissionFailure(words));
+    QList<ImageOutcome> images{failedImage(u"/g/x.jpg"_s, u"not this"_s)};
+    for (const QString& letter : {u"a"_s, u"b"_s, u"c"_s}) {
+        images.append(failedImage(u"/g/y.jpg"_s, u"permission "_s + letter));
     }
-    EXPECT_EQ(tally.errorDetail(), u"a; b; c");
-    tally.addFailure(u"/g/z.jpg"_s, permissionFailure(u"d"_s));
-    tally.addFailure(u"/g/z.jpg"_s, permissionFailure(u"e"_s));
-    EXPECT_EQ(tally.errorDetail(), u"a; b; c... and 2 more");
+    EXPECT_EQ(tallyOf(images).errorDetail(), u"permission a; permission b; permission c");
+    images += {failedImage(u"/g/z.jpg"_s, u"permission d"_s), failedImage(u"/g/z.jpg"_s, u"permission e"_s)};
+    const SelectionTally tally = tallyOf(images);
+    EXPECT_EQ(tally.errorDetail(), u"permission a; permission b; permission c... and 2 more");
     EXPECT_EQ(tally.failed(), 6);
     EXPECT_EQ(tally.permissionErrors(), 5);
 }
 
 TEST(SelectionTallyTest, OnlyAPermissionErrorBringsUpTheRateLimit) {
-    SelectionTally tally;
-    tally.addFailure(image, {.kind = Kind::rateLimit, .words = u"429"_s, .mentionsRateLimit = true});
+    const SelectionTally tally = tallyOf({failedImage(image, u"429"_s)});
     EXPECT_FALSE(tally.mentionsRateLimit());
     EXPECT_EQ(tally.permissionErrors(), 0);
-    tally.addFailure(image, {.kind = Kind::permission, .words = u"429"_s, .mentionsRateLimit = true});
-    EXPECT_TRUE(tally.mentionsRateLimit());
+    EXPECT_EQ(tally.rateLimitedNames(), QStringList{u"IMG_4290.CR3"_s});
+    EXPECT_TRUE(tallyOf({failedImage(image, u"429: no permission"_s)}).mentionsRateLimit());
 }
 
 TEST(SelectionTallyTest, TheHintIsForRawImages) {
-    SelectionTally tally;
-    tally.addFailure(u"/g/a.jpg"_s, {});
-    EXPECT_FALSE(tally.hint());
-    tally.addFailure(u"/g/b.Nef"_s, {});
+    EXPECT_FALSE(tallyOf({failedImage(u"/g/a.jpg"_s)}).hint());
+    const SelectionTally tally = tallyOf({failedImage(u"/g/a.jpg"_s), failedImage(u"/g/b.Nef"_s)});
     EXPECT_EQ(tally.hint(), u"When manually captioning RAW files, also select the matching .xmp sidecar(s).");
     EXPECT_EQ(tally.failedNames(), (QStringList{u"a.jpg"_s, u"b.Nef"_s}));
 }

@@ -168,7 +168,7 @@ TEST_F(LocalScanTest, AnImageThatVanishesIsSkippedAndGetsNoSidecar) {
 
 TEST_F(LocalScanTest, AFailedImageRestsForAMinute) {
     write(u"a.JPG"_s);
-    captioning.results.insert(u"a.JPG"_s, CaptionResult::failed);
+    captioning.results.insert(u"a.JPG"_s, OutcomeKind::failed);
     runScan();
     EXPECT_TRUE(log.has(u"[AppDelegate]   → analyzeSingle returned false for a.JPG"_s));
     EXPECT_TRUE(log.has(u"[AppDelegate]   ✓ Completed a.JPG - FAILED"_s));
@@ -192,7 +192,7 @@ TEST_F(LocalScanTest, AFailedImageRestsForAMinute) {
 
 TEST_F(LocalScanTest, AnImageThatCannotBeEditedWaitsForAChange) {
     write(u"a.JPG"_s);
-    captioning.results.insert(u"a.JPG"_s, CaptionResult::unwritable);
+    captioning.results.insert(u"a.JPG"_s, OutcomeKind::unwritable);
     runScan();
     clock.advance(std::chrono::hours(1));
     runScan();
@@ -203,7 +203,7 @@ TEST_F(LocalScanTest, AnImageThatCannotBeEditedWaitsForAChange) {
     runScan();
     EXPECT_EQ(captioning.begun.size(), 2);
     clock.advance(std::chrono::hours(1));
-    captioning.results.insert(u"a.JPG"_s, CaptionResult::changed);
+    captioning.results.insert(u"a.JPG"_s, OutcomeKind::changed);
     write(u"a.JPG"_s, "another picture");
     runScan();
     EXPECT_EQ(captioning.begun.size(), 3);
@@ -213,7 +213,7 @@ TEST_F(LocalScanTest, AnImageThatCannotBeEditedWaitsForAChange) {
 
 TEST_F(LocalScanTest, AClockSetBackDoesNotHoldAFailedImage) {
     write(u"a.JPG"_s);
-    captioning.results.insert(u"a.JPG"_s, CaptionResult::failed);
+    captioning.results.insert(u"a.JPG"_s, OutcomeKind::failed);
     runScan();
     clock.setNow(clock.now().addDays(-1));
     runScan();

@@ -43,28 +43,29 @@ public:
     CaptioningStandIn(Clock& clock, CaptionTurns& turns, ProcessedFilesManifest& manifest)
         : m_clock(clock), m_turns(turns), m_manifest(manifest) {}
 
-    QCoro::Task<CaptionOutcome> caption(ImageRequest request) {
+    QCoro::Task<ImageOutcome> caption(ImageRequest request) {
         const QString name = QFileInfo(request.file).fileName();
         const auto turn = co_await m_turns.imageTurn();
         if (!turn) {
-            co_return {.result = CaptionResult::notBegun};
+            co_return ImageOutcome();
         }
         begun.append(name);
         co_await m_clock.sleep(duration);
         ended.append(name);
-        CaptionOutcome outcome{.result = results.value(name, CaptionResult::done)};
-        if (outcome.result == CaptionResult::done) {
+        ImageOutcome outcome;
+        outcome.kind = results.value(name, OutcomeKind::captioned);
+        if (isDone(outcome.kind)) {
             co_await m_manifest.markProcessed(request.file);
         }
-        if (outcome.result == CaptionResult::unwritable) {
-            outcome.conditions = EditConditions::of(request.file);
+        if (outcome.kind == OutcomeKind::unwritable) {
+            outcome.editConditions = EditConditions::of(request.file);
         }
         co_return outcome;
     }
 
     QStringList begun;
     QStringList ended;
-    QHash<QString, CaptionResult> results; ///< other than done
+    QHash<QString, OutcomeKind> results; ///< other than captioned
     std::chrono::milliseconds duration{10};
 
 private:

@@ -2,9 +2,7 @@
 // That nothing in a folder of images is looked at, opened or changed on the main thread: a share that hangs
 // would freeze the window. The calls go through the functions at the end of this file, which take the place
 // of the C library's.
-#include "pipeline/ManualSelectionRun.h"
 #include "pipeline/PipelineFixture.h"
-#include "transfer/AutoModeController.h"
 #include "transfer/RosterWatch.h"
 
 #include <dlfcn.h>
@@ -34,12 +32,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class NoSource : public RemoteSource {
-public:
-    void start() override {}
-    void stop() override {}
-};
 
 class SilentWorkspace : public Workspace {
 public:
@@ -86,25 +78,13 @@ protected:
 
 TEST_F(MainThreadTest, TouchesNothingInARunOverAFolderOrASelection) {
     const QStringList files = images();
-    const QCoro::Task<> run = analyzer.recaptionFolder(FolderImages::onlyNew);
+    const auto run = analyzer.recaptionFolder(FolderImages::onlyNew);
     EXPECT_EQ(touchesUntil([&] { return run.isReady(); }), QStringList());
     EXPECT_EQ(reports.size(), 3);
 
     SilentWorkspace workspace;
-    ManualSelectionRun selection({.analyzer = analyzer,
-                                  .turns = turns,
-                                  .status = status,
-                                  .defaults = defaults,
-                                  .access = access,
-                                  .alerts = alerts,
-                                  .notifications = notifications,
-                                  .events = events,
-                                  .workspace = workspace,
-                                  .threads = threads,
-                                  .clock = clock,
-                                  .console = console});
-    const QCoro::Task<> selected =
-        selection.execute(files + QStringList{shoot + u"/IMG_1.xmp"_s, shoot + u"/IMG_3.xmp"_s}, {});
+    const auto selected = analyzer.captionSelection(
+        files + QStringList{shoot + u"/IMG_1.xmp"_s, shoot + u"/IMG_3.xmp"_s}, {}, workspace);
     EXPECT_EQ(touchesUntil([&] { return selected.isReady(); }), QStringList());
     EXPECT_EQ(reports.size(), 6);
 }
@@ -120,33 +100,12 @@ TEST_F(MainThreadTest, ATouchIsSeen) {
 
 TEST_F(MainThreadTest, TouchesNothingInAutoMode) {
     images();
-    ProcessingTracker tracker(clock);
-    NoSource remote;
     RosterWatch watch(settings, threads, clock);
-    LocalFolderScan scan(
-        {.settings = settings,
-         .manifest = manifest,
-         .tracker = tracker,
-         .access = access,
-         .turns = turns,
-         .threads = threads,
-         .clock = clock,
-         .log = console,
-         .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); }});
-    AutoModeController autoMode({.settings = settings,
-                                 .status = status,
-                                 .defaults = defaults,
-                                 .scan = scan,
-                                 .remote = remote,
-                                 .notifications = notifications,
-                                 .threads = threads,
-                                 .clock = clock,
-                                 .log = console});
     settings.setAutoMode(true);
-    autoMode.observeAutoModeSettings();
+    program.autoMode.observeAutoModeSettings();
     EXPECT_EQ(touchesUntil([this] { return status.processed() == 2 && status.failed() > 0; }), QStringList());
-    autoMode.updateAutoMode(false, SourceType::local, std::nullopt);
-    const QCoro::Task<> finished = scan.finished();
+    program.autoMode.updateAutoMode(false, SourceType::local, std::nullopt);
+    const QCoro::Task<> finished = program.scan.finished();
     EXPECT_EQ(touchesUntil([&] { return finished.isReady(); }), QStringList());
 }
 

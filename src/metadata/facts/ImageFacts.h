@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <exception>
 #include <optional>
 
 namespace ostrelle {
@@ -28,6 +29,20 @@ struct MetadataReading {
     QStringList captionLines;
     QStringList contextLines;
     QStringList rightsLines;
+};
+
+/// The facts and whether a caption could be written beside them, from one opening.
+struct EditableReading {
+    MetadataReading reading;
+    std::exception_ptr refusal; ///< what the write would throw; null when nothing speaks against it
+    QStringList refusalLines;   ///< for the log
+};
+
+/// A caption as it stands in its file after the write.
+struct WrittenCaption {
+    std::optional<FileStamp> image; ///< what the image file looked like with its caption
+    std::optional<QString> caption; ///< read from what was written
+    QStringList captionLines;       ///< for the log, from that reading
 };
 
 } // namespace ostrelle

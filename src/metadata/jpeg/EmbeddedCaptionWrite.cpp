@@ -11,12 +11,14 @@
 #include "metadata/rendition/JpegDecoder.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
+#include "platform/KeptLines.h"
 #include "platform/WriteCheck.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 
 namespace ostrelle {
 
@@ -27,18 +29,22 @@ namespace {
 constexpr qint64 maximumFileSize = qint64{512} << 20;
 
 /// What the edits look at of a file: its segments, and the end of what follows the picture.
-QByteArray frontAndTrailer(const QString& path) {
+struct FrontAndTrailer {
+    QByteArray bytes;
+    qint64 fileSize = 0;
+};
+
+FrontAndTrailer readFrontAndTrailer(const QString& path) {
     constexpr qint64 trailerSize = 64;
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw XMPError(XMPError::Case::fileMissing);
+        throw XMPError(XMPError::Case::fileMissing,
+                       u"Could not read the image: %1."_s.arg(file.errorString()));
     }
-    if (file.size() > maximumFileSize) {
-        throw FileError(u"read"_s, path, EFBIG);
-    }
-    QByteArray bytes = readJpegFront(file);
-    file.seek(std::max(file.size() - trailerSize, qint64{bytes.size()}));
-    return bytes + file.read(trailerSize);
+    FrontAndTrailer read{.bytes = readJpegFront(file), .fileSize = file.size()};
+    file.seek(std::max(read.fileSize - trailerSize, qint64{read.bytes.size()}));
+    read.bytes += file.read(trailerSize);
+    return read;
 }
 
 /// One caption write into one file, or the trial of one, with its words for the log.
@@ -48,19 +54,22 @@ public:
                          const std::optional<CaptionSource>& source)
         : m_path(path), m_caption(caption), m_log(log), m_source(source) {}
 
-    FileStamp run() {
-        const FileStamp written = edit();
+    WrittenCaption run() {
+        m_written.image = edit();
         if (m_hasManifest) {
             say(u"%1 carries content credentials (C2PA), whose signature does not match the file any more."_s
                     .arg(fileName()));
         }
-        return written;
+        return m_written;
     }
 
-    void tryOut() {
+    void tryOut(const FrontAndTrailer& file) {
         try {
+            if (file.fileSize > maximumFileSize) {
+                throw FileError(u"read"_s, m_path, EFBIG);
+            }
             requireReplaceable(m_path);
-            withEmbeddedCaption(frontAndTrailer(m_path), m_caption);
+            withEmbeddedCaption(file.bytes, m_caption);
         } catch (const FileError& error) {
             if (error.isPermissionDenied()) {
                 explain(error);
@@ -140,11 +149,21 @@ private:
 
     QByteArray withCaption(const QByteArray& original) {
         try {
-            return withEmbeddedCaption(original, m_caption);
+            QByteArray edited = withEmbeddedCaption(original, m_caption);
+            readBack(edited);
+            return edited;
         } catch (const EditRefusal& refusal) {
             say(u"ERROR: Failed to finalize image to temp file"_s);
             refuse(refusal);
         }
+    }
+
+    /// What readers will find in the file.
+    void readBack(const QByteArray& edited) {
+        KeptLines lines;
+        const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(edited);
+        m_written.caption = metadata ? embeddedCaption(*metadata, lines) : std::nullopt;
+        m_written.captionLines = lines.lines();
     }
 
     void explain(const FileError& error) {
@@ -161,20 +180,32 @@ private:
     QString m_caption;
     PlainLog& m_log;
     std::optional<CaptionSource> m_source;
+    WrittenCaption m_written;
     int m_attempts = 0;
     bool m_hasManifest = false;
 };
 
 } // namespace
 
-FileStamp writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
-                               const std::optional<CaptionSource>& source) {
+WrittenCaption writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
+                                    const std::optional<CaptionSource>& source) {
     return EmbeddedCaptionWrite(path, caption, log, source).run();
 }
 
-void requireEditableJpeg(const QString& path, PlainLog& log) {
+EditableReading readEditableJpeg(const QString& path, const QTimeZone& zone) {
     const QString longCaption(400, QChar(0x00E9)); // which no metadata hold as ASCII
-    EmbeddedCaptionWrite(path, longCaption, log, std::nullopt).tryOut();
+    const FrontAndTrailer file = readFrontAndTrailer(path);
+    const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(file.bytes);
+    EditableReading editable;
+    editable.reading = metadata ? embeddedReading(*metadata, zone) : MetadataReading();
+    KeptLines lines;
+    try {
+        EmbeddedCaptionWrite(path, longCaption, lines, std::nullopt).tryOut(file);
+    } catch (const XMPError&) {
+        editable.refusal = std::current_exception();
+    }
+    editable.refusalLines = lines.lines();
+    return editable;
 }
 
 } // namespace ostrelle

@@ -2,7 +2,6 @@
 #include "shell/panel/PanelActions.h"
 
 #include "core/OnThreadPool.h"
-#include "pipeline/ManualSelectionRun.h"
 #include "platform/Patience.h"
 
 #include <QApplication>
@@ -13,22 +12,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QCoro::Task<> caption(ShellParts parts, QStringList files, HeldAccess access) {
-    ManualSelectionRun run({.analyzer = parts.analyzer,
-                            .turns = parts.turns,
-                            .status = parts.status,
-                            .defaults = parts.defaults,
-                            .access = parts.access,
-                            .alerts = parts.alerts,
-                            .notifications = parts.notifications,
-                            .events = parts.events,
-                            .workspace = parts.workspace,
-                            .threads = parts.threads,
-                            .clock = parts.clock,
-                            .console = parts.console});
-    co_await run.execute(files, std::move(access));
-}
 
 QCoro::Task<> lookWhetherFolder(QThreadPool* thread, QString path, std::shared_ptr<bool> isFolder) {
     auto look = [path] { return QFileInfo(path).isDir(); };
@@ -173,7 +156,7 @@ QCoro::Task<> PanelActions::askForImages(Self self) {
     const QStringList files = co_await parts.files.chooseFiles(images);
     question.reset();
     if (!files.isEmpty()) {
-        co_await caption(parts, files, std::move(access));
+        co_await parts.analyzer.captionSelection(files, std::move(access), parts.workspace);
     }
 }
 
@@ -207,8 +190,7 @@ QCoro::Task<> PanelActions::admitFiles(Self self, QStringList files) {
     const bool admitted = co_await isAdmitted(self);
     question.reset();
     if (admitted) {
-        HeldAccess access = accessToWorkingFolder(parts);
-        co_await caption(parts, files, std::move(access));
+        co_await parts.analyzer.captionSelection(files, accessToWorkingFolder(parts), parts.workspace);
     }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "pipeline/FolderRun.h"
+#include "pipeline/FolderSource.h"
 
 #include "pipeline/PipelineFixture.h"
 
@@ -13,14 +13,14 @@
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-using Outcome = ImageReport::Outcome;
+using Outcome = OutcomeKind;
 
 namespace {
 
 /// A run over the folder "game", which has nothing in it yet.
-class FolderRunTest : public PipelineTest {
+class FolderSourceTest : public PipelineTest {
 protected:
-    FolderRunTest() {
+    FolderSourceTest() {
         EXPECT_TRUE(QDir(folder.path()).mkdir(u"game"_s));
         settings.setIngestFolder(game);
     }
@@ -28,13 +28,6 @@ protected:
     QString raw(const QString& name) const { return rawImage(u"game/"_s + name); }
     QString jpeg(const QString& name) const { return jpegImage(u"game/"_s + name); }
     void runFolder(FolderImages which = FolderImages::all) { drive(analyzer.recaptionFolder(which)); }
-    QStringList alertTitles() const {
-        QStringList titles;
-        for (const Alert& alert : alerts.shown) {
-            titles.append(alert.title);
-        }
-        return titles;
-    }
     QStringList notified() const {
         QStringList bodies;
         for (const DesktopNotification& notification : notificationCenter.posted) {
@@ -57,7 +50,7 @@ protected:
 
 } // namespace
 
-TEST_F(FolderRunTest, AFolderIsCaptionedTenImagesAtATime) {
+TEST_F(FolderSourceTest, AFolderIsCaptionedTenImagesAtATime) {
     QStringList images;
     for (int number = 0; number < 21; ++number) {
         images.append(number % 2 == 0 ? raw(u"IMG_%1.DNG"_s.arg(number)) : jpeg(u"IMG_%1.JPG"_s.arg(number)));
@@ -115,7 +108,7 @@ TEST_F(FolderRunTest, AFolderIsCaptionedTenImagesAtATime) {
     }
 }
 
-TEST_F(FolderRunTest, WhyThereIsNoRunIsTold) {
+TEST_F(FolderSourceTest, WhyThereIsNoRunIsTold) {
     const QString key = u"test-key"_s;
     const QString missing = u"[Analyzer] ERROR: Folder does not exist or is not accessible: "_s + game;
     const struct {
@@ -221,7 +214,7 @@ TEST_F(FolderRunTest, WhyThereIsNoRunIsTold) {
     EXPECT_EQ(access.begun, access.ended);
 }
 
-TEST_F(FolderRunTest, TheFirstButtonLeadsToTheSettings) {
+TEST_F(FolderSourceTest, TheFirstButtonLeadsToTheSettings) {
     defaults.remove(apiKeyName);
     QSignalSpy opened(&events, &AppEvents::showSettingsWindow);
     for (const int button : {0, 1}) {
@@ -232,7 +225,7 @@ TEST_F(FolderRunTest, TheFirstButtonLeadsToTheSettings) {
     EXPECT_EQ(alerts.shown[0].buttons, (QStringList{u"Open Settings"_s, u"Cancel"_s}));
 }
 
-TEST_F(FolderRunTest, ARosterInTheFolderIsEnoughToBegin) {
+TEST_F(FolderSourceTest, ARosterInTheFolderIsEnoughToBegin) {
     settings.setCodeReplacementsFile(std::nullopt);
     write(u"game/code_replacements.txt"_s, "7\tAda Fox\n");
     settings.setSourceType(SourceType::ftp);
@@ -247,7 +240,7 @@ TEST_F(FolderRunTest, ARosterInTheFolderIsEnoughToBegin) {
     EXPECT_FALSE(model.requests().last().body.contains("Ada Fox"));
 }
 
-TEST_F(FolderRunTest, OnlyImagesThatAreNewOrChangedAreCaptionedAgain) {
+TEST_F(FolderSourceTest, OnlyImagesThatAreNewOrChangedAreCaptionedAgain) {
     const QString kept = raw(u"IMG_1.DNG"_s);
     const QString edited = raw(u"IMG_2.DNG"_s);
     write(u"game/IMG_3.DNG"_s, "no picture");
@@ -269,7 +262,7 @@ TEST_F(FolderRunTest, OnlyImagesThatAreNewOrChangedAreCaptionedAgain) {
     EXPECT_EQ(reports.size(), 3) << "whatever the manifest knows";
 }
 
-TEST_F(FolderRunTest, FailedImagesAreListedTwiceAndThoseLeftAloneOnce) {
+TEST_F(FolderSourceTest, FailedImagesAreListedTwiceAndThoseLeftAloneOnce) {
     settings.setAlwaysOverwriteCaptions(false);
     raw(u"bad.DNG"_s);
     write(u"game/bad.xmp"_s, "<broken");
@@ -288,7 +281,7 @@ TEST_F(FolderRunTest, FailedImagesAreListedTwiceAndThoseLeftAloneOnce) {
     EXPECT_EQ(status.pending(), 1) << "the image that was left alone";
 }
 
-TEST_F(FolderRunTest, OnlyImagesAtTheTopOfTheFolderAreTaken) {
+TEST_F(FolderSourceTest, OnlyImagesAtTheTopOfTheFolderAreTaken) {
     ASSERT_TRUE(QDir(game).mkpath(u"deeper.jpg"_s));
     jpeg(u"deeper.jpg/IMG_1.JPG"_s);
     jpeg(u"IMG_2.Jpeg"_s);
@@ -301,7 +294,7 @@ TEST_F(FolderRunTest, OnlyImagesAtTheTopOfTheFolderAreTaken) {
     EXPECT_TRUE(hasLogged(u"[Analyzer] RECAPTION: Found 3 items in folder: "_s));
 }
 
-TEST_F(FolderRunTest, AnImageWhoseNameIsNotUtf8HasFailed) {
+TEST_F(FolderSourceTest, AnImageWhoseNameIsNotUtf8HasFailed) {
     const QByteArray bad = QFile::encodeName(game) + "/bad\xFF.jpg";
     std::FILE* file = std::fopen(bad.constData(), "w");
     ASSERT_NE(file, nullptr);
@@ -309,12 +302,12 @@ TEST_F(FolderRunTest, AnImageWhoseNameIsNotUtf8HasFailed) {
     runFolder();
     EXPECT_EQ(status.lastMessage(), u"Done. Processed: 0, Failed: 1."_s);
     ASSERT_EQ(reports.size(), 1);
-    EXPECT_EQ(reports[0].outcome, Outcome::failed);
+    EXPECT_EQ(reports[0].kind, Outcome::failed);
     EXPECT_EQ(reports[0].reason, u"Its file name is not UTF-8, so it cannot be opened. Rename it."_s);
     EXPECT_EQ(notified().size(), 1);
 }
 
-TEST_F(FolderRunTest, AnAlertHoldsNoImageUp) {
+TEST_F(FolderSourceTest, AnAlertHoldsNoImageUp) {
     alerts.isOpen = true;
     auto folderRun = analyzer.recaptionFolder(FolderImages::all);
     waitUntil([this] { return alertTitles() == QStringList{u"No New Images Found"_s}; });
@@ -326,7 +319,7 @@ TEST_F(FolderRunTest, AnAlertHoldsNoImageUp) {
     await(std::move(folderRun));
 }
 
-TEST_F(FolderRunTest, WhenTheProgramEndsTheCaptionsInHandAreWritten) {
+TEST_F(FolderSourceTest, WhenTheProgramEndsTheCaptionsInHandAreWritten) {
     for (int number = 0; number < 12; ++number) {
         jpeg(u"IMG_%1.JPG"_s.arg(number));
     }
@@ -342,7 +335,7 @@ TEST_F(FolderRunTest, WhenTheProgramEndsTheCaptionsInHandAreWritten) {
     EXPECT_EQ(manifest.count(), 10);
 }
 
-TEST_F(FolderRunTest, ARunAndSingleImagesTakeTurns) {
+TEST_F(FolderSourceTest, ARunAndSingleImagesTakeTurns) {
     const QString first = raw(u"IMG_1.DNG"_s);
     const QString second = jpeg(u"IMG_2.JPG"_s);
     const QString elsewhere = rawImage(u"IMG_9.DNG"_s);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "pipeline/ManualSelectionRun.h"
+#include "pipeline/SelectionSource.h"
 
 #include "pipeline/PipelineFixture.h"
-
-#include <sys/stat.h>
 
 #include <QFileInfo>
 #include <QSignalSpy>
@@ -23,13 +21,12 @@ public:
     QList<QUrl> opened;
 };
 
-class ManualSelectionRunTest : public PipelineTest {
+class SelectionSourceTest : public PipelineTest {
 protected:
-    QCoro::Task<> start(QStringList files) {
+    QCoro::Task<RunTally> start(const QStringList& files) {
         HeldAccess held;
         held.push_back(std::make_unique<ScopedAccess>(access, folder.path()));
-        ManualSelectionRun run(selectionParts);
-        co_await run.execute(files, std::move(held));
+        return analyzer.captionSelection(files, std::move(held), workspace);
     }
     void caption(const QStringList& files) { drive(start(files)); }
 
@@ -45,9 +42,6 @@ protected:
         EXPECT_TRUE(QDir().mkpath(locked));
         return locked;
     }
-    static void setMode(const QString& path, mode_t mode) {
-        EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
-    }
     QList<qsizetype> pictureCounts() const {
         QList<qsizetype> counts;
         for (const HttpRequest& request : model.requests()) {
@@ -62,13 +56,6 @@ protected:
         }
         return messages;
     }
-    QStringList alertTitles() const {
-        QStringList titles;
-        for (const Alert& alert : alerts.shown) {
-            titles.append(alert.title);
-        }
-        return titles;
-    }
     void expectIdle() const {
         EXPECT_FALSE(status.isProcessing() || status.isWaitingForAPI() || status.currentFileName());
         EXPECT_EQ(status.currentFileIndex(), 0);
@@ -80,25 +67,13 @@ protected:
     }
 
     RecordingWorkspace workspace;
-    ManualSelectionParts selectionParts{.analyzer = analyzer,
-                                        .turns = turns,
-                                        .status = status,
-                                        .defaults = defaults,
-                                        .access = access,
-                                        .alerts = alerts,
-                                        .notifications = notifications,
-                                        .events = events,
-                                        .workspace = workspace,
-                                        .threads = threads,
-                                        .clock = clock,
-                                        .console = console};
     QSignalSpy settingsShown{&events, &AppEvents::showSettingsWindow};
     QSignalSpy timed{&status, &StatusStore::batchFinished};
 };
 
 } // namespace
 
-TEST_F(ManualSelectionRunTest, ImagesAreCaptionedTenAtATime) {
+TEST_F(SelectionSourceTest, ImagesAreCaptionedTenAtATime) {
     const QStringList images = jpegs(25);
     QStringList messages;
     QObject::connect(&status, &StatusStore::lastMessageChanged, &status,
@@ -119,7 +94,7 @@ TEST_F(ManualSelectionRunTest, ImagesAreCaptionedTenAtATime) {
     expectIdle();
 }
 
-TEST_F(ManualSelectionRunTest, ASelectionThatIsNotCaptionedIsExplained) {
+TEST_F(SelectionSourceTest, ASelectionThatIsNotCaptionedIsExplained) {
     const QString raw = rawImage();
     sidecar("Beside it, but not chosen");
     caption({raw, jpegImage(u"IMG_2.JPG"_s)});
@@ -131,7 +106,7 @@ TEST_F(ManualSelectionRunTest, ASelectionThatIsNotCaptionedIsExplained) {
     expectIdle();
 }
 
-TEST_F(ManualSelectionRunTest, AChosenSidecarThatIsMissingIsMadeFirst) {
+TEST_F(SelectionSourceTest, AChosenSidecarThatIsMissingIsMadeFirst) {
     const QString raw = rawImage();
     const QString other = rawImage(u"IMG_2.DNG"_s);
     sidecar("Stub", u"IMG_2.xmp"_s);
@@ -145,7 +120,7 @@ TEST_F(ManualSelectionRunTest, AChosenSidecarThatIsMissingIsMadeFirst) {
     expectIdle();
 }
 
-TEST_F(ManualSelectionRunTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess) {
+TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess) {
     const QString locked = lockedFolder();
     const QString raw = rawImage(u"locked/IMG_2.DNG"_s);
     const QString jpeg = jpegImage(u"locked/IMG_4290.JPG"_s);
@@ -171,7 +146,7 @@ TEST_F(ManualSelectionRunTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSucc
     expectIdle();
 }
 
-TEST_F(ManualSelectionRunTest, TheWatchFolderIsOfferedInstead) {
+TEST_F(SelectionSourceTest, TheWatchFolderIsOfferedInstead) {
     const QString locked = lockedFolder();
     const QString jpeg = jpegImage(u"locked/IMG_1.JPG"_s);
     alerts.answer = 1;
@@ -183,7 +158,7 @@ TEST_F(ManualSelectionRunTest, TheWatchFolderIsOfferedInstead) {
     EXPECT_EQ(status.lastMessage(), u"Failed to caption 1 image");
 }
 
-TEST_F(ManualSelectionRunTest, ARateLimitIsNoMatterOfPermissions) {
+TEST_F(SelectionSourceTest, ARateLimitIsNoMatterOfPermissions) {
     model.enqueue({.status = 429, .body = "{}"});
     caption({jpegImage(u"IMG_1.JPG"_s)});
     EXPECT_TRUE(
@@ -193,7 +168,7 @@ TEST_F(ManualSelectionRunTest, ARateLimitIsNoMatterOfPermissions) {
     EXPECT_TRUE(alerts.shown.isEmpty());
 }
 
-TEST_F(ManualSelectionRunTest, AnImageThatIsLeftAloneHasNotFailed) {
+TEST_F(SelectionSourceTest, AnImageThatIsLeftAloneHasNotFailed) {
     settings.setAlwaysOverwriteCaptions(false);
     const QString raw = rawImage();
     sidecar("A caption that is long enough to be somebody's own work on it");
@@ -202,7 +177,7 @@ TEST_F(ManualSelectionRunTest, AnImageThatIsLeftAloneHasNotFailed) {
     EXPECT_EQ(notified().size(), 1);
 }
 
-TEST_F(ManualSelectionRunTest, WithoutAKeyNothingIsAttempted) {
+TEST_F(SelectionSourceTest, WithoutAKeyNothingIsAttempted) {
     defaults.remove(apiKeyName);
     caption({jpegImage(u"IMG_1.JPG"_s)});
     EXPECT_EQ(alertTitles(), QStringList{u"OpenAI API Key Required"_s});
@@ -215,7 +190,7 @@ TEST_F(ManualSelectionRunTest, WithoutAKeyNothingIsAttempted) {
     expectIdle();
 }
 
-TEST_F(ManualSelectionRunTest, AKeyThatIsRemovedEndsTheRun) {
+TEST_F(SelectionSourceTest, AKeyThatIsRemovedEndsTheRun) {
     const QStringList images = jpegs(21);
     const struct {
         qsizetype afterReports;
@@ -242,7 +217,7 @@ TEST_F(ManualSelectionRunTest, AKeyThatIsRemovedEndsTheRun) {
     }
 }
 
-TEST_F(ManualSelectionRunTest, NoBatchBeginsWithoutAKey) {
+TEST_F(SelectionSourceTest, NoBatchBeginsWithoutAKey) {
     QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer, [this] {
         if (reports.size() == 10) {
             defaults.remove(apiKeyName);
@@ -254,13 +229,13 @@ TEST_F(ManualSelectionRunTest, NoBatchBeginsWithoutAKey) {
     EXPECT_EQ(status.failed(), 0);
 }
 
-TEST_F(ManualSelectionRunTest, OthersWaitUntilTheRunIsDone) {
+TEST_F(SelectionSourceTest, OthersWaitUntilTheRunIsDone) {
     QStringList order;
     QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer,
-                     [&](const ImageReport& report) { order.append(QFileInfo(report.file).fileName()); });
+                     [&](const ImageOutcome& report) { order.append(QFileInfo(report.file).fileName()); });
     const QStringList images = jpegs(11);
-    const QCoro::Task<> first = start(images);
-    const QCoro::Task<> second = start({jpegImage(u"SECOND.JPG"_s)});
+    const auto first = start(images);
+    const auto second = start({jpegImage(u"SECOND.JPG"_s)});
     const QCoro::Task<bool> single = analyzer.analyzeSingle(jpegImage(u"SINGLE.JPG"_s));
     driveUntil([&] { return first.isReady() && second.isReady() && single.isReady(); });
     ASSERT_EQ(order.size(), 13);
@@ -269,17 +244,17 @@ TEST_F(ManualSelectionRunTest, OthersWaitUntilTheRunIsDone) {
     EXPECT_EQ(order.at(12), u"SINGLE.JPG");
 }
 
-TEST_F(ManualSelectionRunTest, AnOpenAlertHoldsNobodyUp) {
+TEST_F(SelectionSourceTest, AnOpenAlertHoldsNobodyUp) {
     const QString locked = lockedFolder();
     const QString jpeg = jpegImage(u"locked/IMG_1.JPG"_s);
     alerts.isOpen = true;
     setMode(locked, 0555);
-    const QCoro::Task<> run = start({jpeg});
+    const auto run = start({jpeg});
     driveUntil([this] { return !alerts.shown.isEmpty(); });
     setMode(locked, 0755);
     EXPECT_FALSE(status.isProcessing());
     EXPECT_LT(access.ended, access.begun); // the folder stays open to the run
-    const QCoro::Task<> other = start({jpegImage(u"IMG_2.JPG"_s)});
+    const auto other = start({jpegImage(u"IMG_2.JPG"_s)});
     driveUntil([&other] { return other.isReady(); });
     EXPECT_EQ(status.lastMessage(), u"Successfully captioned 1 image");
     alerts.close();
@@ -287,7 +262,7 @@ TEST_F(ManualSelectionRunTest, AnOpenAlertHoldsNobodyUp) {
     expectIdle();
 }
 
-TEST_F(ManualSelectionRunTest, TheEndOfTheProgramEndsTheRun) {
+TEST_F(SelectionSourceTest, TheEndOfTheProgramEndsTheRun) {
     QObject::connect(&status, &StatusStore::currentFileIndexChanged, &status, [this] {
         if (status.currentFileIndex() == 13) {
             turns.close();

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pipeline/ReadAhead.h"
+
+#include "pipeline/CaptionAcceptance.h"
+
+#include <QCoroFuture>
+#include <QFileInfo>
+#include <QtConcurrentRun>
+#include <algorithm>
+#include <utility>
+
+namespace ostrelle {
+
+namespace {
+
+bool hasRealCaption(const OpenedImage& opened) {
+    return opened.metadata && isRealCaption(opened.metadata->reading.facts.caption.value_or(QString()));
+}
+
+std::shared_ptr<const ImageAhead> readAhead(const QString& file, const QTimeZone& zone, bool skipsCaptioned) {
+    auto ahead = std::make_shared<ImageAhead>();
+    ahead->opened = openImage(file, zone, {.makesSidecar = false});
+    if (!skipsCaptioned || !hasRealCaption(ahead->opened)) {
+        const auto picture = attemptNow([&file] { return renderForModel(file); });
+        ahead->picture = picture ? std::optional(*picture) : std::nullopt;
+    }
+    return ahead;
+}
+
+} // namespace
+
+ReadAhead::ReadAhead(FolderThreads& threads, QStringList files, QTimeZone zone, bool skipsCaptioned)
+    : m_threads(threads)
+    , m_files(std::move(files))
+    , m_zone(std::move(zone))
+    , m_skipsCaptioned(skipsCaptioned) {
+    readUpTo(depth);
+}
+
+ReadAhead::~ReadAhead() {
+    *m_isOver = true;
+}
+
+QCoro::Task<std::shared_ptr<const ImageAhead>> ReadAhead::take(qsizetype index) {
+    readUpTo(index + depth);
+    QFuture<Ahead> ahead = m_ahead.take(index);
+    if (!ahead.isValid()) {
+        co_return Ahead();
+    }
+    const Ahead read = co_await ahead;
+    co_return read;
+}
+
+void ReadAhead::readUpTo(qsizetype end) {
+    for (; m_next < std::min(end, m_files.size()); ++m_next) {
+        const QString& file = m_files.at(m_next);
+        auto read = [file, zone = m_zone, skips = m_skipsCaptioned, isOver = m_isOver] {
+            return *isOver ? nullptr : readAhead(file, zone, skips);
+        };
+        m_ahead.insert(m_next, QtConcurrent::run(m_threads.renderersOf(QFileInfo(file).path()), read));
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "pipeline/AnalyzerParts.h"
+#include "pipeline/ManualSelection.h"
+#include "pipeline/RunSource.h"
+#include "platform/Workspace.h"
+
+#include <QCoroTask>
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ostrelle {
+
+class SelectionTally;
+
+/// Grants that are held together.
+using HeldAccess = std::vector<std::unique_ptr<ScopedAccess>>;
+
+/// The images that the user chose, and the words of a run over them.
+class SelectionSource : public RunSource {
+public:
+    /// `access` was begun before the user chose and is held as long as the source.
+    SelectionSource(AnalyzerParts parts, Workspace& workspace, const QStringList& files, HeldAccess access)
+        : m_parts(parts)
+        , m_workspace(workspace)
+        , m_selection(ManualSelection::of(files))
+        , m_access(std::move(access)) {}
+
+    QCoro::Task<bool> admit() override;
+    QCoro::Task<std::optional<RunImages>> find() override;
+    bool needsKeyThroughout() const override { return true; }
+    bool showsBatches() const override { return false; }
+    QString openingMessage(qsizetype imageCount) const override;
+    void logBatches(qsizetype imageCount, qsizetype batchCount) override;
+    QString close(const RunTally& tally) override;
+    QCoro::Task<> announce(RunTally tally) override;
+
+private:
+    /// Writes the chosen sidecars that do not exist yet. Failures are left to the captioning.
+    QCoro::Task<> createSidecars(QStringList rawImages);
+    QCoro::Task<bool> createSidecar(QString rawImage);
+    QCoro::Task<> notify(SelectionTally tally);
+    QCoro::Task<> notifyPermissionErrors(SelectionTally tally);
+    QCoro::Task<> explainPermissions(SelectionTally tally);
+    void print(const QString& words);
+
+    AnalyzerParts m_parts;
+    Workspace& m_workspace;
+    ManualSelection m_selection;
+    HeldAccess m_access;
+};
+
+} // namespace ostrelle
