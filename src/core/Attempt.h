@@ -12,7 +12,7 @@
 
 namespace ostrelle {
 
-/// The exception as this type; nothing when it is another one, or null.
+/// The exception as this type, or nothing when it is null or of another type.
 template <typename E>
 std::optional<E> failureAs(const std::exception_ptr& failure) {
     if (!failure) {
@@ -27,8 +27,8 @@ std::optional<E> failureAs(const std::exception_ptr& failure) {
     }
 }
 
-/// The value of an operation, or the exception that it ended with: for callers that log a failure, or take
-/// another way, before they await something else.
+/// The result of an operation, or the exception it threw: for callers that log a failure or fall back before
+/// they await anything else.
 template <typename T>
 class Attempt {
 public:
@@ -49,7 +49,7 @@ public:
     T valueOr(T other) const { return m_value.value_or(std::move(other)); }
 
     [[noreturn]] void rethrow() const { std::rethrow_exception(m_error); }
-    /// The words of the failure.
+    /// The description of the failure.
     QString words() const {
         try {
             rethrow();
@@ -72,7 +72,7 @@ private:
     std::exception_ptr m_error;
 };
 
-/// Awaits the task and keeps what it throws. A task without a result gives a std::monostate.
+/// Awaits the task and catches what it throws. A task without a result yields a std::monostate.
 inline QCoro::Task<Attempt<std::monostate>> attempt(QCoro::Task<> task) {
     try {
         co_await std::move(task);
@@ -91,7 +91,7 @@ QCoro::Task<Attempt<T>> attempt(QCoro::Task<T> task) {
     }
 }
 
-/// offMainThread() for a function that may fail.
+/// offMainThread() for a function that may throw.
 template <typename Function>
 auto attemptOffMainThread(Function function) {
     return attempt(offMainThread(std::move(function)));

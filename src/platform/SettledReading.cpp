@@ -7,7 +7,7 @@ namespace ostrelle {
 
 namespace {
 
-/// Between one attempt and the next.
+/// Between attempts.
 constexpr std::array<std::chrono::milliseconds, 2> pauses = {std::chrono::milliseconds(50),
                                                              std::chrono::milliseconds(200)};
 
