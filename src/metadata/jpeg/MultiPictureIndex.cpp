@@ -11,7 +11,7 @@ constexpr qsizetype entrySize = 16;
 constexpr qsizetype sizeField = 4;
 constexpr qsizetype offsetField = 8;
 
-/// Where the entries of the pictures lie; an empty range when they cannot be read.
+/// The range of the picture entries; empty when they cannot be read.
 ByteRange entriesOf(const TiffBlock& block) {
     const std::optional<TiffDirectory> directory = block.firstDirectory();
     const std::optional<TiffEntry> entries =
