@@ -19,7 +19,7 @@ namespace ostrelle {
 /// The composition root of `ostrelle-captions`. Needs the application object.
 class DesktopProgram {
 public:
-    /// `ending` is called once, when the program begins to end.
+    /// `ending` is called once, when the program starts to end.
     DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints,
                    std::function<void()> ending);
     DesktopProgram(const DesktopProgram&) = delete;
@@ -27,7 +27,7 @@ public:
 
     AppDelegate& delegate() { return m_delegate; }
 
-    /// Hides the windows, finishes what is in the works and ends the event loop; asked twice, at once.
+    /// Hides the windows, finishes work under way and ends the event loop; a second call ends it at once.
     void quit();
 
 private:

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A run over a folder, with a bar that tells batch and image.
+/// A run over a folder, with a bar that shows batch and image.
 class FolderCommandRun : public QObject {
 public:
     explicit FolderCommandRun(CommandProgram& program) : m_program(program) {
@@ -48,7 +48,7 @@ private:
     }
 
     CommandProgram& m_program;
-    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
+    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines show the same
 };
 
 } // namespace

@@ -7,11 +7,11 @@
 
 namespace ostrelle {
 
-/// What became of an image, in lines for a person: the outcome, the captions before and after, the rendition
+/// The result for an image in lines for a person: the outcome, the captions before and after, the rendition
 /// and the cost.
 QString reportText(const ImageReport& report);
 
-/// Outcome, file name, and the new caption or the reason, in one line for a person.
+/// The outcome, the file name, and the new caption or the reason, in one line for a person.
 QString reportLine(const ImageReport& report);
 
 /// The same as one line of JSON.

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Auto mode on the folder of the command line.
+/// Auto mode on the folder given on the command line.
 class WatchRun : public QObject {
     Q_OBJECT
 
@@ -52,12 +52,12 @@ private:
         if (report.outcome == ImageReport::Outcome::failed) {
             m_failed.insert(report.file);
         } else {
-            m_failed.remove(report.file); // a later attempt did it
+            m_failed.remove(report.file); // a later attempt succeeded
         }
         m_program.output.print(m_program.options.json ? reportJson(report) : reportLine(report));
     }
 
-    /// Something that auto mode needs has gone.
+    /// Something that auto mode needs has gone away.
     void endWithoutAutoMode() {
         if (!m_program.captions.settings.autoMode()) {
             m_program.errors.print(u"ostrelle-caption: "_s +
