@@ -190,7 +190,7 @@ void SettingsActions::testConnection() {
 }
 
 QCoro::Task<bool> SettingsActions::connects(ConnectionTest test) {
-    co_return co_await test(); // what it throws before its first wait is caught in here too
+    co_return co_await test(); // this also catches what it throws before its first wait
 }
 
 QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTest running) {
