@@ -25,7 +25,7 @@ public:
     void saveAgain() override { m_isAllSaved = !isDiskFull; }
 
     QMap<QString, QVariant> values;
-    bool isDiskFull = false; ///< what is set lasts until the program ends
+    bool isDiskFull = false; ///< changes last until the program ends
 
 private:
     bool m_isAllSaved = true;
