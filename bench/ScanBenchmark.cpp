@@ -42,8 +42,8 @@ QByteArray packet(const QByteArray& caption) {
     for (int number = 0; number < 40; ++number) {
         attributes += "    crs:Setting" + QByteArray::number(number) + "=\"0.25\"\n";
     }
-    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
-           "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'>"
+           "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"
            "<rdf:Description rdf:about='' xmlns:dc='http://purl.org/dc/elements/1.1/'\n"
            "    xmlns:crs='http://ns.adobe.com/camera-raw-settings/1.0/'\n" +
            attributes + "><dc:description><rdf:Alt><rdf:li xml:lang='x-default'>" + caption +

@@ -19,8 +19,9 @@ QString dayText(const QDate& day) {
 /// The day of a date in one of the forms without a zone. That is local time, so the day stays.
 std::optional<QDate> localDay(const QString& text) {
     static const QRegularExpression forms(
-        u"^(?:(?<y>[0-9]{4}):(?<m>[0-9]{1,2}):(?<d>[0-9]{1,2}) (?<time>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2})"_s
-        u"|(?<y2>[0-9]{4})-(?<m2>[0-9]{1,2})-(?<d2>[0-9]{1,2})(?: (?<time2>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2}))?)\\z"_s);
+        u"^(?:(?<y>[0-9]{4}):(?<m>[0-9]{1,2}):(?<d>[0-9]{1,2}) (?<time>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2})"
+        "|(?<y2>[0-9]{4})-(?<m2>[0-9]{1,2})-(?<d2>[0-9]{1,2})"
+        "(?: (?<time2>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2}))?)\\z"_s);
     const QRegularExpressionMatch match = forms.match(text);
     if (!match.hasMatch()) {
         return std::nullopt;

@@ -109,7 +109,7 @@ bool isUtf8(QByteArrayView bytes) {
 QString decodeWindows1252(QByteArrayView bytes) {
     static constexpr QStringView upper = // 0x80 to 0x9F; the five undefined bytes stay
         u"\u20AC\u0081\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u008D\u017D\u008F"
-        u"\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
+        "\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
     QString text = QString::fromLatin1(bytes);
     for (QChar& unit : text) {
         if (unit >= QChar(0x80) && unit <= QChar(0x9F)) {
