@@ -10,9 +10,11 @@
 #include <time.h>
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <vector>
 
 namespace ostrelle {

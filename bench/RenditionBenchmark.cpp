@@ -16,8 +16,10 @@
 #include <QImage>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "standins/DngBuilder.h"
 #include "standins/JpegBuilder.h"

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>

@@ -9,11 +9,14 @@
 
 #include <QDir>
 #include <QStringList>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <exiv2/exiv2.hpp>
 #include <functional>
+#include <optional>
 
 namespace ostrelle {
 namespace {

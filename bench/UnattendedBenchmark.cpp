@@ -12,6 +12,7 @@
 #include "platform/Files.h"
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,9 +22,12 @@
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "../demo/ShootSidecar.h"
 #include "ModelThread.h"

@@ -18,7 +18,10 @@
 #include <QThread>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <exception>
+#include <optional>
 
 #include "ModelThread.h"
 #include "product/ApiKey.h"

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <cstdio>
+#include <optional>
 
 #include "ShootSidecar.h"
 #include "standins/DngBuilder.h"

@@ -9,8 +9,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QThread>
+#include <chrono>
 #include <cstdio>
 #include <random>
+#include <utility>
 
 #include "ShootSidecar.h"
 #include "standins/DngBuilder.h"

@@ -3,6 +3,7 @@
 #include "app/DesktopMain.h"
 #include "core/Error.h"
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 

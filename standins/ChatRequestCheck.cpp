@@ -7,6 +7,7 @@
 #include <QJsonObject>
 #include <QStringList>
 #include <cmath>
+#include <utility>
 
 #include "standins/ApiFault.h"
 

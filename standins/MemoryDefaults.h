@@ -3,6 +3,7 @@
 
 #include "platform/DefaultsStore.h"
 
+#include <QCoroTask>
 #include <QMap>
 
 namespace ostrelle {

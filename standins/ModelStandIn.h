@@ -9,6 +9,7 @@
 #include <QUrl>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 #include "standins/HttpRequestReader.h"
 #include "standins/StandInCompletion.h"

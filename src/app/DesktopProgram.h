@@ -12,6 +12,7 @@
 #include "shell/desktop/DesktopFileChooser.h"
 #include "shell/desktop/DesktopWorkspace.h"
 
+#include <QCoroTask>
 #include <functional>
 
 namespace ostrelle {

@@ -7,6 +7,7 @@
 #include "state/SettingsStore.h"
 #include "transfer/RemoteSource.h"
 
+#include <QCoroTask>
 #include <QObject>
 
 #include "product/AppEvents.h"

@@ -4,6 +4,7 @@
 #include "pipeline/CodeReplacements.h"
 
 #include <QFileInfo>
+#include <chrono>
 #include <cstdio>
 
 #include "product/ApiKey.h"

@@ -9,6 +9,7 @@
 #include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
 
+#include <QCoroTask>
 #include <QFileInfo>
 
 namespace ostrelle {

@@ -6,6 +6,8 @@
 #include "cli/ProgressBar.h"
 #include "cli/ReportPrinter.h"
 
+#include <QCoroTask>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;

@@ -3,6 +3,9 @@
 
 #include "platform/SecretStore.h"
 
+#include <QCoroTask>
+#include <optional>
+
 namespace ostrelle {
 
 /// For a program that needs no password: never touches the desktop's keyring, which might prompt the user.

@@ -4,6 +4,8 @@
 #include "platform/Alerts.h"
 #include "platform/PlainLog.h"
 
+#include <QCoroTask>
+
 namespace ostrelle {
 
 /// Alerts of a program without windows: prints each and answers it with the last button.

@@ -7,6 +7,7 @@
 #include "platform/InterruptSignals.h"
 
 #include <QCoroSignal>
+#include <QCoroTask>
 #include <QSet>
 
 namespace ostrelle {

@@ -16,6 +16,7 @@
 #include <QFileInfo>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 namespace ostrelle {
 

@@ -7,6 +7,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QVariant>
+#include <optional>
 
 namespace ostrelle {
 

@@ -3,6 +3,7 @@
 
 #include "platform/NotificationCenter.h"
 
+#include <QCoroTask>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QString>

@@ -16,6 +16,7 @@
 #include <QMap>
 #include <chrono>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 

@@ -3,6 +3,9 @@
 
 #include "platform/SecretStore.h"
 
+#include <QCoroTask>
+#include <optional>
+
 namespace ostrelle {
 
 /// Passwords in the desktop's keyring, over the Secret Service. A status is a QKeychain::Error: 7 when the

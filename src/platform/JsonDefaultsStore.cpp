@@ -9,6 +9,7 @@
 #include <QFutureWatcher>
 #include <QThreadPool>
 #include <QtConcurrentRun>
+#include <exception>
 #include <utility>
 
 namespace ostrelle {

@@ -4,6 +4,7 @@
 #include "platform/DefaultsStore.h"
 #include "platform/PlainLog.h"
 
+#include <QCoroTask>
 #include <QJsonObject>
 #include <QString>
 #include <memory>

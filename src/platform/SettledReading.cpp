@@ -2,6 +2,7 @@
 #include "platform/SettledReading.h"
 
 #include <array>
+#include <chrono>
 
 namespace ostrelle {
 

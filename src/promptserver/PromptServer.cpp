@@ -14,8 +14,11 @@
 #include <QJsonDocument>
 #include <QRandomGenerator>
 #include <array>
+#include <chrono>
+#include <exception>
 #include <future>
 #include <thread>
+#include <utility>
 
 namespace ostrelle {
 

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QUtf8StringView>
+#include <utility>
 
 namespace ostrelle {
 

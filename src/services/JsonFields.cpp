@@ -2,6 +2,7 @@
 #include "services/JsonFields.h"
 
 #include <QJsonDocument>
+#include <utility>
 
 namespace ostrelle {
 

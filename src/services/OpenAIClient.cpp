@@ -13,6 +13,7 @@
 
 #include <QFileInfo>
 #include <numeric>
+#include <utility>
 
 #include "product/ApiKey.h"
 

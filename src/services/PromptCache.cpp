@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <deque>
 #include <functional>
+#include <utility>
 
 namespace ostrelle {
 

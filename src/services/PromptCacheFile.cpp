@@ -8,6 +8,7 @@
 
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <optional>
 
 namespace ostrelle {
 

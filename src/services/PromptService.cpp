@@ -9,6 +9,8 @@
 #include "services/WireText.h"
 
 #include <QUrlQuery>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 

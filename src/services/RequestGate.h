@@ -5,6 +5,7 @@
 #include <QPromise>
 #include <deque>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 

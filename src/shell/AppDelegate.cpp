@@ -15,6 +15,7 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QToolBar>
+#include <utility>
 
 namespace ostrelle {
 

@@ -6,6 +6,7 @@
 #include "shell/panel/ShellParts.h"
 #include "transfer/AutoModeController.h"
 
+#include <QCoroTask>
 #include <QMainWindow>
 #include <QObject>
 #include <functional>

@@ -16,6 +16,8 @@
 
 #include <QCryptographicHash>
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 

@@ -9,6 +9,7 @@
 #include "metadata/jpeg/PhotoshopResources.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {

@@ -7,6 +7,7 @@
 #include "platform/KeptLines.h"
 
 #include <array>
+#include <utility>
 
 namespace ostrelle {
 

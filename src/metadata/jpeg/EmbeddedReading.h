@@ -7,6 +7,7 @@
 #include "platform/PlainLog.h"
 
 #include <QTimeZone>
+#include <optional>
 
 namespace ostrelle {
 

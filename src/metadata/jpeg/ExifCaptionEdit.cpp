@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {

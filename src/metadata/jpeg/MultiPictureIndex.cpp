@@ -3,6 +3,8 @@
 
 #include "metadata/bytes/TiffBlock.h"
 
+#include <optional>
+
 namespace ostrelle {
 
 namespace {

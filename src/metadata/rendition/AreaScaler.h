@@ -4,6 +4,7 @@
 #include "metadata/rendition/Raster.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace ostrelle {

@@ -3,9 +3,11 @@
 
 #include <lcms2.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace ostrelle {
 

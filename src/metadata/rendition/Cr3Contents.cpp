@@ -4,6 +4,8 @@
 #include "metadata/rendition/TiffContents.h"
 
 #include <QtEndian>
+#include <algorithm>
+#include <utility>
 
 namespace ostrelle {
 

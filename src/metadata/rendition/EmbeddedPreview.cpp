@@ -4,6 +4,8 @@
 #include "metadata/rendition/ExtractError.h"
 
 #include <algorithm>
+#include <functional>
+#include <optional>
 
 namespace ostrelle {
 

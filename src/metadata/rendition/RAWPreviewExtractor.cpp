@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 

@@ -4,6 +4,7 @@
 #include "metadata/xml/XmlDocument.h"
 
 #include <map>
+#include <optional>
 
 namespace ostrelle {
 

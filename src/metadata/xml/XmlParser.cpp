@@ -3,6 +3,8 @@
 
 #include "metadata/xml/XmlError.h"
 
+#include <utility>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;

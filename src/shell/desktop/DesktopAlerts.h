@@ -3,6 +3,8 @@
 
 #include "platform/Alerts.h"
 
+#include <QCoroTask>
+
 namespace ostrelle {
 
 /// Alerts as dialogs over the active window. The program goes on behind them.

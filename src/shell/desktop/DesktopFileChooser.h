@@ -4,6 +4,9 @@
 #include "platform/DefaultsStore.h"
 #include "platform/FileChooser.h"
 
+#include <QCoroTask>
+#include <optional>
+
 namespace ostrelle {
 
 /// The desktop's own dialogs. Without a start folder they open the folder last visited, even after a restart.

@@ -10,6 +10,7 @@
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <optional>
 
 namespace ostrelle {
 

@@ -12,6 +12,7 @@
 #include "shell/toolkit/Theme.h"
 
 #include <QHBoxLayout>
+#include <optional>
 
 namespace ostrelle {
 

@@ -7,6 +7,8 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <memory>
+#include <utility>
 
 namespace ostrelle {
 

@@ -7,6 +7,7 @@
 #include "shell/panel/ShellParts.h"
 #include "transfer/RosterWatch.h"
 
+#include <QCoroTask>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>

@@ -7,6 +7,7 @@
 #include "platform/PlainLog.h"
 #include "shell/toolkit/NoticeBar.h"
 
+#include <QCoroTask>
 #include <QPointer>
 #include <memory>
 

@@ -4,6 +4,9 @@
 #include "core/Attempt.h"
 #include "state/SettingsFigures.h"
 
+#include <optional>
+#include <utility>
+
 #include "product/ApiKey.h"
 
 namespace ostrelle {

@@ -4,6 +4,7 @@
 #include "core/TaskGroup.h"
 #include "shell/panel/ShellParts.h"
 
+#include <QCoroTask>
 #include <QObject>
 #include <QPointer>
 #include <functional>

@@ -19,6 +19,7 @@
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace ostrelle {
 

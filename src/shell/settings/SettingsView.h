@@ -5,6 +5,7 @@
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/Icon.h"
 
+#include <QCoroTask>
 #include <QWidget>
 
 class QStackedWidget;

@@ -8,6 +8,7 @@
 #include <QPalette>
 #include <QSvgRenderer>
 #include <array>
+#include <utility>
 
 namespace ostrelle {
 

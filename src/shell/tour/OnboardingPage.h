@@ -5,6 +5,7 @@
 #include "shell/tour/OnboardingSteps.h"
 
 #include <QWidget>
+#include <optional>
 
 class QVBoxLayout;
 

@@ -4,6 +4,7 @@
 #include "shell/panel/PanelActions.h"
 #include "shell/panel/ShellParts.h"
 
+#include <QCoroTask>
 #include <QWidget>
 
 class QGridLayout;
