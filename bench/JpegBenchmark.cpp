@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Captions inside JPEG files. Driven by the script `jpegs` beside this file:
-//   bench_jpegs make FOLDER COUNT [SOURCES]     fills the folder with the pictures of another one that can be
-//                                               decoded, or with small painted ones
+//   bench_jpegs make FOLDER COUNT [SOURCES]     fills the folder with the decodable pictures of SOURCES, or
+//                                               with small painted ones
 //   bench_jpegs make-large FILE                 paints a JPEG of 10 megabytes
 //   bench_jpegs read FOLDER                     reads caption and context of each
-//   bench_jpegs write FILE REPETITIONS          compares a caption write with its least parts: a copy of the
-//                                               file, flushed, and a decoding at the write's scale
+//   bench_jpegs write FILE REPETITIONS          compares a caption write with its minimum: a flushed copy of
+//                                               the file, and a decoding at the write's scale
 #include "metadata/XMPWriter.h"
 #include "metadata/rendition/ExtractError.h"
 #include "metadata/rendition/JpegDecoder.h"
@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <stdexcept>
 #include <vector>
@@ -35,7 +36,7 @@ using namespace Qt::StringLiterals;
 constexpr qint64 largestFile = qint64{512} << 20;
 constexpr int checkSide = 64; ///< the scale at which a caption write decodes
 
-/// The words of each read are made, as they are for the console, but not shown.
+/// Each read makes its log lines, as for the console, but they are not shown.
 class SilentLog : public PlainLog {
 public:
     void print(const QString& line) override { m_characters += line.size(); }
@@ -104,7 +105,7 @@ void readFolder(const QString& folder) {
                 static_cast<long long>(size));
 }
 
-/// What any safe way to change a file costs at least: its bytes read, written elsewhere and flushed.
+/// The minimum cost of any safe change to a file: read its bytes, write them elsewhere and flush.
 void copyFlushed(const QString& from, const QString& to) {
     const QByteArray bytes = readFile(from, largestFile);
     QFile file(to);
@@ -125,7 +126,7 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-/// The three in turn, so that whatever else the machine does meets all of them.
+/// Runs the three in turn, so that other load on the machine hits them equally.
 void compareWrite(const QString& path, int repetitions) {
     const QString copy = path + u".copy"_s;
     SilentLog log;

@@ -10,9 +10,11 @@
 #include <time.h>
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <vector>
 
 namespace ostrelle {
@@ -52,7 +54,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// The manifest of a folder, and what it is made with.
+/// The manifest of a folder, and what it was made with.
 struct Loaded {
     explicit Loaded(const Folder& folder) : manifest(folder.path(), clock, log, events) {}
 
@@ -91,15 +93,14 @@ void isProcessedByName(benchmark::State& state) {
 }
 BENCHMARK(isProcessedByName);
 
-/// How long the main thread has computed, in milliseconds: what other programs take of the machine does not
-/// count.
+/// The main thread's processor time in milliseconds, without the time that other programs take.
 double threadTime() {
     timespec time{};
     ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-/// Does the work; keeps the time it took when none was longer: that long the window stands still.
+/// Runs the work and keeps its time if it was the longest so far: the window freezes for that long.
 template <typename Work>
 void timed(double& longest, const Work& work) {
     const double begin = threadTime();

@@ -13,10 +13,10 @@
 
 namespace ostrelle {
 
-/// The stand-in in a thread of its own, so that what it computes does not hold up the program's.
+/// Runs the stand-in on its own thread, so that its work does not hold up the program's.
 class ModelThread {
 public:
-    /// The one key that it takes.
+    /// The only key it accepts.
     static QString key() { return QStringLiteral("bench-key"); }
 
     explicit ModelThread(std::chrono::milliseconds delay) {
@@ -42,7 +42,7 @@ public:
         run([this, &count] { count = m_model->requests().size(); });
         return count;
     }
-    /// The processor time of the model: what a real one would not take from this machine.
+    /// The model's processor time, which a real one would not take from this machine.
     double seconds() {
         double seconds = 0;
         run([&seconds] { seconds = processorSeconds(CLOCK_THREAD_CPUTIME_ID); });
@@ -56,7 +56,7 @@ private:
     }
 
     QThread m_thread;
-    QObject m_context; ///< whatever it is called with runs in the thread
+    QObject m_context; ///< functions invoked on it run on the thread
     std::unique_ptr<ModelStandIn> m_model;
 };
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Renditions against the decoders that they are built on. Driven by the script `renditions` beside this file:
-//   bench_renditions make-pictures FOLDER      writes 24-megapixel pictures: JPEG (one to be turned), DNG,
-//   and
-//                                              a CR3 and a NEF that are shown by a preview of that size
+// Compares renditions with the decoders under them. Driven by the script `renditions` beside this file:
+//   bench_renditions make-pictures FOLDER      writes 24-megapixel pictures: JPEG (one to be turned), DNG, a
+//                                              CR3 and a NEF that have only a preview of that size
 //   bench_renditions render FILE RESULT        makes one rendition and reports the process's peak memory
 //   bench_renditions decode-half FILE          the same for LibRaw's own decode at half size
 //   bench_renditions FOLDER [benchmark flags]  compares them within one process
@@ -17,8 +16,10 @@
 #include <QImage>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "standins/DngBuilder.h"
 #include "standins/JpegBuilder.h"
@@ -44,7 +45,7 @@ void makePictures(const QString& folder) {
     JpegOptions portrait;
     portrait.orientation = 6;
     write(folder + u"/portrait.jpg"_s, jpegFile(scene.image(), portrait));
-    // With raw data as large as those of a camera.
+    // With raw data as large as that of a camera.
     for (const auto& [name, kind] :
          {std::pair{u"/24mp.cr3"_s, RawKind::cr3}, {u"/24mp.nef"_s, RawKind::nef}}) {
         write(folder + name, rawFile(kind, {.preview = jpeg}).leftJustified(25'000'000, '\x5A'));
@@ -55,7 +56,7 @@ QByteArray render(const QString& path, Orientation orientation = Orientation::as
     return RAWPreviewExtractor().extractPreview(path, 1024, 0.6, orientation).jpeg;
 }
 
-/// LibRaw alone, with what its samples do: half the size, an 8-bit picture in memory.
+/// LibRaw alone, as in its samples: half the size, an 8-bit picture in memory.
 void decodeHalf(const QByteArray& path) {
     const auto raw = std::make_unique<LibRaw>();
     raw->imgdata.params.half_size = 1;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Scans of a folder of 10,000 images, beside a bare listing with a stat of each, and how long a scan keeps
-// the thread of the event loop from anything else. Usage: bench_scan [REPETITIONS]
+// Scans a folder of 10,000 images and compares with a bare listing and a stat of each. Also measures how long
+// a scan blocks the event loop. Usage: bench_scan [REPETITIONS]
 #include "pipeline/ImageListing.h"
 #include "platform/ConsoleLog.h"
 #include "platform/Files.h"
@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -42,8 +43,8 @@ QByteArray packet(const QByteArray& caption) {
     for (int number = 0; number < 40; ++number) {
         attributes += "    crs:Setting" + QByteArray::number(number) + "=\"0.25\"\n";
     }
-    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
-           "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'>"
+           "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"
            "<rdf:Description rdf:about='' xmlns:dc='http://purl.org/dc/elements/1.1/'\n"
            "    xmlns:crs='http://ns.adobe.com/camera-raw-settings/1.0/'\n" +
            attributes + "><dc:description><rdf:Alt><rdf:li xml:lang='x-default'>" + caption +
@@ -84,7 +85,7 @@ void writeManifest(const QString& path, const QString& folder) {
     write(path, QJsonDocument(entries).toJson(QJsonDocument::Compact));
 }
 
-/// Milliseconds that it takes to list the folder and ask for the attributes of each image.
+/// Milliseconds to list the folder and read the attributes of each image.
 double bareListing(const QString& folder) {
     QElapsedTimer timer;
     timer.start();
@@ -102,7 +103,7 @@ double bareListing(const QString& folder) {
     return size == 0 ? 0 : static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
-/// How late the timers of an event loop are, which is how long something else has held its thread.
+/// How late an event loop's timers are: that is how long something else has blocked its thread.
 class Lateness {
 public:
     Lateness() {
@@ -129,10 +130,10 @@ QCoro::Task<ImageOutcome> failToCaption(ImageRequest) {
 
 struct Measured {
     double milliseconds = 0;
-    double held = 0; ///< the longest time that the event loop had to wait
+    double held = 0; ///< the longest delay of the event loop
 };
 
-/// One scan of the folder, with all that it queues.
+/// One scan of the folder, with everything it queues.
 Measured scanOnce(const QString& folder, const QString& manifestPath) {
     SystemClock clock;
     std::FILE* sink = std::fopen("/dev/null", "w");
@@ -171,7 +172,7 @@ Measured scanOnce(const QString& folder, const QString& manifestPath) {
 }
 
 void report(const char* name, int repetitions, const std::function<Measured()>& run) {
-    run(); // into the page cache
+    run(); // to fill the page cache
     std::vector<double> times;
     double held = 0;
     for (int repetition = 0; repetition < repetitions; ++repetition) {

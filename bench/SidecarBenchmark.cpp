@@ -9,11 +9,14 @@
 
 #include <QDir>
 #include <QStringList>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <exiv2/exiv2.hpp>
 #include <functional>
+#include <optional>
 
 namespace ostrelle {
 namespace {
@@ -27,8 +30,8 @@ QByteArray sampleSidecar(int number) {
                            QByteArray::number(setting * number % 97) + "\"\n";
     }
     return "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n"
-           "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">\n <rdf:RDF "
-           "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">\n"
+           "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">\n"
+           " <rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">\n"
            "  <rdf:Description rdf:about=\"\"\n"
            "   xmlns:dc=\"http://purl.org/dc/elements/1.1/\"\n"
            "   xmlns:photoshop=\"http://ns.adobe.com/photoshop/1.0/\"\n"
@@ -37,13 +40,13 @@ QByteArray sampleSidecar(int number) {
            "   photoshop:DateCreated=\"2024-10-26T19:02:33-05:00\"\n" +
            developSettings +
            "  >\n   <photoshop:City>Baton Rouge</photoshop:City>\n   <photoshop:State>La.</photoshop:State>\n"
-           "   <photoshop:Country>USA</photoshop:Country>\n   <photoshop:Headline>Herons vs. "
-           "Foxes</photoshop:Headline>\n"
+           "   <photoshop:Country>USA</photoshop:Country>\n"
+           "   <photoshop:Headline>Herons vs. Foxes</photoshop:Headline>\n"
            "   <Iptc4xmpCore:Location>Heron Stadium</Iptc4xmpCore:Location>\n"
-           "   "
-           "<dc:subject><rdf:Bag><rdf:li>football</rdf:li><rdf:li>college</rdf:li></rdf:Bag></dc:subject>\n"
-           "   <dc:rights><rdf:Alt><rdf:li xml:lang=\"x-default\">(A. "
-           "Photographer)</rdf:li></rdf:Alt></dc:rights>\n"
+           "   <dc:subject><rdf:Bag><rdf:li>football</rdf:li>"
+           "<rdf:li>college</rdf:li></rdf:Bag></dc:subject>\n"
+           "   <dc:rights><rdf:Alt>"
+           "<rdf:li xml:lang=\"x-default\">(A. Photographer)</rdf:li></rdf:Alt></dc:rights>\n"
            "   <dc:description><rdf:Alt><rdf:li xml:lang=\"x-default\">Stub " +
            QByteArray::number(number) +
            "</rdf:li></rdf:Alt></dc:description>\n"

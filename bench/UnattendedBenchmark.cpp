@@ -3,7 +3,7 @@
 // model. Driven by the script `unattended` beside this file:
 //   bench_unattended make FOLDER RAWS JPEGS   fills the folder
 //   bench_unattended at-once FOLDER           captions it and compares with its renditions alone
-//   bench_unattended slow FOLDER SECONDS      captions it while the model takes so long for an answer
+//   bench_unattended slow FOLDER SECONDS      captions it while the model takes that long to answer
 //   bench_unattended memory FOLDER            captions it and reports the process's peak memory
 #include "cli/CommandProgram.h"
 #include "core/Error.h"
@@ -12,6 +12,7 @@
 #include "platform/Files.h"
 
 #include <QCoreApplication>
+#include <QCoroTask>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,9 +22,12 @@
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "../demo/ShootSidecar.h"
 #include "ModelThread.h"
@@ -38,7 +42,7 @@ using namespace Qt::StringLiterals;
 
 const QString rosterName = u"code-replacements.txt"_s;
 
-/// Two kinds of pictures in turn, each with what an ingest tool writes about it and no caption.
+/// Two kinds of pictures in turn, each with an ingest tool's metadata and no caption.
 void makeImages(const QString& folder, int raws, int jpegs) {
     const SportsScene scene(6000, 4000, 7);
     const QString dng = folder + u"/.24mp"_s;
@@ -46,7 +50,7 @@ void makeImages(const QString& folder, int raws, int jpegs) {
     const QByteArray jpeg = jpegWithXmp(jpegFile(scene.image()), shootSidecar({}));
     for (int number = 1; number <= std::max(raws, jpegs); ++number) {
         const QString stem = folder + u"/IMG_%1"_s.arg(number, 4, 10, QChar(u'0'));
-        if (number <= raws) { // never rewritten, so one file on the disk will do
+        if (number <= raws) { // never rewritten, so one file on disk is enough
             std::filesystem::create_hard_link(dng.toStdString(), (stem + u"R.DNG"_s).toStdString());
             replaceFile(stem + u"R.xmp"_s, shootSidecar({}));
         }
@@ -76,7 +80,7 @@ QString captionOf(const QString& image) {
     return caption.value_or(QString());
 }
 
-/// Seconds that the renditions of all images take on all cores, with nothing else to be done.
+/// Seconds to make the renditions of all images on all cores, with nothing else to do.
 double renderAll(const QStringList& images) {
     QElapsedTimer timer;
     timer.start();
@@ -88,12 +92,12 @@ double renderAll(const QStringList& images) {
     return static_cast<double>(timer.nsecsElapsed()) / 1e9;
 }
 
-/// How late a timer of the main thread comes, which is how long a window would stand still.
+/// How late a timer of the main thread is: that is how long a window would freeze.
 class Heartbeat {
 public:
     static constexpr int period = 5;      ///< milliseconds
-    static constexpr double grace = 16;   ///< milliseconds: a frame of a screen
-    static constexpr double share = 1e-3; ///< of the ticks that may be later than that
+    static constexpr double grace = 16;   ///< milliseconds: one frame of a screen
+    static constexpr double share = 1e-3; ///< of the ticks may be later than that
 
     Heartbeat() {
         m_timer.setTimerType(Qt::PreciseTimer);
@@ -105,8 +109,8 @@ public:
     int ticks() const { return m_ticks; }
     int late() const { return m_late; }
     double worst() const { return m_worst; }
-    /// The longest that the main thread itself has computed between two ticks, in milliseconds: the rest of
-    /// a delay is the disk's, or other threads' that the machine has preferred.
+    /// The longest time in milliseconds that the main thread itself has computed between two ticks. The rest
+    /// of a delay comes from the disk, or from other threads that the system preferred.
     double longestTurn() const { return m_longestTurn; }
 
 private:
@@ -154,7 +158,7 @@ void wait(const Condition& condition) {
     }
 }
 
-/// The watch command on a folder, from the start of auto mode until each image is done with.
+/// The watch command on a folder, from the start of auto mode until each image is finished.
 class UnattendedRun {
 public:
     UnattendedRun(const QString& folder, std::chrono::milliseconds delay)
@@ -243,7 +247,7 @@ qsizetype UnattendedRun::wellCaptioned() const {
     return std::ranges::count_if(m_images, [this](const QString& image) { return isWellCaptioned(image); });
 }
 
-/// There is one report on it, and its caption is in the file.
+/// True when the image has exactly one report and its caption is in the file.
 bool UnattendedRun::isWellCaptioned(const QString& image) const {
     const QList<ImageOutcome> reports = m_reports.value(image);
     return reports.size() == 1 && reports.first().kind == OutcomeKind::captioned &&

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The desktop program on a folder of pictures, worked from its window as a photographer would: bench_window
-// FOLDER. It clicks "Caption All Local Images", and while the run goes on another thread goes on clicking;
-// the time from each click to its answer is measured. The script `window` beside this file fills the folder.
+// Runs the desktop program on a folder of pictures and works its window as a photographer would: bench_window
+// FOLDER. Clicks "Caption All Local Images", and during the run another thread keeps clicking; measures the
+// time from each click to its response. The script `window` beside this file fills the folder.
 #include "app/DesktopProgram.h"
 #include "core/Error.h"
 #include "pipeline/ImageListing.h"
@@ -18,7 +18,10 @@
 #include <QThread>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <exception>
+#include <optional>
 
 #include "ModelThread.h"
 #include "product/ApiKey.h"
@@ -37,7 +40,7 @@ AppFolders foldersIn(const QString& home) {
             .runtime = {}};
 }
 
-/// What a photographer has set up before.
+/// The settings a photographer would have made.
 void storeSettings(const AppFolders& folders, const QString& folder) {
     SilentLog log;
     JsonDefaultsStore defaults(folders.defaultsFile(), log);
@@ -71,7 +74,7 @@ void click(QWidget* target, QPoint place) {
     }
 }
 
-/// Answers the question that comes up with its last button.
+/// Answers the open question with its last button.
 void agree() {
     QMessageBox* question = nullptr;
     wait([&question] {
@@ -82,13 +85,13 @@ void agree() {
     click(yes, yes->rect().center());
 }
 
-/// The times from clicks to the paintings that answer them, in milliseconds. A click is sent off by another
-/// thread, as a display server would, so that it waits while the main thread is busy.
+/// The times from clicks to the repaints that answer them, in milliseconds. Another thread sends the clicks,
+/// as a display server would, so that they wait while the main thread is busy.
 class Clicks : public QObject {
 public:
     Clicks() { qApp->installEventFilter(this); }
 
-    /// In the main thread. Each target is clicked where it answers by painting itself.
+    /// On the main thread. Each target is clicked where it repaints in response.
     void receive(qint64 sentAt) {
         struct Target {
             QString name;
@@ -138,11 +141,11 @@ private:
         return clock;
     }();
     int m_count = 0;
-    QList<Sent> m_unanswered; ///< whose targets have not painted themselves since
+    QList<Sent> m_unanswered; ///< whose targets have not repainted since
     QList<double> m_answers;
 };
 
-/// Somebody who clicks ten times a second.
+/// Clicks ten times a second.
 class Clicker : public QThread {
 public:
     explicit Clicker(Clicks& clicks) : m_clicks(clicks) {}
@@ -154,7 +157,7 @@ public:
     void run() override {
         while (!m_isTired) {
             msleep(100);
-            Clicks* clicks = &m_clicks; // which may get to it when nobody clicks any more
+            Clicks* clicks = &m_clicks; // which may still get to it after the clicking has ended
             QMetaObject::invokeMethod(clicks, [clicks, sentAt = clicks->now()] { clicks->receive(sentAt); });
         }
     }
@@ -197,7 +200,7 @@ int run(const QString& folder) {
     QWidget* captionAll = widget(u"captionAll"_s);
     click(captionAll, captionAll->rect().center());
     agree();
-    wait([captionAll] { return !captionAll->isEnabled(); }); // the run has begun
+    wait([captionAll] { return !captionAll->isEnabled(); }); // the run has started
     Clicks clicks;
     {
         Clicker clicker(clicks);

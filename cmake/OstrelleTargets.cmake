@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# What every target of this repository has in common.
+# Settings shared by every target of this repository.
 
 add_library(ostrelle_options INTERFACE)
 target_compile_options(ostrelle_options INTERFACE
@@ -14,7 +14,7 @@ if(OSTRELLE_SANITIZE)
 endif()
 
 # ostrelle_library(NAME SOURCES... [LINKS targets...]): one folder of src/ as a static library.
-# The LINKS to other folders follow the layers that scripts/check-layers holds the includes to.
+# The LINKS to other folders follow the layers, which scripts/check-layers enforces for includes.
 function(ostrelle_library name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LINKS")
   add_library(ostrelle_${name} STATIC ${ARG_SOURCES})

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# ostrelle_prompt_literals(OUTPUT FILES...): a source file that holds each text file as a literal, byte for byte,
-# under the file's name. It is made at configure time, and again when a file changes.
+# ostrelle_prompt_literals(OUTPUT FILES...): generates a source file that holds each text file as a literal,
+# byte for byte, under the file's name. Runs at configure time, and again when a file changes.
 function(ostrelle_prompt_literals output)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${ARGN})
   set(rows "")

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// ostrelle-caption against the stand-in for the model service, in one process. The stand-in takes one key.
+// ostrelle-caption against the stand-in for the model service, in one process. The stand-in accepts one key.
 #include "cli/CommandLine.h"
 #include "core/Error.h"
 

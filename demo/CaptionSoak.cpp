@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// ostrelle-caption against a stand-in for the model service that is out of order for one request in five.
+// ostrelle-caption against a stand-in for the model service that fails one request in five.
 #include "cli/CommandLine.h"
 #include "core/Error.h"
 

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <cstdio>
+#include <optional>
 
 #include "ShootSidecar.h"
 #include "standins/DngBuilder.h"
@@ -27,7 +28,7 @@ const QByteArray roster = "12\tHerons quarterback Sam Abel\n"
 void makeShoot(const QString& folder) {
     struct Picture {
         QString name;
-        std::optional<QByteArray> caption; ///< of its sidecar; nothing for an image that has none
+        std::optional<QByteArray> caption; ///< of its sidecar; nothing for an image without one
         int orientation;
     };
     const Picture pictures[] = {

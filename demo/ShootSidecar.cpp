@@ -20,10 +20,10 @@ QByteArray shootSidecar(const QByteArray& caption, const QByteArray& headline) {
            "</photoshop:Headline>\n"
            "   <Iptc4xmpCore:Location>Heron Stadium</Iptc4xmpCore:Location>\n"
            "   <dc:creator><rdf:Seq><rdf:li>A. Photographer</rdf:li></rdf:Seq></dc:creator>\n"
-           "   <dc:rights><rdf:Alt><rdf:li xml:lang=\"x-default\">(A. Photographer/Demo "
-           "Wire)</rdf:li></rdf:Alt></dc:rights>\n"
-           "   <dc:subject><rdf:Bag><rdf:li>football</rdf:li><rdf:li>high "
-           "school</rdf:li></rdf:Bag></dc:subject>\n"
+           "   <dc:rights><rdf:Alt>"
+           "<rdf:li xml:lang=\"x-default\">(A. Photographer/Demo Wire)</rdf:li></rdf:Alt></dc:rights>\n"
+           "   <dc:subject><rdf:Bag><rdf:li>football</rdf:li>"
+           "<rdf:li>high school</rdf:li></rdf:Bag></dc:subject>\n"
            "   <dc:description><rdf:Alt><rdf:li xml:lang=\"x-default\">" +
            caption +
            "</rdf:li></rdf:Alt></dc:description>\n"

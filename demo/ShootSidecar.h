@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// A sidecar with the fields of an ingest preset and the caption that it leaves, both in XML's own spelling.
+/// A sidecar with the fields of an ingest preset and its initial caption, both already escaped for XML.
 QByteArray shootSidecar(const QByteArray& caption,
                         const QByteArray& headline = "Norwick Herons vs. Fallow Creek Foxes");
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A photographer's day at random: drops RAW files, JPEGs, sidecars and audio notes into a folder for so many
-// seconds, some of them slowly, and prints a line of JSON for each image when it is complete.
+// Simulates a photographer's day: drops RAW files, JPEGs, sidecars and audio notes into a folder at random
+// for a number of seconds, some of them slowly, and prints a line of JSON for each completed image.
 #include "core/Error.h"
 
 #include <QCoreApplication>
@@ -9,8 +9,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QThread>
+#include <chrono>
 #include <cstdio>
 #include <random>
+#include <utility>
 
 #include "ShootSidecar.h"
 #include "standins/DngBuilder.h"
@@ -80,7 +82,7 @@ private:
         std::fflush(stdout);
     }
 
-    /// Straight into the folder, as a camera does: readers see the file grow.
+    /// Writes straight into the folder, as a camera does: readers see the file grow.
     void write(const QString& name, const QByteArray& bytes) {
         QFile file(m_folder + u'/' + name);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {

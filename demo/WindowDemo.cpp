@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// ostrelle-captions against the stand-in for the model service, in one process. The stand-in takes one key.
+// ostrelle-captions against the stand-in for the model service, in one process. The stand-in accepts one key.
 #include "app/DesktopMain.h"
 #include "core/Error.h"
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 
@@ -12,7 +13,7 @@ int main(int argc, char** argv) {
     std::optional<ostrelle::ModelStandIn> model;
     const auto endpoints = [&model]() -> ostrelle::ServiceEndpoints {
         model.emplace("demo-key");
-        model->setDelay(std::chrono::seconds(1)); // so that there is some progress to be seen
+        model->setDelay(std::chrono::seconds(1)); // to make progress visible
         return {.model = model->url()};
     };
     try {

@@ -8,10 +8,10 @@
 
 namespace ostrelle {
 
-/// Why the stand-in for the model service refuses a request, in the words and the form of the real service.
+/// The reason why the stand-in for the model service refuses a request, in the real service's words and form.
 class ApiFault : public Error {
 public:
-    /// The body names the parameter, if it is not empty.
+    /// The body names the parameter unless it is empty.
     ApiFault(int status, const QString& message, QString parameter = {});
 
     int status() const noexcept { return m_status; }

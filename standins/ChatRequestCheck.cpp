@@ -7,6 +7,7 @@
 #include <QJsonObject>
 #include <QStringList>
 #include <cmath>
+#include <utility>
 
 #include "standins/ApiFault.h"
 
@@ -20,7 +21,7 @@ namespace {
     throw ApiFault(400, u"Invalid value for '"_s + path + u"': "_s + reason, path);
 }
 
-/// An object of the request and where it stands; what is asked of it is refused by its full path.
+/// An object of the request and its path; failures name the full path of the field.
 class Fields {
 public:
     Fields(const QJsonValue& value, QString path, const QStringList& known)
@@ -182,7 +183,7 @@ CheckedChat checkChatRequest(const QByteArray& body) {
     const QString temperature = u"temperature"_s;
     const QString limit = u"max_tokens"_s;
     const Fields fields(document.object(), {}, {u"model"_s, u"messages"_s, temperature, limit});
-    // What is no number is not within the range, either.
+    // A value that is not a number is out of range too.
     if (fields.has(temperature) && std::abs(fields.value(temperature).toDouble(-1) - 1) > 1) {
         refuse(temperature, u"expected a number between 0 and 2."_s);
     }

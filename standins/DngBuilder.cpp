@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint16_t blackLevel = 512;
 constexpr std::uint16_t whiteLevel = 16383;
-/// What the sensor sees of a white surface in daylight, relative to green.
+/// The sensor's response to a white surface in daylight, relative to green.
 constexpr LinearColor neutral = {0.48F, 1.0F, 0.66F};
 /// CIE XYZ (D65) to linear sRGB, by rows.
 constexpr std::array<float, 9> xyzToSrgb = {3.2405F, -1.5371F, -0.4985F, -0.9693F, 1.8760F,
@@ -77,7 +77,7 @@ QByteArray sensorData(const SportsScene& scene, const DngOptions& options) {
             const auto channel = static_cast<std::size_t>(x % 2 + y % 2);
             const float light = scene.at(x, y)[channel] * neutral[channel] * options.exposure;
             const float range = whiteLevel - blackLevel;
-            // Read noise and, growing with the light, shot noise.
+            // Read noise, and shot noise that grows with the light.
             const float noise = (sceneNoise(options.seed, x, y) - 0.5F) * (12 + 160 * std::sqrt(light));
             const float level = std::clamp(blackLevel + light * range + noise, 0.0F, float{whiteLevel});
             qToLittleEndian(static_cast<std::uint16_t>(level), out);

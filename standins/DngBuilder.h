@@ -8,7 +8,7 @@
 
 namespace ostrelle {
 
-/// What a DNG file is built with.
+/// Options of a DNG file.
 struct DngOptions {
     int orientation = 1;    ///< the EXIF orientation, 1 to 8
     float exposure = 1;     ///< factor of the scene's light
@@ -16,8 +16,8 @@ struct DngOptions {
     std::uint32_t seed = 1; ///< of the sensor noise
 };
 
-/// The scene as a RAW file: a little-endian DNG with one uncompressed 16-bit image of RGGB sensors of 14
-/// bits, by a "Ostrelle Test Camera".
+/// The scene as a RAW file: a little-endian DNG with one uncompressed image of 14-bit RGGB samples in 16
+/// bits, by an "Ostrelle Test Camera".
 QByteArray dngFile(const SportsScene& scene, const DngOptions& options = {});
 
 } // namespace ostrelle

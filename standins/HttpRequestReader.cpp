@@ -2,6 +2,7 @@
 #include "standins/HttpRequestReader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "standins/ApiFault.h"
 

@@ -8,7 +8,7 @@
 
 namespace ostrelle {
 
-/// A request as a server saw it.
+/// A request as a server sees it.
 struct HttpRequest {
     QByteArray method;
     QByteArray path;
@@ -19,7 +19,7 @@ struct HttpRequest {
     QByteArray header(const QByteArray& name) const;
 };
 
-/// Cuts the bytes of one connection into HTTP/1.1 requests. Both parts of a request are bounded.
+/// Splits the bytes of one connection into HTTP/1.1 requests. Head and body are limited in size.
 class HttpRequestReader {
 public:
     static constexpr qsizetype largestHead = qsizetype{16} * 1024;
@@ -33,7 +33,7 @@ private:
     void readHead();
 
     QByteArray m_buffer;
-    std::optional<HttpRequest> m_current; ///< whose head is read
+    std::optional<HttpRequest> m_current; ///< whose head has been read
     qsizetype m_bodySize = 0;
 };
 

@@ -68,7 +68,7 @@ void appendEntry(QByteArray& bytes, std::uint16_t tag, std::uint16_t type, std::
     append(bytes, tag);
     append(bytes, type);
     append(bytes, std::uint32_t{1});
-    // A short stands at the front of its four bytes.
+    // A short goes into the first two of its four bytes.
     append(bytes, type == 3 ? value << 16 : value);
 }
 
@@ -114,7 +114,7 @@ void configure(jpeg_compress_struct& info, const JpegOptions& options) {
 } // namespace
 
 QByteArray jpegFile(const QImage& picture, const JpegOptions& options) {
-    jpeg_error_mgr errors; // its default ends the program: a builder is given what can be built
+    jpeg_error_mgr errors; // by default it ends the program: builders get only what can be built
     jpeg_compress_struct info{};
     info.err = jpeg_std_error(&errors);
     jpeg_create_compress(&info);

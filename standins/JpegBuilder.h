@@ -6,7 +6,7 @@
 
 namespace ostrelle {
 
-/// What a JPEG file is built with.
+/// Options of a JPEG file.
 struct JpegOptions {
     enum class Colors {
         rgb,
@@ -25,10 +25,10 @@ struct JpegOptions {
     QByteArray profile;       ///< an ICC profile; none when empty
 };
 
-/// The picture as a JPEG file. CMYK is made of the complements of its colours, with the black taken out.
+/// The picture as a JPEG file. CMYK consists of the complements of its colours, with black taken out.
 QByteArray jpegFile(const QImage& picture, const JpegOptions& options = {});
 
-/// The file with an XMP packet of at most 65,000 bytes in an APP1 segment of its own, ahead of all others.
+/// The file with an XMP packet of at most 65,000 bytes in a new APP1 segment before all others.
 QByteArray jpegWithXmp(const QByteArray& jpeg, const QByteArray& packet);
 
 } // namespace ostrelle

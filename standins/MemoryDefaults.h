@@ -3,6 +3,7 @@
 
 #include "platform/DefaultsStore.h"
 
+#include <QCoroTask>
 #include <QMap>
 
 namespace ostrelle {
@@ -25,7 +26,7 @@ public:
     void saveAgain() override { m_isAllSaved = !isDiskFull; }
 
     QMap<QString, QVariant> values;
-    bool isDiskFull = false; ///< what is set lasts until the program ends
+    bool isDiskFull = false; ///< changes last until the program ends
 
 private:
     bool m_isAllSaved = true;

@@ -3,7 +3,9 @@
 
 #include "platform/SecretStore.h"
 
+#include <QCoroTask>
 #include <QMap>
+#include <optional>
 
 namespace ostrelle {
 

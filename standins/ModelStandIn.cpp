@@ -154,7 +154,7 @@ bool ModelStandIn::isHolding() const {
 }
 
 void ModelStandIn::sendHeld(qsizetype count) {
-    const auto connections = m_connections; // one may leave meanwhile
+    const auto connections = m_connections; // one may disappear meanwhile
     for (Connection* connection : connections) {
         if (connection->isHolding()) {
             connection->sendHeld(count);

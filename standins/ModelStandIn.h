@@ -9,6 +9,7 @@
 #include <QUrl>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 #include "standins/HttpRequestReader.h"
 #include "standins/StandInCompletion.h"
@@ -18,7 +19,7 @@ class QTcpSocket;
 
 namespace ostrelle {
 
-/// An answer that a test puts in place of the stand-in's own.
+/// An answer that a test uses instead of the stand-in's own.
 struct StandInAnswer {
     enum class Delivery {
         whole,
@@ -34,31 +35,31 @@ struct StandInAnswer {
 };
 
 /// A stand-in for the model service: an HTTP server on the loopback interface that checks each request as
-/// strictly as the real service and answers in its form. It is no model, sees no picture and hears no sound:
-/// its captions only repeat the facts in the prompt, and say so, as does its header "Server".
+/// strictly as the real service and answers in its form. It is not a model, sees no picture and hears no
+/// sound: its captions only repeat the facts in the prompt, and say so, as does its header "Server".
 ///
-/// It lives in the thread that makes it, which needs an event loop.
+/// It lives on the thread that makes it, which needs an event loop.
 class ModelStandIn : public QObject {
 public:
-    /// Listens on a free port. Only requests with this key are served. Throws Error when it cannot listen.
+    /// Listens on a free port and serves only requests with this key. Throws Error when it cannot listen.
     explicit ModelStandIn(QByteArray apiKey);
 
     /// Scheme, address and port.
     QUrl url() const;
-    /// All complete requests so far, the refused ones too.
+    /// All complete requests so far, including refused ones.
     const QList<HttpRequest>& requests() const { return m_requests; }
     /// The body of the last request as JSON.
     QJsonObject lastJson() const;
 
     /// Answers the next request that passes the checks with this. Several queue up.
     void enqueue(StandInAnswer answer) { m_answers.append(std::move(answer)); }
-    /// Gives its own answers to batches in this form from now on.
+    /// Uses this form for its own answers to batches from now on.
     void setBatchForm(BatchForm form) { m_batchForm = form; }
-    /// Answers each n-th of the requests that pass the checks with this status from now on; 0: none.
+    /// Answers every n-th request that passes the checks with this status from now on; 0: none.
     void failEvery(qsizetype period, int status);
-    /// The time that a model takes for an answer, for measurements: a test has no use for it.
+    /// How long the model takes to answer. For measurements only: tests do not need it.
     void setDelay(std::chrono::milliseconds delay) { m_delay = delay; }
-    /// Whether requests() has the bodies, too, which are large.
+    /// Whether requests() keeps the bodies too, which are large.
     void setKeepsBodies(bool keeps) { m_keepsBodies = keeps; }
 
     /// True while an answer is held.
@@ -74,7 +75,7 @@ private:
     void accept();
     StandInAnswer answer(const HttpRequest& request);
     void checkHead(const HttpRequest& request) const;
-    /// The body of an answer to a request that passes the checks. Throws ApiFault for another.
+    /// The body of the answer to a valid request. Throws ApiFault for an invalid one.
     QByteArray ownAnswer(const HttpRequest& request) const;
     StandInAnswer replaced(QByteArray ownBody);
 

@@ -11,15 +11,15 @@ namespace {
 
 using Directory = TiffDirectoryBuilder;
 
-/// What stands in place of the raw data.
+/// Takes the place of the raw data.
 const QByteArray rawData(20'000, '\x5A');
 
-/// Writes over what stands there, or behind zeros.
+/// Overwrites the bytes there, or appends after zeros.
 void place(QByteArray& file, qsizetype offset, const QByteArray& bytes) {
     file = file.leftJustified(offset + bytes.size(), '\0').replace(offset, bytes.size(), bytes);
 }
 
-/// A file that is built as TIFF is: its first directory stands behind the header.
+/// A TIFF-like file whose first directory follows the header.
 struct TiffLayout {
     QByteArray header;
     QByteArray make;
@@ -29,7 +29,7 @@ struct TiffLayout {
 
 const std::map<RawKind, TiffLayout> tiffLayouts = {
     {RawKind::arw, {QByteArray("II*\0\x08\0\0\0", 8), "SONY", "ILCE-99", 32766}},
-    // Names the directory of its raw data in the header too.
+    // Also names the directory of its raw data in the header.
     {RawKind::cr2, {QByteArray("II*\0\x10\0\0\0CR\2\0\0\3\0\0", 16), "Canon", "Canon EOS 99D", 6}},
     {RawKind::dng, {QByteArray("II*\0\x08\0\0\0", 8), "Ostrelle", "Ostrelle Test Camera", 52546}},
     {RawKind::nef, {QByteArray("MM\0*\0\0\0\x08", 8), "NIKON CORPORATION", "NIKON Z 99", 34713}},
@@ -48,7 +48,7 @@ void addPair(Directory& directory, std::uint16_t offsetTag, std::uint16_t length
     directory.addLong(lengthTag, length);
 }
 
-/// The maker note of an ORF, in which offsets count from its own beginning.
+/// The maker note of an ORF, whose offsets count from its own start.
 QByteArray olympusNote(qsizetype previewLength) {
     Directory note;
     note.addLong(0x2020, 64);

@@ -70,7 +70,7 @@ LinearColor SportsScene::background(float u, float v) const {
         return {0.20F + 0.8F * v, 0.38F + 1.0F * v, 0.80F};
     }
     if (v < horizon) {
-        // A crowd: patches of colour, each a person.
+        // A crowd: patches of colour, one per person.
         const int seat = static_cast<int>(u * 160);
         const int tier = static_cast<int>(v * 110);
         const float tint = sceneNoise(m_seed, seat, tier);

@@ -12,7 +12,7 @@ namespace ostrelle {
 using LinearColor = std::array<float, 3>;
 
 /// A painted sports picture: sky, a stand, a striped field with lines and a few players in jerseys. The same
-/// size and seed give the same picture.
+/// size and seed always give the same picture.
 class SportsScene {
 public:
     SportsScene(int width, int height, std::uint32_t seed);
@@ -27,9 +27,9 @@ public:
 
 private:
     struct Player {
-        float x;      ///< of the feet, as a share of the width
-        float y;      ///< of the feet, as a share of the height
-        float height; ///< as a share of the height
+        float x;      ///< of the feet, as a fraction of the width
+        float y;      ///< of the feet, as a fraction of the height
+        float height; ///< as a fraction of the height
         LinearColor jersey;
     };
 
@@ -39,10 +39,10 @@ private:
     int m_width;
     int m_height;
     std::uint32_t m_seed;
-    std::vector<Player> m_players; ///< from the back to the front
+    std::vector<Player> m_players; ///< from back to front
 };
 
-/// A cheap random number from 0 to 1 that depends on its arguments only.
+/// A cheap random number from 0 to 1 that depends only on its arguments.
 float sceneNoise(std::uint32_t seed, int x, int y);
 
 } // namespace ostrelle

@@ -16,7 +16,7 @@ namespace {
 const qint64 charactersPerToken = 4;
 const qint64 tokensOfImage = 2833; // a small one
 
-/// The lines "- Name: value" below "Context:". The rules that follow have lines of the same look.
+/// The lines "- Name: value" below "Context:". The rules that follow have lines of the same form.
 QMap<QString, QString> contextFacts(const QString& prompt) {
     QMap<QString, QString> facts;
     const QStringList lines = prompt.split(u'\n');

@@ -32,7 +32,7 @@ QByteArray boundaryOf(const HttpRequest& request) {
     return match.captured(1).toLatin1();
 }
 
-/// The form, line by line, with the file's content left out.
+/// The form, line by line, without the file's content.
 QByteArray formHead(const QByteArray& boundary, const QByteArray& name, const QByteArray& extension) {
     return QByteArray("--%1\r\n"
                       "Content-Disposition: form-data; name=\"file\"; filename=\"%2\"\r\n"

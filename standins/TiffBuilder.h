@@ -8,7 +8,7 @@
 
 namespace ostrelle {
 
-/// A number in the byte order.
+/// A number in the given byte order.
 template <typename Integer>
 QByteArray tiffNumber(Integer value, bool isBigEndian) {
     const Integer ordered = isBigEndian ? qToBigEndian(value) : qToLittleEndian(value);
@@ -25,16 +25,16 @@ public:
     void addLong(std::uint16_t tag, qsizetype value) { addLongs(tag, {static_cast<std::uint32_t>(value)}); }
     void addBytes(std::uint16_t tag, const QByteArray& bytes) { add(tag, 1, bytes.size(), bytes); }
     void addText(std::uint16_t tag, const QByteArray& text) { add(tag, 2, text.size() + 1, text + '\0'); }
-    /// Fractions of 10,000; `signedType` as DNG wants it for matrices.
+    /// Fractions of 10,000; `signedType` as DNG requires for matrices.
     void addRationals(std::uint16_t tag, const std::vector<float>& values, bool signedType);
-    /// An undefined value of bytes that stand elsewhere in the file.
+    /// An undefined value whose bytes are elsewhere in the file.
     void addElsewhere(std::uint16_t tag, qsizetype offset, qsizetype length) {
         add(tag, 7, length, number(static_cast<std::uint32_t>(offset)));
     }
 
-    /// Bytes of the directory with the values that do not fit into it.
+    /// Size in bytes of the directory with the values that do not fit into it.
     qsizetype size() const { return written(0, 0).size(); }
-    /// The directory as it stands at `offset` of the file; `next` is where the following one stands, or 0.
+    /// The directory as written at `offset` in the file; `next` is the offset of the following one, or 0.
     QByteArray written(qsizetype offset, qsizetype next) const;
 
 private:

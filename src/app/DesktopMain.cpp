@@ -21,8 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// So that the first window does not change before the user's eyes. But not for long: a window that comes up
-/// late is worse.
+/// Keeps the first window from changing colours before the user's eyes. Only briefly: a late window is worse.
 void waitForAnswer(const DesktopColorScheme& colorScheme) {
     QEventLoop loop;
     QObject::connect(&colorScheme, &DesktopColorScheme::settled, &loop, &QEventLoop::quit);
@@ -57,7 +56,7 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
                      &AppDelegate::applicationShouldHandleReopen);
     const InterruptSignals interrupts;
     QObject::connect(&interrupts, &InterruptSignals::interrupted, &program.delegate(),
-                     [&program] { program.quit(); }); // nobody is there to be asked
+                     [&program] { program.quit(); }); // nobody is there to ask
     program.delegate().applicationDidFinishLaunching();
     return QApplication::exec();
 }

@@ -7,7 +7,8 @@
 
 namespace ostrelle {
 
-/// Runs `ostrelle-captions`, to its exit status. Makes the application object, then asks for the addresses.
+/// Runs `ostrelle-captions` and returns its exit status. Makes the application object, then calls
+/// `endpoints`.
 int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoints()>& endpoints);
 
 } // namespace ostrelle

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <utility>
 
 namespace ostrelle {
 
@@ -58,7 +59,7 @@ void DesktopProgram::quit() {
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows) {
         if (auto* dialog = qobject_cast<QDialog*>(window)) {
-            dialog->reject(); // whoever waits for its answer has it
+            dialog->reject(); // answers the task that awaits it
         } else {
             window->hide();
         }
@@ -70,7 +71,7 @@ QCoro::Task<> DesktopProgram::finish(DesktopProgram& program) {
     co_await program.m_captions.finishWork();
     co_await program.m_delegate.finished();
     co_await program.m_notThereYet.finished();
-    co_await program.m_defaults.finished(); // which these may have set
+    co_await program.m_defaults.finished(); // which these may have changed
     QCoreApplication::exit();
 }
 

@@ -13,6 +13,7 @@
 #include "shell/desktop/DesktopFileChooser.h"
 #include "shell/desktop/DesktopWorkspace.h"
 
+#include <QCoroTask>
 #include <functional>
 
 #include "product/AppFolders.h"
@@ -22,7 +23,7 @@ namespace ostrelle {
 /// The composition root of `ostrelle-captions`. Needs the application object.
 class DesktopProgram {
 public:
-    /// `ending` is called once, when the program begins to end.
+    /// `ending` is called once, when the program starts to end.
     DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints,
                    std::function<void()> ending);
     DesktopProgram(const DesktopProgram&) = delete;
@@ -30,7 +31,7 @@ public:
 
     AppDelegate& delegate() { return m_delegate; }
 
-    /// Hides the windows, finishes what is in the works and ends the event loop; asked twice, at once.
+    /// Hides the windows, finishes work under way and ends the event loop; a second call ends it at once.
     void quit();
 
 private:

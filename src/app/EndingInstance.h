@@ -8,17 +8,17 @@
 
 namespace ostrelle {
 
-/// The wait of a start for an earlier one that is about to end, which finishes its last images without any
-/// window. The user is told, and may call the start off.
+/// Makes a new start wait for an earlier instance that is about to end and is finishing its last images
+/// without a window. Tells the user, who may cancel the start.
 class EndingInstance {
 public:
     static constexpr std::chrono::minutes patience{5};
 
-    /// Both have to outlive this.
+    /// Both must outlive this.
     EndingInstance(SingleInstance& instance, Clock& clock) : m_instance(instance), m_clock(clock) {}
 
-    /// Claims until it is settled who runs. `early` when the user does not want to wait any longer, or has
-    /// been told that the other did not end within the patience.
+    /// Claims until it is decided which instance runs. `early` when the user stops waiting, or has been told
+    /// that the other instance did not end in time.
     SingleInstance::Standing wait();
 
 private:

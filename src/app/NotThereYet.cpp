@@ -32,8 +32,7 @@ void NotThereYet::tellOfDownloads() {
 void NotThereYet::tellOfPhotoMechanic() {
     if (m_settings.launchWithPhotoMechanic()) {
         tell(u"This version of Ostrelle Captions cannot start with Photo Mechanic yet. The setting is kept "
-             u"for "
-             "the one that can."_s);
+             "for the one that can."_s);
     }
 }
 

@@ -7,6 +7,7 @@
 #include "state/SettingsStore.h"
 #include "transfer/RemoteSource.h"
 
+#include <QCoroTask>
 #include <QObject>
 
 #include "product/AppEvents.h"
@@ -25,17 +26,17 @@ Q_SIGNALS:
     void wanted();
 };
 
-/// Tells the user plainly of what the window has controls for and this version cannot do: downloading from an
-/// FTP server, which leaves auto mode off, and starting with Photo Mechanic.
+/// Tells the user plainly that this version cannot do what the window has controls for: download from an FTP
+/// server, which leaves auto mode off, and start with Photo Mechanic.
 class NotThereYet : public QObject {
     Q_OBJECT
 
 public:
-    /// All arguments have to outlive it.
+    /// All arguments must outlive it.
     NotThereYet(const AbsentRemoteSource& remote, const AppEvents& events, SettingsStore& settings,
                 Alerts& alerts, PlainLog& console);
 
-    /// Resumes when no news is open.
+    /// Resumes when no alert is open.
     QCoro::Task<> finished() const { return m_news.finished(); }
 
 private:

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A socket's path must not be long, and the folder's may be.
+/// A socket's path must be short; the folder's may not be.
 QString socketName(const QString& folder) {
     const QByteArray digest = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha256).toHex();
     return u"ostrelle-captions-"_s + QString::fromLatin1(digest.first(16));
@@ -36,7 +36,7 @@ SingleInstance::Standing SingleInstance::claim() {
     if (isLocked && isOwnerHere()) {
         return Standing::early;
     }
-    listen(); // the lock of another machine, by which the home was used last, holds nobody up
+    listen(); // a lock left by another machine that last used the home stops nobody
     return Standing::first;
 }
 
@@ -45,7 +45,7 @@ void SingleInstance::close() {
 }
 
 void SingleInstance::listen() {
-    QLocalServer::removeServer(m_socket); // of an instance that was killed
+    QLocalServer::removeServer(m_socket); // left by an instance that was killed
     m_server.listen(m_socket);
 }
 
@@ -53,7 +53,7 @@ void SingleInstance::answer() {
     QLocalSocket* socket = m_server.nextPendingConnection();
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     socket->write("here");
-    socket->disconnectFromServer(); // once it is written
+    socket->disconnectFromServer(); // after it is written
     Q_EMIT startedAgain();
 }
 
@@ -64,7 +64,7 @@ bool SingleInstance::knock() const {
     if (!socket.waitForConnected(patience)) {
         return false;
     }
-    // One that is busy will answer later; one that closed its door meanwhile, never.
+    // A busy instance will answer later; one that has closed its socket never will.
     return socket.waitForReadyRead(patience) || socket.state() == QLocalSocket::ConnectedState;
 }
 

@@ -8,28 +8,28 @@
 
 namespace ostrelle {
 
-/// Keeps a user from running the program twice: two would caption the same images. The first start listens on
-/// a socket of its own; a second one knocks there and ends, or waits until the first has ended.
+/// Keeps a user from running the program twice, as both would caption the same images. The first instance
+/// listens on a socket; a second one knocks there and ends, or waits until the first has ended.
 class SingleInstance : public QObject {
     Q_OBJECT
 
 public:
     enum class Standing {
-        first,  ///< this is the one that runs
-        second, ///< another runs; it has been asked to come to the front
+        first,  ///< this is the running instance
+        second, ///< another runs; it was asked to come to the front
         early,  ///< another is about to end: ask again in a moment
     };
 
-    /// `folder` holds the lock: the user's settings, of which one program has charge.
+    /// `folder` holds the lock: that of the user's settings, which only one program may manage.
     explicit SingleInstance(const QString& folder);
 
-    /// Where no lock can be made, as in a home that is read-only, every start counts as the first.
+    /// Where no lock can be made, as in a read-only home, every start counts as the first.
     Standing claim();
-    /// Answers no further knock, as the program is about to end. It stays the one that runs until then.
+    /// Stops answering knocks, as the program is about to end. It remains the running instance until then.
     void close();
 
 Q_SIGNALS:
-    /// The program was started once more.
+    /// The user has started the program again.
     void startedAgain();
 
 private:

@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// Runs `ostrelle-caption` with the arguments behind the program's name, to its exit status. Needs the
+/// Runs `ostrelle-caption` with the arguments after the program's name and returns its exit status. Needs the
 /// application object and runs its event loop.
 int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoints);
 

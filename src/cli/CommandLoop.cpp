@@ -29,7 +29,7 @@ int runCommandLoop(CommandProgram& program, std::function<QCoro::Task<int>()> co
         return ExitStatus::usageOrConfiguration;
     }
     program.warnOfRoster();
-    // From inside the event loop, so that a command that needs no waiting can end it.
+    // From inside the event loop, so that a command that does not wait can end it.
     QMetaObject::invokeMethod(
         &program.captions.analyzer, [&program, command] { runToTheEnd(program, command); },
         Qt::QueuedConnection);

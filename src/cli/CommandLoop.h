@@ -9,8 +9,8 @@
 
 namespace ostrelle {
 
-/// Runs the event loop of the application until the command has ended, and returns its ExitStatus. Does not
-/// begin when something is missing, which is said on standard error.
+/// Runs the application's event loop until the command has ended, and returns its ExitStatus. Does not start
+/// the command when configuration is missing; prints that on standard error.
 int runCommandLoop(CommandProgram& program, std::function<QCoro::Task<int>()> command);
 
 } // namespace ostrelle

@@ -4,6 +4,7 @@
 #include "pipeline/CodeReplacements.h"
 
 #include <QFileInfo>
+#include <chrono>
 #include <cstdio>
 
 #include "product/ApiKey.h"
@@ -27,7 +28,7 @@ CommandProgram::CommandProgram(const Options& givenOptions, const AppFolders& fo
                 .remote = m_remote,
                 .access = m_access,
                 .clock = m_clock,
-                // The log lines of the pipeline are for those who want them.
+                // The pipeline's log lines are optional.
                 .console = options.verbose ? static_cast<PlainLog&>(output) : m_silent,
                 .errors = errors,
                 .progressLinger = std::chrono::milliseconds(0)}) {}
@@ -40,7 +41,7 @@ QString CommandProgram::missingConfiguration() const {
         return u"There is no folder at %1."_s.arg(*options.folder);
     }
     if (options.command == Options::Command::showPrompt) {
-        return {}; // nothing is sent, and a roster may lie in the ingest folder
+        return {}; // nothing is sent, and a roster may be in the ingest folder
     }
     if (apiKey(defaults).isEmpty()) {
         return u"No API key is stored. Store it with: ostrelle-caption key"_s;
@@ -86,8 +87,8 @@ void CommandProgram::warn(const QString& warning) {
     }
 }
 
-/// Before the settings are read, the options take the place of what is stored. What the settings store
-/// tidies up at its start stays in this run: that is the desktop program's to do.
+/// Puts the options in place of stored values before the settings are read. What the settings store tidies up
+/// at its start is not saved: that is the desktop program's job.
 DefaultsStore& CommandProgram::withRunOnlyValues() {
     const PathReferences references;
     if (options.style) {
@@ -108,7 +109,7 @@ DefaultsStore& CommandProgram::withRunOnlyValues() {
     return m_runOnly;
 }
 
-/// The folder takes the place of the user's ingest folder.
+/// The folder replaces the user's ingest folder.
 void CommandProgram::takeIngestFolder(const QString& folder) {
     const PathReferences references;
     const bool isWatching = options.command == Options::Command::watchFolder;

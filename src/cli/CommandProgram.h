@@ -19,7 +19,7 @@
 
 namespace ostrelle {
 
-/// A folder is watched from the command line, and no server.
+/// No server: the command line only watches folders.
 class NoRemoteSource : public RemoteSource {
 public:
     void start() override {}
@@ -33,15 +33,15 @@ public:
     CommandProgram(const CommandProgram&) = delete;
     CommandProgram& operator=(const CommandProgram&) = delete;
 
-    /// What is missing before anything can be captioned; empty when nothing is.
+    /// What is missing to caption anything; empty when nothing is.
     QString missingConfiguration() const;
-    /// Says on standard error when the names of the roster will not be used.
+    /// Prints on standard error if the names in the roster will not be used.
     void warnOfRoster();
-    /// Says on standard error that it could not be saved what has been captioned, if so.
+    /// Prints on standard error if the record of captioned files could not be saved.
     void warnOfManifest();
-    /// Says it on standard error, once.
+    /// Prints the warning on standard error, once.
     void warn(const QString& warning);
-    /// Finishes what is under way and says whether all results could be told and saved.
+    /// Finishes work under way. True when all results could be printed and saved.
     QCoro::Task<bool> finish();
 
     const Options options;
@@ -62,7 +62,7 @@ private:
     NoRemoteSource m_remote;
     UnsandboxedAccess m_access;
     SystemClock m_clock;
-    QSet<QString> m_warnings; ///< said so far
+    QSet<QString> m_warnings; ///< printed so far
 
 public:
     CaptionProgram captions;

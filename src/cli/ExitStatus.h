@@ -3,7 +3,7 @@
 
 namespace ostrelle {
 
-/// What the program's exit status means.
+/// The program's exit status.
 enum ExitStatus : int {
     success = 0,
     fileFailed = 1,          ///< a file could not be captioned, or the key could not be stored

@@ -9,6 +9,7 @@
 #include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
 
+#include <QCoroTask>
 #include <QFileInfo>
 
 namespace ostrelle {
@@ -26,7 +27,7 @@ QString whyNoImage(const QString& path) {
     return file.isFile() ? QString() : u"There is no such file."_s;
 }
 
-/// The files of a command line, one after the other.
+/// Captions the files of a command line one after the other.
 class FilesRun : public QObject {
 public:
     explicit FilesRun(CommandProgram& program) : m_program(program) {
@@ -84,7 +85,7 @@ private:
     }
 
     CommandProgram& m_program;
-    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
+    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines show the same
     bool m_hasFailure = false;
 };
 

@@ -8,8 +8,8 @@
 
 namespace ostrelle {
 
-/// Captions the files one after the other, or shows their prompts, and tells what became of each. Runs the
-/// event loop of the application. The result is an ExitStatus.
+/// Captions the files one after the other, or shows their prompts, and prints each result. Runs the
+/// application's event loop. Returns an ExitStatus.
 int runFilesCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints);
 
 } // namespace ostrelle

@@ -6,13 +6,15 @@
 #include "cli/ProgressBar.h"
 #include "cli/ReportPrinter.h"
 
+#include <QCoroTask>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A run over a folder, with a bar that tells batch and image.
+/// A run over a folder, with a bar that shows batch and image.
 class FolderCommandRun : public QObject {
 public:
     explicit FolderCommandRun(CommandProgram& program) : m_program(program) {
@@ -48,7 +50,7 @@ private:
     }
 
     CommandProgram& m_program;
-    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines tell as much
+    ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines show the same
 };
 
 } // namespace

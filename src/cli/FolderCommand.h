@@ -8,8 +8,8 @@
 
 namespace ostrelle {
 
-/// Captions the images of a folder, ten in a request, and tells what became of each. Runs the event loop of
-/// the application. The result is an ExitStatus.
+/// Captions the images of a folder, ten per request, and prints each result. Runs the application's event
+/// loop. Returns an ExitStatus.
 int runFolderCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints);
 
 } // namespace ostrelle

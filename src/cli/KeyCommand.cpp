@@ -19,8 +19,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A terminal that does not show what is typed, for the length of a scope. Ctrl+C arrives as a character
-/// meanwhile: as a signal it would leave the terminal as it is.
+/// Turns the terminal's echo off for the length of a scope. Ctrl+C arrives as a character meanwhile: as a
+/// signal it would leave the echo off.
 class HiddenInput {
 public:
     explicit HiddenInput(int terminal)
@@ -55,7 +55,7 @@ QString readLine(std::FILE* input) {
     return hasControl ? QString() : key;
 }
 
-/// Makes the change in the file at once. False when the file does not have it then; says why.
+/// Makes the change in the file at once. False when that fails; prints why.
 bool changeKey(const QString& defaultsPath, const QJsonValue& key, PlainLog& errors) {
     DefaultsFile file(defaultsPath);
     QString failure;

@@ -8,11 +8,11 @@
 
 namespace ostrelle {
 
-/// Reads the API key from the first line of the stream and stores it in the defaults file. On a terminal it
-/// asks for the key and does not show it. The result is an ExitStatus.
+/// Reads the API key from the first line of the stream and stores it in the defaults file. On a terminal,
+/// asks for the key and does not echo it. Returns an ExitStatus.
 int storeKey(const QString& defaultsPath, std::FILE* input, PlainLog& output, PlainLog& errors);
 
-/// Forgets the stored key. The result is an ExitStatus.
+/// Removes the stored key. Returns an ExitStatus.
 int clearKey(const QString& defaultsPath, PlainLog& output, PlainLog& errors);
 
 } // namespace ostrelle

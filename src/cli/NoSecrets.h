@@ -3,9 +3,12 @@
 
 #include "platform/SecretStore.h"
 
+#include <QCoroTask>
+#include <optional>
+
 namespace ostrelle {
 
-/// For a program that needs no password: the desktop's keyring is not asked, and so never asks the user.
+/// For a program that needs no password: never touches the desktop's keyring, which might prompt the user.
 class NoSecrets : public SecretStore {
 public:
     QCoro::Task<int> save(QString, QString, QString) override { co_return 0; }

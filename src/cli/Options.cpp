@@ -48,7 +48,7 @@ void addOptions(QCommandLineParser& parser) {
     });
 }
 
-/// What is wrong with the values, or nothing; fills in the options on the way.
+/// Fills in the options. Returns what is wrong with their values, if anything.
 QString readValues(const QCommandLineParser& parser, Options& options) {
     if (parser.isSet(u"style"_s)) {
         for (const StyleName& row : styleNames()) {
@@ -87,7 +87,7 @@ QString readValues(const QCommandLineParser& parser, Options& options) {
     return {};
 }
 
-/// --folder or --watch, which take the place of files.
+/// --folder or --watch, instead of files.
 QString readFolderCommand(const QCommandLineParser& parser, Options& options) {
     const bool isWatching = parser.isSet(u"watch"_s);
     const bool isOnlyNew = parser.isSet(u"only-new"_s);

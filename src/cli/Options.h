@@ -11,7 +11,7 @@
 
 namespace ostrelle {
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Options {
     enum class Command { caption, showPrompt, captionFolder, watchFolder, storeKey, clearKey, help, version };
     enum class Overwrite { asSet, always, never };
@@ -28,13 +28,13 @@ struct Options {
     bool verbose = false;
 };
 
-/// The options, or what is wrong with them.
+/// The options, or an error.
 struct ParsedOptions {
     Options options;
-    QString error; ///< empty when all is well
+    QString error; ///< empty when there is none
 };
 
-/// Reads the arguments behind the program's name.
+/// Parses the arguments after the program's name.
 ParsedOptions parseOptions(const QStringList& arguments);
 
 /// The text of --help.

@@ -44,7 +44,7 @@ void ProgressBar::show(qsizetype done, qsizetype steps, const QString& label) {
 
 void ProgressBar::clear() {
     if (m_isDrawn) {
-        std::fputs("\r\x1B[K", m_stream); // back to the margin and erase to the end of the line (ECMA-48, EL)
+        std::fputs("\r\x1B[K", m_stream); // to the margin, then erase to the end of the line (ECMA-48, EL)
         std::fflush(m_stream);
         m_isDrawn = false;
     }

@@ -6,18 +6,18 @@
 
 namespace ostrelle {
 
-/// One line that is drawn over itself on a terminal, and nothing at all elsewhere.
+/// A line that redraws itself on a terminal, and is absent elsewhere.
 class ProgressBar {
 public:
-    /// Draws on the stream if that is a terminal, and nothing at all unless it is wanted.
+    /// Draws on the stream if that is a terminal and the bar is wanted.
     ProgressBar(std::FILE* stream, bool isWanted);
     ~ProgressBar() { clear(); }
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// Shows how many steps are done and what is in hand, if there is more than one step.
+    /// Shows how many steps are done and what is being done, if there is more than one step.
     void show(qsizetype done, qsizetype steps, const QString& label);
-    /// Takes the line away, so that other output finds a clean one.
+    /// Erases the line, so that other output starts on a clean one.
     void clear();
 
 private:

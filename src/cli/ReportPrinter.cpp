@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <optional>
 
 namespace ostrelle {
 
@@ -23,7 +24,7 @@ QString detail(const QString& label, const QString& text) {
     return u"\n  %1%2"_s.arg(label.leftJustified(11), text);
 }
 
-/// Captions and names are other people's: what a terminal would obey is shown as a mark.
+/// Captions and names come from others, so control characters that a terminal would obey become a mark.
 QString printable(QString text) {
     for (QChar& character : text) {
         if (character.category() == QChar::Other_Control && character != u'\n') {

@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// What became of an image, in lines for a person: the outcome, the captions before and after, the rendition
+/// The result for an image in lines for a person: the outcome, the captions before and after, the rendition
 /// and the cost.
 QString reportText(const ImageOutcome& image);
 

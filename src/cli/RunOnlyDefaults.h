@@ -3,15 +3,16 @@
 
 #include "platform/DefaultsStore.h"
 
+#include <QCoroTask>
 #include <QHash>
 
 namespace ostrelle {
 
-/// The user's defaults for reading; whatever is set or removed here lasts for this run only and is never
-/// stored. A settings store that is loaded over it leaves the settings of the desktop program alone.
+/// The user's defaults, read-only: changes last for this run and are never stored. A settings store loaded
+/// from it leaves the desktop program's settings alone.
 class RunOnlyDefaults : public DefaultsStore {
 public:
-    /// The store has to outlive this one.
+    /// The store must outlive this one.
     explicit RunOnlyDefaults(const DefaultsStore& stored) : m_stored(stored) {}
 
     QVariant value(const QString& key) const override {

@@ -4,12 +4,14 @@
 #include "platform/Alerts.h"
 #include "platform/PlainLog.h"
 
+#include <QCoroTask>
+
 namespace ostrelle {
 
-/// Alerts of a program without windows: told, and answered with the last button.
+/// Alerts of a program without windows: prints each and answers it with the last button.
 class TerminalAlerts : public Alerts {
 public:
-    /// The log has to outlive the alerts.
+    /// The log must outlive the alerts.
     explicit TerminalAlerts(PlainLog& errors) : m_errors(errors) {}
 
     QCoro::Task<int> show(Alert alert) override {

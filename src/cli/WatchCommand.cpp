@@ -7,6 +7,7 @@
 #include "platform/InterruptSignals.h"
 
 #include <QCoroSignal>
+#include <QCoroTask>
 #include <QSet>
 
 namespace ostrelle {
@@ -15,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Auto mode on the folder of the command line.
+/// Auto mode on the folder given on the command line.
 class WatchRun : public QObject {
     Q_OBJECT
 
@@ -52,12 +53,12 @@ private:
         if (isFailure(image.kind)) {
             m_failed.insert(image.file);
         } else {
-            m_failed.remove(image.file); // a later attempt did it
+            m_failed.remove(image.file); // a later attempt succeeded
         }
         m_program.output.print(m_program.options.json ? reportJson(image) : reportLine(image));
     }
 
-    /// Something that auto mode needs has gone.
+    /// Something that auto mode needs has gone away.
     void endWithoutAutoMode() {
         if (!m_program.captions.settings.autoMode()) {
             m_program.errors.print(u"ostrelle-caption: "_s +

@@ -8,9 +8,9 @@
 
 namespace ostrelle {
 
-/// Runs auto mode on a folder until SIGINT, SIGTERM or SIGHUP, with one line for each image that is done
-/// with. Then no new image begins, and those in the works are finished; a second signal ends at once, which
-/// loses nothing either. Runs the event loop of the application. The result is an ExitStatus.
+/// Runs auto mode on a folder until SIGINT, SIGTERM or SIGHUP, and prints a line for each finished image. The
+/// signal stops new images and lets those under way finish; a second one ends the program at once, which
+/// loses nothing either. Runs the application's event loop. Returns an ExitStatus.
 int runWatchCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints);
 
 } // namespace ostrelle

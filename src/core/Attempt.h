@@ -13,7 +13,7 @@
 
 namespace ostrelle {
 
-/// The exception as this type; nothing when it is another one, or null.
+/// The exception as this type, or nothing when it is null or of another type.
 template <typename E>
 std::optional<E> failureAs(const std::exception_ptr& failure) {
     if (!failure) {
@@ -28,7 +28,7 @@ std::optional<E> failureAs(const std::exception_ptr& failure) {
     }
 }
 
-/// The words of any exception. `failure` is not null.
+/// The description of any exception. `failure` is not null.
 inline QString wordsOf(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
@@ -39,8 +39,8 @@ inline QString wordsOf(const std::exception_ptr& failure) {
     }
 }
 
-/// The value of an operation, or the exception that it ended with: for callers that log a failure, or take
-/// another way, before they await something else.
+/// The result of an operation, or the exception it threw: for callers that log a failure or fall back before
+/// they await anything else.
 template <typename T>
 class Attempt {
 public:
@@ -61,7 +61,7 @@ public:
     T valueOr(T other) const { return m_value.value_or(std::move(other)); }
 
     [[noreturn]] void rethrow() const { std::rethrow_exception(m_error); }
-    /// The words of the failure.
+    /// The description of the failure.
     QString words() const { return wordsOf(m_error); }
     /// Null for a success.
     const std::exception_ptr& failure() const { return m_error; }
@@ -76,7 +76,7 @@ private:
     std::exception_ptr m_error;
 };
 
-/// Calls the function, which returns a value, and keeps what it throws.
+/// Calls the function, which returns a value, and catches what it throws.
 template <typename Function>
 Attempt<std::invoke_result_t<Function>> attemptNow(Function function) {
     using Result = Attempt<std::invoke_result_t<Function>>;
@@ -87,7 +87,7 @@ Attempt<std::invoke_result_t<Function>> attemptNow(Function function) {
     }
 }
 
-/// Awaits the task and keeps what it throws. A task without a result gives a std::monostate.
+/// Awaits the task and catches what it throws. A task without a result yields a std::monostate.
 inline QCoro::Task<Attempt<std::monostate>> attempt(QCoro::Task<> task) {
     try {
         co_await std::move(task);
@@ -106,7 +106,7 @@ QCoro::Task<Attempt<T>> attempt(QCoro::Task<T> task) {
     }
 }
 
-/// offMainThread() for a function that may fail.
+/// offMainThread() for a function that may throw.
 template <typename Function>
 auto attemptOffMainThread(Function function) {
     return attempt(offMainThread(std::move(function)));

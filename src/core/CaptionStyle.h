@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// The house style that a caption is written in.
+/// The house style of a caption.
 enum class CaptionStyle { apSports, gettySports, imagnImages, simple };
 
 template <>

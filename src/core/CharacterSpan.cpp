@@ -9,17 +9,17 @@ namespace ostrelle {
 
 namespace {
 
-/// Combining marks and the selectors of a character's form.
+/// Combining marks and variation selectors.
 bool isMark(char16_t unit) {
     return (unit >= 0x0300 && unit <= 0x036F) || (unit >= 0xFE00 && unit <= 0xFE0F);
 }
 
-/// Line ends, other controls and the soft hyphen: no mark joins them.
+/// Line ends, other controls and the soft hyphen: marks do not attach to them.
 bool isControl(char16_t unit) {
     return unit < 0x0020 || (unit >= 0x007F && unit <= 0x009F) || unit == 0x00AD;
 }
 
-/// True for code units among which only marks, and CR with LF, make one character of several.
+/// True for code units that never form a character together, apart from marks and CR LF.
 bool isPlain(char16_t unit) {
     return unit <= 0x036F || (unit >= 0x0400 && unit <= 0x0482) // Latin, marks, Cyrillic
            || (unit >= 0x2010 && unit <= 0x2027)                // dashes and quotes
@@ -29,12 +29,12 @@ bool isPlain(char16_t unit) {
            || (unit >= 0xFE00 && unit <= 0xFE0F);               // selectors
 }
 
-/// The first half of a pictograph, U+1F000 to U+1FBFF.
+/// A high surrogate of a pictograph, U+1F000 to U+1FBFF.
 bool leadsPictograph(char16_t unit) {
     return unit >= 0xD83C && unit <= 0xD83E;
 }
 
-/// Pictographs are plain too, but for the letters that make up flags.
+/// Pictographs are plain too, except the regional indicators that make up flags.
 bool isPlainPictograph(char16_t lead, char16_t trail) {
     return leadsPictograph(lead) && trail >= 0xDC00 && trail <= 0xDFFF &&
            !(lead == 0xD83C && trail >= 0xDDE6 && trail <= 0xDDFF);
@@ -61,7 +61,7 @@ CharacterSpan spanInPlainText(std::u16string_view text, qsizetype most) {
     return span;
 }
 
-/// Whether all that is not plain are plain pictographs; `at` is where the first of it stands.
+/// True if everything that is not plain is a plain pictograph; `at` is the first such place.
 bool isPlainAroundPictographs(const char16_t* at, const char16_t* end) {
     while (at != end) {
         if (end - at < 2 || !isPlainPictograph(at[0], at[1])) {
@@ -99,7 +99,7 @@ CharacterSpan spanInAnyText(QStringView text, qsizetype most) {
     return span;
 }
 
-/// The text up to and with its first line feed. A character ends there in any case.
+/// The text up to and including its first line feed, which always ends a character.
 QStringView firstLine(QStringView text) {
     const qsizetype lineFeed = text.indexOf(u'\n');
     return lineFeed < 0 ? text : text.first(lineFeed + 1);

@@ -15,7 +15,7 @@ struct CharacterSpan {
 };
 
 /// The first `most` user-perceived characters of the text (extended grapheme clusters, Unicode Annex 29), or
-/// all of it. Made for long texts: lines of common scripts cost about as much as a look at each code unit.
+/// all of it. Fast on long texts: common scripts cost little more than a look at each code unit.
 CharacterSpan spanOfCharacters(QStringView text, qsizetype most = std::numeric_limits<qsizetype>::max());
 
 } // namespace ostrelle

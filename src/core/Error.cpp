@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/Error.h"
 
+#include <utility>
+
 namespace ostrelle {
 
 Error::Error(QString description) : m_description(std::move(description)), m_utf8(m_description.toUtf8()) {}

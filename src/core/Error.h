@@ -7,12 +7,12 @@
 
 namespace ostrelle {
 
-/// The base of every failure that this program raises itself: a type to catch and a sentence to show.
+/// The base of every failure that this program throws itself: a type to catch and a sentence to show.
 class Error : public std::exception {
 public:
     explicit Error(QString description);
 
-    /// What went wrong, for a log line or a person.
+    /// What went wrong, in words fit for the log or the screen.
     const QString& localizedDescription() const noexcept { return m_description; }
     /// The same in UTF-8.
     const char* what() const noexcept override { return m_utf8.constData(); }
@@ -22,7 +22,7 @@ private:
     QByteArray m_utf8;
 };
 
-/// The words of any exception: an Error's description, or what() of a library's.
+/// The description of any exception: an Error's own, or what() of a library's.
 QString describe(const std::exception& error);
 
 } // namespace ostrelle

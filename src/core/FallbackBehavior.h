@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// What the model is asked to do with a picture that it cannot place.
+/// What the model should do with a picture it cannot place.
 enum class FallbackBehavior { omitCaption, attemptCaption };
 
 template <>

@@ -8,9 +8,8 @@
 
 namespace ostrelle {
 
-/// Parses the internet date-time form of ISO 8601 and nothing else: "2024-03-05T19:02:33Z" or with an
-/// offset such as "-05:00". Date, time and zone are required and a fraction of a second is refused.
-/// The result is in UTC.
+/// Parses only the internet date-time form of ISO 8601: "2024-03-05T19:02:33Z", or an offset such as "-05:00"
+/// for the Z. Date, time and zone are required; a fraction of a second is refused. Returns UTC.
 std::optional<QDateTime> parseIso8601(QStringView text);
 
 /// The same form, in UTC: "2024-03-05T19:02:33Z".

@@ -7,8 +7,7 @@
 
 namespace ostrelle {
 
-/// onThreadPool() with the program's own worker threads: at most as many functions run at once as there are
-/// cores.
+/// onThreadPool() on the program's own worker threads: at most one function per core runs at once.
 template <typename Function>
 auto offMainThread(Function function) {
     return onThreadPool(QThreadPool::globalInstance(), std::move(function));

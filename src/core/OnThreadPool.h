@@ -14,9 +14,9 @@
 
 namespace ostrelle {
 
-/// Runs a pure function over values on one of the pool's threads and resumes the caller on its own thread
-/// with the result, or with the exception that the function threw. When all threads are busy it waits its
-/// turn. The function must own all that it uses; the pool has to outlive it.
+/// Runs a pure function on one of the pool's threads and resumes the caller on its own thread with the
+/// result, or throws what the function threw. Waits for a thread when all are busy. The function must own
+/// everything it uses; the pool must outlive the call.
 template <typename Function>
 QCoro::Task<std::invoke_result_t<Function>> onThreadPool(QThreadPool* pool, Function function) {
     using Value = std::invoke_result_t<Function>;
@@ -24,8 +24,7 @@ QCoro::Task<std::invoke_result_t<Function>> onThreadPool(QThreadPool* pool, Func
         std::optional<std::conditional_t<std::is_void_v<Value>, std::monostate, Value>> value;
         std::exception_ptr error;
     };
-    // A QFuture would wrap a foreign exception and cannot hold a type that only moves: the outcome goes
-    // beside it.
+    // A QFuture wraps foreign exceptions and cannot hold move-only types, so the outcome travels beside it.
     auto outcome = std::make_shared<Outcome>();
     auto work = [outcome, function = std::move(function)]() mutable {
         try {

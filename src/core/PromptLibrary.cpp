@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the names of a style's texts begin with.
+/// The prefix of the names of a style's texts.
 QString prefix(CaptionStyle style) {
     switch (style) {
     case CaptionStyle::apSports:
@@ -75,7 +75,7 @@ QString PromptLibrary::audioRules(bool isPriority) const {
 }
 
 QString PromptLibrary::styleRules(CaptionStyle style, Sport sport, bool includeOffenseDefense) const {
-    // The simple style has no place for a bib rule, nor the line break that leads to it.
+    // The simple style has no room for a bib rule or the line break before it.
     const QString lead = style == CaptionStyle::simple ? QString() : u'\n' + bibRule(style, sport);
     return text(prefix(style) + u"Head"_s) + identifyRule(style, includeOffenseDefense) + lead +
            text(prefix(style) + u"Body"_s) +

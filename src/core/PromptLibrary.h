@@ -11,20 +11,19 @@
 
 namespace ostrelle {
 
-/// The texts of the prompt library under their names, such as "apHead". Line breaks at either end are part of
-/// a text.
+/// The texts of the prompt library by name, such as "apHead". Line breaks at either end belong to the text.
 using PromptTexts = QMap<QString, QString>;
 
-/// The texts that are built in: the files of resources/prompts, named without ".txt".
+/// The built-in texts: the files of resources/prompts, named without ".txt".
 PromptTexts builtInPromptTexts();
 
-/// The built-in text of this name, or nothing. It needs no copy and lasts as long as the program.
+/// The built-in text of this name, or nothing. No copy is made; it lasts as long as the program.
 QStringView promptLiteral(QStringView name);
 
-/// What a set of texts tells the model about a sport, a style or a setting. A text that is missing is empty.
+/// What a set of texts says to the model about a sport, a style or a setting. A missing text is empty.
 class PromptLibrary {
 public:
-    /// Where a mandatory rule for the roster goes: each prompt has its own layout of it.
+    /// Which prompt a mandatory roster rule is for: each has its own layout for it.
     enum class Prompt { singleImage, batch };
 
     PromptLibrary() : PromptLibrary(builtInPromptTexts()) {}
@@ -34,18 +33,18 @@ public:
     QString commonData() const;
     QString sportRules(Sport sport) const;
     QString fallbackRules(FallbackBehavior behavior) const;
-    /// How much weight the photographer's spoken note has.
+    /// How much weight the photographer's audio note carries.
     QString audioRules(bool isPriority) const;
 
-    /// All of a style: its head, how players are identified, for sports with bibs when a number may be named,
-    /// its body, and with offense and defense an example of players who share a number.
+    /// The whole of a style: its head, how to identify players, when to name a number (for sports with bibs),
+    /// its body and, with offense and defense, an example of players who share a number.
     QString styleRules(CaptionStyle style, Sport sport, bool includeOffenseDefense) const;
-    /// The line that styleRules() ends with when offense and defense are told apart.
+    /// The last line of styleRules() when offense and defense are told apart.
     QString offenseDefenseExample(CaptionStyle style) const;
 
     QString rosterHead() const;
     QString rosterTruncationNote() const;
-    /// The rule that all players who share a number are named.
+    /// The rule to name all players who share a number.
     QString rosterOffenseDefense(Prompt prompt) const;
 
 private:

@@ -6,7 +6,7 @@
 
 namespace ostrelle {
 
-/// A file of resources/prompts as it was compiled in: its name without ".txt" and what is in it.
+/// A file of resources/prompts, compiled in: its name without ".txt" and its contents.
 struct PromptLiteral {
     QStringView name;
     QStringView text;

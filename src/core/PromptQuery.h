@@ -11,7 +11,7 @@
 
 namespace ostrelle {
 
-/// What prompt templates are asked for.
+/// What to request prompt templates for.
 struct PromptQuery {
     CaptionStyle style = CaptionStyle::apSports;
     Sport sport = Sport::football;
@@ -21,10 +21,10 @@ struct PromptQuery {
     QString version = QStringLiteral("v1");
 };
 
-/// The names and values of the request's query, in its order.
+/// The names and values of the request's query, in order.
 QList<QPair<QString, QString>> queryItems(const PromptQuery& query);
 
-/// The name of the query's entry in the cache, such as "v1-apSports-football-attemptCaption-true-false".
+/// The key of the query's cache entry, such as "v1-apSports-football-attemptCaption-true-false".
 QString cacheKey(const PromptQuery& query);
 
 } // namespace ostrelle

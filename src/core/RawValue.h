@@ -8,7 +8,7 @@
 
 namespace ostrelle {
 
-/// One row of an enumeration's table: the case, the text that it is stored and sent as, and its label.
+/// One row of an enumeration's table: the case, the text it is stored and sent as, and its label.
 template <typename Enum>
 struct RawValueRow {
     Enum value;
@@ -16,7 +16,7 @@ struct RawValueRow {
     QStringView label;
 };
 
-/// The rows of an enumeration, in case order. Each enumeration specializes this beside itself.
+/// The rows of an enumeration, in case order. Each enumeration specializes this next to its definition.
 template <typename Enum>
 std::span<const RawValueRow<Enum>> rawValueRows();
 
@@ -40,7 +40,7 @@ QString label(Enum value) {
     return {};
 }
 
-/// The case that is stored as this text, if there is one. Case and blanks count.
+/// The case stored as this text, if there is one. Case and blanks matter.
 template <typename Enum>
 std::optional<Enum> fromRawValue(QStringView text) {
     for (const RawValueRow<Enum>& row : rawValueRows<Enum>()) {

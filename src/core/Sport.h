@@ -41,13 +41,13 @@ inline std::span<const RawValueRow<Sport>> rawValueRows<Sport>() {
     return rows;
 }
 
-/// What the sport picker offers: all cases in order but horse racing, which stays valid where it is stored.
+/// The sports in the picker: all cases in order except horse racing, which remains valid where it is stored.
 QList<Sport> selectableSports();
 
-/// Symbol names for the sport's icon, the best first.
+/// Symbol names for the sport's icon, best first.
 QStringList iconCandidates(Sport sport);
 
-/// The first candidate for which the desktop has a symbol, or "sportscourt".
+/// The first candidate the desktop has a symbol for, or "sportscourt".
 QString iconName(Sport sport, const std::function<bool(const QString&)>& symbolExists);
 
 } // namespace ostrelle

@@ -8,16 +8,16 @@
 
 namespace ostrelle {
 
-/// Starts tasks that nobody awaits, and tells what escapes from them. The owner awaits finished() before it
-/// lets go of what the tasks use: a task cannot be cancelled.
+/// Starts tasks that nobody awaits, and reports the exceptions that escape them. Tasks cannot be cancelled,
+/// so the owner must await finished() before it destroys anything they use.
 class TaskGroup {
 public:
-    /// `report` is given the words of each failure.
+    /// `report` receives the description of each failure.
     explicit TaskGroup(std::function<void(const QString& words)> report);
 
     void spawn(QCoro::Task<> task);
     qsizetype running() const;
-    /// Resumes when no task is left, those included that begin meanwhile.
+    /// Resumes when no task is left, including those started in the meantime.
     QCoro::Task<> finished() const;
 
 private:

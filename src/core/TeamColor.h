@@ -8,8 +8,8 @@
 
 namespace ostrelle {
 
-/// A jersey colour: the name that is stored and told to the model, and the sRGB components (0 to 1) that
-/// its swatch is painted with.
+/// A jersey colour: the name that is stored and given to the model, and the sRGB components (0 to 1) of its
+/// swatch.
 struct TeamColor {
     QStringView name;
     std::array<double, 3> swatch;
@@ -18,7 +18,7 @@ struct TeamColor {
 /// All team colours, in picker order.
 std::span<const TeamColor> teamColors();
 
-/// The swatch of the colour of this name; any other name paints as Blue.
+/// The swatch of the colour of this name; any unknown name paints as Blue.
 std::array<double, 3> swatchColor(QStringView name);
 
 } // namespace ostrelle

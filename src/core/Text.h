@@ -17,7 +17,7 @@ QString firstCharacters(QStringView text, qsizetype count);
 /// The last `count` user-perceived characters of the text, or all of it.
 QString lastCharacters(QStringView text, qsizetype count);
 
-/// What a noun that is counted ends with: nothing for 1, otherwise "s".
+/// The plural ending of a counted noun: nothing for 1, otherwise "s".
 QString plural(qint64 count);
 
 /// The first three names, and how many more there are: "a.jpg, b.jpg, c.jpg and 2 more".

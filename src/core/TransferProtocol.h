@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// How the remote server is spoken to.
+/// The protocol spoken to the remote server.
 enum class TransferProtocol { ftp, sftp };
 
 template <>
@@ -19,7 +19,7 @@ inline std::span<const RawValueRow<TransferProtocol>> rawValueRows<TransferProto
     return rows;
 }
 
-/// The TCP port that the protocol's servers listen on unless told otherwise (RFC 959, RFC 4251).
+/// The TCP port that the protocol's servers listen on by default (RFC 959, RFC 4251).
 constexpr int defaultPort(TransferProtocol protocol) {
     return protocol == TransferProtocol::sftp ? 22 : 21;
 }

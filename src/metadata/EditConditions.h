@@ -10,8 +10,8 @@
 
 namespace ostrelle {
 
-/// What decides whether a caption can be written into an image. An image that could not be edited is worth
-/// another attempt only when one of these has changed.
+/// What decides whether a caption can be written into an image. After a failed edit, another attempt only
+/// makes sense when one of these has changed.
 struct EditConditions {
     std::optional<FileStamp> image;
     std::optional<FileStamp> sidecar; ///< of an image that has one
@@ -19,12 +19,12 @@ struct EditConditions {
     ino_t folderNumber = 0;
     mode_t folderMode = 0;
     bool isFolderWritable = false;
-    bool isFileWritable = false; ///< the one that the caption goes into
+    bool isFileWritable = false; ///< the file that the caption goes into
     bool hasRoom = false;
 
     bool operator==(const EditConditions&) const = default;
 
-    /// As they are now. For worker threads.
+    /// The current conditions. For worker threads.
     static EditConditions of(const QString& image);
 };
 

@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 namespace ostrelle {
 
@@ -21,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Returns the name that the sidecar has now. Throws FileError.
+/// Returns the sidecar's new name. Throws FileError.
 QString setAside(const QString& sidecar) {
     constexpr int mostCopies = 1000;
     for (int number = 1; number <= mostCopies; ++number) {
@@ -38,8 +39,8 @@ QString setAside(const QString& sidecar) {
     throw FileError(u"set aside"_s, sidecar, EEXIST);
 }
 
-/// Nothing is in it, and it is too old to be one that somebody is about to write: what a program leaves that
-/// is killed right after it has made the file, as we may be where a file system offers little.
+/// True for an empty sidecar too old for anyone to be about to write it. A program killed right after
+/// creating the file leaves one; so may ours, on a file system that offers little.
 bool isAbandoned(const QString& sidecar) {
     constexpr qint64 patience = 10; // seconds
     const QFileInfo file(sidecar);
@@ -73,7 +74,7 @@ void ImageMetadata::replaceUnreadableSidecar() const {
     try {
         XMPWriter().createMissingSidecar(place);
     } catch (const FileError&) {
-        QFile::rename(copy, place); // which takes nobody's place
+        QFile::rename(copy, place); // never over an existing file
         throw;
     }
 }
@@ -99,7 +100,7 @@ WrittenCaption ImageMetadata::writeCaption(const QString& caption, const Caption
     if (m_isEmbedded) {
         return XMPWriter().writeEmbeddedCaption(caption, m_image, log, source);
     }
-    const std::optional<FileStamp> image = FileStamp::at(m_image); // from before it is compared
+    const std::optional<FileStamp> image = FileStamp::at(m_image); // from before the comparison
     const QString place = sidecar();
     std::optional<QString> written = XMPWriter().writeDefaultCaption(caption, place, m_image, source);
     touchFile(place);

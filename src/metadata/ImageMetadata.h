@@ -11,32 +11,32 @@
 
 namespace ostrelle {
 
-/// The metadata of one image, wherever they are: inside a JPEG, or in the sidecar of any other image. The one
-/// way to them; each operation opens the file anew and throws what XMPWriter throws. For worker threads.
+/// The metadata of one image, inside a JPEG or in the sidecar of any other image. All access goes through
+/// here; each operation opens the file anew and throws what XMPWriter throws. For worker threads.
 class ImageMetadata {
 public:
     explicit ImageMetadata(QString image);
 
     /// True for a JPEG.
     bool isEmbedded() const { return m_isEmbedded; }
-    /// Where the sidecar is or would be, for a JPEG too. Looks at the disk.
+    /// The path of the existing sidecar, or of the one to be made; for a JPEG too. Looks at the disk.
     QString sidecar() const;
 
-    /// Makes the sidecar of an image that needs one and has none. True when it is new.
+    /// Makes the sidecar of an image that needs one and has none. True when it made one.
     bool provideSidecar() const;
-    /// Puts a new sidecar in the place of one that nobody may read, which stays beside it under another name:
-    /// ".unreadable" is added to it, and a number if need be.
+    /// Replaces a sidecar that cannot be read with a new one. The old one stays beside it under a name with
+    /// ".unreadable" added, and a number if needed.
     void replaceUnreadableSidecar() const;
 
-    /// All facts from one opening. Dates that are days are those of the zone.
+    /// All facts from one opening. Dates become days in the zone.
     MetadataReading read(const QTimeZone& zone) const;
 
     /// The same, and whether a caption could be written. Changes nothing.
     EditableReading readEditable(const QTimeZone& zone) const;
 
-    /// Writes the caption, if the image is still what the caption was made from: throws OvertakenError
-    /// otherwise. A sidecar's modification time becomes now, even if nothing in it changes. What comes back
-    /// holds as of the write, whatever has become of the file since.
+    /// Writes the caption if the image is still what the caption was made from; otherwise throws
+    /// OvertakenError. Sets a sidecar's modification time to now even if nothing in it changes. The result is
+    /// true as of the write, whatever has happened to the file since.
     WrittenCaption writeCaption(const QString& caption, const CaptionSource& source, PlainLog& log) const;
 
 private:

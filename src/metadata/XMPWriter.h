@@ -12,64 +12,63 @@
 
 namespace ostrelle {
 
-/// Reads and writes image metadata. Every operation opens the file anew and is safe on any thread. A missing
-/// file is XMPError::fileMissing and a document without root XMPError::noPacket; XML that cannot be read is
-/// an XmlError, and what the system refuses is a FileError.
+/// Reads and writes image metadata. Every operation opens the file anew and is thread-safe. Throws
+/// XMPError::fileMissing for a missing file, XMPError::noPacket for a document without a root, XmlError for
+/// unreadable XML and FileError for what the system refuses.
 class XMPWriter {
 public:
-    /// Writes the template of a new sidecar, with an empty caption, over whatever is there.
+    /// Writes the template of a new sidecar, with an empty caption, over whatever exists.
     void createEmptySidecar(const QString& sidecar) const;
 
-    /// Writes that template only if there is no sidecar. False when there is one by now: another program may
-    /// write it at any moment, and what it knows of the picture must not be lost.
+    /// Writes that template only if there is no sidecar. False when one now exists: another program may write
+    /// it at any moment, and what it recorded about the picture must not be lost.
     bool createMissingSidecar(const QString& sidecar) const;
 
-    /// All of the following four from one opening. Dates in element form become days in the given zone.
+    /// Reads all of the following four in one opening. Dates in element form become days in the given zone.
     MetadataReading readSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
-    /// Writes that template into a sidecar that is there and empty. Throws FileError, also when something is
-    /// in it by then.
+    /// Writes that template into an existing empty sidecar. Throws FileError, also when the sidecar is no
+    /// longer empty.
     void fillEmptySidecar(const QString& sidecar) const;
 
-    /// The caption as it stands in x-default, untrimmed; nothing when the sidecar has none.
+    /// The x-default caption, untrimmed; nothing when the sidecar has none.
     std::optional<QString> readDefaultCaption(const QString& sidecar) const;
 
-    /// Puts the caption into the existing sidecar and leaves all else in it as it was. On any failure the
+    /// Puts the caption into the existing sidecar and leaves everything else in it alone. On any failure the
     /// old file is intact. Also throws XMPError::writeFailed.
     void writeDefaultCaption(const QString& caption, const QString& sidecar) const;
 
-    /// The same, only over what the caption was made from: throws OvertakenError where the sidecar or the
-    /// image's picture is another by now. Returns the caption that is there after the write.
+    /// The same, but throws OvertakenError if the sidecar or the image's picture is no longer what the
+    /// caption was made from. Returns the caption that the sidecar has after the write.
     std::optional<QString> writeDefaultCaption(const QString& caption, const QString& sidecar,
                                                const QString& image, const CaptionSource& source) const;
 
-    /// readSidecar(), and whether a caption could be put into the text and the file be replaced. Changes
-    /// nothing.
+    /// readSidecar(), and whether a caption could be put into the sidecar. Changes nothing.
     EditableReading readEditableSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
-    /// What is known of place, event and date. Dates in element form become days in the given zone.
+    /// The known place, event and date. Dates in element form become days in the given zone.
     XMPContext readContext(const QString& sidecar, const QTimeZone& zone) const;
 
-    /// The rights line in x-default, trimmed. Tells the log what it finds on the way.
+    /// The x-default rights line, trimmed. Logs what it finds on the way.
     std::optional<QString> readRights(const QString& sidecar, PlainLog& log) const;
 
     /// The first creator, trimmed.
     std::optional<QString> readCreator(const QString& sidecar) const;
 
-    // The same of a JPEG image, whose metadata are in the file itself. An image that cannot be opened is
-    // XMPError::fileMissing; one that is no JPEG has no metadata.
+    // The same for a JPEG image, which holds its metadata itself. XMPError::fileMissing for an image that
+    // cannot be opened; a file that is not a JPEG has no metadata.
 
     /// readEmbedded(), and whether a caption could be written into the image. Changes nothing.
     EditableReading readEditableEmbedded(const QString& image, const QTimeZone& zone) const;
 
-    /// All of the following four from one opening. Dates become days in the given zone.
+    /// Reads all of the following four in one opening. Dates become days in the given zone.
     MetadataReading readEmbedded(const QString& image, const QTimeZone& zone) const;
 
-    /// The caption, trimmed. Empty when the file's IPTC data have none, which a photographer may have
-    /// cleared; nothing when it has no such data and no other field with a caption.
+    /// The caption, trimmed. Empty when the file has IPTC data without one, as the photographer may have
+    /// cleared it; nothing when it has neither IPTC data nor another field with a caption.
     std::optional<QString> readEmbeddedCaption(const QString& image, PlainLog& log) const;
 
-    /// What is known of place, event and date. Dates become days in the given zone.
+    /// The known place, event and date. Dates become days in the given zone.
     XMPContext readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const;
 
     /// The rights line, trimmed.
@@ -78,11 +77,11 @@ public:
     /// The photographer, trimmed.
     std::optional<QString> readEmbeddedCreator(const QString& image) const;
 
-    /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
-    /// With a source, only over what the caption was made from: throws OvertakenError where metadata or
-    /// picture are others by now, and a picture that was decoded for its rendition is not decoded again. On
-    /// any failure the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded
-    /// and XMPError::writeFailed when the file cannot be changed without harm or not be replaced.
+    /// Puts the caption into the image's metadata and leaves the compressed picture and everything else
+    /// alone. With a source, throws OvertakenError when metadata or picture are no longer what the caption
+    /// was made from, and does not decode a picture again that was decoded for its rendition. On any failure
+    /// the old file is intact. Throws XMPError::parseFailed when the picture cannot be decoded and
+    /// XMPError::writeFailed when the file cannot be replaced or changed without harm.
     WrittenCaption writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,
                                         const std::optional<CaptionSource>& source = {}) const;
 };

@@ -19,7 +19,7 @@ namespace ostrelle {
 
 namespace {
 
-constexpr time_t ageWithLocks = 60; ///< seconds; between its making and its locking, a file looks abandoned
+constexpr time_t ageWithLocks = 60; ///< seconds; a file that was made but not yet locked looks abandoned
 constexpr time_t ageWithoutLocks = 3600;
 
 bool isOwnFile(const struct stat& status) {
@@ -30,14 +30,14 @@ bool isOlderThan(const struct stat& status, time_t age) {
     return ::time(nullptr) - status.st_mtim.tv_sec >= age;
 }
 
-/// Looks at the age first: who tries the lock of a file that was made just now keeps its writer from it.
+/// Checks the age first: to try the lock of a brand-new file could keep its writer from getting it.
 bool isAbandoned(int folder, const char* name) {
     struct stat listed{};
     if (::fstatat(folder, name, &listed, AT_SYMLINK_NOFOLLOW) != 0 || !isOwnFile(listed) ||
         !isOlderThan(listed, ageWithLocks)) {
         return false;
     }
-    // Some network file systems lock for writing only what is open for writing.
+    // Some network file systems grant write locks only on files open for writing.
     const Descriptor file(::openat(folder, name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat opened{};
     if (!file.isOpen() || ::fstat(file.number(), &opened) != 0 || opened.st_ino != listed.st_ino) {

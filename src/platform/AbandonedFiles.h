@@ -5,10 +5,10 @@
 
 namespace ostrelle {
 
-/// Removes from the folder what a kill in the middle of replaceFile() and its like has left there: this
-/// user's files under a temporary name that no living process holds, a minute after they were last written;
-/// an hour after it where the file system has no locks. Nothing else is touched, and what cannot be removed
-/// stays. Reads the folder once; returns how many are gone.
+/// Removes temporary files left in the folder when a process was killed during replaceFile() or the like:
+/// this user's files under a temporary name that no living process holds, a minute after their last write, or
+/// an hour where the file system has no locks. Touches nothing else and skips what it cannot remove. Reads
+/// the folder once; returns the number of files removed.
 int removeAbandonedTemporaryFiles(const QString& folder);
 
 } // namespace ostrelle

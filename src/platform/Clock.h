@@ -10,7 +10,7 @@
 
 namespace ostrelle {
 
-/// A timer that has been started; destroying it stops it.
+/// A running timer; destroying it stops it.
 class Timer {
 public:
     virtual ~Timer() = default;
@@ -23,14 +23,14 @@ public:
 
     /// The current moment, in UTC.
     virtual QDateTime now() const = 0;
-    /// The zone in which a day begins and ends for the user.
+    /// The user's time zone: where a day begins and ends.
     virtual QTimeZone timeZone() const = 0;
     /// Resumes the caller after the delay.
     virtual QCoro::Task<> sleep(std::chrono::milliseconds delay) = 0;
     /// Calls the function once after the delay, unless the timer is destroyed first.
     virtual std::unique_ptr<Timer> after(std::chrono::milliseconds delay, std::function<void()> function) = 0;
     /// Calls the function after each period until the timer is destroyed, which the function may do. Calls
-    /// that a machine slept through are not made up for.
+    /// missed while the machine slept are not made up.
     virtual std::unique_ptr<Timer> every(std::chrono::milliseconds period,
                                          std::function<void()> function) = 0;
 };

@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// Log lines on standard output or another open stream, in UTF-8, flushed line by line.
+/// Log lines on standard output or another open stream, in UTF-8, flushed after each line.
 class ConsoleLog : public PlainLog {
 public:
     explicit ConsoleLog(std::FILE* stream = stdout) : m_stream(stream) {}
@@ -18,7 +18,7 @@ private:
     std::FILE* m_stream;
 };
 
-/// Log lines that nobody asked for.
+/// A log that discards its lines.
 class SilentLog : public PlainLog {
 public:
     void print(const QString&) override {}

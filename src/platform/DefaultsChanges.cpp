@@ -25,7 +25,7 @@ void addAll(QJsonObject& values, const QVariantMap& amounts) {
     }
 }
 
-/// Those of another period start from nothing.
+/// Amounts of another period start from zero.
 void addAll(QJsonObject& values, const PeriodAmounts& added) {
     const QJsonValue period = taggedValue(added.period);
     if (values.value(added.periodKey) != period) {

@@ -12,8 +12,8 @@
 
 namespace ostrelle {
 
-/// Changes to a table of taggedValue()s, which are made on top of whatever it holds by then. Of several
-/// changes of one key the order counts.
+/// Changes to a table of taggedValue()s, applied to whatever it holds at that time. Several changes to one
+/// key apply in order.
 class DefaultsChanges {
 public:
     DefaultsChanges() = default;
@@ -24,7 +24,7 @@ public:
     /// A qint64 or double.
     void add(const QString& key, const QVariant& amount);
     void add(const PeriodAmounts& amounts);
-    /// The other's changes come after these.
+    /// Adds the other's changes after these.
     void append(const DefaultsChanges& later);
 
     bool isEmpty() const { return m_values.isEmpty() && m_amounts.isEmpty() && m_periods.isEmpty(); }
@@ -33,7 +33,7 @@ public:
 
 private:
     QJsonObject m_values;
-    QVariantMap m_amounts; // none of a key in m_values
+    QVariantMap m_amounts; // no keys that m_values has
     QMap<QString, PeriodAmounts> m_periods;
 };
 

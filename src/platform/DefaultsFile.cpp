@@ -28,10 +28,10 @@ namespace {
 constexpr qint64 largestFile = 4LL * 1024 * 1024;
 constexpr mode_t privateFile = S_IRUSR | S_IWUSR;
 constexpr mode_t privateFolder = S_IRWXU;
-constexpr std::chrono::seconds longestWait(2); // for another process that saves, which takes far less
+constexpr std::chrono::seconds longestWait(2); // for another process to save, which takes far less
 
-/// All keys of the file with their tagged values, or nothing when it is not JSON of that shape. An entry that
-/// this version does not understand is nothing to read but stays in the file.
+/// All keys of the file with their tagged values, or nothing when it is not JSON of that shape. Entries that
+/// this version does not understand are ignored but stay in the file.
 std::optional<QJsonObject> parse(const QByteArray& bytes) {
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
     return document.isObject() ? std::optional(document.object()) : std::nullopt;
@@ -44,7 +44,7 @@ void makePrivateFolder(const QString& path) {
     }
 }
 
-/// A name for a damaged file that no other file has: when it was last written, and a number if need be.
+/// A free name for a damaged file: the time of its last change, and a number if needed.
 QString asideName(const QString& path) {
     const QDateTime written = QFileInfo(path).lastModified().toUTC();
     const QString stem = path + u".broken-"_s + written.toString(u"yyyyMMdd'T'HHmmss.zzz'Z'");
@@ -57,11 +57,11 @@ QString asideName(const QString& path) {
 
 } // namespace
 
-/// One state of the file. It stays open as long as it is remembered, which keeps its inode number from being
-/// given to a later state: no two states that follow within one tick of the file system's clock look alike.
+/// One state of the file. The file stays open as long as its state is remembered, so that its inode number
+/// cannot be reused: two states within one tick of the file system's clock never look alike.
 class DefaultsFile::Snapshot {
 public:
-    /// Throws FileError when the file can neither be looked at nor is missing.
+    /// Throws FileError when the file exists but cannot be looked at.
     explicit Snapshot(const QString& path)
         : m_descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC)) {
         if (m_descriptor < 0 && errno != ENOENT) {
@@ -93,7 +93,7 @@ DefaultsFile::DefaultsFile(QString path) : m_path(std::move(path)) {}
 DefaultsFile::~DefaultsFile() = default;
 
 QJsonObject DefaultsFile::load() {
-    // What was whole before may be half written just now, by an editor: apply() is to judge it.
+    // A file that was valid before may now be half written by an editor: leave the verdict to apply().
     const bool isKnown = m_snapshot != nullptr;
     if (isRead() || isKnown) {
         return m_values;
@@ -125,7 +125,7 @@ QString DefaultsFile::takeNotice() {
     return std::exchange(m_notice, {});
 }
 
-/// Reads the file if it is not in the state that was last seen. False when its contents are not valid.
+/// Reads the file if it has changed since the last look. False when its contents are not valid.
 bool DefaultsFile::isRead() {
     try {
         auto snapshot = std::make_unique<const Snapshot>(m_path);
@@ -137,7 +137,7 @@ bool DefaultsFile::isRead() {
         if (!values) {
             return false;
         }
-        if (snapshot->isOpenToOthers()) { // the model service's key is in it
+        if (snapshot->isOpenToOthers()) { // it holds the model service's key
             [[maybe_unused]] const int closed = ::chmod(QFile::encodeName(m_path).constData(), privateFile);
         }
         m_values = *values;
@@ -146,14 +146,14 @@ bool DefaultsFile::isRead() {
         if (error.code() == EFBIG) {
             return false;
         }
-        if (error.code() != ENOENT) { // which it is when another process has set it aside just now
+        if (error.code() != ENOENT) { // ENOENT: another process has just set it aside
             throw OffLimits(error);
         }
     }
     return true;
 }
 
-/// Under the lock: a file that is still damaged cannot have been set aside by anybody else.
+/// Call under the lock: then nobody else can have set aside a file that is still damaged.
 void DefaultsFile::readOrSetAside() {
     if (!isRead()) {
         setAside();
@@ -174,14 +174,14 @@ void DefaultsFile::setAside() {
 void DefaultsFile::replace(const QJsonObject& values) {
     const QByteArray bytes = QJsonDocument(values).toJson();
     if (bytes.size() > largestFile) {
-        throw FileError(u"write"_s, m_path, EFBIG); // it would count as damaged when it is read again
+        throw FileError(u"write"_s, m_path, EFBIG); // the next read would take it for damaged
     }
     m_snapshot.reset();
     replaceFile(m_path, bytes, privateFile);
     m_values = values;
     try {
         m_snapshot = std::make_unique<const Snapshot>(m_path);
-    } catch (const FileError&) { // it is saved all the same: what was added must not be added again
+    } catch (const FileError&) { // saved all the same: the amounts must not be added twice
     }
 }
 

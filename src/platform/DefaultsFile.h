@@ -10,12 +10,12 @@
 
 namespace ostrelle {
 
-/// The file of a defaults store: one JSON object, with taggedValue() under each key, that only its user can
-/// read. Several processes may share it; at any instant it is whole. A file that is not valid is set aside
-/// under another name. For one thread at a time.
+/// The file of a defaults store: one JSON object with a taggedValue() under each key, readable by its user
+/// only. Several processes may share it; it is whole at any instant. An invalid file is set aside under
+/// another name. Not thread-safe.
 class DefaultsFile {
 public:
-    /// The file is there but can neither be read nor set aside: nothing may be put in its place.
+    /// The file exists but can be neither read nor set aside: nothing may replace it.
     class OffLimits : public FileError {
     public:
         explicit OffLimits(const FileError& reason) : FileError(reason) {}
@@ -27,15 +27,15 @@ public:
     DefaultsFile(const DefaultsFile&) = delete;
     DefaultsFile& operator=(const DefaultsFile&) = delete;
 
-    /// All that the file holds now, entries that nobody here understands included; costs next to nothing when
-    /// it is as it was the last time. Throws OffLimits.
+    /// Everything the file holds now, including entries that nobody here understands. Costs next to nothing
+    /// when the file has not changed. Throws OffLimits.
     QJsonObject load();
 
-    /// Makes the changes on top of what the file holds by now, flushed to disk, and returns all of it. A file
-    /// that has them already is not written. Throws OffLimits, and FileError when it cannot be written.
+    /// Applies the changes to the file as it is now, flushes it to disk and returns all its entries. Does not
+    /// write a file that already has them. Throws OffLimits, and FileError when the file cannot be written.
     QJsonObject apply(const DefaultsChanges& changes);
 
-    /// What the log should say of a damaged file that was set aside since the last call; mostly empty.
+    /// The log line about a damaged file set aside since the last call; usually empty.
     QString takeNotice();
 
 private:
@@ -48,7 +48,7 @@ private:
 
     QString m_path;
     QString m_notice;
-    std::unique_ptr<const Snapshot> m_snapshot; // the state of the file that m_values comes from
+    std::unique_ptr<const Snapshot> m_snapshot; // the state of the file that m_values was read from
     QJsonObject m_values;
 };
 

@@ -8,11 +8,11 @@
 
 namespace ostrelle {
 
-/// A file descriptor that is closed with its owner, or none. Leaves errno as it is.
+/// Owns a file descriptor, or none, and closes it. Leaves errno as it is.
 class Descriptor {
 public:
     Descriptor() = default;
-    /// Takes what open() and its like return, a failure's -1 included.
+    /// Takes the result of open() or the like, including the -1 of a failure.
     explicit Descriptor(int number) : m_number(number) {}
     ~Descriptor();
     Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}

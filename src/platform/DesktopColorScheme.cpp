@@ -7,6 +7,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QVariant>
+#include <optional>
 
 namespace ostrelle {
 
@@ -27,7 +28,7 @@ QDBusMessage question() {
     return message;
 }
 
-/// The signal has the number in one variant, `Read` in two.
+/// The signal wraps the number in one variant, `Read` in two.
 ColorScheme preferenceOf(QVariant value) {
     while (value.metaType() == QMetaType::fromType<QDBusVariant>()) {
         value = value.value<QDBusVariant>().variant();
@@ -61,7 +62,7 @@ QCoro::Task<> DesktopColorScheme::ask(QPointer<DesktopColorScheme> scheme,
         scheme->settle();
         co_return;
     }
-    scheme->watch(*bus); // first, so that no change falls between the answer and the watch
+    scheme->watch(*bus); // first, so that no change between the answer and the watch is missed
     const QDBusPendingCall pending = bus->asyncCall(question(), static_cast<int>(patience.count()));
     const QDBusMessage answer = co_await pending;
     if (!scheme) {
@@ -73,9 +74,9 @@ QCoro::Task<> DesktopColorScheme::ask(QPointer<DesktopColorScheme> scheme,
     scheme->settle();
 }
 
-/// Whoever sends it: to be told the sender by its name, Qt would wait for the bus on this thread.
+/// From any sender: to match one by name, Qt would block this thread waiting for the bus.
 void DesktopColorScheme::watch(QDBusConnection bus) {
-    qRegisterMetaType<QDBusVariant>(); // or the slot, whose types Qt looks for by name, is not found
+    qRegisterMetaType<QDBusVariant>(); // or Qt, which looks up the slot's types by name, does not find it
     bus.connect({}, portalPath, settingsInterface, u"SettingChanged"_s, {appearance, colorScheme}, {}, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
 }

@@ -13,24 +13,23 @@ namespace ostrelle {
 /// Which appearance the user of the desktop prefers.
 enum class ColorScheme { noPreference, dark, light };
 
-/// The preference as the desktop's portal tells it (org.freedesktop.portal.Settings on the session bus), kept
-/// up to date. Where there is no bus or no portal, or its answer cannot be understood, there is no
-/// preference.
+/// The preference from the desktop's portal (org.freedesktop.portal.Settings on the session bus), kept up to
+/// date. No preference when there is no bus or portal, or its answer makes no sense.
 class DesktopColorScheme : public QObject {
     Q_OBJECT
 
 public:
-    /// Sends the question and returns at once. `patience` is how long the answer may take.
+    /// Sends the question and returns at once. `patience` is how long to wait for the answer.
     explicit DesktopColorScheme(std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     ColorScheme preference() const { return m_preference; }
-    /// Whether the question is settled: by an answer, or because there will be none.
+    /// True once the answer has come, or once there will be none.
     bool isSettled() const { return m_isSettled; }
 
 Q_SIGNALS:
-    /// The preference is another one than before.
+    /// The preference has changed.
     void changed();
-    /// Once, after the preference was set.
+    /// Emitted once, after the preference was set.
     void settled();
 
 private Q_SLOTS:

@@ -45,7 +45,7 @@ QString escaped(QString body) {
 
 QDBusMessage notifyMessage(const NotifyingProgram& program, const DesktopNotification& notification,
                            const QString& body) {
-    constexpr uint replacesNothing = 0; // a newer message of a thread stands beside the older one
+    constexpr uint replacesNothing = 0; // a newer message of a thread does not replace the older one
     constexpr int timeOfTheService = -1;
     QDBusMessage message = toService(u"Notify"_s);
     message.setArguments({program.name, replacesNothing, QString(), notification.title, body, QStringList(),

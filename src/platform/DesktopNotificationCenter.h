@@ -3,6 +3,7 @@
 
 #include "platform/NotificationCenter.h"
 
+#include <QCoroTask>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QString>
@@ -13,18 +14,17 @@
 
 namespace ostrelle {
 
-/// Whom the desktop names as the sender.
+/// The sender shown on the desktop.
 struct NotifyingProgram {
-    QString name;         ///< for people
+    QString name;         ///< as users know it
     QString desktopEntry; ///< without its extension
 };
 
-/// The notification service of the desktop: org.freedesktop.Notifications on the session bus, in its
-/// version 1.2 (freedesktop.org). Available is a service that runs or that the bus can start. It must
-/// outlive its tasks.
+/// The desktop's notification service: org.freedesktop.Notifications version 1.2 (freedesktop.org) on the
+/// session bus. It is available when it runs or when the bus can start it. Must outlive its tasks.
 class DesktopNotificationCenter : public NotificationCenter {
 public:
-    /// `patience` is how long each answer of the bus or the service may take.
+    /// `patience` is how long to wait for each answer of the bus or the service.
     explicit DesktopNotificationCenter(NotifyingProgram program,
                                        std::chrono::milliseconds patience = std::chrono::seconds(5))
         : m_program(std::move(program)), m_patience(patience) {}
@@ -33,7 +33,7 @@ public:
     QCoro::Task<> post(DesktopNotification notification) override;
 
 private:
-    /// The first value of the answer. Throws Error.
+    /// Returns the first value of the answer. Throws Error.
     QCoro::Task<QVariant> call(QDBusMessage message);
 
     std::optional<QDBusConnection> m_bus; // once it is connected

@@ -16,6 +16,7 @@
 #include <QMap>
 #include <chrono>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 
@@ -26,7 +27,7 @@ namespace {
 constexpr std::chrono::seconds busPatience(2);
 
 struct DeleteLater {
-    // The owner resumes in the midst of the job's own signal or event, which is too early to pull it away.
+    // The owner resumes inside the job's own signal or event, where deleting the job would be too early.
     void operator()(QObject* object) const { object->deleteLater(); }
 };
 
@@ -42,13 +43,13 @@ JobPointer<Job> makeJob(const QString& service, const QString& account) {
     return job;
 }
 
-/// The job must live until this ends.
+/// The job must outlive this task.
 QCoro::Task<> run(QKeychain::Job* job) {
-    job->start(); // which only queues it: it cannot be finished before it is awaited
+    job->start(); // only queues it, so it cannot finish before it is awaited
     co_await qCoro(job, &QKeychain::Job::finished);
 }
 
-/// A search with the attributes that a job of makeJob() looks for. Unlike it, a search asks the user nothing.
+/// A search with the attributes that a job of makeJob() uses. Unlike a job, it never prompts the user.
 QDBusMessage search(const QString& service, const QString& account) {
     QDBusMessage message =
         QDBusMessage::createMethodCall(KeyringChanges::service, u"/org/freedesktop/secrets"_s,
@@ -65,7 +66,7 @@ QDBusMessage search(const QString& service, const QString& account) {
     return message;
 }
 
-/// The answer's two lists are the items that can be read and those that are locked.
+/// The answer holds two lists: the unlocked items and the locked ones.
 bool isOnlyLocked(const QDBusMessage& answer) {
     const QVariantList lists = answer.arguments();
     return answer.type() == QDBusMessage::ReplyMessage && lists.size() == 2 &&
@@ -102,7 +103,7 @@ QCoro::Task<bool> DesktopSecretStore::unlocked(QString service, QString account)
         co_return false;
     }
     const QDBusMessage question = search(service, account);
-    KeyringChanges changes(*bus); // before the first look: no change is missed
+    KeyringChanges changes(*bus); // before the first look, so that no change is missed
     bool wasLocked = false;
     for (;;) {
         QFuture<void> change = changes.next();

@@ -2,15 +2,16 @@
 #pragma once
 
 #include <QString>
+#include <utility>
 
 namespace ostrelle {
 
-/// The desktop sandbox's grants for files and folders that the user chose.
+/// The desktop sandbox's grants for the files and folders the user chose.
 class FileAccess {
 public:
     virtual ~FileAccess() = default;
 
-    /// True when a grant was begun, which then has to be ended.
+    /// True when a grant was begun; end() must then follow.
     virtual bool begin(const QString& path) = 0;
     virtual void end(const QString& path) = 0;
 };

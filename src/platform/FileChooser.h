@@ -11,9 +11,9 @@ namespace ostrelle {
 /// What the user is asked to choose.
 struct FileQuestion {
     QString title;
-    QString startFolder;         ///< empty: where the user last was
+    QString startFolder;         ///< empty: the folder last visited
     QStringList extensions = {}; ///< of the files to offer, without the dot, in any case; empty offers all
-    QString extensionsName = {}; ///< what files with these extensions are called
+    QString extensionsName = {}; ///< what to call files with these extensions
 };
 
 /// Lets the user choose files and folders. Paths are absolute.

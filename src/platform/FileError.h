@@ -13,7 +13,7 @@ public:
 
     /// The value of errno.
     int code() const noexcept { return m_code; }
-    /// True when it was a matter of rights: EACCES or EPERM.
+    /// True for a lack of rights: EACCES or EPERM.
     bool isPermissionDenied() const noexcept;
 
 private:

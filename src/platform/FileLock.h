@@ -6,13 +6,13 @@
 
 namespace ostrelle {
 
-/// Keeps the other processes that ask for it from writing a file while it lives. The kernel releases it when
-/// a process is killed; the lock file beside the file, with ".lock" at its end, stays, as removing it would
-/// pull it away from under somebody who waits for it.
+/// Keeps other processes that take the same lock from writing a file while it lives. The kernel releases it
+/// when a process is killed. The lock file, named after the file with ".lock" at the end, stays: removing it
+/// would pull it out from under anyone waiting for it.
 class FileLock {
 public:
-    /// Blocks until the lock is free, but not longer than `patience`: a process that has been stopped in the
-    /// middle of a write must not stop the others for good. Throws FileError.
+    /// Blocks until the lock is free, at most for `patience`: a process stopped in the middle of a write must
+    /// not block the others for good. Throws FileError.
     FileLock(const QString& path, std::chrono::milliseconds patience);
     ~FileLock();
     FileLock(const FileLock&) = delete;

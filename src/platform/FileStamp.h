@@ -9,12 +9,12 @@
 
 namespace ostrelle {
 
-/// What changes when a program writes a file, replaces it or sets its dates: some put the date of the last
-/// change back, but nobody sets that of the file's own record.
+/// Changes whenever a program writes a file, replaces it or sets its dates. A program may restore the date of
+/// the last change, but not that of the inode.
 struct FileStamp {
     explicit FileStamp(const struct stat& status);
 
-    /// Of the file that is at the path now; a symbolic link is followed. Nothing without a file.
+    /// The stamp of the file now at the path, following symbolic links. Nothing without a file.
     static std::optional<FileStamp> at(const QString& path);
 
     bool operator==(const FileStamp&) const = default;

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -40,7 +41,7 @@ bool writeAll(int descriptor, const QByteArray& bytes) {
     return true;
 }
 
-/// Reads what is there, one byte more than the limit at most.
+/// Reads to the end, but at most one byte more than the limit.
 std::optional<QByteArray> readAll(int descriptor, qint64 sizeHint, qint64 limit) {
     QByteArray bytes;
     bytes.resize(std::min(sizeHint, limit) + 1);
@@ -77,8 +78,8 @@ bool readsBack(int descriptor, const QByteArray& bytes) {
     return stored == bytes;
 }
 
-/// Owner, extended attributes (the access list is one of them) and mode. What the process may not set stays
-/// as it is: a file without them is better than no caption.
+/// Copies owner, extended attributes (including the access list) and mode. What the process may not set is
+/// left out: a file without them is better than no caption.
 void copyAttributes(const std::filesystem::path& from, const struct stat& status, int to) {
     if (::fchown(to, status.st_uid, status.st_gid) != 0) {
         [[maybe_unused]] const int groupOnly = ::fchown(to, static_cast<uid_t>(-1), status.st_gid);
@@ -104,14 +105,14 @@ std::filesystem::path nativePath(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
-/// The file that a symbolic link leads to, so that the link itself stays.
+/// Follows a symbolic link, so that the link itself stays.
 std::filesystem::path linkTarget(const std::filesystem::path& path) {
     std::error_code error;
     const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
     return error ? path : target;
 }
 
-/// Lets a name outlive a power cut, where the file system can. Only what tells of a loss counts as a failure.
+/// Makes a rename survive a power cut, where the file system can. Fails only when data may have been lost.
 void flushFolder(const std::filesystem::path& target, const QString& path) {
     const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
     const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -121,9 +122,9 @@ void flushFolder(const std::filesystem::path& target, const QString& path) {
     }
 }
 
-/// A file to be written beside its target and put in its place.
+/// A file to write beside its target and then put in its place.
 struct FileWrite {
-    QString path; ///< for the words of an error
+    QString path; ///< for error messages
     std::filesystem::path target;
     mode_t mode;
     const QByteArray& bytes;
@@ -131,7 +132,7 @@ struct FileWrite {
     std::function<Placing(TemporaryFile& file)> place;
 };
 
-/// Writes the bytes, lets the caller dress the file, flushes it and checks that it reads back.
+/// Writes the bytes, sets the attributes with `dress`, flushes the file and checks that it reads back.
 void fill(const TemporaryFile& file, const FileWrite& write) {
     if (!file.isOpen() || !writeAll(file.descriptor(), write.bytes)) {
         throw FileError(u"write"_s, write.path, errno);
@@ -145,7 +146,7 @@ void fill(const TemporaryFile& file, const FileWrite& write) {
     }
 }
 
-/// With a file without a name first, and with a named one where that cannot be made or not be given a name.
+/// Tries a nameless file first, and a named one where that cannot be made or cannot be linked.
 Placing carryOut(const FileWrite& write, const FileMeans& means) {
     Placing outcome = Placing::failed;
     if (means.namelessFiles) {
@@ -169,20 +170,19 @@ Placing carryOut(const FileWrite& write, const FileMeans& means) {
     return outcome;
 }
 
-/// What is looked at when nothing but the rename is left.
+/// What to check just before the rename.
 struct Condition {
-    std::optional<FileStamp> expected; ///< of the file that is to be replaced
+    std::optional<FileStamp> expected; ///< of the file to be replaced
     std::function<bool()> isStillWanted = {};
 };
 
-/// As replaceFile(), under a condition. `placed` takes what the new file looks like.
+/// As replaceFile(), under a condition. `placed` receives the stamp of the new file.
 Placing replace(const QString& path, const QByteArray& bytes, mode_t newFileMode, const FileMeans& means,
                 const Condition& condition = {}, std::optional<FileStamp>* placed = nullptr) {
     const std::filesystem::path target = linkTarget(nativePath(path));
     struct stat status{};
     const bool exists = ::stat(target.c_str(), &status) == 0;
-    // A rename would take the place of a write-protected file all the same; the protection is somebody's
-    // wish.
+    // A rename would replace even a write-protected file, but someone protected it on purpose.
     if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
         throw FileError(u"write"_s, path, errno);
     }
@@ -255,7 +255,7 @@ void pauseThread(std::chrono::milliseconds span) {
 
 namespace {
 
-/// Some programs remove a file and then make it anew.
+/// Some programs remove a file and then create it anew.
 StampedBytes readWhenThere(const QString& path, qint64 limit, ReadAttempts& attempts) {
     for (;;) {
         try {

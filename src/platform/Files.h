@@ -15,7 +15,7 @@ namespace ostrelle {
 /// Reads a whole file. Throws FileError, with EFBIG when it is larger than `limit` bytes.
 QByteArray readFile(const QString& path, qint64 limit);
 
-/// What a file held, and what it looked like right before it was read: a change during the reading shows too.
+/// The contents of a file, and its stamp from just before the read, so that a change during the read shows.
 struct StampedBytes {
     QByteArray bytes;
     FileStamp stamp;
@@ -24,48 +24,48 @@ struct StampedBytes {
 /// As readFile().
 StampedBytes readStampedFile(const QString& path, qint64 limit);
 
-/// What a write makes use of. It does without what the file system lacks; only who wants to see how a file is
-/// written then forbids it.
+/// What a write may use. It copes without anything the file system lacks; forbid a feature only to see how a
+/// file is written without it.
 struct FileMeans {
     bool namelessFiles = true;   ///< O_TMPFILE
-    bool hardLinks = true;       ///< of nameless files through /proc, too
+    bool hardLinks = true;       ///< also of nameless files, through /proc
     bool exclusiveRename = true; ///< RENAME_NOREPLACE
 };
 
-/// Puts the bytes in the file's place so that a killed process, a failure or a full disk at any instant
-/// leaves the old file or the new one, whole: writes a temporary file beside it, flushes it to disk,
-/// checks that it reads back, renames it over the path and flushes the folder. A symbolic link stays and its
-/// target is replaced. Mode, owner, extended attributes and access list of an existing file are kept as far
-/// as the process may set them; a new file gets `newFileMode`, less the umask. Throws FileError; with EIO,
-/// ENOSPC or EDQUOT the new file may be there all the same, but might not outlive a power cut.
+/// Replaces the file so that a kill, a failure or a full disk at any instant leaves either the old file or
+/// the new one, whole: writes a temporary file beside it, flushes it to disk, checks that it reads back,
+/// renames it over the path and flushes the folder. A symbolic link stays and its target is replaced. Keeps
+/// mode, owner, extended attributes and access list of an existing file as far as the process may set them; a
+/// new file gets `newFileMode` less the umask. Throws FileError; after EIO, ENOSPC or EDQUOT the new file may
+/// be in place but might not survive a power cut.
 void replaceFile(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0666,
                  const FileMeans& means = {});
 
-/// Lets the thread wait.
+/// Blocks the thread for that long.
 using Pause = std::function<void(std::chrono::milliseconds)>;
 void pauseThread(std::chrono::milliseconds span);
 
-/// Makes a file's new bytes from those that were read.
+/// Makes a file's new bytes from the old ones.
 using FileEdit = std::function<QByteArray(const QByteArray& bytes)>;
 /// The same for an edit that depends on which file was read.
 using StampedFileEdit = std::function<QByteArray(const StampedBytes& file)>;
 
-/// Puts what `edit` makes of an existing file in its place, as safely as replaceFile(). What another program
-/// writes there meanwhile is not lost but read and edited in turn, in three attempts at most; a file that
-/// changes each time stays as that program left it and is a FileError with EBUSY. What `edit` throws goes out
-/// as readSettled() tells: a file that is just being written does not fail. Throws FileError, with EFBIG for
-/// a file larger than `limit` bytes. Waits a quarter of a second at most, with `pause`. Returns what the new
-/// file looked like when it was put there.
+/// Replaces an existing file with what `edit` makes of it, as safely as replaceFile(). If another program
+/// writes the file meanwhile, it is read and edited again, in three attempts at most; a file that changes
+/// every time is left alone and throws FileError with EBUSY. Exceptions of `edit` are handled as in
+/// readSettled(), so a file in the middle of being written does not fail. Throws FileError, with EFBIG for a
+/// file larger than `limit` bytes. Waits at most a quarter of a second, with `pause`. Returns the stamp of
+/// the new file as put in place.
 FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit, const Pause& pause = pauseThread);
 FileStamp editFile(const QString& path, qint64 limit, const StampedFileEdit& edit,
                    const Pause& pause = pauseThread);
-/// The same, with one more condition that is looked at when nothing but the rename is left: while it is
-/// false, the file is read and edited anew.
+/// The same with one more condition, checked just before the rename: while it is false, the file is read and
+/// edited again.
 FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit,
                    const std::function<bool()>& isStillWanted);
 
-/// Writes a new file as safely as replaceFile(). False when there is a file by now, which stays as it is.
-/// Only where the file system has none of the means, a kill can leave an empty file. Throws FileError.
+/// Writes a new file as safely as replaceFile(). False when the file now exists, which leaves it alone. A
+/// kill can leave an empty file only where the file system has none of the means. Throws FileError.
 bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means = {});
 
 /// Sets the file's modification time to now. Throws FileError.

@@ -8,21 +8,20 @@
 
 namespace ostrelle {
 
-/// Worker threads for each folder. A network share may hang for hours: it then holds its own threads, and
-/// none of another folder.
+/// Worker threads for each folder. A network share that hangs for hours then blocks only its own threads.
 class FolderThreads {
 public:
     FolderThreads() = default;
-    /// Waits a moment for what is under way. A thread that hangs is left behind: it must not keep the program
+    /// Waits briefly for work under way. Leaves a hanging thread behind, so that it cannot keep the program
     /// from ending.
     ~FolderThreads();
     FolderThreads(const FolderThreads&) = delete;
     FolderThreads& operator=(const FolderThreads&) = delete;
 
-    /// The one thread on which the folder's files are listed, read and written. Valid as long as this object.
-    /// A thread that is idle for a while ends by itself.
+    /// The one thread that lists, reads and writes the folder's files. Valid as long as this object. An idle
+    /// thread ends after a while.
     QThreadPool* of(const QString& folder);
-    /// The threads on which the folder's pictures are decoded, as many as there are cores. Likewise.
+    /// The threads that decode the folder's pictures, one per core. Valid as long as this object.
     QThreadPool* renderersOf(const QString& folder);
 
 private:

@@ -23,8 +23,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The file: a table that remembers when the image of each hash was captioned, which a later image of the
-/// same slot takes over. The locks lie behind it, one byte for each hash, where the file never reaches.
+/// The file is a table of when the image of each hash was last captioned; a later image in the same slot
+/// replaces an earlier one. The locks lie beyond its end, one byte per hash, where the file never reaches.
 struct Slot {
     quint64 hash;
     qint64 done; ///< milliseconds since 1970, UTC
@@ -67,7 +67,7 @@ Descriptor open(const QString& path) {
     return tryOpen();
 }
 
-/// 0, or the value of errno: EAGAIN when somebody else has the lock.
+/// 0, or the value of errno: EAGAIN when someone else holds the lock.
 int lock(const Descriptor& file, quint64 hash) {
     struct stat status{};
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
@@ -81,7 +81,7 @@ int lock(const Descriptor& file, quint64 hash) {
     range.l_whence = SEEK_SET;
     range.l_start = lockOffset(hash);
     range.l_len = 1;
-    // Belongs to the open file description: another one of the same process is kept out as well.
+    // The lock belongs to the open file description, so it excludes others in this process too.
     if (::fcntl(file.number(), F_OFD_SETLK, &range) == 0) {
         return 0;
     }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-// A signal handler can reach nothing else.
+// A global, because a signal handler can reach nothing else.
 volatile sig_atomic_t wakeUp = -1;
 
 void wake(int) {
@@ -26,7 +26,7 @@ void wake(int) {
     errno = before;
 }
 
-/// What was ignored when the program started, as nohup has it, stays so.
+/// A signal ignored at the start, as under nohup, stays ignored.
 void handle(int signal, void (*handler)(int)) {
     struct sigaction action{};
     ::sigaction(signal, nullptr, &action);
@@ -68,8 +68,8 @@ void InterruptSignals::take() {
     Q_EMIT interrupted();
 }
 
-/// A terminal that closes sends SIGHUP more than once, the shell's and the system's own: what the first has
-/// begun to end must not be killed by the second.
+/// A closing terminal sends SIGHUP more than once, from the shell and from the system: the second must not
+/// kill the shutdown that the first began.
 void InterruptSignals::stopListening(void (*nextHangUp)(int)) {
     if (m_notifier.isEnabled()) {
         m_notifier.setEnabled(false);

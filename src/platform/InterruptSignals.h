@@ -6,9 +6,9 @@
 
 namespace ostrelle {
 
-/// SIGINT, SIGTERM and SIGHUP as an event. Only the first: the next does to the process what it always does,
-/// but a further SIGHUP does nothing. Signals that were ignored when the program started stay so. One of its
-/// kind at a time, in the thread of the event loop.
+/// Turns SIGINT, SIGTERM and SIGHUP into an event. Only the first counts: the next has its default effect,
+/// except that a further SIGHUP does nothing. Signals ignored when the program started stay ignored. One
+/// instance at a time, on the thread of the event loop.
 class InterruptSignals : public QObject {
     Q_OBJECT
 

@@ -9,6 +9,7 @@
 #include <QFutureWatcher>
 #include <QThreadPool>
 #include <QtConcurrentRun>
+#include <exception>
 #include <utility>
 
 namespace ostrelle {
@@ -17,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the file holds after a save.
+/// The contents of the file after a save.
 using Outcome = Attempt<QJsonObject>;
 
 Outcome apply(DefaultsFile& file, const DefaultsChanges& changes) {
@@ -50,17 +51,17 @@ struct JsonDefaultsStore::State {
     void tellNotice();
 
     PlainLog& log;
-    std::shared_ptr<DefaultsFile> file; // for the save that runs, in its thread
-    QJsonObject stored;                 // what the file held when it was last seen
-    DefaultsChanges saving;             // those of the save that runs
-    DefaultsChanges unsaved;            // those on top that no save has
+    std::shared_ptr<DefaultsFile> file; // used by the running save, on its thread
+    QJsonObject stored;                 // what the file held when last read
+    DefaultsChanges saving;             // the changes of the running save
+    DefaultsChanges unsaved;            // later changes, in no save yet
     bool isSaving = false;
     QString offLimits; // why the file cannot be read; empty when it can
     QFutureWatcher<Outcome> save;
-    QThreadPool thread; // not the workers' pool, where a save would wait until images are decoded
+    QThreadPool thread; // not the workers' pool, where a save would wait behind the decoding of images
 };
 
-/// As the user sees it: the latest change on top.
+/// The value the user sees: unsaved changes override stored ones.
 QJsonValue JsonDefaultsStore::State::value(const QString& key) {
     refresh();
     return isPending(key) ? unsaved.appliedTo(saving.appliedTo(stored)).value(key) : stored.value(key);
@@ -76,8 +77,7 @@ void JsonDefaultsStore::State::change(const DefaultsChanges& changes) {
     beginSave();
 }
 
-/// Sees what other processes have changed, unless a save runs: the file is in its hands then, and it will
-/// tell.
+/// Picks up changes by other processes, except during a save, which uses the file and returns them anyway.
 void JsonDefaultsStore::State::refresh() {
     takeSaveIn();
     if (isSaving) {
@@ -102,8 +102,8 @@ void JsonDefaultsStore::State::beginSave() {
     save.setFuture(QtConcurrent::run(&thread, work));
 }
 
-/// A save that has ended is taken in by whoever comes first: the event loop, if there is one, or the next
-/// call. What was changed meanwhile is for the next save.
+/// Takes in a finished save: from the event loop if there is one, otherwise from the next call. Changes made
+/// meanwhile go into the next save.
 void JsonDefaultsStore::State::takeSaveIn() {
     if (!isSaving || !save.isFinished()) {
         return;
@@ -115,7 +115,7 @@ void JsonDefaultsStore::State::takeSaveIn() {
     }
 }
 
-/// Waits for the save if it has not ended. What it could not save is unsaved again.
+/// Waits for the save if it is still running. What it could not save counts as unsaved again.
 void JsonDefaultsStore::State::endSave(const QString& consequence) {
     const Outcome outcome = save.result();
     isSaving = false;
@@ -134,7 +134,7 @@ void JsonDefaultsStore::State::endSave(const QString& consequence) {
     }
 }
 
-/// The last of all, for a program that ends: without the event loop.
+/// The final save at the end of the program, without the event loop.
 void JsonDefaultsStore::State::saveRest() {
     if (isSaving) {
         endSave(u"It is tried once more."_s);
@@ -147,7 +147,7 @@ void JsonDefaultsStore::State::saveRest() {
     }
 }
 
-/// Until it can be read, which each call tries anew. Said once.
+/// Until the file can be read, which each call tries again. Logged once.
 void JsonDefaultsStore::State::leaveFileAlone(const QString& reason) {
     if (reason != std::exchange(offLimits, reason)) {
         log.print(u"[DefaultsStore] %1 Settings are kept in memory until it can be."_s.arg(reason));

@@ -4,23 +4,23 @@
 #include "platform/DefaultsStore.h"
 #include "platform/PlainLog.h"
 
+#include <QCoroTask>
 #include <QJsonObject>
 #include <QString>
 #include <memory>
 
 namespace ostrelle {
 
-/// A defaults store over one JSON file that only its user can read. Every key holds an object of one
-/// member that names the type, such as {"ftpPort": {"integer": 21}}, so that types survive exactly.
+/// A defaults store in one JSON file that only its user can read. Each key holds an object whose one member
+/// names the type, such as {"ftpPort": {"integer": 21}}, so that types survive exactly.
 ///
-/// For one thread; changes are saved on a thread of its own, one save at a time, each with all that was
-/// changed until it begins, so that no caller waits for the disk. The file is whole at any instant, and a
-/// killed process loses what it changed in its last moments only; the destructor saves the rest and waits.
+/// Not thread-safe. No caller waits for the disk: a thread of the store saves the changes, one save at a
+/// time, each with everything changed before it began. The file is whole at any instant, and a killed process
+/// loses only its last moments of changes; the destructor waits and saves the rest.
 ///
-/// Several processes may share the file: each sees the others' changes at its next read that no save of its
-/// own is in the way of, and a save changes only its own keys; what is added is added to the others' figures.
-/// A file that is not valid is set aside under another name, and one that cannot be read is left alone; the
-/// log says so.
+/// Several processes may share the file: each sees the others' changes at its next read, unless a save of its
+/// own is running. A save changes only its own keys, and amounts are added to the others' figures. An invalid
+/// file is set aside under another name and an unreadable one is left alone; both are logged.
 class JsonDefaultsStore : public DefaultsStore {
 public:
     /// The file and its folder need not exist yet. The log must outlive the store.
@@ -46,7 +46,7 @@ private:
     static QCoro::Task<> finished(std::shared_ptr<State> state);
     static QCoro::Task<> saveEnded(std::shared_ptr<State> state);
 
-    std::shared_ptr<State> m_state; // with those who wait for a save, too
+    std::shared_ptr<State> m_state; // shared with the tasks that wait for a save
 };
 
 } // namespace ostrelle

@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// Log lines of a worker thread, to be told on the log's own thread.
+/// Keeps a worker thread's log lines, to be logged later on the log's own thread.
 class KeptLines : public PlainLog {
 public:
     void print(const QString& line) override { m_lines.append(line); }

@@ -11,7 +11,7 @@ KeyringChanges::KeyringChanges(QDBusConnection bus)
     : m_owner(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
     m_next.start();
     connect(&m_owner, &QDBusServiceWatcher::serviceOwnerChanged, this, &KeyringChanges::note);
-    // Which of the two a keyring sends at an unlock is its own choice.
+    // Keyrings differ in which of the two they send at an unlock.
     bus.connect(service, {}, u"org.freedesktop.Secret.Service"_s, u"CollectionChanged"_s, this, SLOT(note()));
     bus.connect(service, {}, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s, this,
                 SLOT(note()));

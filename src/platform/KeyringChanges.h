@@ -10,7 +10,7 @@
 
 namespace ostrelle {
 
-/// Tells whenever the desktop's keyring may have been locked or unlocked, or has been started anew.
+/// Watches for the desktop's keyring being locked, unlocked or restarted.
 class KeyringChanges : public QObject {
     Q_OBJECT
 
@@ -19,10 +19,10 @@ public:
 
     explicit KeyringChanges(QDBusConnection bus);
 
-    /// Ends with the first change since the last call. Several changes may come at once.
+    /// Finishes at the first change since the last call. Several changes may count as one.
     QFuture<void> next();
 
-private Q_SLOTS: // which the bus looks for by its name
+private Q_SLOTS: // which the bus looks up by name
     void note();
 
 private:

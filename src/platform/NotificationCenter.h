@@ -6,28 +6,28 @@
 
 namespace ostrelle {
 
-/// A message that the desktop shows beside whatever the user is looking at. All texts are plain.
+/// A message that the desktop shows over whatever the user is looking at. All texts are plain.
 struct DesktopNotification {
     enum class Sound { normal, critical };
     enum class Interruption { normal, critical };
 
     QString title;
     QString body;
-    QString threadIdentifier; ///< what kind of message it is: those of a kind belong together
+    QString threadIdentifier; ///< the kind of message: messages of a kind belong together
     Sound sound = Sound::normal;
     Interruption interruption = Interruption::normal;
 
     bool operator==(const DesktopNotification&) const = default;
 };
 
-/// Where the desktop takes such messages.
+/// Where the desktop accepts such messages.
 class NotificationCenter {
 public:
     virtual ~NotificationCenter() = default;
 
-    /// Whether messages can be shown now. Throws when the desktop cannot be asked.
+    /// True when messages can be shown now. Throws when the desktop cannot be asked.
     virtual QCoro::Task<bool> isAvailable() = 0;
-    /// Resumes when the desktop has taken the message. Throws when it does not.
+    /// Resumes when the desktop has accepted the message. Throws when it does not.
     virtual QCoro::Task<> post(DesktopNotification notification) = 0;
 };
 

@@ -5,8 +5,8 @@
 
 namespace ostrelle {
 
-/// References for a desktop without a sandbox: the absolute path and whether it is a folder. A reference
-/// whose folder has become a file, or the other way round, is stale.
+/// References for a desktop without a sandbox: the absolute path and whether it is a folder. A reference is
+/// stale when a file has taken the place of its folder, or a folder that of its file.
 class PathReferences : public FileReferences {
 public:
     QByteArray make(const QString& path) const override;

@@ -4,6 +4,7 @@
 #include <QCoroFuture>
 #include <QPromise>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 

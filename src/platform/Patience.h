@@ -8,8 +8,7 @@
 
 namespace ostrelle {
 
-/// Awaits the task, but not longer than the patience; whether it has ended by then. One that has not goes on
-/// by itself.
+/// Awaits the task for at most `patience`. True if it ended in time; otherwise it goes on by itself.
 QCoro::Task<bool> endsWithin(QCoro::Task<> task, Clock& clock, std::chrono::milliseconds patience);
 
 } // namespace ostrelle

@@ -5,12 +5,12 @@
 
 namespace ostrelle {
 
-/// Where the program's plain log lines go: one line an event, with its component in brackets in front.
+/// Takes the program's plain log lines: one line per event, starting with its component in brackets.
 class PlainLog {
 public:
     virtual ~PlainLog() = default;
 
-    /// Writes one line, without its line end. Never fails towards its caller.
+    /// Writes one line, given without its line end. Never throws.
     virtual void print(const QString& line) = 0;
 };
 

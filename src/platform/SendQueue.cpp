@@ -10,7 +10,7 @@ namespace ostrelle {
 
 namespace {
 
-/// The connection's far end; nothing for other descriptors and those that are closed.
+/// The port at the connection's far end; nothing for other or closed descriptors.
 int peerPortOf(int descriptor) {
     sockaddr_storage peer{};
     socklen_t size = sizeof peer;
@@ -30,8 +30,8 @@ int peerPortOf(int descriptor) {
 } // namespace
 
 qint64 unacknowledgedBytes(int peerPort) {
-    // Qt does not tell which sockets are its own. New descriptors get the lowest free number, so that those
-    // of a program which keeps few files open are all among the first.
+    // Qt does not reveal its sockets. A new descriptor gets the lowest free number, so a program with few
+    // open files has them all among the first.
     constexpr int mostDescriptors = 1024;
     qint64 sum = 0;
     for (int descriptor = 0; descriptor < mostDescriptors; ++descriptor) {

@@ -5,9 +5,9 @@
 
 namespace ostrelle {
 
-/// How many bytes this process has sent over TCP to that port of other hosts without their having
-/// acknowledged them yet. The system takes in far more at once than a slow line carries in a minute; here one
-/// sees it leave. Blocks nowhere.
+/// The number of bytes this process has sent over TCP to that port of any host that are not acknowledged yet.
+/// The system buffers far more at once than a slow line carries in a minute; this shows when it really
+/// leaves. Does not block.
 qint64 unacknowledgedBytes(int peerPort);
 
 } // namespace ostrelle

@@ -15,7 +15,7 @@ QCoro::Task<std::optional<QDBusConnection>> sessionBus(std::chrono::milliseconds
     std::future<QDBusConnection> connected = promise->get_future();
     std::thread([promise] { promise->set_value(QDBusConnection::sessionBus()); }).detach();
 
-    // Looked after, not told: the thread may outlive the program's event loop.
+    // Polled rather than signalled: the thread may outlive the program's event loop.
     QElapsedTimer waited;
     waited.start();
     QTimer look;

@@ -8,8 +8,8 @@
 
 namespace ostrelle {
 
-/// The desktop's bus, which need not be connected. Connecting waits for an answer without any limit, so it
-/// has a thread of its own, which holds up nobody else. Nothing when there is none within the patience.
+/// Connects to the desktop's bus, or returns nothing if that takes longer than `patience` or there is none.
+/// Connecting can block without limit, so it has its own thread, which holds up nobody else.
 QCoro::Task<std::optional<QDBusConnection>> sessionBus(std::chrono::milliseconds patience);
 
 } // namespace ostrelle

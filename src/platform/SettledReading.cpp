@@ -2,12 +2,13 @@
 #include "platform/SettledReading.h"
 
 #include <array>
+#include <chrono>
 
 namespace ostrelle {
 
 namespace {
 
-/// Between one attempt and the next.
+/// Between attempts.
 constexpr std::array<std::chrono::milliseconds, 2> pauses = {std::chrono::milliseconds(50),
                                                              std::chrono::milliseconds(200)};
 

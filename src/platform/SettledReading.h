@@ -5,15 +5,15 @@
 
 namespace ostrelle {
 
-/// The attempts to read a file that another program may be writing at this moment: three at most.
+/// Attempts to read a file that another program may be writing: three at most.
 class ReadAttempts {
 public:
     /// Both must outlive it.
     ReadAttempts(const QString& path, const Pause& pause) : m_path(path), m_pause(pause) {}
 
-    /// Waits a little, so that the file is whole by then. False when that was the last attempt.
+    /// Waits a little, to let the file become whole. False after the last attempt.
     bool again();
-    /// The same when what was read makes no sense; false also when nobody has changed the file since then.
+    /// The same when what was read makes no sense; also false when the file has not changed since.
     bool againAfterFailure(const FileStamp& read);
 
 private:
@@ -22,9 +22,10 @@ private:
     std::size_t m_done = 0; ///< pauses
 };
 
-/// Reads a file and returns what `parse`, a function of const StampedBytes&, makes of it. Where `parse`
-/// throws and the file has changed since it was read, or does so within 50 ms, it is read again, in three
-/// attempts at most: another program may have been in the middle of writing it. Throws FileError, as
+/// Reads a file and returns the result of `parse`, a function of const StampedBytes&. If `parse` throws and
+/// the file has changed since it was read, or changes within 50 ms, another program may have been in the
+/// middle of writing it: it is read again, in three attempts at most. Throws FileError, as readFile() does,
+/// and what `parse` throws.
 /// readFile() does, and what `parse` throws.
 template <typename Parse>
 auto readSettled(const QString& path, qint64 limit, const Parse& parse, const Pause& pause = pauseThread) {

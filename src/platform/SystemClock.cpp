@@ -3,6 +3,7 @@
 
 #include <QCoroTimer>
 #include <QTimer>
+#include <utility>
 
 namespace ostrelle {
 

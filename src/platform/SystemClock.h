@@ -3,6 +3,11 @@
 
 #include "platform/Clock.h"
 
+#include <QCoroTask>
+#include <chrono>
+#include <functional>
+#include <memory>
+
 namespace ostrelle {
 
 /// The machine's clock and time zone.

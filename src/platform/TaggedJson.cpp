@@ -20,7 +20,7 @@ QJsonValue encode(const QVariant& value, int depth);
 QVariant decode(const QJsonValue& tagged, int depth);
 
 QJsonValue encodeReal(double number) {
-    // JSON has no infinities and no NaN, and Qt writes the negative zero as 0.
+    // JSON has no infinities and no NaN, and Qt writes negative zero as 0.
     if (!std::isfinite(number)) {
         return QString::number(number);
     }
@@ -77,7 +77,7 @@ QVariant decodeList(const QJsonValue& stored, int depth) {
     return stored.isArray() ? QVariant(list) : QVariant();
 }
 
-/// The value under the name of its type; undefined when it cannot be stored.
+/// The value under the name of its type, or undefined when it cannot be stored.
 QJsonValue encode(const QVariant& value, int depth) {
     switch (value.typeId()) {
     case QMetaType::Bool:
@@ -101,7 +101,7 @@ QJsonValue encode(const QVariant& value, int depth) {
     }
 }
 
-/// The reverse; an invalid variant when it is nothing that encode() makes.
+/// The reverse; an invalid variant for anything encode() would not produce.
 QVariant decode(const QJsonValue& tagged, int depth) {
     const QJsonObject object = tagged.toObject();
     if (object.size() != 1) {

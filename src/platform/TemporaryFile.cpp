@@ -11,17 +11,18 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace ostrelle {
 
 namespace {
 
 constexpr std::string_view ownMark = ".ostrelle-";
-constexpr int numberLength = 13; ///< of 64 bits in digits and letters
+constexpr int numberLength = 13; ///< 64 bits in digits and letters
 constexpr int numberBase = 36;
 
 std::filesystem::path hiddenName(const std::filesystem::path& target) {
-    constexpr std::size_t longestStem = 200; // the whole name has to stay below NAME_MAX
+    constexpr std::size_t longestStem = 200; // the whole name must stay below NAME_MAX
     const std::string stem = target.filename().string().substr(0, longestStem);
     const QByteArray number = QByteArray::number(QRandomGenerator::system()->generate64(), numberBase);
     return target.parent_path() /
@@ -62,7 +63,7 @@ TemporaryFile::TemporaryFile(const std::filesystem::path& target, std::filesyste
                              bool hasName)
     : m_target(target), m_name(std::move(name)), m_file(std::move(file)), m_hasName(hasName) {
     if (m_file.isOpen()) {
-        // Where nothing can be locked, the file's age tells as much, only later.
+        // Without locks, the file's age serves the same purpose, only later.
         [[maybe_unused]] const int locked = ::flock(m_file.number(), LOCK_EX | LOCK_NB);
     }
 }
@@ -121,9 +122,9 @@ bool TemporaryFile::renameUnlessThere(const FileMeans& means) {
     return !m_hasName;
 }
 
-/// The last resort. The name is taken by an empty file first, which fails when there is one; the whole file
-/// follows at once. A kill between the two leaves the empty file, but never a part of ours, and what somebody
-/// else has written into the empty one by then stays.
+/// The last resort. Takes the name with an empty file, which fails if one exists, and writes the whole file
+/// right after. A kill in between leaves the empty file, but never part of ours; if someone else has written
+/// into the empty file by that time, theirs stays.
 Placing TemporaryFile::takeEmptyPlace() {
     const Descriptor place(::open(m_target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!place.isOpen()) {

@@ -11,20 +11,20 @@
 
 namespace ostrelle {
 
-/// True for a name that TemporaryFile gives, in the file system's encoding and without its folder.
+/// True for names that TemporaryFile makes, in the file system's encoding, without the folder.
 bool isTemporaryName(std::string_view name);
 
-/// What became of an attempt to put a file in its place; `failed` leaves the reason in errno.
+/// The outcome of putting a file in its place; `failed` leaves the reason in errno.
 enum class Placing { done, exists, outdated, failed };
 
-/// A file that is to become another one beside it. Its lock tells removeAbandonedTemporaryFiles() that
-/// somebody is at work on it. What has a name is removed unless it has taken the target's place.
+/// A file that is to become another one beside it. Its lock shows removeAbandonedTemporaryFiles() that it is
+/// in use. A named file is removed unless it has taken the target's place.
 class TemporaryFile {
 public:
-    /// Without a name, so that a killed process leaves nothing behind. Not open where the file system does
-    /// not know such files.
+    /// A file without a name, so that a killed process leaves nothing behind. Not open where the file system
+    /// has no nameless files.
     static TemporaryFile nameless(const std::filesystem::path& target, mode_t mode);
-    /// Under a hidden name.
+    /// A file with a hidden name.
     static TemporaryFile named(const std::filesystem::path& target, mode_t mode);
     ~TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;
@@ -33,11 +33,11 @@ public:
     bool isOpen() const { return m_file.isOpen(); }
     int descriptor() const { return m_file.number(); }
 
-    /// Takes a name in the folder, so that nothing but a rename is left to be done.
+    /// Gives the file a name in the folder, so that only a rename is left to do.
     bool takeName(const FileMeans& means);
-    /// Takes the target's place, whether there is one or not. Needs a name.
+    /// Takes the target's place, whether or not it exists. Needs a name.
     Placing replaceTarget();
-    /// Becomes the target unless there is one by now. A nameless file fails where it cannot be linked.
+    /// Becomes the target unless it now exists. A nameless file fails where it cannot be linked.
     Placing becomeTarget(const FileMeans& means);
 
 private:

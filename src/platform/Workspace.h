@@ -10,9 +10,9 @@ class Workspace {
 public:
     virtual ~Workspace() = default;
 
-    /// Opens the link in the program that the desktop has for it; a link that nobody takes is logged.
+    /// Opens the link in the desktop's program for it; logs a link that no program takes.
     virtual void openLink(const QUrl& link) = 0;
-    /// Puts the program's windows in front of those of others, as far as the desktop lets it.
+    /// Raises the program's windows above those of others, as far as the desktop allows.
     virtual void bringToFront() = 0;
 };
 

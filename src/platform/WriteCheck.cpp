@@ -19,21 +19,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Grown metadata and the file system's own records.
+/// Room for grown metadata and the file system's own records.
 constexpr std::uint64_t reserve = 256 << 10;
 
 bool isWritable(const QByteArray& path) {
     return ::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) == 0;
 }
 
-/// In a folder such as /tmp only the owner of a file may rename another one over it.
+/// In a sticky folder such as /tmp, only a file's owner may rename another file over it.
 bool isKeptByOwner(const struct stat& file, const QByteArray& folder) {
     struct stat status{};
     return ::stat(folder.constData(), &status) == 0 && (status.st_mode & S_ISVTX) != 0 && ::geteuid() != 0 &&
            ::geteuid() != status.st_uid && ::geteuid() != file.st_uid;
 }
 
-/// A file system that does not know its room has none to check.
+/// Also true where the file system does not report its free space.
 bool hasRoom(const QByteArray& folder, std::uint64_t bytes) {
     struct statvfs room{};
     return ::statvfs(folder.constData(), &room) != 0 || room.f_blocks == 0 ||

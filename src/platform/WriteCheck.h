@@ -5,9 +5,8 @@
 
 namespace ostrelle {
 
-/// Finds out whether an existing file could be replaced by one of about its size, from the rights on it and
-/// on its folder and from the room on its file system, and changes nothing. Throws FileError, as the write
-/// would.
+/// Checks whether an existing file could be replaced by one of about its size, from its rights, its folder's
+/// and the free space on its file system. Changes nothing. Throws FileError, as the write would.
 void requireReplaceable(const QString& path);
 
 } // namespace ostrelle

@@ -5,10 +5,10 @@
 
 namespace ostrelle {
 
-/// The defaults key that holds the model service's API key, as the user entered it.
+/// The defaults key of the model service's API key, as the user entered it.
 extern const QString apiKeyName;
 
-/// The current API key, read anew at each call; empty when none is stored.
+/// The current API key, read afresh at each call; empty when none is stored.
 QString apiKey(const DefaultsStore& defaults);
 
 } // namespace ostrelle

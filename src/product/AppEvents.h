@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// The program's in-process notifications: a signal for each. Whoever has something to announce emits it.
+/// The program's in-process notifications, a signal for each. Anyone with news emits it.
 class AppEvents : public QObject {
     Q_OBJECT
 

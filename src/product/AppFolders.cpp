@@ -21,7 +21,7 @@ AppFolders AppFolders::ofDesktop() {
             .manifest = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                         u"/Ostrelle Captions"_s,
             .cache = below(QStandardPaths::GenericCacheLocation),
-            // Qt would make one up, and say so on standard error.
+            // Otherwise Qt would invent one and say so on standard error.
             .runtime = qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")
                            ? QString()
                            : below(QStandardPaths::RuntimeLocation)};

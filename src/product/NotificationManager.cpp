@@ -12,7 +12,7 @@ namespace {
 
 const QString processingThread = u"ostrelle-processing"_s;
 
-/// What has failed and cannot wait until the photographer looks by chance.
+/// For failures that cannot wait until the photographer next looks.
 DesktopNotification criticalNotification(const QString& title, const QString& body, const QString& thread) {
     return {.title = title,
             .body = body,

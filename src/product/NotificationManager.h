@@ -11,8 +11,8 @@
 
 namespace ostrelle {
 
-/// Tells the photographer, who is usually looking at another program, how a caption run ended. A message that
-/// cannot be posted is logged and dropped; nothing here throws.
+/// Notifies the photographer, who is usually looking at another program, of how a caption run ended. A
+/// message that cannot be posted is logged and dropped; nothing here throws.
 class NotificationManager {
 public:
     /// Both must outlive the manager and its tasks.
@@ -20,19 +20,19 @@ public:
     NotificationManager(const NotificationManager&) = delete;
     NotificationManager& operator=(const NotificationManager&) = delete;
 
-    /// hasPermission(), with a log line: for the start of the program.
+    /// hasPermission() with a log line, for the start of the program.
     QCoro::Task<bool> requestPermission();
-    /// Whether messages can be posted now.
+    /// True when messages can be posted now.
     QCoro::Task<bool> hasPermission();
 
-    /// A message about the successes if there are any, then one about the failures if there are any.
+    /// Posts a message about the successes if any, then one about the failures if any.
     QCoro::Task<> postProcessingResult(qint64 successCount, qint64 failureCount, QStringList failedFiles,
                                        std::optional<QString> detail = {});
     QCoro::Task<> postRateLimitFailure(qint64 failureCount, QStringList failedFiles,
                                        std::optional<QString> detail = {});
     QCoro::Task<> postPermissionFailure(qint64 failureCount, QStringList failedFiles,
                                         std::optional<QString> detail = {});
-    /// `item` is the name of what is missing, such as "OpenAI API Key".
+    /// `item` names what is missing, such as "OpenAI API Key".
     QCoro::Task<> postConfigurationMissing(QString item);
 
 private:

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A control character in a header's value would begin another header.
+/// A control character in a header's value would start another header.
 bool isHeaderValue(const QByteArray& text) {
     return QUtf8StringView(text).isValidUtf8() && std::all_of(text.begin(), text.end(), [](char c) {
                return static_cast<unsigned char>(c) >= 0x20;

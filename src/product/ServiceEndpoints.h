@@ -7,18 +7,19 @@
 
 namespace ostrelle {
 
-/// The addresses of the outside world: scheme and host; the paths belong to the clients.
+/// The addresses of the outside services: scheme and host; clients add the paths.
 struct ServiceEndpoints {
     QUrl model = {};
-    QUrl prompt = {}; ///< empty: the program serves the prompt templates to itself
-    /// What the prompt service knows its clients by, in printable characters; empty when it issued none.
+    QUrl prompt = {}; ///< empty: the program serves prompt templates to itself
+    /// The key that identifies clients to the prompt service, in printable characters; empty if it issued
+    /// none.
     QString promptKey = {};
 
-    /// The addresses that this program was built with.
+    /// The addresses this program was built with.
     static ServiceEndpoints builtIn();
 };
 
-/// The text of a key that is built in as base64 of UTF-8; empty when it is not that, or holds a control
+/// The text of a built-in key, stored as base64 of UTF-8; empty when it is not that or holds a control
 /// character.
 QString decodeKey(const QByteArray& base64);
 

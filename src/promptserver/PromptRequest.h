@@ -9,11 +9,11 @@
 
 namespace ostrelle {
 
-/// The values that a request gives a parameter, decoded, in their order.
+/// The values of a request's parameter, decoded, in order.
 using RequestParameters = std::function<QStringList(const QString& name)>;
 
-/// What the request asks for. Throws Error with a sentence about the first parameter that is missing, given
-/// twice or has a value that the service does not know. Further parameters are ignored.
+/// Parses the request. Throws Error with a sentence about the first parameter that is missing, given twice or
+/// unknown in value. Ignores other parameters.
 PromptQuery promptQuery(const RequestParameters& parameters);
 
 } // namespace ostrelle

@@ -14,8 +14,11 @@
 #include <QJsonDocument>
 #include <QRandomGenerator>
 #include <array>
+#include <chrono>
+#include <exception>
 #include <future>
 #include <thread>
+#include <utility>
 
 namespace ostrelle {
 
@@ -33,7 +36,7 @@ void answerWithSentence(httplib::Response& response, int status, const QString& 
     response.set_content(sentence.toStdString(), "text/plain; charset=utf-8");
 }
 
-/// In a time that does not tell how much of the key is right.
+/// Takes the same time however much of the key is right.
 bool isSame(const std::string& given, const std::string& expected) {
     std::size_t difference = given.size() ^ expected.size();
     for (std::size_t at = 0; at < given.size() && !expected.empty(); ++at) {
@@ -75,7 +78,7 @@ public:
     Service(const PromptServerOptions& options, TemplateSource source)
         : m_options(options), m_source(std::move(source)) {
         m_server.set_socket_options([this](socket_t socket) { ownThePort(socket); });
-        // Whoever is connected holds up the end of the server: nobody stays, and nobody idles.
+        // Open connections delay the server's end: no keep-alive, and no idling.
         m_server.set_keep_alive_max_count(1);
         m_server.set_keep_alive_timeout(1);
         m_server.set_read_timeout(1);
@@ -102,7 +105,7 @@ public:
     }
 
 private:
-    /// The library's own choice lets several programs share a port, and so one take another's requests.
+    /// By default, the library lets several programs share a port and so take each other's requests.
     void ownThePort(socket_t socket) {
         const int yes = 1;
         ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -121,7 +124,7 @@ private:
             throw Error(u"The prompt server cannot listen on %1, port %2."_s.arg(m_options.address)
                             .arg(m_options.port));
         }
-        // The library lets five connections wait; one more, and its client tries again after a second.
+        // The library's backlog is five connections; one more, and its client retries after a second.
         ::listen(m_socket, SOMAXCONN);
         std::promise<void> ended;
         const std::future<void> end = ended.get_future();
@@ -129,7 +132,7 @@ private:
             m_server.listen_after_bind();
             promise.set_value();
         });
-        // A server that does not run yet cannot be stopped.
+        // A server that is not running yet cannot be stopped.
         while (!m_server.is_running() &&
                end.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
         }

@@ -11,24 +11,24 @@
 
 namespace ostrelle {
 
-/// The six templates for a query, under their names. It is called from several threads at once.
+/// Returns the six templates for a query by name. Called from several threads at once.
 using TemplateSource = std::function<QJsonObject(const PromptQuery& query)>;
 
-/// Templates made from the texts that are built in.
+/// Templates made from the built-in texts.
 TemplateSource builtInTemplates();
 
-/// Where the prompt server listens, and to whom.
+/// Where the prompt server listens, and whom it serves.
 struct PromptServerOptions {
     QString address = QStringLiteral("127.0.0.1");
-    int port = 0;        ///< 0: one of the system's choosing
-    QString apiKey = {}; ///< what a request has to show in its header; empty serves everybody
+    int port = 0;        ///< 0: the system chooses
+    QString apiKey = {}; ///< required in a request's header; empty serves everybody
 };
 
-/// A key that nobody else knows, for a server that only serves the program that it is in.
+/// A random key, for a server that serves only its own program.
 QString randomPromptKey();
 
-/// Answers GET /api/prompt over HTTP in threads of its own, from the constructor's return to the destructor.
-/// A connection that says nothing holds up the destructor for a second at most, no other for longer.
+/// Answers GET /api/prompt over HTTP on its own threads, from construction to destruction. A silent
+/// connection delays the destructor for a second at most, and others no longer.
 class PromptServer {
 public:
     /// Throws Error when it cannot listen there.

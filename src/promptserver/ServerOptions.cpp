@@ -24,7 +24,7 @@ int portNumber(const QString& text) {
     return port;
 }
 
-/// In lines as wide as the rest of the help text.
+/// Wrapped to the width of the rest of the help text.
 QString textNames() {
     constexpr qsizetype width = 90;
     QString lines;

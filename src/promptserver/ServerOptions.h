@@ -6,7 +6,7 @@
 
 namespace ostrelle {
 
-/// What the command line of ostrelle-prompt-server asks for.
+/// The parsed command line of ostrelle-prompt-server.
 struct ServerOptions {
     enum class Command { serve, help, version };
 
@@ -17,7 +17,7 @@ struct ServerOptions {
     QString keyFile;        ///< empty: the key that the programs are built with
 };
 
-/// Reads the arguments behind the program's name. Throws Error with what is wrong with them.
+/// Parses the arguments after the program's name. Throws Error for invalid ones.
 ServerOptions parseServerOptions(const QStringList& arguments);
 
 /// The text of --help.

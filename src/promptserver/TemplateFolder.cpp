@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QUtf8StringView>
+#include <utility>
 
 namespace ostrelle {
 
@@ -37,10 +38,10 @@ QString withLineBreaksOf(const QString& builtIn, const QString& text) {
     return QString(before, u'\n') + inner + QString(after, u'\n');
 }
 
-/// The file's text without what an editor of another system adds. Throws Error when it is broken.
+/// The file's text without what editors of other systems add. Throws Error when it is broken.
 QString readText(const QString& path) {
     QByteArray bytes = readFile(path, TemplateFolder::largestFile);
-    if (bytes.isEmpty()) { // as an editor leaves it for a moment
+    if (bytes.isEmpty()) { // editors leave a file empty for a moment
         throw Error(u"The file is empty."_s);
     }
     if (!QUtf8StringView(bytes).isValidUtf8() || bytes.contains('\0')) {

@@ -10,23 +10,23 @@
 
 namespace ostrelle {
 
-/// A folder of text files in UTF-8, in which a desk words the rules its own way: a file NAME.txt stands in
-/// for the built-in text NAME. Its first and last line breaks are those of the built-in text, whatever an
-/// editor makes of them. May be used from several threads.
+/// A folder of UTF-8 text files with which a desk rewords the rules: a file NAME.txt replaces the built-in
+/// text NAME. Its leading and trailing line breaks are always those of the built-in text, whatever an editor
+/// does to them. Thread-safe.
 class TemplateFolder {
 public:
-    /// In bytes; the longest built-in text is a tenth of it.
+    /// In bytes; ten times the longest built-in text.
     static constexpr qint64 largestFile = qint64{64} * 1024;
 
     /// Throws Error when there is no such folder. The log must outlive this.
     TemplateFolder(QString folder, PromptTexts builtIn, PlainLog& log);
 
-    /// All texts as the files are now. A broken file (unreadable, too large, empty, no UTF-8) keeps the last
-    /// good text, and so does a folder that cannot be seen; the log says so, once for each state of a file.
+    /// All texts, from the files as they are now. A broken file (unreadable, too large, empty, not UTF-8)
+    /// keeps its last good text, and so does a folder that cannot be read; logged once per state of a file.
     PromptTexts texts();
 
 private:
-    /// Differs when the file does.
+    /// Changes when the file does.
     struct Stamp {
         qint64 size = -1; ///< -1 for no file
         qint64 seconds = 0;

@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Without line breaks at either end: whoever joins the templates puts blank lines between them.
+/// Without line breaks at either end: the client joins the templates with blank lines.
 QString trimmedLineBreaks(const QString& text) {
     qsizetype first = 0;
     qsizetype end = text.size();
@@ -23,7 +23,7 @@ QString trimmedLineBreaks(const QString& text) {
 QString styleRules(const PromptQuery& query, const PromptLibrary& library) {
     const QString rules = library.styleRules(query.style, query.sport, query.includeOffenseDefense);
     const QString example = library.offenseDefenseExample(query.style);
-    // For football, and only there, the prompt of one image adds the example from its own template.
+    // For football only, the prompt of one image adds the example from its own template.
     const bool hasExampleTwice =
         query.includeOffenseDefense && query.sport == Sport::football && rules.endsWith(example);
     return hasExampleTwice ? rules.chopped(example.size()) : rules;

@@ -8,12 +8,12 @@
 
 namespace ostrelle {
 
-/// The six templates for the query, made from the library so that the prompt of one image holds each rule
-/// that the prompt of a batch holds, once.
+/// Makes the six templates for the query, such that the prompt of one image holds each rule of a batch's
+/// prompt exactly once.
 QJsonObject makeTemplates(const PromptQuery& query, const PromptLibrary& library);
 
-/// The built-in texts that templates are made from. Those for the roster are not among them: they are the
-/// client's.
+/// The built-in texts that templates are made from. The roster's texts are not among them: those belong to
+/// the client.
 PromptTexts builtInTemplateTexts();
 
 } // namespace ostrelle

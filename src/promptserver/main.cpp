@@ -20,7 +20,7 @@ namespace {
 
 enum ExitStatus { success = 0, cannotServe = 1, wrongUsage = 2 };
 
-/// The signals that end the program, kept from all threads that are started after this.
+/// Blocks the signals that end the program in this thread and all threads started later.
 sigset_t blockedEndSignals() {
     sigset_t signals;
     sigemptyset(&signals);

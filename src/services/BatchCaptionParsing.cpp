@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// In bytes. A reply of 2000 tokens, which is what a batch may cost, is a thirtieth of it.
+/// In bytes. Thirty times a reply of 2000 tokens, the most a batch may cost.
 constexpr qsizetype largestList = qsizetype{256} * 1024;
 
 BatchResponseItem decodeItem(const JsonFields& fields) {

@@ -10,21 +10,21 @@
 
 namespace ostrelle {
 
-/// One element of the list that the model was asked for.
+/// One element of the list requested from the model.
 struct BatchResponseItem {
-    qint64 image = 0; ///< the image's number in the request, from 1, if the model counted right
+    qint64 image = 0; ///< the image's number in the request, from 1, if the model counted correctly
     QString caption;
 };
 
-/// From the first "[" of the model's text to its last "]", without the prose or code fence around it; the
-/// whole text when that is not there.
+/// The model's text from its first "[" to its last "]", without surrounding prose or code fences; the whole
+/// text when it has none.
 QString jsonListIn(const QString& text);
 
-/// Throws JsonError, with the path of what is off, such as "[1].image".
+/// Throws JsonError with the path of the invalid part, such as "[1].image".
 QList<BatchResponseItem> decodeBatchItems(const QByteArray& json);
 
-/// The captions of the images with these file names, in the order of the items. A number that is no image's
-/// is passed over. Throws OpenAIError::decoding unless that leaves as many captions as there are images.
+/// The captions of the images with these file names, in the order of the items. Skips numbers of no image.
+/// Throws OpenAIError::decoding unless as many captions remain as there are images.
 QList<BatchCaptionResult> captionsOfImages(const QList<BatchResponseItem>& items,
                                            const QStringList& fileNames);
 

@@ -9,8 +9,8 @@
 
 namespace ostrelle {
 
-/// What is said to the model about a batch, in its order: the prompt, each image behind its number, name and
-/// context, and the form of the answer.
+/// The messages of a batch request, in order: the prompt, each image after its number, name and context, and
+/// the form of the answer.
 QList<ChatMessage> batchCaptionMessages(const QList<BatchImageItem>& images, const QString& prompt);
 
 } // namespace ostrelle

@@ -13,21 +13,20 @@ namespace ostrelle {
 /// One picture of a batch and what is known about it.
 struct BatchImageItem {
     QByteArray imageJPEGData;
-    QString filename; ///< what the model is told
+    QString filename; ///< as given to the model
     QString context;
 };
 
-/// What the model said about one picture.
+/// The model's answer for one picture.
 struct BatchCaptionResult {
     qsizetype position = 0; ///< of the picture in the request, from 0; file names may repeat
     QString filename;
-    QString caption; ///< trimmed, perhaps empty
+    QString caption; ///< trimmed, may be empty
 
     bool operator==(const BatchCaptionResult&) const = default;
 };
 
-/// As many results as there were pictures, in the model's order. A position may come twice and another one
-/// not at all.
+/// As many results as pictures, in the model's order. A position may appear twice, and another not at all.
 struct BatchCaptionReply {
     QList<BatchCaptionResult> results;
     std::optional<Usage> usage;

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Qt would write a lone surrogate as an escape that no strict reader accepts.
+/// Qt would write a lone surrogate as an escape that strict readers reject.
 QJsonValue encoded(const QString& text) {
     if (!text.isValidUtf16()) {
         throw OpenAIError::encoding();

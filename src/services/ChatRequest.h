@@ -14,7 +14,7 @@ struct TextBlock {
     QString text;
 };
 
-/// A picture for the model, which goes to it as a data URL.
+/// A picture for the model, sent as a data URL.
 struct ImageBlock {
     QByteArray jpeg;
     std::optional<QString> detail; ///< "low", "high" or "auto"
@@ -22,7 +22,7 @@ struct ImageBlock {
 
 using ContentBlock = std::variant<TextBlock, ImageBlock>;
 
-/// What one side says in a chat.
+/// One message of a chat.
 struct ChatMessage {
     QString role; ///< "system" or "user"
     QList<ContentBlock> content;
@@ -36,11 +36,11 @@ struct ChatRequest {
     std::optional<int> maximumTokens;
 };
 
-/// The request as compact JSON in UTF-8; what is absent is left out. Throws OpenAIError::encoding when a
-/// text is not valid UTF-16 or the temperature not a finite number.
+/// The request as compact JSON in UTF-8, without absent fields. Throws OpenAIError::encoding when a text is
+/// not valid UTF-16 or the temperature is not finite.
 QByteArray encode(const ChatRequest& request);
 
-/// How many characters so many bytes are in base64.
+/// The base64 length, in characters, of that many bytes.
 qsizetype base64Length(qsizetype bytes);
 
 } // namespace ostrelle

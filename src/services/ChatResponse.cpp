@@ -33,7 +33,7 @@ std::optional<QList<ResponseBlock>> decodeBlocks(const QJsonValue& value) {
     return blocks;
 }
 
-/// A content that is neither form is no failure: the message is then empty.
+/// Content in neither form is not an error: the message is then empty.
 ResponseMessage decodeMessage(const JsonFields& fields) {
     const QJsonValue content = fields.value(u"content"_s);
     return {.role = fields.text(u"role"_s),
@@ -47,7 +47,7 @@ Choice decodeChoice(const JsonFields& fields) {
             .finishReason = fields.optionalText(u"finish_reason"_s)};
 }
 
-/// A count that some text and a picture can have; what is not would be added to the user's costs for ever.
+/// A count plausible for text and a picture; any other would distort the user's recorded costs permanently.
 qint64 tokenCount(const JsonFields& fields, const QString& name) {
     constexpr qint64 mostTokens = 1'000'000'000;
     const qint64 count = fields.integer(name);

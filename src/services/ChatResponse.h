@@ -8,10 +8,10 @@
 
 namespace ostrelle {
 
-/// In characters. No caption that the model is asked for comes near it; a longer one fits in no file.
+/// In characters. No requested caption comes near it, and a longer one fits in no file.
 constexpr qsizetype longestCaption = qsizetype{32} * 1024;
 
-/// The tokens that one request was charged for.
+/// The tokens charged for one request.
 struct Usage {
     qint64 promptTokens = 0;
     qint64 completionTokens = 0;
@@ -20,19 +20,19 @@ struct Usage {
     bool operator==(const Usage&) const = default;
 };
 
-/// A piece of what the model said; only a piece of text has a text.
+/// A piece of the model's answer; only text pieces have a text.
 struct ResponseBlock {
     std::optional<QString> type;
     std::optional<QString> text;
 };
 
-/// What the model said, as a list of blocks or as one string.
+/// The model's answer, as a list of blocks or as one string.
 struct ResponseMessage {
     QString role;
     std::optional<QList<ResponseBlock>> contentArray;
     std::optional<QString> contentString;
 
-    /// The texts of the blocks with a blank between them, or the string, or nothing.
+    /// The texts of the blocks, joined with blanks, or the string, or nothing.
     QString text() const;
 };
 
@@ -42,14 +42,14 @@ struct Choice {
     std::optional<QString> finishReason;
 };
 
-/// A reply of the chat completions endpoint.
+/// A reply from the chat completions endpoint.
 struct ChatResponse {
     QString id;
     QList<Choice> choices;
     std::optional<Usage> usage;
 };
 
-/// Decodes a reply; fields that are not known are passed over. Throws JsonError.
+/// Decodes a reply; ignores unknown fields. Throws JsonError.
 ChatResponse decodeChatResponse(const QByteArray& json);
 
 } // namespace ostrelle

@@ -16,14 +16,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A reply resumes its waiter from within its own signal and goes on working afterwards.
+/// A reply resumes its waiter inside its own signal, and still needs itself afterwards.
 struct DeleteLater {
     void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
 };
 using ReplyPointer = std::unique_ptr<QNetworkReply, DeleteLater>;
 
-/// A request's body that can be sent only once. Qt sends a request again, unasked, when the connection ends
-/// before the answer; but then the service may have done the work already, and charged for it.
+/// A request body that can be sent only once. Qt resends a request unasked when the connection ends before
+/// the answer, but by then the service may have done, and charged for, the work.
 class OneTimeBody : public QIODevice {
 public:
     explicit OneTimeBody(QByteArray bytes) : m_bytes(std::move(bytes)) { open(ReadOnly | Unbuffered); }
@@ -44,15 +44,15 @@ private:
     qint64 m_sent = 0;
 };
 
-/// True for what Qt reports of a whole reply with an error status. The status alone does not tell: that of
-/// a half reply is there, too, when the connection was cut.
+/// True for the errors Qt reports for a complete reply with an error status. The status alone is not enough:
+/// a reply cut off by a broken connection has one too.
 bool isErrorOfStatus(QNetworkReply::NetworkError error, int status) {
     const bool isOfContentOrServer =
         error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolFailure;
     return status >= 400 && (isOfContentOrServer || error == QNetworkReply::ProxyAuthenticationRequiredError);
 }
 
-/// Calls a function when one exchange makes no progress for a time, or takes too long in all.
+/// Calls a function when an exchange makes no progress for a while, or takes too long overall.
 class Patience : public QObject {
 public:
     Patience(Clock& clock, QNetworkReply* reply, std::chrono::milliseconds idle, std::function<void()> end)
@@ -74,7 +74,7 @@ public:
 private:
     void beginAnew() { m_idleTimer = m_clock.after(m_idle, m_end); }
 
-    /// Qt's own progress is what the system has taken in, which is mostly all of it at once.
+    /// Qt's progress counts what the system has buffered, usually everything at once.
     void lookAtUpload() {
         const qint64 before = std::exchange(m_unacknowledged, unacknowledgedBytes(m_peerPort));
         if (m_unacknowledged < before) {
@@ -86,18 +86,18 @@ private:
     std::chrono::milliseconds m_idle;
     std::function<void()> m_end;
     int m_peerPort;
-    qint64 m_unacknowledged = 0; ///< at the last look; other uploads to the same service count too
+    qint64 m_unacknowledged = 0; ///< at the last look; includes other uploads to the same service
     std::unique_ptr<Timer> m_wholeTimer;
     std::unique_ptr<Timer> m_uploadTimer;
     std::unique_ptr<Timer> m_idleTimer;
 };
 
-/// Takes in one reply's body as it comes and ends the reply when there is too much or it takes too long.
+/// Collects a reply's body as it arrives, and ends the reply when it is too large or too slow.
 class Reception : public QObject {
 public:
     explicit Reception(QNetworkReply* reply) : m_reply(reply) {
         m_reply->setReadBufferSize(qint64{64} *
-                                   1024); // the network thread waits for us instead of piling up bytes
+                                   1024); // the network thread waits for us rather than pile up bytes
         connect(m_reply, &QNetworkReply::readyRead, this, &Reception::takeIn);
     }
 
@@ -128,7 +128,7 @@ private:
         }
     }
 
-    /// abort() would resume the waiter, which owns us and the timer, from within our own call.
+    /// abort() called here would resume the waiter, which owns us and the timer, inside our own call.
     void endReply() { QMetaObject::invokeMethod(m_reply, "abort", Qt::QueuedConnection); }
 
     void throwIfIncomplete(int status) const {
@@ -157,7 +157,7 @@ void makeStateless(QNetworkRequest& request) {
     request.setAttribute(Request::CookieSaveControlAttribute, Request::Manual);
     request.setAttribute(Request::AuthenticationReuseAttribute, Request::Manual);
     request.setHeader(Request::UserAgentHeader, u"OstrelleCaptions"_s);
-    // The replies are short, and a compressed one could unfold to any size.
+    // Replies are short, and a compressed one could expand to any size.
     request.setRawHeader("Accept-Encoding", "identity");
 }
 
@@ -167,8 +167,8 @@ HttpChannel::HttpChannel(Clock& clock)
     : m_clock(clock), m_manager(std::make_unique<QNetworkAccessManager>()) {}
 
 HttpChannel::~HttpChannel() {
-    // Whoever waits for a reply would wait for ever if it were just deleted. Without the manager, nobody
-    // who is woken by this can start another request.
+    // A waiter would hang if its reply were simply deleted. Without the manager, a woken task cannot start
+    // another request.
     m_gate->close();
     const std::unique_ptr<QNetworkAccessManager> manager = std::move(m_manager);
     const auto replies = manager->findChildren<QNetworkReply*>();
@@ -182,7 +182,7 @@ QCoro::Task<HttpReply> HttpChannel::post(const QNetworkRequest& request, QByteAr
                     [body = std::move(body)](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
                         auto upload = std::make_unique<OneTimeBody>(body);
                         QNetworkReply* reply = manager.post(toSend, upload.get());
-                        upload.release()->setParent(reply); // which reads from it for as long as it lives
+                        upload.release()->setParent(reply); // which reads from it to the end of its life
                         return reply;
                     });
 }

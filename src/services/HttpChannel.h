@@ -17,25 +17,25 @@ class QNetworkReply;
 
 namespace ostrelle {
 
-/// A complete answer to a request, whatever its status.
+/// A complete reply, whatever its status.
 struct HttpReply {
-    std::optional<int> status; ///< absent when the answer has none that HTTP knows (100 and up)
+    std::optional<int> status; ///< absent when the reply has no valid HTTP status (100 and up)
     QByteArray body;
 };
 
-/// Sends requests, so many at once. Each lives as long as bytes go up or come down, but not beyond a
-/// deadline, and with a bounded reply. Redirects are not followed, cookies and credentials not kept.
-/// Destroying the channel fails what is in flight.
+/// Sends requests, a limited number at a time. Each may go on as long as bytes move up or down, but not past
+/// a deadline, and its reply is limited in size. Redirects are not followed; cookies and credentials are not
+/// kept. Destroying the channel fails the requests in flight.
 class HttpChannel {
 public:
     /// How long a posted request may go without a byte up or down.
     static constexpr std::chrono::milliseconds idleTimeOut = std::chrono::seconds(60);
     /// From the start of any request to the last byte of its reply.
     static constexpr std::chrono::milliseconds deadline = std::chrono::minutes(10);
-    /// In bytes. The longest reply that the services give is a thousandth of it.
+    /// In bytes; a thousand times the longest reply of the services.
     static constexpr qsizetype largestReply = qsizetype{4} * 1024 * 1024;
 
-    /// As many as Qt keeps connections to one host: more would only wait inside Qt, on their own time.
+    /// Qt's number of connections per host: more would only wait inside Qt while their own time runs.
     static constexpr int mostAtOnce = 6;
 
     explicit HttpChannel(Clock& clock);
@@ -43,7 +43,7 @@ public:
 
     /// Posts the body and resumes with the whole reply. Throws TransportError.
     QCoro::Task<HttpReply> post(const QNetworkRequest& request, QByteArray body);
-    /// Gets, with an idle time-out of the caller's, and resumes with the whole reply. Throws TransportError.
+    /// Gets with the caller's idle time-out and resumes with the whole reply. Throws TransportError.
     QCoro::Task<HttpReply> get(const QNetworkRequest& request, std::chrono::milliseconds idle);
 
 private:

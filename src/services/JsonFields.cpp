@@ -2,6 +2,7 @@
 #include "services/JsonFields.h"
 
 #include <QJsonDocument>
+#include <utility>
 
 namespace ostrelle {
 
@@ -63,7 +64,7 @@ std::optional<QString> JsonFields::optionalText(const QString& name) const {
 
 qint64 JsonFields::integer(const QString& name) const {
     const QJsonValue number = required(name);
-    // Only what is no such number gives back whatever it is told to.
+    // Only a value that is not such a number returns whatever default it is given.
     if (number.toInteger(0) != number.toInteger(1)) {
         throwNot(u"an integer"_s, pathOf(name));
     }

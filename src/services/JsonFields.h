@@ -18,17 +18,17 @@ public:
     using Error::Error;
 };
 
-/// The list that the text consists of. Throws JsonError when it does not.
+/// Parses a text that is a JSON list. Throws JsonError when it is not.
 QJsonArray parseJsonList(const QByteArray& json);
 
-/// The fields of a foreign JSON object, read with their types checked. A required field that is missing or
-/// null, and any field of another type, throws JsonError with the field's path, such as
-/// "choices[0].index". An optional field that is null is absent.
+/// Type-checked access to the fields of an untrusted JSON object. Throws JsonError with the path of the
+/// field, such as "choices[0].index", when a required field is missing or null or any field has the wrong
+/// type. An optional field that is null counts as absent.
 class JsonFields {
 public:
-    /// The object that the text consists of. Throws JsonError when it does not.
+    /// Parses a text that is a JSON object. Throws JsonError when it is not.
     static JsonFields parse(const QByteArray& json);
-    /// The object that stands at the path.
+    /// The object at the path.
     JsonFields(const QJsonValue& value, QString path);
 
     QString text(const QString& name) const;
@@ -40,7 +40,7 @@ public:
     std::optional<JsonFields> optionalObject(const QString& name) const;
 
     QStringList names() const { return m_object.keys(); }
-    /// The field as it stands, undefined when missing.
+    /// The unchecked field, undefined when missing.
     QJsonValue value(const QString& name) const { return m_object.value(name); }
     QString pathOf(const QString& name) const;
 

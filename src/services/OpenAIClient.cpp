@@ -13,6 +13,7 @@
 
 #include <QFileInfo>
 #include <numeric>
+#include <utility>
 
 #include "product/ApiKey.h"
 
@@ -45,7 +46,7 @@ qsizetype totalSizeOf(const QList<BatchImageItem>& images) {
         [](qsizetype sum, const BatchImageItem& image) { return sum + image.imageJPEGData.size(); });
 }
 
-/// A worker thread's part of a call: a body of pictures takes a while to write.
+/// On a worker thread: encoding a body of pictures takes a while.
 QCoro::Task<QByteArray> encodeOffMainThread(ChatRequest request) {
     return offMainThread([request = std::move(request)] { return encode(request); });
 }
@@ -103,7 +104,7 @@ QCoro::Task<BatchCaptionReply> OpenAIClient::generateBatchCaptions(QList<BatchIm
                      .messages = batchCaptionMessages(images, prompt),
                      .temperature = temperature,
                      .maximumTokens = maximumTokens};
-    images.clear(); // the pictures need not wait beside the body for the answer
+    images.clear(); // not needed while waiting for the answer: the body holds them
     const QByteArray body = co_await encodeOffMainThread(std::move(chat));
     throwIfGone(life);
     m_log.print(

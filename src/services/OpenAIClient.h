@@ -20,36 +20,36 @@
 
 namespace ostrelle {
 
-/// A caption and what it cost, if the service said.
+/// A caption and its cost, if the service reported one.
 struct CaptionReply {
     QString text;
     std::optional<Usage> usage;
 };
 
-/// The program's connection to the model service. It retries nothing and remembers nothing: each call reads
-/// the API key anew. Destroying it fails the calls in flight with a TransportError.
+/// The program's connection to the model service. Keeps no state and never retries; reads the API key anew
+/// for each call. Destroying it fails the calls in flight with a TransportError.
 class OpenAIClient {
 public:
     /// `modelUrl` is the service's scheme and host. All references must outlive the client.
     OpenAIClient(QUrl modelUrl, const DefaultsStore& defaults, PlainLog& log, Clock& clock);
 
-    /// Asks for the caption of one picture. Throws OpenAIError, or TransportError when no complete answer
-    /// came: HttpChannel tells how long it waits.
+    /// Requests a caption for one picture. Throws OpenAIError, or TransportError when no complete reply came;
+    /// see HttpChannel for the time-outs.
     QCoro::Task<CaptionReply> generateCaption(QByteArray jpeg, QString prompt, QString model,
                                               int maximumTokens, double temperature);
 
-    /// Asks for the captions of several pictures in one request; of a single one as generateCaption() does.
-    /// All come, or the call fails as a whole, likewise.
+    /// Requests captions for several pictures in one request, or for a single one as generateCaption() does.
+    /// Returns all of them, or throws as generateCaption() does.
     QCoro::Task<BatchCaptionReply> generateBatchCaptions(QList<BatchImageItem> images, QString prompt,
                                                          QString model, int maximumTokens,
                                                          double temperature);
 
-    /// The words spoken in the audio file, untrimmed, perhaps none. Throws FileError when the file cannot be
-    /// read, otherwise as generateCaption() does. The file is read on one of the reader's threads.
+    /// Transcribes the audio file; the text is untrimmed and may be empty. Throws FileError when the file
+    /// cannot be read, otherwise as generateCaption(). Reads the file on one of the reader's threads.
     QCoro::Task<QString> transcribeAudio(QString file, QThreadPool* reader = QThreadPool::globalInstance());
 
 private:
-    /// How the log begins to tell what a reply had instead of an answer.
+    /// The start of the log lines about a reply that holds no answer.
     struct ReplyLines {
         QString status;
         QString undecodable;
@@ -72,7 +72,7 @@ private:
     QUrl m_modelUrl;
     const DefaultsStore& m_defaults;
     PlainLog& m_log;
-    // Tells a call that was away that we are gone. Outlives the channel, whose end wakes the calls in flight.
+    // Lets a resumed call see that we are gone. Outlives the channel, whose end wakes the calls in flight.
     std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
     HttpChannel m_channel;
 };

@@ -7,14 +7,14 @@
 
 namespace ostrelle {
 
-/// A request to the model service that failed for a reason of its own, not the transport's.
+/// A request that the model service failed, rather than the transport.
 class OpenAIError : public Error {
 public:
     enum class Case { http, decoding, missingAPIKey, invalidResponse, noChoices, encoding, cancelled };
 
     /// The service answered with a status outside 200 to 299.
     static OpenAIError http(int statusCode, const QString& body);
-    /// The reply is not what the service promises; `text` says where.
+    /// The reply does not have the documented form; `text` says where.
     static OpenAIError decoding(const QString& text);
     static OpenAIError missingAPIKey();
     static OpenAIError invalidResponse();

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <deque>
 #include <functional>
+#include <utility>
 
 namespace ostrelle {
 
@@ -24,8 +25,8 @@ QPromise<void> startedPromise() {
     return promise;
 }
 
-/// One that is dated ahead, since the clock was set back, counts by its distance too: otherwise it would not
-/// expire for as long as the clock was off.
+/// An entry dated in the future, because the clock was set back, expires by its distance too: otherwise it
+/// would last for as long as the clock was off.
 bool isExpired(const CachedPrompt& entry, const QDateTime& now) {
     return std::chrono::milliseconds(std::abs(entry.fetchedAt.msecsTo(now))) > PromptCache::duration;
 }
@@ -37,14 +38,14 @@ bool isMissingFile(const Attempt<CachedPrompts>& loaded) {
 
 } // namespace
 
-/// What the work on the file needs. It lives on while a file operation is under way, but its references may
-/// not be used any more once the cache is gone.
+/// The state that work on the file needs. It lives while a file operation is running, but its references are
+/// invalid once the cache is gone.
 class PromptCache::State {
 public:
     State(QString file, const Clock& sourceOfTime, PlainLog& lines)
         : path(std::move(file)), clock(sourceOfTime), log(lines) {}
 
-    /// Does it now, or after the file is read.
+    /// Runs the change now, or after the file is read.
     void onceLoaded(std::function<void()> change) {
         if (isLoaded) {
             change();
@@ -59,7 +60,7 @@ public:
     }
 
     static QCoro::Task<> load(std::shared_ptr<State> state);
-    /// Saves the entries and then prints the line, if there is one.
+    /// Saves the entries and then logs the line, if there is one.
     static void save(const std::shared_ptr<State>& state, const QString& lineAfter = {});
     static void clearExpired(const std::shared_ptr<State>& state);
 
@@ -70,14 +71,14 @@ public:
     bool isOpen = true; ///< until the cache is gone
     bool isLoaded = false;
     QPromise<void> loaded = startedPromise();
-    std::optional<QPromise<void>> saved; ///< while saves are under way
+    std::optional<QPromise<void>> saved; ///< while saves are running
 
 private:
     void takeIn(const Attempt<CachedPrompts>& file);
     static QCoro::Task<> workOffSaves(std::shared_ptr<State> state);
 
-    std::deque<std::function<void()>> changes; ///< that came before the file was read
-    std::deque<QString> saves;                 ///< the lines that follow them
+    std::deque<std::function<void()>> changes; ///< requested before the file was read
+    std::deque<QString> saves;                 ///< the log lines that follow them
 };
 
 QCoro::Task<> PromptCache::State::load(std::shared_ptr<State> state) {
@@ -118,10 +119,10 @@ void PromptCache::State::save(const std::shared_ptr<State>& state, const QString
     }
 }
 
-/// One after the other, so that an older state of the entries never replaces a newer one.
+/// One save after the other, so that an older state of the entries never replaces a newer one.
 QCoro::Task<> PromptCache::State::workOffSaves(std::shared_ptr<State> state) {
     while (state->isOpen && !state->saves.empty()) {
-        // All that was asked for up to here is in these entries: one write does for all.
+        // These entries include everything requested so far: one write serves all.
         const std::deque<QString> served = std::exchange(state->saves, {});
         auto writing = attemptOffMainThread(
             [path = state->path, entries = state->entries] { writePromptCache(path, entries); });

@@ -8,6 +8,7 @@
 
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <optional>
 
 namespace ostrelle {
 
@@ -44,7 +45,7 @@ void writePromptCache(const QString& path, const CachedPrompts& entries) {
                                              {u"cacheKey"_s, entry->cacheKey}});
     }
     const QByteArray bytes = QJsonDocument(json).toJson(QJsonDocument::Compact);
-    if (bytes.size() > largestPromptCache) { // it could not be read again
+    if (bytes.size() > largestPromptCache) { // it could not be read back
         throw Error(u"The cache is larger than "_s + QString::number(largestPromptCache) + u" bytes."_s);
     }
     makeFolder(QFileInfo(path).path());

@@ -9,7 +9,7 @@
 
 namespace ostrelle {
 
-/// Templates and the moment they came from the server.
+/// Templates, and when they came from the server.
 struct CachedPrompt {
     PromptTemplates templates;
     QDateTime fetchedAt;
@@ -18,14 +18,14 @@ struct CachedPrompt {
 
 using CachedPrompts = QMap<QString, CachedPrompt>;
 
-/// In bytes. All combinations of the built-in templates are a fifth of it.
+/// In bytes; five times all combinations of the built-in templates.
 constexpr qint64 largestPromptCache = qint64{32} * 1024 * 1024;
 
-/// Reads the cache that writePromptCache() has written. Throws Error when one entry of it is not valid.
+/// Reads a cache written by writePromptCache(). Throws Error when any entry is invalid.
 CachedPrompts readPromptCache(const QString& path);
 
-/// Puts the entries in the file's place, whole or not at all, making its folder where needed: a JSON object
-/// from key to entry, with the dates in whole seconds. Throws Error.
+/// Replaces the file, whole or not at all, and makes its folder if needed: a JSON object from key to entry,
+/// with dates in whole seconds. Throws Error.
 void writePromptCache(const QString& path, const CachedPrompts& entries);
 
 } // namespace ostrelle

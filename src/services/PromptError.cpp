@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/PromptError.h"
 
+#include <utility>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;

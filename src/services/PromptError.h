@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// Why no prompt templates could be had.
+/// Prompt templates could not be fetched.
 class PromptError : public Error {
 public:
     enum class Case {
@@ -20,11 +20,11 @@ public:
         cacheExpired,
     };
 
-    /// There was no complete answer; the text is the transport's.
+    /// No complete reply came; the text is the transport's.
     static PromptError networkError(const QString& underlying);
-    /// The server answered with another status than 200.
+    /// The server replied with a status other than 200.
     static PromptError serverError(const QString& text);
-    /// The answer is not what the server promises; the text says where.
+    /// The reply does not have the documented form; the text says where.
     static PromptError decodingError(const QString& underlying);
     static PromptError invalidURL();
     static PromptError invalidResponse();

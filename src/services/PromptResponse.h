@@ -9,11 +9,11 @@
 
 namespace ostrelle {
 
-/// The templates in the body of a prompt server's reply. Throws PromptError::decodingError when a field of
-/// the reply is missing or not a text.
+/// Decodes the templates in a prompt server's reply. Throws PromptError::decodingError when a field is
+/// missing or not a text.
 PromptTemplates decodePromptResponse(const QByteArray& body);
 
-/// Templates as a JSON object, and back. Throws JsonError when one of the six is not there.
+/// Templates as a JSON object, and back. Throws JsonError when one of the six is missing.
 QJsonObject toJson(const PromptTemplates& templates);
 PromptTemplates templatesFromJson(const JsonFields& json);
 

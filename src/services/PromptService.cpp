@@ -9,6 +9,8 @@
 #include "services/WireText.h"
 
 #include <QUrlQuery>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 
@@ -19,7 +21,7 @@ namespace {
 constexpr int httpOk = 200;
 constexpr int httpUnauthorized = 401;
 
-/// What a log may show of the key: a key as short as this would be there as a whole.
+/// The part of the key that may be logged: a short one would be logged in full.
 QString keyPrefix(const QString& key) {
     constexpr qsizetype shown = 10;
     return characterCount(key) > shown ? firstCharacters(key, shown) : QString();
@@ -79,7 +81,7 @@ QCoro::Task<PromptTemplates> PromptService::fetchPrompts(PromptQuery query, Fetc
     co_return *templates;
 }
 
-/// Throws nothing but PromptError. Does not touch the service once that is gone.
+/// Throws only PromptError. Does not touch the service after it is gone.
 QCoro::Task<PromptTemplates> PromptService::fetchFromServer(PromptQuery query) {
     const std::weak_ptr<const bool> life = m_life;
     const QNetworkRequest toSend = request(query);

@@ -18,36 +18,36 @@ namespace ostrelle {
 
 class PromptError;
 
-/// Where the prompt service is and what it knows this program by.
+/// The address of the prompt service and this program's key to it.
 struct PromptAccess {
     QUrl url;    ///< scheme and host
-    QString key; ///< never logged as a whole
+    QString key; ///< never logged in full
 };
 
-/// Fetches prompt templates from the prompt server and keeps them in a cache. It never falls back on
-/// anything: a failure is its caller's. Destroying it fails the fetches in flight.
+/// Fetches prompt templates from the prompt server and caches them. Has no fallback: failures go to the
+/// caller. Destroying it fails the fetches in flight.
 class PromptService {
 public:
     enum class Fetch {
         unlessCached,
-        always, ///< what comes is stored all the same
+        always, ///< the result is cached all the same
     };
 
     /// How long the server may be silent.
     static constexpr std::chrono::milliseconds idleTimeOut = std::chrono::seconds(30);
 
-    /// The file is the cache's; it and its folder need not exist. Log and clock must outlive the service.
+    /// `cacheFile` and its folder need not exist yet. Log and clock must outlive the service.
     PromptService(PromptAccess access, QString cacheFile, PlainLog& log, Clock& clock);
 
     /// The templates for the query. Throws PromptError.
     QCoro::Task<PromptTemplates> fetchPrompts(PromptQuery query, Fetch fetch = Fetch::unlessCached);
 
-    /// Forgets all templates, in memory and on disk. Returns at once.
+    /// Removes all templates, from memory and disk. Returns at once.
     void clearCache() { m_cache.clear(); }
-    /// Forgets those that are older than an hour. Returns at once.
+    /// Removes those older than an hour. Returns at once.
     void clearExpiredCache() { m_cache.clearExpired(); }
     PromptCache::Counts cacheCounts() const { return m_cache.counts(); }
-    /// Ends when the cache is saved. To be awaited before the program ends.
+    /// Resumes when the cache is saved. Await it before the program ends.
     QCoro::Task<> finishPending() { return m_cache.finishPending(); }
 
 private:

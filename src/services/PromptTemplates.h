@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// The caption rules for one image, in the pieces that its prompt is joined from.
+/// The caption rules for one image, in the pieces its prompt is joined from.
 struct PromptTemplates {
     QString commonRules;
     QString sportInstructions;

@@ -28,7 +28,7 @@ QCoro::Task<bool> RequestGate::enter(std::shared_ptr<RequestGate> gate) {
     gate->m_waiting.push_back(turn);
     QFuture<bool> itsTurn = turn->future();
     const bool mayPass = co_await itsTurn;
-    co_return mayPass && !gate->m_isClosed; // it may have been closed since the turn came
+    co_return mayPass && !gate->m_isClosed; // it may have been closed in the meantime
 }
 
 void RequestGate::leave() {

@@ -5,14 +5,15 @@
 #include <QPromise>
 #include <deque>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 
-/// Lets a fixed number of requests through at once and the rest in the order in which they came, so that a
-/// request's time does not run while it waits for a connection.
+/// Admits a fixed number of requests at once and queues the rest in order, so that a request's time does not
+/// run while it waits for a connection.
 class RequestGate {
 public:
-    /// A place behind the gate, held for the length of a scope.
+    /// A slot, held for the length of a scope.
     class Pass {
     public:
         explicit Pass(std::shared_ptr<RequestGate> gate) : m_gate(std::move(gate)) {}
@@ -26,11 +27,11 @@ public:
 
     explicit RequestGate(int width) : m_free(width) {}
 
-    /// Resumes when a place is free, which the caller then owes to a Pass; false when the gate has been
-    /// closed, and no place is taken. The gate lives as long as somebody waits at it.
+    /// Resumes when a slot is free; the caller must then give it to a Pass. False, without a slot, when the
+    /// gate has been closed. The gate lives as long as anyone waits at it.
     static QCoro::Task<bool> enter(std::shared_ptr<RequestGate> gate);
 
-    /// Sends everybody away who waits or comes.
+    /// Turns away all requests, those waiting and those to come.
     void close();
 
 private:

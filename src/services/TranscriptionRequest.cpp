@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What follows the last dot; a hidden file's only dot begins its name.
+/// What follows the last dot; the only dot of a hidden file starts its name.
 QString extensionOf(const QString& fileName) {
     const qsizetype dot = fileName.lastIndexOf(u'.');
     return dot > 0 ? fileName.sliced(dot + 1) : QString();
@@ -27,7 +27,7 @@ QByteArray newBoundary() {
 }
 
 QByteArray transcriptionForm(const QByteArray& audio, const QString& fileName, const QByteArray& boundary) {
-    // The service takes quotation marks as they are, but a line break would begin another header.
+    // The service accepts raw quotation marks, but a line break would start another header.
     const QString name = onOneLine(fileName);
     const QByteArray head = "--" + boundary +
                             "\r\n"

@@ -7,16 +7,16 @@
 
 namespace ostrelle {
 
-/// A request that got no complete answer: no connection, one that broke, or one that took too long.
+/// A request got no complete reply: there was no connection, it broke, or it took too long.
 class TransportError : public Error {
 public:
     TransportError(QNetworkReply::NetworkError code, QString text);
 
-    /// Nothing more went up or came down, or all of it took too long.
+    /// Nothing moved up or down for too long, or the whole exchange took too long.
     static TransportError timedOut();
-    /// The program ends, and what asked is gone.
+    /// The program is ending and the client is gone.
     static TransportError closing();
-    /// The answer is larger than anything that the service has to say.
+    /// The reply is larger than anything the service has to say.
     static TransportError tooLarge(qint64 limit);
 
     QNetworkReply::NetworkError code() const noexcept { return m_code; }

@@ -23,7 +23,7 @@ std::optional<QString> strictUtf8(const QByteArray& bytes) {
 }
 
 QString withoutKey(QString text, const QString& key) {
-    constexpr qsizetype shortestKey = 8; // striking out what is no key would only garble the text
+    constexpr qsizetype shortestKey = 8; // replacing what is not really a key would only garble the text
     const QString secret = key.trimmed();
     return secret.size() < shortestKey ? text : text.replace(secret, u"[API key]"_s);
 }

@@ -10,15 +10,15 @@ namespace ostrelle {
 /// The text of a reply's body, or nothing when the bytes are not UTF-8.
 std::optional<QString> strictUtf8(const QByteArray& bytes);
 
-/// The text with each occurrence of the key struck out: some servers repeat the key that they refuse, and
-/// what they say ends up in logs.
+/// Replaces each occurrence of the key in the text: some servers repeat the key they reject, and their
+/// messages end up in logs.
 QString withoutKey(QString text, const QString& key);
 
-/// False for a text that, as the value of a header, would begin another header.
+/// False for a text that, as a header's value, would start another header.
 bool isHeaderValue(const QString& text);
 
-/// A file name for a place of which a line break would make something else, a header or a heading: each
-/// control character and line separator is an underscore, and all other names are as they were.
+/// Makes a file name safe where a line break would start a new header or heading: control characters and line
+/// separators become underscores. Other names stay as they are.
 QString onOneLine(QString fileName);
 
 } // namespace ostrelle

@@ -15,6 +15,7 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QToolBar>
+#include <utility>
 
 namespace ostrelle {
 
@@ -25,7 +26,7 @@ namespace {
 const QString onboardingKey = u"hasCompletedOnboarding"_s;
 const QString placeKey = u"MainWindow"_s;
 
-/// What there is room for on the screen, with a title bar above the window.
+/// The size limited to the screen, with a title bar above the window.
 QSize fitting(const QWidget& window, QSize size) {
     constexpr QSize frame(8, 40);
     return size.boundedTo(window.screen()->availableSize() - frame);
@@ -36,13 +37,13 @@ void centre(QWidget* window) {
     window->move(room.center() - window->rect().center());
 }
 
-/// How the user can change the size of a window: not at all where the content has just one.
+/// Whether the user can resize a window: not when its content has just one size.
 enum class Resizing { free, none };
 
 constexpr auto fixedWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                              Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
 
-/// Makes the window on first demand, from what it works with, and puts it in front.
+/// Makes the window from its parts when first requested, and brings it to the front.
 template <typename View, typename... Parts>
 void present(std::unique_ptr<View>& window, const QString& title, QSize size, Resizing resizing,
              Parts&... parts) {
@@ -119,7 +120,7 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
     connect(&m_dashboardShortcut, &DashboardShortcut::pressed, &events, &AppEvents::showAnalyticsWindow);
-    // Who closes the tour before its end would be left without any window.
+    // Closing the tour before its end would leave the user without any window.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, &AppDelegate::showMainWindow);
 }
 
@@ -157,7 +158,7 @@ void AppDelegate::addMenus() {
     addToolBar({settings, guide});
 }
 
-/// Beside the menus: a bar of its own would take height from the panel.
+/// Beside the menus: a separate bar would take height from the panel.
 void AppDelegate::addToolBar(const QList<QAction*>& actions) {
     auto* bar = new QToolBar(u"Toolbar"_s);
     bar->setObjectName(u"MainToolbar"_s);
@@ -201,7 +202,7 @@ void AppDelegate::showHelpWindow() {
 
 void AppDelegate::showOnboardingWindow() {
     present(m_onboardingWindow, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none, m_parts);
-    m_onboardingWindow->addActions(m_shortcuts); // the menus of a window that is hidden hear no keys
+    m_onboardingWindow->addActions(m_shortcuts); // menus of a hidden window receive no keys
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
@@ -248,7 +249,7 @@ QCoro::Task<> AppDelegate::askAndQuit() {
 }
 
 void AppDelegate::restorePlace() {
-    // The panel's size, for the menus stand above it.
+    // The panel's size; the menus are above it.
     const QSize size(480, 600 + m_mainWindow->menuBar()->sizeHint().height());
     m_mainWindow->resize(fitting(*m_mainWindow, size));
     const QByteArray place = m_parts.defaults.get<QByteArray>(placeKey).value_or(QByteArray());

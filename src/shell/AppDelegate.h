@@ -6,6 +6,7 @@
 #include "shell/panel/ShellParts.h"
 #include "transfer/AutoModeController.h"
 
+#include <QCoroTask>
 #include <QMainWindow>
 #include <QObject>
 #include <functional>
@@ -19,26 +20,26 @@ class MenuContentView;
 class OnboardingView;
 class SettingsView;
 
-/// Owns the windows and answers the in-process notifications that ask for one. A window is made when it is
-/// first asked for; closing only hides it, but for the main one, which ends the program.
+/// Owns the windows and answers the in-process notifications that request one. A window is made when first
+/// requested. Closing only hides it, except for the main one, which ends the program.
 class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
-    /// `quit` ends the program once the images in the works are finished.
+    /// `quit` ends the program once the images under way are finished.
     AppDelegate(ShellParts parts, AutoModeController& autoMode, std::function<void()> quit);
     ~AppDelegate() override;
 
-    /// The start of the program: its windows, the permission for notifications, and auto mode, which follows
-    /// the settings from now on.
+    /// Starts the program: its windows, the permission for notifications, and auto mode, which follows the
+    /// settings from now on.
     void applicationDidFinishLaunching();
-    /// The program was started once more.
+    /// The user has started the program again.
     void applicationShouldHandleReopen();
-    /// The program ends, whoever has asked for it: the window's place is kept.
+    /// The program is ending, for whatever reason: saves the window's position.
     void applicationWillTerminate();
-    /// Ends the program, after a question if it is at work.
+    /// Ends the program; asks first if it is working.
     void quit();
-    /// Resumes when nothing is left that the windows began.
+    /// Resumes when all tasks started by the windows have ended.
     QCoro::Task<> finished() const;
 
     void showMainWindow();
@@ -67,7 +68,7 @@ private:
     DashboardShortcut m_dashboardShortcut;
     bool m_isAsking = false;
     std::unique_ptr<QMainWindow> m_mainWindow;
-    QList<QAction*> m_shortcuts;        ///< the main window's items that have one for all windows
+    QList<QAction*> m_shortcuts;        ///< the main window's items whose shortcuts work in all windows
     MenuContentView* m_panel = nullptr; ///< the main window's
     std::unique_ptr<AboutView> m_aboutWindow;
     std::unique_ptr<SettingsView> m_settingsWindow;

@@ -6,7 +6,7 @@
 namespace ostrelle {
 
 QByteArray spliced(QByteArrayView bytes, const std::vector<ByteSplice>& splices) {
-    std::multimap<qsizetype, const ByteSplice*> inOrder; // which keeps the order of equal keys
+    std::multimap<qsizetype, const ByteSplice*> inOrder; // keeps the order of equal keys
     qsizetype size = bytes.size();
     for (const ByteSplice& splice : splices) {
         inOrder.emplace(splice.range.begin, &splice);

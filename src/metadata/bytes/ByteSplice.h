@@ -17,7 +17,7 @@ struct ByteRange {
     QByteArrayView of(QByteArrayView bytes) const { return bytes.sliced(begin, size()); }
 };
 
-/// New bytes for a range of old ones. An empty range is an insertion.
+/// New bytes in place of a range of old ones. An empty range is an insertion.
 struct ByteSplice {
     ByteRange range;
     QByteArray bytes;
@@ -25,8 +25,7 @@ struct ByteSplice {
     qsizetype growth() const { return bytes.size() - range.size(); }
 };
 
-/// The bytes with the splices applied. Their ranges must not overlap; insertions at one place keep their
-/// order.
+/// The bytes with the splices applied. Ranges must not overlap; insertions at one place keep their order.
 QByteArray spliced(QByteArrayView bytes, const std::vector<ByteSplice>& splices);
 
 } // namespace ostrelle

@@ -6,8 +6,8 @@
 
 namespace ostrelle {
 
-/// The bytes of an open JPEG file in front of its picture, with a little of that, from the file's begin. Far
-/// more than any program writes is not read.
+/// The bytes of an open JPEG file from its start to its picture, and a little of that. The limit is far above
+/// what any program writes.
 QByteArray readJpegFront(QFile& file);
 
 } // namespace ostrelle

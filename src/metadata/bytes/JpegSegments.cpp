@@ -38,12 +38,12 @@ Kind kindOf(quint8 marker, QByteArrayView payload) {
     return found == signatures.end() ? Kind::other : found->kind;
 }
 
-/// TEM and the restart markers stand alone; the decoder passes over them.
+/// TEM and the restart markers have no length; the decoder skips them.
 bool hasNoLength(quint8 marker) {
     return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7);
 }
 
-/// The place of the next marker's code behind any stray and fill bytes, or -1.
+/// The position of the next marker code after any stray and fill bytes, or -1.
 qsizetype nextCode(QByteArrayView bytes, qsizetype at) {
     for (at = bytes.indexOf('\xFF', at); at >= 0; at = bytes.indexOf('\xFF', at)) {
         while (at < bytes.size() && bytes[at] == '\xFF') {

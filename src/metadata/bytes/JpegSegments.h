@@ -9,19 +9,19 @@
 
 namespace ostrelle {
 
-/// One marker segment with a length, in front of the compressed picture.
+/// A marker segment with a length, before the compressed picture.
 struct JpegSegment {
     enum class Kind { exif, xmpPacket, xmpExtension, photoshop, multiPicture, other };
 
     quint8 marker = 0;
     Kind kind = Kind::other;
     ByteRange range;   ///< from the marker to the end of the payload
-    ByteRange payload; ///< behind the length
+    ByteRange payload; ///< after the length
 
     bool is(Kind wanted) const { return kind == wanted; }
 };
 
-/// Where the marker segments of a JPEG file lie. Bytes between them and doubled markers belong to no segment.
+/// The positions of a JPEG file's marker segments. Bytes between them and doubled markers belong to none.
 struct JpegSegments {
     static constexpr quint8 app0 = 0xE0;
     static constexpr quint8 app1 = 0xE1;
@@ -30,20 +30,21 @@ struct JpegSegments {
     static constexpr qsizetype maximumPayload = 0xFFFF - 2;
 
     std::vector<JpegSegment> segments;
-    qsizetype pictureBegin = 0; ///< the marker of the first scan, or the place that could not be read on from
+    qsizetype pictureBegin = 0; ///< the marker of the first scan, or where reading could not go on
     bool reachesPicture = false;
-    bool isCut = false; ///< the bytes end within a segment
+    bool isCut = false; ///< the bytes end inside a segment
 
-    /// Walks as the decoder does, over at most 16,384 segments. Nothing when the bytes are no JPEG.
+    /// Walks the file as the decoder does, over at most 16,384 segments. Nothing when the bytes are not a
+    /// JPEG.
     static std::optional<JpegSegments> walk(QByteArrayView bytes);
 
     std::vector<JpegSegment> all(JpegSegment::Kind kind) const;
 };
 
-/// What the payload of a segment of this kind begins with; empty for other segments.
+/// The first bytes of the payload of such a segment; empty for other kinds.
 QByteArrayView jpegSignature(JpegSegment::Kind kind);
 
-/// The payload behind the signature. `file` is what the segment was found in.
+/// The payload after the signature. `file` is the file that the segment was found in.
 QByteArrayView contentOf(const JpegSegment& segment, QByteArrayView file);
 
 /// A whole segment. The payload is at most JpegSegments::maximumPayload bytes.

@@ -19,7 +19,7 @@ struct TiffEntry {
     qsizetype at = 0; ///< of the entry itself, in the block
 
     bool isOfKnownType() const;
-    /// The bytes of its value; 0 for an unknown type.
+    /// The size of its value in bytes; 0 for an unknown type.
     qint64 valueSize() const;
 };
 
@@ -27,37 +27,37 @@ struct TiffEntry {
 struct TiffDirectory {
     qsizetype at = 0;
     std::vector<TiffEntry> entries;
-    quint32 next = 0; ///< the offset of the directory that follows; 0 when there is none
+    quint32 next = 0; ///< the offset of the next directory; 0 when there is none
 
     std::optional<TiffEntry> find(quint16 tag) const;
 };
 
-/// A look into a block of TIFF directories, as in EXIF and in multi-picture files. Offsets count from the
-/// block's own header. The bytes are foreign: all access is checked. They have to outlive the view.
+/// A view of a block of TIFF directories, as in EXIF and multi-picture files. Offsets count from the block's
+/// own header. The bytes are untrusted, so all access is checked. They must outlive the view.
 class TiffBlock {
 public:
     static constexpr qsizetype firstDirectoryField = 4;
     static constexpr qsizetype headerSize = 8;
 
-    /// Nothing when the header is no TIFF header.
+    /// Nothing when the block does not start with a TIFF header.
     static std::optional<TiffBlock> open(QByteArrayView bytes);
 
     QByteArrayView bytes() const { return m_bytes; }
     bool isBigEndian() const { return m_isBigEndian; }
 
-    /// Numbers at an offset; 0 outside the block.
+    /// A number at an offset; 0 outside the block.
     quint16 shortAt(qsizetype offset) const;
     quint32 longAt(qsizetype offset) const;
 
-    /// Nothing when the directory does not lie in the block whole.
+    /// Nothing unless the whole directory lies in the block.
     std::optional<TiffDirectory> directory(quint32 offset) const;
     std::optional<TiffDirectory> firstDirectory() const { return directory(longAt(firstDirectoryField)); }
     /// The directory that an entry of the given one points to.
     std::optional<TiffDirectory> directoryBelow(const TiffDirectory& directory, quint16 tag) const;
 
-    /// Where the value lies, in the entry or elsewhere, even if that is beyond the block's end.
+    /// The position of the value, in the entry or elsewhere, even beyond the end of the block.
     ByteRange valueRange(const TiffEntry& entry) const;
-    /// The value; nothing when it has an unknown type or does not lie in the block whole.
+    /// The value; nothing when its type is unknown or part of it lies outside the block.
     std::optional<QByteArrayView> value(const TiffEntry& entry) const;
 
 private:

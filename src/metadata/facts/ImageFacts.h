@@ -11,10 +11,10 @@
 
 namespace ostrelle {
 
-/// What an image's metadata say of it.
+/// What an image's metadata say about it.
 struct ImageFacts {
-    std::optional<QString> caption; ///< untrimmed from a sidecar; nothing when no field for it is there
-    QStringList otherCaptions;      ///< the texts in the other places that a caption is written to
+    std::optional<QString> caption; ///< untrimmed from a sidecar; nothing when no field for it exists
+    QStringList otherCaptions;      ///< the texts in the other fields that captions are written to
     XMPContext context;
     std::optional<QString> rights;  ///< trimmed
     std::optional<QString> creator; ///< trimmed
@@ -22,10 +22,10 @@ struct ImageFacts {
     friend bool operator==(const ImageFacts&, const ImageFacts&) = default;
 };
 
-/// The facts from one opening of the file that holds them, with what the log should say of each step.
+/// The facts from one opening of the file that holds them, with the log lines of each step.
 struct MetadataReading {
     ImageFacts facts;
-    std::optional<FileStamp> image; ///< the image file, from before its metadata were read
+    std::optional<FileStamp> image; ///< the stamp of the image file, from before its metadata were read
     QStringList captionLines;
     QStringList contextLines;
     QStringList rightsLines;

@@ -5,10 +5,10 @@
 
 namespace ostrelle {
 
-/// True when the program captions files of this extension: RAW kinds and JPEG, in any case.
+/// True when the program captions files with this extension: RAW kinds and JPEG, in any case.
 bool isSupportedImage(const QString& path);
 
-/// True for a JPEG, which keeps its metadata inside; every other image has a sidecar.
+/// True for a JPEG, which holds its metadata itself; every other image has a sidecar.
 bool isJpegImage(const QString& path);
 
 } // namespace ostrelle

@@ -16,17 +16,18 @@ QString dayText(const QDate& day) {
     return day.toString(u"yyyy-MM-dd"_s);
 }
 
-/// The day of text in one of the forms without a zone. The wall clock is the machine's, so the day stays.
+/// The day of a date in one of the forms without a zone. That is local time, so the day stays.
 std::optional<QDate> localDay(const QString& text) {
     static const QRegularExpression forms(
-        u"^(?:(?<y>[0-9]{4}):(?<m>[0-9]{1,2}):(?<d>[0-9]{1,2}) (?<time>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2})"_s
-        u"|(?<y2>[0-9]{4})-(?<m2>[0-9]{1,2})-(?<d2>[0-9]{1,2})(?: (?<time2>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2}))?)\\z"_s);
+        u"^(?:(?<y>[0-9]{4}):(?<m>[0-9]{1,2}):(?<d>[0-9]{1,2}) (?<time>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2})"
+        "|(?<y2>[0-9]{4})-(?<m2>[0-9]{1,2})-(?<d2>[0-9]{1,2})"
+        "(?: (?<time2>[0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2}))?)\\z"_s);
     const QRegularExpressionMatch match = forms.match(text);
     if (!match.hasMatch()) {
         return std::nullopt;
     }
     const auto captured = [&match](const QString& first, const QString& second) {
-        return match.captured(first) + match.captured(second); // only one of the two took part
+        return match.captured(first) + match.captured(second); // only one of the two matched
     };
     const QDate day(captured(u"y"_s, u"y2"_s).toInt(), captured(u"m"_s, u"m2"_s).toInt(),
                     captured(u"d"_s, u"d2"_s).toInt());

@@ -37,13 +37,13 @@ QString decodeUtf16In(bool isBigEndian, QByteArrayView bytes) {
     return text;
 }
 
-/// What Latin text becomes in the wrong byte order.
+/// Latin text looks like this in the wrong byte order.
 bool isMainlyWithoutLowBytes(const QString& text) {
     return 2 * std::ranges::count_if(text, [](QChar unit) { return unit.cell() == 0 && unit.row() != 0; }) >
            text.size();
 }
 
-/// Other text becomes characters of any kind in the wrong byte order, and soon one that nobody writes.
+/// Other text in the wrong byte order turns into random characters, and soon one that nobody writes.
 bool isWritable(const QString& text) {
     const auto isWritten = [](char32_t character) {
         const QChar::Category category = QChar::category(character);
@@ -54,8 +54,8 @@ bool isWritable(const QString& text) {
     return std::ranges::all_of(text.toUcs4(), isWritten);
 }
 
-/// In the block's byte order, as most programs write and read. Some always write one of the two: where the
-/// block's gives nonsense, it is the other.
+/// In the block's byte order, which most programs write and read. Some always use the same one, so if the
+/// block's order yields nonsense, it is the other.
 QString decodeUtf16(QByteArrayView bytes, bool isBigEndian) {
     if (bytes.startsWith("\xFE\xFF") || bytes.startsWith("\xFF\xFE")) {
         return decodeUtf16In(bytes.startsWith("\xFE\xFF"), bytes.sliced(2));
@@ -66,12 +66,12 @@ QString decodeUtf16(QByteArrayView bytes, bool isBigEndian) {
     return isNonsense ? other : text;
 }
 
-/// Readers that guess the byte order go by the zero bytes of Latin text.
+/// Readers that guess the byte order look for the zero bytes of Latin text.
 bool needsByteOrderMark(const QString& text) {
     return 2 * std::ranges::count_if(text, [](QChar unit) { return unit.row() == 0; }) <= text.size();
 }
 
-/// JIS X 0208 in its seven-bit form with escape sequences.
+/// Seven-bit JIS X 0208 with escape sequences.
 QString decodeJis(QByteArrayView bytes) {
     const iconv_t converter = ::iconv_open("UTF-8", "ISO-2022-JP");
     if (converter == reinterpret_cast<iconv_t>(-1)) { // NOLINT(performance-no-int-to-ptr): POSIX says so
@@ -107,9 +107,9 @@ bool isUtf8(QByteArrayView bytes) {
 }
 
 QString decodeWindows1252(QByteArrayView bytes) {
-    static constexpr QStringView upper = // 0x80 to 0x9F; the five bytes that stand for nothing stay
+    static constexpr QStringView upper = // 0x80 to 0x9F; the five undefined bytes stay
         u"\u20AC\u0081\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u008D\u017D\u008F"
-        u"\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
+        "\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
     QString text = QString::fromLatin1(bytes);
     for (QChar& unit : text) {
         if (unit >= QChar(0x80) && unit <= QChar(0x9F)) {
@@ -137,7 +137,7 @@ QString decodeUserComment(QByteArrayView value, bool isBigEndian) {
         return decodeJis(withoutTrailingNuls(value.sliced(prefixSize)));
     }
     const bool hasPrefix = value.startsWith(asciiPrefix) || value.startsWith(undefinedPrefix);
-    return decodeExifText(value.sliced(hasPrefix ? prefixSize : 0)); // some writers leave the prefix away
+    return decodeExifText(value.sliced(hasPrefix ? prefixSize : 0)); // some writers omit the prefix
 }
 
 QByteArray encodeUserComment(const QString& text, bool isBigEndian) {

@@ -11,18 +11,18 @@ bool isAscii(QByteArrayView bytes);
 bool isAscii(QStringView text);
 bool isUtf8(QByteArrayView bytes);
 
-/// Text of no declared encoding: UTF-8 when it is that, otherwise Windows-1252, which most programs on most
-/// desktops wrote before.
+/// Decodes text of no declared encoding: as UTF-8 if it is valid, otherwise as Windows-1252, formerly the
+/// encoding of most programs.
 QString decodeUndeclared(QByteArrayView bytes);
 QString decodeWindows1252(QByteArrayView bytes);
 
-/// An EXIF text field, which ends at its first NUL.
+/// An EXIF text field, up to its first NUL.
 QString decodeExifText(QByteArrayView value);
 
-/// An EXIF user comment with its eight bytes of charset. `isBigEndian` is the byte order of the EXIF block.
+/// An EXIF user comment after its eight bytes of charset. `isBigEndian` is the byte order of the EXIF block.
 QString decodeUserComment(QByteArrayView value, bool isBigEndian);
 
-/// The same, so that other tools read every character: as ASCII where that holds the text, or as UTF-16, with
+/// The reverse, such that other tools read every character: ASCII where that suffices, otherwise UTF-16, with
 /// a byte-order mark unless the text is mainly Latin.
 QByteArray encodeUserComment(const QString& text, bool isBigEndian);
 

@@ -5,16 +5,15 @@
 
 namespace ostrelle {
 
-/// A caption that was not written, since the image is no longer what the model was asked about. The file is
-/// as the other program or person left it.
+/// The caption was not written because the image is no longer what the model saw. The file is as the other
+/// program or person left it.
 class OvertakenError : public Error {
 public:
     enum class Case {
-        captionEdited,         ///< somebody wrote a caption meanwhile: theirs stays
-        captionAndFactsEdited, ///< likewise, and other metadata: by hand, or an ingest tool that stamps its
-                               ///< preset
-        factsChanged,          ///< the metadata say something else: the caption is to be asked for anew
-        pictureReplaced,       ///< another picture has the image's place, likewise
+        captionEdited,         ///< someone wrote a caption meanwhile: theirs stays
+        captionAndFactsEdited, ///< the same, and other metadata too: by hand, or by a tool's preset
+        factsChanged,          ///< the metadata say something else: a new caption is needed
+        pictureReplaced,       ///< another picture has taken the image's place: a new caption is needed
     };
 
     explicit OvertakenError(Case kind);

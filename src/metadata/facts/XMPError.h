@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// A failure of reading or writing image metadata.
+/// A failure to read or write image metadata.
 class XMPError : public Error {
 public:
     enum class Case {
@@ -15,7 +15,7 @@ public:
         writeFailed, ///< the result could not be made or saved
     };
 
-    /// `detail` is a sentence on what lay beneath; it may be empty.
+    /// `detail` is a sentence about the cause; it may be empty.
     explicit XMPError(Case kind, QString detail = {});
 
     Case kind() const noexcept { return m_kind; }

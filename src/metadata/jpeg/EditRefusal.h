@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// Metadata of a file that cannot be changed without harm to what else is in it.
+/// The file's metadata cannot be changed without harm to its other contents.
 class EditRefusal : public Error {
 public:
     using Error::Error;

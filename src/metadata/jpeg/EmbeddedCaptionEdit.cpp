@@ -16,6 +16,8 @@
 
 #include <QCryptographicHash>
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 
@@ -43,7 +45,7 @@ QByteArray segmentOf(quint8 marker, Kind kind, QByteArrayView content) {
     return jpegSegment(marker, payload);
 }
 
-/// One write of a caption into one file.
+/// One write of a caption to one file.
 class EmbeddedCaptionEdit {
 public:
     EmbeddedCaptionEdit(QByteArrayView file, const QString& caption)
@@ -98,8 +100,8 @@ private:
         }
     }
 
-    /// What a segment holds after the splices; nothing when they leave it as it was. A splice that runs on
-    /// into the next segment belongs to the one where it begins.
+    /// A segment's content after the splices; nothing when they do not change it. A splice that runs on into
+    /// the next segment belongs to the one it begins in.
     static std::optional<QByteArray> contentAfter(const PhotoshopData& data, const ByteRange& old,
                                                   const std::vector<ByteSplice>& splices) {
         std::vector<ByteSplice> own;
@@ -115,7 +117,7 @@ private:
         return own.empty() ? std::nullopt : std::optional(spliced(old.of(data.bytes), own));
     }
 
-    /// The content in as many segments as it needs, which readers join again.
+    /// The content in as many segments as it needs; readers join them again.
     static QByteArray photoshopSegments(QByteArrayView content) {
         const qsizetype most = JpegSegments::maximumPayload - jpegSignature(Kind::photoshop).size();
         QByteArray segments;
@@ -130,7 +132,7 @@ private:
     std::vector<ByteSplice> photoshopSplices(const PhotoshopData& data) const {
         const std::vector<PhotoshopResource> resources = data.resources();
         std::vector<ByteSplice> splices;
-        std::optional<QByteArray> oldRecords; // of the block that every reader takes
+        std::optional<QByteArray> oldRecords; // of the block that every reader uses
         QByteArray newRecords;
         for (const PhotoshopResource& resource : resources) {
             if (resource.id != PhotoshopResource::iptc) {
@@ -150,7 +152,7 @@ private:
             const qsizetype end = resources.empty() ? 0 : resources.back().range.end;
             splices.push_back({{end, end}, photoshopResource(PhotoshopResource::iptc, newRecords)});
         }
-        // Readers compare the digest with the records to learn whether the packet was written from them.
+        // Readers use the digest to tell whether the packet was written from these records.
         for (const PhotoshopResource& resource : resources) {
             if (resource.id == PhotoshopResource::iptcDigest &&
                 resource.data.of(data.bytes) == digestOf(oldRecords.value_or(QByteArray()))) {
@@ -164,7 +166,7 @@ private:
         return QCryptographicHash::hash(records, QCryptographicHash::Md5);
     }
 
-    /// Some readers take the first block only and some the last value of all: each one that has a caption
+    /// Some readers use only the first block, others the last value of all, so every block with a caption
     /// gets the new one.
     QByteArray recordsWithCaption(QByteArrayView old, bool isFirst) const {
         IptcRecords records = IptcRecords::parse(old);
@@ -190,19 +192,19 @@ private:
         try {
             return withPacketCaption(XmlDocument::parse(packet), m_caption);
         } catch (const XmlError&) {
-            if (packet.contains(usualCaptionName)) { // lenient readers would go on showing the old text
+            if (packet.contains(usualCaptionName)) { // lenient readers would still show the old text
                 throw EditRefusal(u"its XMP packet is damaged"_s);
             }
             return std::nullopt;
         }
     }
 
-    /// Programs put only bulk into an extension, which the packet names by its digest; and a packet without
-    /// the usual signature is read by some programs only.
+    /// An extension cannot be edited, as the packet refers to it by digest; programs put only bulk there.
+    /// Only some programs read a packet without the usual signature.
     void refuseCaptionElsewhere() const {
         QByteArray joined;
         for (const JpegSegment& segment : m_jpeg.segments) {
-            constexpr qsizetype headerSize = 32 + 4 + 4; // of an extension: its digest, full size and place
+            constexpr qsizetype headerSize = 32 + 4 + 4; // the extension's digest, full size and offset
             const QByteArrayView content = contentOf(segment, m_file);
             if (segment.is(Kind::xmpExtension)) {
                 joined += content.sliced(std::min(content.size(), headerSize));
@@ -215,7 +217,7 @@ private:
         }
     }
 
-    /// The one trailer with offsets that count from the file's begin.
+    /// The one kind of trailer whose offsets count from the start of the file.
     void refuseAbsoluteTrailer() const {
         constexpr qsizetype size = 12;
         const QByteArrayView trailer = m_file.last(std::min(m_file.size(), size));
@@ -224,7 +226,7 @@ private:
         }
     }
 
-    /// Offsets to the further pictures of the file count from the index itself.
+    /// Offsets to the file's other pictures count from the index itself.
     void shiftMultiPictureIndexes() {
         for (const JpegSegment& segment : m_jpeg.all(Kind::multiPicture)) {
             qsizetype growth = 0;
@@ -243,7 +245,7 @@ private:
         m_splices.push_back({segment.range, std::move(bytes)});
     }
 
-    /// Inserts behind the file's first segments as far as they have these markers.
+    /// Inserts after the file's leading segments with these markers.
     void insertBehind(const QList<quint8>& markers, QByteArray bytes) {
         qsizetype at = 2;
         for (const JpegSegment& segment : m_jpeg.segments) {

@@ -7,13 +7,13 @@
 
 namespace ostrelle {
 
-/// A JPEG file with the caption in its IPTC records, as TIFF image description, as EXIF user comment and in
-/// the dc:description of its XMP packet, where that has one. The compressed picture, all other segments and
-/// what follows the picture stay the same bytes, and within the segments all else stays what it was. Throws
-/// EditRefusal when that cannot be had.
+/// Returns the JPEG file with the caption in its IPTC records, as TIFF image description, as EXIF user
+/// comment and, if it has one, in the dc:description of its XMP packet. The compressed picture, all other
+/// segments and the trailer keep their bytes, and so does everything else in the edited segments. Throws
+/// EditRefusal when that is impossible.
 QByteArray withEmbeddedCaption(QByteArrayView file, const QString& caption);
 
-/// Whether the file carries a C2PA manifest, whose signature any change makes invalid.
+/// True when the file carries a C2PA manifest; any change invalidates its signature.
 bool hasSignedManifest(QByteArrayView file);
 
 } // namespace ostrelle

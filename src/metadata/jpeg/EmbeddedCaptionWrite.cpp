@@ -28,7 +28,7 @@ namespace {
 
 constexpr qint64 maximumFileSize = qint64{512} << 20;
 
-/// What the edits look at of a file: its segments, and the end of what follows the picture.
+/// The parts of a file that the edits look at: its segments, and the end of its trailer.
 struct FrontAndTrailer {
     QByteArray bytes;
     qint64 fileSize = 0;
@@ -47,7 +47,7 @@ FrontAndTrailer readFrontAndTrailer(const QString& path) {
     return read;
 }
 
-/// One caption write into one file, or the trial of one, with its words for the log.
+/// One write of a caption to one file, or a trial of one, with its log lines.
 class EmbeddedCaptionWrite {
 public:
     EmbeddedCaptionWrite(const QString& path, const QString& caption, PlainLog& log,
@@ -86,7 +86,7 @@ private:
             return editFile(m_path, maximumFileSize,
                             [this](const QByteArray& original) { return edited(original); });
         } catch (const FileError& error) {
-            if (m_attempts == 0) { // it was not even read
+            if (m_attempts == 0) { // not even read
                 throw XMPError(XMPError::Case::fileMissing, error.localizedDescription());
             }
             explain(error);
@@ -103,20 +103,20 @@ private:
         say(u"Error: "_s + reason);
     }
 
-    /// Called again for what another program has put in the file's place meanwhile.
+    /// Called again for a file that another program has put in place meanwhile.
     QByteArray edited(const QByteArray& original) {
         const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(original);
         if (m_attempts++ > 0) {
             say(u"The file was changed by another program, reading it again: "_s + fileName());
         }
-        if (!metadata) { // which it was, or another program is in the middle of writing it
+        if (!metadata) { // it was one, unless another program is still writing it
             throw XMPError(XMPError::Case::parseFailed);
         }
         if (m_attempts == 1) {
             tellWhatStays(*metadata);
         }
         if (m_source) {
-            requireSamePicture(m_path, m_source->picture); // which has been decoded whole for its rendition
+            requireSamePicture(m_path, m_source->picture); // which was decoded in full for its rendition
             requireSameFacts(embeddedReading(*metadata, m_source->zone).facts, m_source->facts);
         } else {
             checkPicture();
@@ -137,9 +137,9 @@ private:
         }
     }
 
-    /// A file whose picture is damaged is left alone: it may still be arriving.
+    /// Leaves a file with a damaged picture alone: it may still be arriving.
     void checkPicture() {
-        constexpr int side = 64; // the smallest decoding that still goes over all of the data
+        constexpr int side = 64; // the smallest decoding that still reads all of the data
         try {
             decodeJpeg(m_path, side);
         } catch (const ExtractError&) {
@@ -193,7 +193,7 @@ WrittenCaption writeCaptionIntoJpeg(const QString& path, const QString& caption,
 }
 
 EditableReading readEditableJpeg(const QString& path, const QTimeZone& zone) {
-    const QString longCaption(400, QChar(0x00E9)); // which no metadata hold as ASCII
+    const QString longCaption(400, QChar(0x00E9)); // cannot be stored as ASCII
     const FrontAndTrailer file = readFrontAndTrailer(path);
     const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(file.bytes);
     EditableReading editable;

@@ -11,16 +11,16 @@
 
 namespace ostrelle {
 
-/// Writes the caption into the JPEG file's own metadata; on any failure the old file is intact. The picture
-/// is decoded first, unless it is still the source's, and the file is read again when another program
-/// replaces it meanwhile. Logs what goes wrong. Throws XMPError: fileMissing, parseFailed or writeFailed;
-/// with a source, OvertakenError where the file is no longer that.
+/// Writes the caption into the JPEG file's own metadata; on any failure the old file is intact. Decodes the
+/// picture first, unless it is still the source's, and reads the file again when another program replaces it
+/// meanwhile. Logs failures. Throws XMPError: fileMissing, parseFailed or writeFailed; with a source,
+/// OvertakenError when the file no longer matches it.
 WrittenCaption writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
                                     const std::optional<CaptionSource>& source = {});
 
-/// Reads the file's metadata and finds out whether a caption could be written into it, from them and the
-/// rights on the file; changes nothing. The refusal is XMPError::writeFailed. Dates become days in the given
-/// zone. Throws XMPError::fileMissing when the file cannot be opened.
+/// Reads the file's metadata and checks whether a caption could be written into it, without changing anything.
+/// The refusal is XMPError::writeFailed. Dates become days in the given zone. Throws XMPError::fileMissing
+/// when the file cannot be opened.
 EditableReading readEditableJpeg(const QString& path, const QTimeZone& zone);
 
 } // namespace ostrelle

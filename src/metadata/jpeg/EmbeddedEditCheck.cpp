@@ -9,6 +9,7 @@
 #include "metadata/jpeg/PhotoshopResources.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {
@@ -19,9 +20,9 @@ namespace {
 
 using Kind = JpegSegment::Kind;
 
-/// All of a file that is not a caption's to change, in a form that is compared.
+/// Everything in a file that a caption must not change, in a form fit for comparison.
 struct ForeignContent {
-    QByteArrayView picture; ///< from the first scan to the end of the file, which has to outlive this
+    QByteArrayView picture; ///< from the first scan to the end of the file, which must outlive this
     QList<QByteArray> segments;
     QList<std::pair<quint16, QByteArray>> resources;
     QList<std::pair<int, QString>> iptcTexts;

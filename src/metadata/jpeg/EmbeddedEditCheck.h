@@ -6,9 +6,9 @@
 
 namespace ostrelle {
 
-/// Reads an edited JPEG file anew and compares it with what it was: the caption has to stand in each place
-/// and all else has to be the same. Throws EditRefusal when it is not, so that no fault of ours or oddity of
-/// a file reaches a picture.
+/// Reads an edited JPEG file back and compares it with the original: the caption must be in each place and
+/// everything else unchanged. Throws EditRefusal otherwise, so that neither a bug of ours nor an odd file
+/// damages a picture.
 void checkEmbeddedEdit(QByteArrayView before, QByteArrayView after, const QString& caption);
 
 } // namespace ostrelle

@@ -81,7 +81,7 @@ constexpr std::array iptcFields = {
     IptcField{135, u"LanguageIdentifier"},
 };
 
-/// What stands in for an IPTC field in the XMP packet.
+/// The substitute for an IPTC field in the XMP packet.
 struct PacketField {
     QStringView name;
     QByteArrayView localName;
@@ -122,7 +122,7 @@ std::optional<QString> contactNameOf(const XmlDocument& packet) {
     return std::nullopt;
 }
 
-/// A damaged packet says nothing.
+/// A damaged packet counts as none.
 std::optional<XmlDocument> parsePacket(QByteArrayView content) {
     try {
         return XmlDocument::parse(packetText(content).toByteArray());

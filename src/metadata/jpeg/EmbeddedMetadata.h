@@ -9,7 +9,7 @@
 
 namespace ostrelle {
 
-/// The texts that a JPEG file holds beside its picture. Untrimmed; a value that is no text is missing.
+/// The texts that a JPEG file holds besides its picture. Untrimmed; values that are not text are missing.
 struct EmbeddedMetadata {
     struct Tiff {
         std::optional<QString> imageDescription;
@@ -22,11 +22,11 @@ struct EmbeddedMetadata {
         std::optional<QString> dateTimeOriginal;
     };
 
-    /// The values of each IPTC field by its name, such as "Caption/Abstract". What the IPTC records lack is
-    /// taken from the XMP packet. Empty when the file has no IPTC data in either form.
+    /// The values of each IPTC field by name, such as "Caption/Abstract". Fields missing from the IPTC
+    /// records come from the XMP packet. Empty when the file has no IPTC data in either form.
     QMap<QString, QStringList> iptc;
     std::optional<QString> contactName;   ///< of the creator, from the XMP packet
-    std::optional<QString> packetCaption; ///< in the XMP packet, also where the IPTC records have one
+    std::optional<QString> packetCaption; ///< from the XMP packet, even if the IPTC records have one
     std::optional<Tiff> tiff;             ///< nothing when the file has no TIFF directory
     std::optional<Exif> exif;             ///< nothing when the file has no EXIF directory
 
@@ -34,12 +34,11 @@ struct EmbeddedMetadata {
     std::optional<QString> iptcText(const QString& name) const;
 };
 
-/// Reads the metadata in front of a JPEG's picture. What is damaged counts as missing. Nothing when the bytes
-/// are no JPEG.
+/// Reads the metadata before a JPEG's picture. Damaged parts count as missing. Nothing when the bytes are not
+/// a JPEG.
 std::optional<EmbeddedMetadata> parseEmbeddedMetadata(QByteArrayView file);
 
-/// The same of a file, of which only the front is read. Throws XMPError::fileMissing when it cannot be
-/// opened.
+/// The same for a file; reads only its front. Throws XMPError::fileMissing when it cannot be opened.
 std::optional<EmbeddedMetadata> readEmbeddedMetadata(const QString& path);
 
 } // namespace ostrelle

@@ -7,6 +7,7 @@
 #include "platform/KeptLines.h"
 
 #include <array>
+#include <utility>
 
 namespace ostrelle {
 
@@ -18,7 +19,7 @@ void say(PlainLog& log, const QString& words) {
     log.print(u"[XMPWriter] "_s + words);
 }
 
-/// One of the fields that are asked when the file has no IPTC data.
+/// A field to fall back on when the file has no IPTC data.
 struct FallbackField {
     QString label;
     std::optional<QString> value;
@@ -69,14 +70,14 @@ std::optional<QString> trimmedOf(const std::optional<QString>& text) {
     return text ? trimmedOrNothing(*text) : std::nullopt;
 }
 
-/// In the places that a caption is written to besides the IPTC records.
+/// The texts in the fields, other than the IPTC records, that captions are written to.
 QStringList otherCaptions(const EmbeddedMetadata& metadata) {
     return {metadata.packetCaption.value_or(QString()),
             metadata.tiff ? metadata.tiff->imageDescription.value_or(QString()) : QString(),
             metadata.exif ? metadata.exif->userComment.value_or(QString()) : QString()};
 }
 
-/// The first of the values that is not blank.
+/// The first value that is not blank.
 std::optional<QString> firstOf(std::initializer_list<std::optional<QString>> values) {
     for (const std::optional<QString>& value : values) {
         if (std::optional<QString> trimmed = trimmedOf(value)) {
@@ -86,7 +87,7 @@ std::optional<QString> firstOf(std::initializer_list<std::optional<QString>> val
     return std::nullopt;
 }
 
-/// Gathers a context from a file's metadata, telling the log of each field that is found.
+/// Gathers a context from a file's metadata and logs each field it finds.
 class ContextReading {
 public:
     ContextReading(const EmbeddedMetadata& metadata, const QTimeZone& zone, PlainLog& log)
@@ -114,7 +115,7 @@ private:
         m_context.state = field(u"Province/State"_s, u"IPTC State/Province"_s);
         m_context.country = field(u"Country/PrimaryLocationName"_s, u"IPTC Country"_s);
         m_context.location = field(u"Sub-location"_s, u"IPTC Sublocation"_s);
-        // Unlike in a sidecar, headline and title go ahead of the event: these are what ingest tools fill.
+        // Unlike in a sidecar, headline and title come before the event: ingest tools fill these.
         m_context.event = field(u"Headline"_s, u"IPTC Headline"_s);
         if (!m_context.event) {
             m_context.event = field(u"ObjectName"_s, u"IPTC ObjectName"_s);
@@ -134,7 +135,7 @@ private:
         return value;
     }
 
-    /// Each is asked only when those before have given no date.
+    /// Each is tried only when those before gave no date.
     void readDate(const QString& label, const std::optional<QString>& stored) {
         const std::optional<QString> raw = trimmedOf(stored);
         if (raw && !m_context.dateISO8601) {

@@ -7,13 +7,14 @@
 #include "platform/PlainLog.h"
 
 #include <QTimeZone>
+#include <optional>
 
 namespace ostrelle {
 
-// Which of the places in a JPEG's metadata counts for what. All results are trimmed.
+// Which field of a JPEG's metadata counts for what. All results are trimmed.
 
-/// Empty text means that the file was looked at and has no caption: the photographer may have cleared it.
-/// Nothing means that no field for it was ever written.
+/// Empty when the file has IPTC data without a caption, which the photographer may have cleared. Nothing when
+/// no field for it was ever written.
 std::optional<QString> embeddedCaption(const EmbeddedMetadata& metadata, PlainLog& log);
 
 /// Dates become days in the given zone.

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {
@@ -15,8 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The directories of a block that can be known without the maker's help. Throws EditRefusal for damage that
-/// an edit could turn into something that readers take for data.
+/// The directories of a block that can be understood without the maker's documents. Throws EditRefusal for
+/// damage that an edit could turn into something readers take for data.
 class KnownDirectories {
 public:
     explicit KnownDirectories(const TiffBlock& block) : m_block(block) {
@@ -27,7 +29,7 @@ public:
         refuseUnreadable();
     }
 
-    /// Where all tables and values lie, those of the given entries left out.
+    /// The ranges of all tables and values except those of the given entries.
     std::vector<ByteRange> rangesWithout(const std::vector<TiffEntry>& left) const {
         std::vector<ByteRange> ranges = m_cutTables;
         for (const TiffDirectory& directory : m_all) {
@@ -44,7 +46,7 @@ public:
     }
 
 private:
-    /// Returns the offset of the directory that follows.
+    /// Returns the offset of the next directory.
     quint32 addWithThoseBelow(quint32 offset) {
         const TiffDirectory directory = add(offset);
         const TiffDirectory exif = addBelow(directory, tiff::exifDirectory);
@@ -58,11 +60,11 @@ private:
         return pointer ? add(m_block.longAt(pointer->at + 8)) : TiffDirectory();
     }
 
-    /// Returns a directory without entries when there is none to be read.
+    /// Returns a directory without entries when there is none to read.
     TiffDirectory add(quint32 offset) {
         std::optional<TiffDirectory> directory = m_block.directory(offset);
         if (!directory && offset < TiffBlock::headerSize) {
-            return {}; // bytes of the header, which an edit may change, are no directory
+            return {}; // bytes of the header, which an edit may change, are not a directory
         }
         if (!directory) {
             const qsizetype size = 2 + m_block.shortAt(offset) * TiffEntry::size;
@@ -72,7 +74,7 @@ private:
         const auto sharesTable = [&](const TiffDirectory& other) {
             return tableOf(other).overlaps(tableOf(*directory));
         };
-        if (std::ranges::any_of(m_all, sharesTable)) { // this ends a ring of directories, too
+        if (std::ranges::any_of(m_all, sharesTable)) { // this also breaks a ring of directories
             throw EditRefusal(u"its EXIF directories overlap"_s);
         }
         m_all.push_back(*directory);
@@ -90,24 +92,24 @@ private:
             }
             const bool hasUnknownType =
                 !directory.entries.empty() && !directory.entries.front().isOfKnownType();
-            if (hasUnknownType) { // for other tools the sign of a directory that is none
+            if (hasUnknownType) { // to other tools, a sign that this is not a directory
                 throw EditRefusal(u"an EXIF directory is damaged"_s);
             }
             for (const ByteRange& range : pointedAt(directory)) {
-                if (range.end > m_block.bytes().size()) { // it would lie elsewhere in the file afterwards
+                if (range.end > m_block.bytes().size()) { // an edit would move it elsewhere in the file
                     throw EditRefusal(u"a thumbnail lies outside its EXIF segment"_s);
                 }
             }
         }
     }
 
-    /// With the offset of the next directory, which some writers leave away at the block's end.
+    /// Includes the offset of the next directory, which some writers omit at the end of the block.
     static ByteRange tableOf(const TiffDirectory& directory) {
         const auto count = static_cast<qsizetype>(directory.entries.size());
         return {directory.at, directory.at + 2 + count * TiffEntry::size + 4};
     }
 
-    /// Pictures whose place and length are values.
+    /// Pictures whose offset and length are values.
     std::vector<ByteRange> pointedAt(const TiffDirectory& directory) const {
         std::vector<ByteRange> ranges;
         for (const auto& [placeTag, lengthTag] : {std::pair(tiff::thumbnailOffset, tiff::thumbnailLength),
@@ -124,10 +126,10 @@ private:
 
     TiffBlock m_block;
     std::vector<TiffDirectory> m_all;
-    std::vector<ByteRange> m_cutTables; ///< of directories that run on behind the block
+    std::vector<ByteRange> m_cutTables; ///< of directories that run past the end of the block
 };
 
-/// One write of a caption into one block.
+/// One write of a caption to one block.
 class ExifCaptionEdit {
 public:
     ExifCaptionEdit(QByteArrayView block, const QString& caption)
@@ -175,10 +177,10 @@ private:
         return std::move(*directory);
     }
 
-    /// Where the offset of the EXIF directory stands.
+    /// The position of the EXIF directory's offset.
     qsizetype exifPointer() const { return firstDirectory().find(tiff::exifDirectory)->at + 8; }
 
-    /// Values of an earlier write are given up, so that a file does not grow with every caption.
+    /// Discards the values of an earlier write, so that the file does not grow with every caption.
     void dropOldValuesAtTheEnd(const std::vector<TiffEntry>& own, const std::vector<ByteRange>& foreign) {
         const qsizetype oldSize = m_bytes.size();
         std::vector<ByteRange> values;
@@ -199,7 +201,7 @@ private:
         }
     }
 
-    /// What ended behind the block was nothing for any reader. It must not be found in the caption.
+    /// To readers, values past the end of the block did not exist. They must not appear inside the caption.
     void refuseWhatIsInsideNow(const std::vector<ByteRange>& foreign, qsizetype oldSize) const {
         const auto isInsideNow = [&](const ByteRange& range) {
             const bool beginsInside = range.begin >= oldSize && range.begin < m_bytes.size();
@@ -239,8 +241,8 @@ private:
         putLong(entry + 8, place);
     }
 
-    /// Gives the directory an entry of the tag, if it has none: a longer copy of its table goes to the end.
-    /// `pointer` is where its offset stands, 0 for the first directory.
+    /// Adds an entry of the tag to the directory if it has none: a longer copy of its table goes to the end.
+    /// `pointer` is the position of the directory's offset, 0 for the first directory.
     void ensureEntry(qsizetype pointer, quint16 tag) {
         const TiffDirectory directory = pointer == 0 ? firstDirectory() : exifDirectory();
         if (directory.find(tag)) {
@@ -274,7 +276,7 @@ private:
         }
     }
 
-    /// The offset at which the next bytes are appended; TIFF wants it even.
+    /// The offset for the next appended bytes; TIFF requires it to be even.
     quint32 beginAppending() {
         if (m_bytes.size() % 2 != 0) {
             m_bytes += '\0';

@@ -7,9 +7,9 @@
 
 namespace ostrelle {
 
-/// An EXIF block (without its segment's signature) with the caption as image description and user comment.
-/// Nothing of the old block moves, as maker notes point into it in ways of their own: what is new stands
-/// behind. An empty block gives a new one. Throws EditRefusal.
+/// Returns an EXIF block (without its segment's signature) with the caption as image description and user
+/// comment. Nothing in the old block moves, since maker notes point into it in undocumented ways; new data is
+/// appended. An empty block yields a new one. Throws EditRefusal.
 QByteArray withExifCaption(QByteArrayView block, const QString& caption);
 
 } // namespace ostrelle

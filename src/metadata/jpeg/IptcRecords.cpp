@@ -18,7 +18,7 @@ namespace {
 
 constexpr char tagMarker = 0x1C;
 constexpr qsizetype headerSize = 5;
-/// Bounds time and memory; no program writes a tenth of it.
+/// Limits time and memory; no program writes a tenth of it.
 constexpr std::size_t maximumDataSets = 10'000;
 constexpr quint8 envelopeRecord = 1;
 constexpr quint8 charsetNumber = 90;
@@ -29,7 +29,7 @@ struct Lengths {
     qsizetype value = 0;
 };
 
-/// The lengths of the data set that the bytes begin with; nothing when it is none, or not whole.
+/// The lengths in the data set at the start of the bytes; nothing when it is not one, or not complete.
 std::optional<Lengths> lengthsOf(QByteArrayView bytes) {
     if (bytes.size() < headerSize || bytes[0] != tagMarker) {
         return std::nullopt;
@@ -119,7 +119,7 @@ bool IptcRecords::hasCaption() const {
 }
 
 void IptcRecords::setCaption(const QString& caption) {
-    if (m_dataSets.size() == maximumDataSets) { // what was not read may hold a caption
+    if (m_dataSets.size() == maximumDataSets) { // the unread rest may hold a caption
         throw EditRefusal(u"it has too many IPTC data sets"_s);
     }
     const auto isCaption = [](const IptcDataSet& dataSet) {
@@ -128,7 +128,7 @@ void IptcRecords::setCaption(const QString& caption) {
     if (!isAscii(caption)) {
         const auto old = std::ranges::find_if(m_dataSets, isCaption);
         if (old != m_dataSets.end()) {
-            old->value.clear(); // it need not be converted any more
+            old->value.clear(); // saves converting it
         }
         declareUtf8();
     }
@@ -169,7 +169,7 @@ void IptcRecords::declareUtf8() {
     insert(dataSet(envelopeRecord, charsetNumber, utf8Escape.toByteArray()));
 }
 
-/// Data sets stand in the order of their numbers, except where the file has another order already.
+/// Data sets are ordered by number, except where the file already has another order.
 void IptcRecords::insert(IptcDataSet added) {
     const auto key = [](const IptcDataSet& dataSet) { return std::pair(dataSet.record, dataSet.number); };
     const auto behind =

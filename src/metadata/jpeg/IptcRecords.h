@@ -13,12 +13,12 @@ struct IptcDataSet {
     quint8 record = 0;
     quint8 number = 0;
     QByteArray value;
-    QByteArray raw; ///< with its header, as it stands in the file
+    QByteArray raw; ///< with its header, as in the file
 
     bool is(quint8 wantedRecord, quint8 wantedNumber) const {
         return record == wantedRecord && number == wantedNumber;
     }
-    /// True for the name of the texts' encoding.
+    /// True for the data set that names the encoding.
     bool isCharset() const { return is(1, 90); }
     /// True for a text of the application record.
     bool isText() const;
@@ -30,20 +30,21 @@ public:
     static constexpr quint8 applicationRecord = 2;
     static constexpr quint8 captionNumber = 120;
 
-    /// Reads up to the first bytes that are no data set, and keeps those.
+    /// Reads up to the first bytes that are not a data set, and keeps the rest.
     static IptcRecords parse(QByteArrayView bytes);
     QByteArray bytes() const;
 
     const std::vector<IptcDataSet>& dataSets() const { return m_dataSets; }
-    /// The value as text, in the encoding that the block declares.
+    /// The value as text, in the encoding declared by the block.
     QString text(const IptcDataSet& dataSet) const;
     bool hasCaption() const;
 
-    /// Sets the one caption. What stays is the same bytes, unless the text asks for another encoding: then
-    /// the block becomes UTF-8, declared as such, with its other texts converted. Throws EditRefusal.
+    /// Sets the caption, leaving just one. Everything else keeps its bytes unless the caption needs another
+    /// encoding: then the block becomes UTF-8, declared as such, and its other texts are converted. Throws
+    /// EditRefusal.
     void setCaption(const QString& caption);
 
-    /// Makes the block UTF-8, as above, if it has other than ASCII text in another encoding.
+    /// Converts the block to UTF-8, as above, if it has non-ASCII text in another encoding.
     void becomeUtf8();
 
 private:

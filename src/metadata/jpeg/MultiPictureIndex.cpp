@@ -3,6 +3,8 @@
 
 #include "metadata/bytes/TiffBlock.h"
 
+#include <optional>
+
 namespace ostrelle {
 
 namespace {
@@ -11,7 +13,7 @@ constexpr qsizetype entrySize = 16;
 constexpr qsizetype sizeField = 4;
 constexpr qsizetype offsetField = 8;
 
-/// Where the entries of the pictures lie; an empty range when they cannot be read.
+/// The range of the picture entries; empty when they cannot be read.
 ByteRange entriesOf(const TiffBlock& block) {
     const std::optional<TiffDirectory> directory = block.firstDirectory();
     const std::optional<TiffEntry> entries =

@@ -12,7 +12,7 @@ namespace {
 
 constexpr qsizetype signatureSize = 4;
 constexpr qsizetype nameAt = signatureSize + 2;
-/// Bounds time and memory; programs write a few dozen.
+/// Limits time and memory; programs write a few dozen.
 constexpr std::size_t maximumResources = 10'000;
 
 bool beginsResource(QByteArrayView bytes) {
@@ -21,7 +21,7 @@ bool beginsResource(QByteArrayView bytes) {
                                [bytes](QByteArrayView signature) { return bytes.startsWith(signature); });
 }
 
-/// Data are padded to an even size. Some writers leave the padding away, which shows in what follows.
+/// Data is padded to an even size. Some writers omit the padding; what follows reveals it.
 bool isPadded(QByteArrayView bytes, qsizetype dataEnd) {
     return dataEnd < bytes.size() && !beginsResource(bytes.sliced(dataEnd));
 }

@@ -15,26 +15,26 @@ struct PhotoshopResource {
     static constexpr quint16 iptcDigest = 0x0425;
 
     quint16 id = 0;
-    ByteRange range;      ///< with its header and padding
-    qsizetype sizeAt = 0; ///< of the field with the size of the data
+    ByteRange range;      ///< with header and padding
+    qsizetype sizeAt = 0; ///< the position of the size field
     ByteRange data;
     bool isCommon = false; ///< has the signature that every reader knows
 };
 
-/// The content of all Photoshop segments of a file. Resources may run on from one segment into the next.
+/// The contents of a file's Photoshop segments, joined: a resource may continue in the next segment.
 struct PhotoshopData {
     QByteArray bytes;
     std::vector<qsizetype> segmentBegins;
 
     void add(QByteArrayView segmentContent);
-    /// What cannot be read is passed over up to the next segment that begins with a resource.
+    /// Unreadable bytes are skipped up to the next segment that starts with a resource.
     std::vector<PhotoshopResource> resources() const;
 };
 
 /// A new resource without a name.
 QByteArray photoshopResource(quint16 id, QByteArrayView data);
 
-/// The change that gives a resource other data.
+/// The change that replaces a resource's data.
 ByteSplice withData(const PhotoshopResource& resource, QByteArrayView data);
 
 } // namespace ostrelle

@@ -75,7 +75,7 @@ QString altMarkup(const QString& caption) {
     return u"<rdf:Alt xmlns:rdf=\"%1\">%2</rdf:Alt>"_s.arg(QLatin1StringView(xmp::rdf), itemMarkup(caption));
 }
 
-/// Readers turn blanks other than spaces into spaces unless they are written as references.
+/// Readers turn tabs and line ends into spaces unless they are written as references.
 QString escapeXmlAttribute(const QString& text) {
     return escapeXmlText(text)
         .replace(u'"', u"&quot;"_s)
@@ -85,10 +85,10 @@ QString escapeXmlAttribute(const QString& text) {
 }
 
 void setCaption(XmlEditor& editor, const XmlElement& property, const QString& caption) {
-    editor.removeText(property); // beside the list, readers refuse the packet for it
+    editor.removeText(property); // beside a list, it makes readers refuse the packet
     const XmlElement alt = property.child("Alt", xmp::rdf);
     if (!alt) {
-        if (const XmlElement list = listOf(property)) { // of another kind than a caption has
+        if (const XmlElement list = listOf(property)) { // of the wrong kind for a caption
             editor.detach(list);
         }
         editor.append(property, altMarkup(caption));
@@ -100,7 +100,7 @@ void setCaption(XmlEditor& editor, const XmlElement& property, const QString& ca
     }
     for (const XmlElement& item : items) {
         const std::optional<QString> language = item.attribute(u"xml:lang");
-        if (!language || language == u"x-default" || language == u"en-US") { // readers differ in their choice
+        if (!language || language == u"x-default" || language == u"en-US") { // readers choose differently
             editor.setContent(item, escapeXmlText(caption));
         }
     }

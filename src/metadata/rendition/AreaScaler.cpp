@@ -9,7 +9,7 @@ namespace ostrelle {
 
 namespace {
 
-/// Where the piece of the source that belongs to the `index`-th of `count` pixels begins.
+/// Where the `index`-th of `count` pixels begins in the source.
 double boundary(int sourceLength, int index, int count) {
     return static_cast<double>(std::int64_t{sourceLength} * index) / count;
 }
@@ -28,7 +28,7 @@ AreaScaler<Sample>::AreaScaler(PixelSize from, PixelSize to, int channels)
         const double end = boundary(from.width, x + 1, to.width);
         const int first = static_cast<int>(begin);
         const int last = std::min(static_cast<int>(end), from.width - 1);
-        // The last column may lie just behind the end and then weighs nothing.
+        // The last column may lie just past the end and then has no weight.
         m_columns.push_back({first, last, static_cast<float>(std::min(end, first + 1.0) - begin),
                              last > first ? static_cast<float>(std::min(end - last, 1.0)) : 0.0F});
     }
@@ -59,7 +59,7 @@ void AreaScaler<Sample>::accumulate(const Sample* row, float weight) {
     }
 }
 
-/// Averages the rows gathered so far along the row and starts over.
+/// Averages the gathered rows along the row and starts over.
 template <typename Sample>
 void AreaScaler<Sample>::finishRow() {
     Sample* out = m_result.row(m_resultRow++);

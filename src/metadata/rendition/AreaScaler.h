@@ -4,16 +4,17 @@
 #include "metadata/rendition/Raster.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace ostrelle {
 
-/// Shrinks a picture: each pixel of the result is the mean of the area that it covers in the source. The
-/// source is handed over row by row from the top, so that it need never be in memory whole.
+/// Shrinks a picture: each pixel of the result is the mean of the area it covers in the source. The source is
+/// passed row by row from the top, so that it need never be in memory whole.
 template <typename Sample>
 class AreaScaler {
 public:
-    /// `to` is at most as large as `from` on both sides; 1, 3 or 4 channels.
+    /// `to` must not be larger than `from` on either side; 1, 3 or 4 channels.
     AreaScaler(PixelSize from, PixelSize to, int channels);
 
     /// The next row of the source: from.width * channels samples.
@@ -22,7 +23,7 @@ public:
     Raster<Sample> take() { return std::move(m_result); }
 
 private:
-    /// The columns of the source that a pixel of the result covers; those between the two count in full.
+    /// The source columns under a pixel of the result; those between the two count in full.
     struct Columns {
         int first;
         int last;
@@ -38,8 +39,8 @@ private:
     PixelSize m_from;
     Raster<Sample> m_result;
     std::vector<Columns> m_columns;
-    float m_scale;             ///< one over the area that a pixel of the result covers
-    std::vector<float> m_sums; ///< the source rows that the next row of the result covers, weighted and added
+    float m_scale;             ///< 1 / (the area under a pixel of the result)
+    std::vector<float> m_sums; ///< the weighted sum of the source rows under the next row of the result
     int m_sourceRow = 0;
     int m_resultRow = 0;
 };

@@ -3,9 +3,11 @@
 
 #include <lcms2.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace ostrelle {
 
@@ -76,7 +78,7 @@ Picture grayToRgb(const Picture& picture) {
     return result;
 }
 
-/// Inks that each take away their share of the light, and black of all three.
+/// Each ink absorbs its share of the light, black of all three colours.
 Picture cmykToRgb(const Picture& picture, bool inverted) {
     Picture result(picture.size, 3);
     const int flip = inverted ? 0 : 255;

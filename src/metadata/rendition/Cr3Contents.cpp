@@ -4,6 +4,8 @@
 #include "metadata/rendition/TiffContents.h"
 
 #include <QtEndian>
+#include <algorithm>
+#include <utility>
 
 namespace ostrelle {
 
@@ -19,8 +21,8 @@ struct Box {
     qint64 end = 0;
 };
 
-/// The walk through the boxes of one file. The preview stands in a box of Canon's own; the JPEG of the full
-/// picture is the first sample of a track, beside tracks of raw data.
+/// Walks through the boxes of one file. The preview is in a box of Canon's own; the JPEG of the full picture
+/// is the first sample of a track, among tracks of raw data.
 class BoxWalk {
 public:
     explicit BoxWalk(FileBytes& file) : m_file(file) {}
@@ -42,7 +44,7 @@ private:
     FileBytes& m_file;
     RawContents m_contents;
     int m_boxes = 0;
-    qint64 m_sampleOffset = 0; ///< of the first sample of the track under way
+    qint64 m_sampleOffset = 0; ///< of the current track's first sample
     qint64 m_sampleSize = 0;
 };
 
@@ -55,7 +57,7 @@ quint64 BoxWalk::longLongAt(qint64 offset) {
     return quint64{longAt(offset)} << 32 | longAt(offset + 4);
 }
 
-/// A size of 1 stands for one of 64 bits behind the type, 0 for all that is left.
+/// A size of 1 means 64 bits after the type; 0 means the rest of the file.
 std::optional<Box> BoxWalk::boxAt(qint64 offset, qint64 end) {
     const bool isLarge = longAt(offset) == 1;
     const qint64 header = isLarge ? 16 : 8;
@@ -65,7 +67,7 @@ std::optional<Box> BoxWalk::boxAt(qint64 offset, qint64 end) {
     if (size < static_cast<quint64>(header) || ++m_boxes > maximumBoxes) {
         return std::nullopt;
     }
-    // A file that is cut has its last box cut too.
+    // A truncated file has its last box truncated too.
     return Box{m_file.read(offset + 4, 4), offset + header,
                offset + static_cast<qint64>(std::min(size, left))};
 }
@@ -93,10 +95,10 @@ void BoxWalk::read(const Box& box, int depth) {
             m_contents.turn = directory->turn;
         }
     } else if (box.type == "PRVW") {
-        constexpr qint64 jpegOffset = 16; // behind the size in pixels and in bytes
+        constexpr qint64 jpegOffset = 16; // after the size in pixels and in bytes
         m_contents.addJpeg(m_file, box.begin + jpegOffset, box.end - box.begin - jpegOffset);
     } else if (box.type == "stsz") {
-        // One size for all samples, or 0 and a table.
+        // One size for all samples, or 0 and then a table.
         const quint32 size = longAt(box.begin + 4);
         m_sampleSize = size != 0 ? size : longAt(box.begin + 12);
     } else if (box.type == "stco") {
@@ -106,7 +108,7 @@ void BoxWalk::read(const Box& box, int depth) {
     }
 }
 
-/// Two boxes of Canon's own hold further boxes, one of them behind eight bytes of a header.
+/// Two boxes of Canon's own contain further boxes, one of them after an eight-byte header.
 void BoxWalk::readCanon(const Box& box, int depth) {
     const QByteArray identifier = m_file.read(box.begin, 16).toHex();
     if (identifier == "85c0b687820f11e08111f4ce462b6a48") {

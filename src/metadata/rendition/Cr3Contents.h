@@ -7,7 +7,7 @@
 
 namespace ostrelle {
 
-/// What the boxes of a CR3 file tell; nothing when it is none.
+/// Reads the boxes of a CR3 file; nothing when it is not one.
 std::optional<RawContents> readCr3Contents(FileBytes& file);
 
 } // namespace ostrelle

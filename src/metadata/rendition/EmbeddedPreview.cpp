@@ -4,6 +4,8 @@
 #include "metadata/rendition/ExtractError.h"
 
 #include <algorithm>
+#include <functional>
+#include <optional>
 
 namespace ostrelle {
 
@@ -11,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Cameras store two or three; a hostile file could have each of its many decoded for nothing.
+/// Cameras store two or three; without a limit, a hostile file could have many decoded for nothing.
 constexpr std::size_t maximumAttempts = 3;
 
 [[noreturn]] void refuse(const QString& reason) {
@@ -22,7 +24,7 @@ std::optional<PixelSize> sizeOf(const QString& path, ByteRange range) {
     try {
         return jpegSize(path, range);
     } catch (const ExtractError&) {
-        return std::nullopt; // raw data, or a lossless JPEG of them
+        return std::nullopt; // raw data, or a lossless JPEG of it
     }
 }
 

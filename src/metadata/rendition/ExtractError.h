@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// Why no rendition of a picture could be made.
+/// No rendition of a picture could be made.
 class ExtractError : public Error {
 public:
     enum class Case { cannotOpen, noImage, cannotCreateThumbnail, cannotEncodeJPEG };
@@ -14,7 +14,7 @@ public:
     explicit ExtractError(Case kind, const QString& reason = {});
 
     Case kind() const noexcept { return m_kind; }
-    /// The phrase, for a sentence of one's own.
+    /// The phrase, for use in another sentence.
     QString reason() const { return m_reason; }
 
 private:

@@ -7,15 +7,15 @@
 
 namespace ostrelle {
 
-/// A large file of foreign bytes, of which only small pieces are read. It is not mapped into memory, where
-/// a card that is pulled or a share that goes away would end the program.
+/// A large untrusted file, read in small pieces. It is not memory-mapped: pulling the card or losing the
+/// share would then crash the program.
 class FileBytes {
 public:
     /// Throws ExtractError with cannotOpen.
     explicit FileBytes(const QString& path);
 
     qint64 size() const { return m_size; }
-    /// `length` bytes, or none when they do not all lie in the file.
+    /// `length` bytes, or none unless all of them lie in the file.
     QByteArray read(qint64 offset, qint64 length);
 
 private:

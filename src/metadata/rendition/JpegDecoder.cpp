@@ -20,20 +20,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Encoders write about ten scans and no sensible script more than thirty; each scan of a hostile file can
-/// cost a pass over the whole picture for a few bytes.
+/// Encoders write about ten scans and no sensible script more than thirty; in a hostile file, each scan of a
+/// few bytes can cost a pass over the whole picture.
 constexpr int maximumScans = 100;
-/// Bounds the coefficients of a progressive picture, which the library holds in memory whole.
+/// Limits the coefficients of a progressive picture, which the library keeps in memory.
 constexpr long maximumMemory = 512L << 20;
-/// The parts of the header that the library keeps are bounded by the file only.
+/// The header parts that the library keeps are limited only by the size of the file.
 constexpr long maximumFileSize = 512L << 20;
-/// How much larger than the result, at least, the library's own block scaling leaves the picture. Of 24
-/// megapixels this took 62 ms and came within 44 dB of a filter over the full picture; twice the size took
-/// 84 ms for 46 dB, and neither can be told from it by eye.
+/// How much larger than the result, at least, the library's own block scaling leaves the picture. For 24
+/// megapixels this took 62 ms and came within 44 dB of a filter over the full picture; twice the size took 84
+/// ms for 46 dB. Neither is distinguishable from it by eye.
 constexpr double reserve = 1.4;
 
-/// Zeros at the end of a file that was not copied to its end can pass for picture data, but fewer of them
-/// than there are.
+/// Zeros at the end of an incompletely copied file can pass for picture data, but not all of them do.
 constexpr int maximumStrayBytes = 256;
 
 struct CloseFile {
@@ -41,7 +40,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// A damaged stretch before a restart marker is limited: the decoder finds its feet there.
+/// Damage before a restart marker is limited: the decoder resynchronizes there.
 bool isRestart(int marker) {
     return marker >= JPEG_RST0 && marker <= JPEG_RST0 + 7;
 }
@@ -58,7 +57,7 @@ File openFile(const QString& path) {
     return file;
 }
 
-/// The file, standing at the beginning of the range.
+/// Opens the file at the start of the range.
 File openAt(const QString& path, ByteRange range) {
     File file = openFile(path);
     if (range.size() > maximumFileSize) {
@@ -117,7 +116,7 @@ private:
     jpeg_progress_mgr m_progress{};
     jpeg_decompress_struct m_info{};
     bool m_fileEnded = false;
-    int m_strayBytes = 0; ///< in front of the marker found last
+    int m_strayBytes = 0; ///< before the latest marker
     unsigned m_damagedPlaces = 0;
 };
 
@@ -137,10 +136,10 @@ JpegReader::JpegReader(const QString& path, ByteRange range)
     m_info.src = &m_source;
 }
 
-/// Decides which of the library's warnings mean that the picture is not there. The library makes up grey
-/// where data are missing and goes on; a picture that is whole but for its last row of blocks, has stray
-/// bytes between its segments, lacks its end marker or has a few damaged codes is shown by every viewer and
-/// is taken here too. Called by the library: it must not throw.
+/// Decides which of the library's warnings mean that the picture is not there. The library fills missing data
+/// with grey and goes on. Like every viewer, this accepts a picture that lacks only its last row of blocks or
+/// its end marker, has stray bytes between segments or has a few damaged codes. Called by the library: must
+/// not throw.
 void JpegReader::warn() {
     switch (m_errors.msg_code) {
     case JWRN_JPEG_EOF:
@@ -165,7 +164,7 @@ void JpegReader::warn() {
     }
 }
 
-/// More than one damaged place for each row of blocks is no flipped bit but noise.
+/// More than one damaged spot per row of blocks is not a flipped bit but noise.
 void JpegReader::countDamage() {
     if (++m_damagedPlaces > m_info.total_iMCU_rows) {
         m_errors.abandon("the picture data are damaged");
@@ -203,8 +202,8 @@ ColorModel JpegReader::chooseColors() {
     }
 }
 
-/// The smallest scale of the block transform that leaves the picture large enough; decoding small is what
-/// makes a rendition cheap.
+/// Chooses the smallest scale of the block transform that leaves the picture large enough: decoding at that
+/// size is what makes a rendition cheap.
 void JpegReader::chooseScale(int limit) {
     const int full = std::max(static_cast<int>(m_info.image_width), static_cast<int>(m_info.image_height));
     const double wanted = std::min<double>(full, reserve * limit);
@@ -221,7 +220,7 @@ QByteArray JpegReader::readProfile() {
     return {reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(length)};
 }
 
-/// The first EXIF segment counts, as for other readers, even if it has no orientation.
+/// As in other readers, the first EXIF segment counts, even if it has no orientation.
 std::optional<PictureTurn> JpegReader::readTurn() const {
     constexpr QByteArrayView signature("Exif\0\0", 6);
     for (const jpeg_marker_struct* marker = m_info.marker_list; marker != nullptr; marker = marker->next) {
@@ -272,8 +271,8 @@ Raster<std::uint8_t> JpegReader::readRows(PixelSize target) {
     return scaler.take();
 }
 
-/// Whether a file without its end marker lacks whole scans. Only a progressive file tells: it records the
-/// bits that are still to come for each coefficient.
+/// True when a file without its end marker lacks whole scans. Only a progressive file can show that: it
+/// records the bits still to come for each coefficient.
 bool JpegReader::endsInScans() {
     if (!m_info.progressive_mode) {
         return m_info.comps_in_scan < m_info.num_components;
@@ -287,10 +286,10 @@ bool JpegReader::endsInScans() {
     return false;
 }
 
-/// Whether the end marker is missing and more bytes are left than the picture needed.
+/// True when the end marker is missing and more bytes are left than the picture needed.
 bool JpegReader::endsInStrayBytes() {
     m_strayBytes = 0;
-    // Not all that may stand in place of the end marker is to the library's liking.
+    // The library does not accept everything that may stand in place of the end marker.
     (void)m_errors.guarded([this] { jpeg_finish_decompress(&m_info); });
     return m_fileEnded && m_strayBytes > maximumStrayBytes;
 }

@@ -13,23 +13,23 @@
 
 namespace ostrelle {
 
-/// A decoded JPEG, in the colours that it stores.
+/// A decoded JPEG, in its stored colours.
 struct JpegPicture {
     Raster<std::uint8_t> pixels;
     ColorModel model = ColorModel::rgb;
     QByteArray profile;              ///< the ICC profile, unchecked; empty when the file has none
-    std::optional<PictureTurn> turn; ///< what its first EXIF segment asks for, if it does
+    std::optional<PictureTurn> turn; ///< as requested by its first EXIF segment, if at all
 };
 
-/// The picture of a JPEG file with its longer side scaled down to at most `limit` pixels, unrotated. Memory
-/// is a few rows of the source, for a progressive file its coefficients (up to 512 MiB). Throws ExtractError.
+/// Decodes a JPEG file, scaled down so that the longer side is at most `limit` pixels, unrotated. Needs
+/// memory for a few source rows, or for the coefficients of a progressive file (up to 512 MiB). Throws
+/// ExtractError.
 JpegPicture decodeJpeg(const QString& path, int limit);
 
-/// The same of a JPEG that is the given range of another file.
+/// The same for a JPEG in a range of another file.
 JpegPicture decodeJpeg(const QString& path, ByteRange range, int limit);
 
-/// The full size of that picture, as its header gives it. Throws ExtractError when it is no JPEG that could
-/// be decoded.
+/// The full size of that picture from its header. Throws ExtractError when it is not a decodable JPEG.
 PixelSize jpegSize(const QString& path, ByteRange range);
 
 } // namespace ostrelle

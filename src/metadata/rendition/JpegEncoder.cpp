@@ -10,8 +10,8 @@ namespace ostrelle {
 
 namespace {
 
-/// Bytes that no JPEG of this size exceeds. A buffer that never grows needs no care when an error strikes
-/// between two of its lives; the pages that stay unused cost nothing.
+/// An upper limit for the size in bytes of such a JPEG. A buffer that never grows cannot leak when an error
+/// strikes while it is reallocated; pages never used cost nothing.
 std::size_t largestResult(PixelSize size) {
     const auto blocks = [](int side) { return static_cast<std::size_t>(side / 16 + 1) * 16; };
     return blocks(size.width) * blocks(size.height) * 6 + 4096;
@@ -38,11 +38,11 @@ public:
         m_info.in_color_space = JCS_RGB;
         run([this] { jpeg_set_defaults(&m_info); });
         run([this, quality] { jpeg_set_quality(&m_info, quality, TRUE); });
-        // Tables made for this picture: some five per cent fewer bytes to send, for a millisecond.
+        // Huffman tables made for this picture save some five per cent of bytes for a millisecond.
         m_info.optimize_coding = TRUE;
         run([this] { jpeg_start_compress(&m_info, TRUE); });
         for (int y = 0; y < picture.size.height; ++y) {
-            // The library promises not to write to the row; its interface is older than const.
+            // The library promises not to write to the row, but its interface predates const.
             JSAMPROW row = const_cast<JSAMPROW>(picture.row(y));
             run([this, &row] { jpeg_write_scanlines(&m_info, &row, 1); });
         }

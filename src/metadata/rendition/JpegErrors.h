@@ -6,23 +6,23 @@
 #include <cstddef>
 #include <cstdio>
 
-// The library's header takes FILE and size_t for granted.
+// The library's header does not include what defines FILE and size_t.
 // clang-format off
 #include <jpeglib.h>
 // clang-format on
 
 namespace ostrelle {
 
-/// libjpeg's error manager without its two habits, ending the process and printing. A fatal error leaves
-/// the call of the library by longjmp, which `guarded` catches.
+/// libjpeg's error manager, but it neither ends the process nor prints. A fatal error leaves the library by
+/// longjmp, which `guarded` catches.
 class JpegErrors : public jpeg_error_mgr {
 public:
     JpegErrors();
     JpegErrors(const JpegErrors&) = delete;
     JpegErrors& operator=(const JpegErrors&) = delete;
 
-    /// Runs the call of a libjpeg function; false when it failed. The jump skips the destructors of what
-    /// `call` made: let it make nothing, and call one library function only.
+    /// Runs a call of a libjpeg function; false when it failed. The jump skips destructors, so `call` must
+    /// create no objects and call only one library function.
     template <typename Call>
     bool guarded(Call call) {
         if (setjmp(m_jump) != 0) {
@@ -32,10 +32,10 @@ public:
         return true;
     }
 
-    /// Leaves the call under way as a fatal error does. Only from a callback of the library.
+    /// Aborts the current call like a fatal error. Only for callbacks of the library.
     [[noreturn]] void abandon(const char* reason);
 
-    /// The library's words for the failure, without a full stop.
+    /// The library's message about the failure, without a full stop.
     QString reason() const { return QString::fromLatin1(m_reason); }
 
 private:

@@ -9,11 +9,11 @@
 
 namespace ostrelle {
 
-/// Hands libjpeg a stretch of a file. Where it ends, the library is told so as at the end of a file: a JPEG
-/// inside another file that is cut short must not go on with the bytes that follow it.
+/// Feeds a stretch of a file to libjpeg and signals the end of the file where the stretch ends: a truncated
+/// JPEG inside another file must not continue with the bytes that follow it.
 class JpegSource : public jpeg_source_mgr {
 public:
-    /// The `length` bytes from where the file stands; the file has to outlive the source.
+    /// The `length` bytes from the file's current position; the file must outlive the source.
     JpegSource(std::FILE* file, qint64 length);
     JpegSource(const JpegSource&) = delete;
     JpegSource& operator=(const JpegSource&) = delete;

@@ -15,7 +15,7 @@ std::optional<PictureTurn> turnOf(const TiffBlock& block, const TiffDirectory& d
         {.fromBottom = true, .fromRight = true},                      // 3: upside down
         {.fromBottom = true},                                         // 4: 3, mirrored
         {.transposed = true},                                         // 5: 6, mirrored
-        {.transposed = true, .fromBottom = true},                     // 6: to be turned clockwise
+        {.transposed = true, .fromBottom = true},                     // to be turned clockwise
         {.transposed = true, .fromBottom = true, .fromRight = true},  // 7: 8, mirrored
         {.transposed = true, .fromBottom = false, .fromRight = true}, // 8: to be turned anticlockwise
     }};
@@ -43,7 +43,7 @@ Raster<std::uint8_t> turned(Raster<std::uint8_t> stored, PictureTurn turn) {
     const auto [width, height] = stored.size;
     const int channels = stored.channels;
     const auto rowLength = static_cast<std::ptrdiff_t>(stored.rowLength());
-    // Steps through the stored samples, and where they begin.
+    // The steps through the stored samples, and where to begin.
     const std::ptrdiff_t down = turn.fromBottom ? -rowLength : rowLength;
     const std::ptrdiff_t right = turn.fromRight ? -channels : channels;
     const std::ptrdiff_t corner = (turn.fromBottom ? (height - 1) * rowLength : 0) +

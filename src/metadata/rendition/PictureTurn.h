@@ -10,11 +10,11 @@
 
 namespace ostrelle {
 
-/// Whether a picture comes as its pixels are stored, or as the photographer held the camera.
+/// Whether a picture comes as its pixels are stored or as the photographer held the camera.
 enum class Orientation { asStored, upright };
 
-/// How the pixels of a picture are moved to show it upright. First rows and columns change places, then
-/// the stored rows are taken from the bottom, the stored columns from the right.
+/// How to move a picture's pixels to show it upright: first swap rows and columns, then take the stored rows
+/// from the bottom and the stored columns from the right.
 struct PictureTurn {
     bool transposed = false;
     bool fromBottom = false;
@@ -25,11 +25,10 @@ struct PictureTurn {
 
 inline constexpr quint16 orientationTag = 0x0112;
 
-/// The turn that a TIFF directory asks for; nothing when it has no orientation, or one that is none of EXIF's
-/// eight.
+/// The turn for the orientation in a TIFF directory; nothing when it has none, or not one of EXIF's eight.
 std::optional<PictureTurn> turnOf(const TiffBlock& block, const TiffDirectory& directory);
 
-/// The same of the first directory of an EXIF block.
+/// The same for the first directory of an EXIF block.
 std::optional<PictureTurn> turnOfExif(QByteArrayView tiff);
 
 /// The picture, turned.

@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 
@@ -33,7 +35,7 @@ int pixelLimit(double maxPixelSize) {
 }
 
 bool isJpeg(const QString& path) {
-    // Opening a pipe would wait for its writer.
+    // Opening a pipe would block until someone writes to it.
     if (!QFileInfo(path).isFile()) {
         throw ExtractError(ExtractError::Case::cannotOpen, u"there is no such file"_s);
     }
@@ -47,7 +49,7 @@ bool isJpeg(const QString& path) {
     return file.read(2) == "\xFF\xD8";
 }
 
-/// A scaled picture in sRGB, as it is stored.
+/// A scaled picture in sRGB, unrotated.
 struct Decoded {
     Raster<std::uint8_t> pixels;
     PictureTurn turn;
@@ -59,7 +61,7 @@ Decoded decoded(JpegPicture picture, PictureTurn otherwise) {
     return {convertToSrgb(std::move(picture.pixels), picture.model, picture.profile), turn};
 }
 
-/// A preview's own EXIF says how it is turned; without, it lies as the raw picture does.
+/// A preview's own EXIF gives its orientation; without any, it has that of the raw picture.
 Decoded decodePreviewOf(const QString& path, const std::vector<EmbeddedPreview>& previews, PictureTurn turn,
                         int limit, const ExtractError& failure) {
     try {

@@ -9,7 +9,7 @@
 
 namespace ostrelle {
 
-/// The small JPEG of an image that the model is sent, and what it was made from.
+/// The small JPEG of an image that is sent to the model, and what it was made from.
 struct Rendition {
     enum class Source { picture, embeddedPreview };
 
@@ -18,16 +18,16 @@ struct Rendition {
 
     // Of an embedded preview only:
     PixelSize previewSize;
-    QString reason; ///< why the RAW picture could not be used, a phrase without a full stop
+    QString reason; ///< why the RAW picture was not used, a phrase without a full stop
 };
 
-/// Makes the small JPEG of an image that the model is sent.
+/// Makes the small JPEG of an image that is sent to the model.
 class RAWPreviewExtractor {
 public:
-    /// The picture of a RAW or JPEG file, which is told by its content, as a JPEG in sRGB: decoded from the
-    /// full picture and encoded anew, its longer side at most `maxPixelSize` pixels, never enlarged. A RAW
-    /// file that LibRaw cannot decode is shown by the largest JPEG that the camera put into it, from 1,000
-    /// pixels on. `quality` runs from 0 to 1. Safe on any thread. Throws ExtractError.
+    /// Decodes the full picture of a RAW or JPEG file, identified by its content, and encodes it as an sRGB
+    /// JPEG whose longer side is at most `maxPixelSize` pixels, never enlarged. For a RAW file that LibRaw
+    /// cannot decode, uses the camera's largest embedded JPEG, if it has at least 1,000 pixels. `quality`
+    /// runs from 0 to 1. Thread-safe. Throws ExtractError.
     Rendition extractPreview(const QString& path, double maxPixelSize, double quality,
                              Orientation orientation = Orientation::asStored) const;
 };

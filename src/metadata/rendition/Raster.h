@@ -15,8 +15,8 @@ struct PixelSize {
     bool operator==(const PixelSize&) const = default;
 };
 
-/// Larger pictures are refused before anything is allocated for them: no camera makes them, a hostile
-/// header claims them in a few bytes.
+/// Larger pictures are refused before any memory is allocated: no camera makes them, but a hostile header can
+/// claim them in a few bytes.
 constexpr int maximumSide = 65500;
 constexpr std::int64_t maximumPixels = 400'000'000;
 
@@ -29,8 +29,8 @@ constexpr int longerSide(PixelSize size) {
     return size.width > size.height ? size.width : size.height;
 }
 
-/// The size scaled so that the longer side is at most `limit`: never enlarged, the shorter side rounded to
-/// the nearest pixel and at least 1.
+/// Scales the size down so that the longer side is at most `limit`; never enlarges. The shorter side is
+/// rounded to the nearest pixel, at least 1.
 constexpr PixelSize fittedSize(PixelSize size, int limit) {
     const std::int64_t longer = longerSide(size);
     if (longer <= limit) {
@@ -43,7 +43,7 @@ constexpr PixelSize fittedSize(PixelSize size, int limit) {
     return {scaled(size.width), scaled(size.height)};
 }
 
-/// A picture in memory: rows from the top, pixels from the left, the channels of a pixel side by side.
+/// A picture in memory: rows from the top, pixels from the left, channels interleaved.
 template <typename Sample>
 struct Raster {
     Raster() = default;

@@ -12,7 +12,7 @@ namespace ostrelle {
 
 namespace {
 
-/// The turn that the first EXIF segment of a JPEG asks for.
+/// The turn requested by the first EXIF segment of a JPEG.
 std::optional<PictureTurn> turnOfJpeg(FileBytes& file, ByteRange jpeg) {
     constexpr qsizetype firstSegments = 128 << 10;
     const QByteArray bytes = file.read(jpeg.begin, std::min(jpeg.size(), firstSegments));
@@ -22,7 +22,7 @@ std::optional<PictureTurn> turnOfJpeg(FileBytes& file, ByteRange jpeg) {
     return exif.empty() ? std::nullopt : turnOfExif(contentOf(exif.front(), bytes));
 }
 
-/// Fuji's file begins with a table of what lies where. The orientation stands in the JPEG alone.
+/// Fuji's file starts with a table of offsets. Only the JPEG holds the orientation.
 std::optional<RawContents> readRafContents(FileBytes& file) {
     constexpr qint64 jpegOffsetField = 84;
     const QByteArray header = file.read(0, jpegOffsetField + 8);

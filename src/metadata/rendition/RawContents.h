@@ -10,23 +10,22 @@
 
 namespace ostrelle {
 
-/// What stands in a RAW file around its raw data.
+/// What a RAW file holds besides its raw data.
 struct RawContents {
     static constexpr std::size_t maximumJpegs = 32;
 
-    /// Where the file says that a JPEG lies: unchecked, but for begin and end, which lie in the file. One
-    /// that is cut off by the end of the file ends there.
+    /// Where the JPEGs are, according to the file. Unchecked, except that each range lies in the file; one
+    /// that runs past the end of the file is cut off there.
     std::vector<ByteRange> jpegs;
-    /// How the raw picture is turned. Nothing when the file does not say; a damaged value turns nothing.
+    /// The orientation of the raw picture. Nothing when the file gives none; a damaged value means no turn.
     std::optional<PictureTurn> turn;
 
-    /// Notes a JPEG that may lie there.
+    /// Adds a JPEG that may be there.
     void addJpeg(const FileBytes& file, qint64 begin, qint64 length);
 };
 
-/// Reads the directories of the files that are built as TIFF is (NEF, ARW, CR2, DNG, ORF, PEF, RW2, SRW),
-/// the boxes of CR3 and the header of RAF; nothing when the file is none of these. Bounded in time and
-/// memory whatever the bytes are.
+/// Reads the directories of TIFF-like files (NEF, ARW, CR2, DNG, ORF, PEF, RW2, SRW), the boxes of CR3 and
+/// the header of RAF; nothing for other files. Time and memory are limited, whatever the bytes.
 std::optional<RawContents> readRawContents(FileBytes& file);
 
 } // namespace ostrelle

@@ -16,19 +16,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A quarter of a bit for each pixel: half of what the strongest lossy RAW compression leaves of a
-/// featureless picture, many times what a file has that was cut behind its header.
+/// A quarter of a bit per pixel: half of what the strongest lossy RAW compression leaves of a featureless
+/// picture, and many times what is in a file truncated after its header.
 constexpr std::int64_t leastBytes(std::int64_t pixels) {
     return pixels / 32;
 }
 
-/// Decoders that read ahead in blocks may miss a part of one at the end of a whole file.
+/// A decoder that reads ahead may miss part of a block at the end of a complete file.
 constexpr std::int64_t readAhead = 64 << 10;
 
-/// What the headers of a whole file may have the library read behind its end, many times over.
+/// Many times more than the headers of a complete file make the library read past its end.
 constexpr std::int64_t missingInHeaders = 1 << 20;
 
-/// Some data that the library cannot decode come out as one level, or as noise and rounding just above
+/// Some data that the library cannot decode comes out as a single level, or as noise and rounding just above
 /// black.
 bool isBlank(const Raster<std::uint16_t>& linear) {
     constexpr int noise = 64;
@@ -63,7 +63,7 @@ void check(int status) {
     }
 }
 
-/// LibRaw, and what it keeps to itself: that it has no matrix from the camera's colours to those of the eye.
+/// LibRaw, exposing something it hides: that it has no matrix for the camera's colours.
 class CandidLibRaw : public LibRaw {
 public:
     bool staysInRawColors() const { return libraw_internal_data.internal_output_params.raw_color != 0; }
@@ -86,7 +86,7 @@ private:
     PixelSize fullSize() const;
 
     RawStream m_stream;
-    CandidLibRaw m_raw; ///< after the stream, which it reads until it ends
+    CandidLibRaw m_raw; ///< after the stream, which it reads to the end of its life
     bool m_damaged = false;
 };
 
@@ -156,7 +156,7 @@ RawPicture RawReader::read(int limit, RawColors colors) {
     }
     const PictureTurn stored = turn(); // which decoding resets
     unpack();
-    // Half the size takes one pixel from each group of four sensors and no guessing between them.
+    // Half size makes one pixel of each group of four sensors, without interpolating between them.
     m_raw.imgdata.params.half_size = longerSide(fullSize()) / 2 >= limit ? 1 : 0;
     check(m_raw.dcraw_process());
     const bool monochrome = m_raw.imgdata.idata.colors == 1;
@@ -168,8 +168,8 @@ RawPicture RawReader::read(int limit, RawColors colors) {
     return {renderTones(linear, monochrome), stored};
 }
 
-/// The processed picture is 16 bits of linear light in 4 channels: scaling it as it is, in place of the 8-bit
-/// copy that the library offers, mixes light and not its encoding, and saves that copy.
+/// The processed picture is 16 bits of linear light in 4 channels. Scaling it directly, rather than the 8-bit
+/// copy that the library offers, averages light instead of its encoding and saves that copy.
 Raster<std::uint16_t> RawReader::scaledPicture(int limit) {
     PixelSize size;
     int colors = 0;
@@ -188,7 +188,7 @@ Raster<std::uint16_t> RawReader::scaledPicture(int limit) {
 } // namespace
 
 RawPicture decodeRaw(const QString& path, int limit, RawColors colors) {
-    // The reader is too large for a worker thread's stack.
+    // On the heap: the reader is too large for a worker thread's stack.
     const auto reader = std::make_unique<RawReader>(QFile::encodeName(path));
     try {
         return reader->read(limit, colors);

@@ -15,12 +15,12 @@ struct RawPicture {
     PictureTurn turn; ///< as LibRaw found it in the file
 };
 
-/// Which pictures are wanted: of a camera that LibRaw does not know it can decode some, but only guess what
-/// their colours are.
+/// Which pictures to decode: LibRaw can decode some of a camera it does not know, but can only guess their
+/// colours.
 enum class RawColors { known, any };
 
-/// The picture of a RAW file with its longer side scaled down to at most `limit` pixels, unrotated. Throws
-/// ExtractError: cannotOpen when it is no RAW file that LibRaw knows.
+/// Decodes a RAW file, scaled down so that the longer side is at most `limit` pixels, unrotated. Throws
+/// ExtractError: cannotOpen when it is not a RAW file that LibRaw knows.
 RawPicture decodeRaw(const QString& path, int limit, RawColors colors);
 
 } // namespace ostrelle

@@ -8,8 +8,8 @@
 
 namespace ostrelle {
 
-/// A RAW file, read through a small buffer. It counts what the decoder asked for behind the end: several
-/// decoders of the library take no notice when the data run out, and hand over what was in their buffers.
+/// Reads a RAW file through a small buffer and counts the bytes requested past its end: several of the
+/// library's decoders ignore the end of the data and return what was left in their buffers.
 class RawStream : public LibRaw_file_datastream {
 public:
     using LibRaw_file_datastream::LibRaw_file_datastream;
@@ -17,10 +17,10 @@ public:
     int read(void* buffer, std::size_t size, std::size_t count) override;
     int get_char() override;
 
-    /// From now on reading ends with an exception of the library once more than this many bytes were missed:
-    /// some headers have it read billions. Not for decoders, which may read on several threads.
+    /// From now on, reading throws an exception of the library once more than this many bytes were missed:
+    /// some headers make it read billions. Not for decoders, which may read on several threads.
     void allowMissingBytes(std::int64_t bytes) { m_allowed = bytes; }
-    /// The bytes missed since the last call. Any number may be missed from now on.
+    /// The number of bytes missed since the last call. Lifts the limit.
     std::int64_t takeMissingBytes();
 
 private:

@@ -6,6 +6,7 @@
 #include <QtEndian>
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace ostrelle {
 
@@ -22,14 +23,14 @@ constexpr quint16 photometric = 0x0106;
 constexpr quint16 directoriesBelow = 0x014A;
 constexpr quint16 makerNote = 0x927C;
 
-/// A directory in a block of its own, at the beginning of which stands a header. Values that do not fit
-/// into their entries are not in it.
+/// A directory in a block of its own, which starts with a header. Values that do not fit into their entries
+/// are not in it.
 struct LoneDirectory {
     QByteArray bytes;
     TiffBlock block;
     TiffDirectory entries;
 
-    /// The number that the entry holds, or the place of its value.
+    /// The number in the entry, or the offset of its value.
     quint32 number(const TiffEntry& entry) const {
         constexpr quint16 shortType = 3;
         return entry.type == shortType ? block.shortAt(entry.at + 8) : block.longAt(entry.at + 8);
@@ -40,7 +41,7 @@ struct LoneDirectory {
     }
 };
 
-/// The walk through the directories of one file, or of a maker note in it.
+/// Walks through the directories of one file, or of a maker note in it.
 class TiffWalk {
 public:
     TiffWalk(FileBytes& file, qint64 base, bool isBigEndian)
@@ -50,7 +51,7 @@ public:
                                : QByteArrayView("II*\0\x08\0\0\0", 8)) {}
 
     RawContents readAll(quint32 first);
-    /// Notes the JPEG that an Olympus maker note tells of, whose directory stands at the offset.
+    /// Adds the JPEG named in an Olympus maker note whose directory is at the offset.
     void readOlympus(quint32 first, RawContents& contents);
 
 private:
@@ -64,7 +65,7 @@ private:
     FileBytes& m_file;
     qint64 m_base;
     QByteArrayView m_header;
-    std::vector<quint32> m_offsets; ///< of the directories, visited or still to be visited
+    std::vector<quint32> m_offsets; ///< of directories visited or still to visit
 };
 
 std::optional<LoneDirectory> TiffWalk::directoryAt(quint32 offset) {
@@ -85,7 +86,7 @@ std::optional<LoneDirectory> TiffWalk::directoryAt(quint32 offset) {
     return entries ? std::optional(LoneDirectory{bytes, *block, *std::move(entries)}) : std::nullopt;
 }
 
-/// Directories may point at each other in circles.
+/// Directories may form a cycle.
 void TiffWalk::visitLater(quint32 offset) {
     if (offset != 0 && m_offsets.size() < maximumDirectories &&
         std::ranges::find(m_offsets, offset) == m_offsets.end()) {
@@ -139,7 +140,7 @@ void TiffWalk::addPair(const LoneDirectory& directory, quint16 offsetTag, quint1
 
 void TiffWalk::addJpegs(const LoneDirectory& directory, RawContents& contents) {
     addPair(directory, tiff::thumbnailOffset, tiff::thumbnailLength, contents);
-    // In DNG the raw data themselves may be a JPEG, of what the sensor saw.
+    // In DNG, the raw data may itself be a JPEG of the sensor's values.
     const quint32 kind = directory.number(photometric).value_or(0);
     const quint32 packing = directory.number(compression).value_or(0);
     if ((packing == 6 || packing == 7) && kind != 32803 && kind != 34892) {
@@ -153,7 +154,7 @@ void TiffWalk::addJpegs(const LoneDirectory& directory, RawContents& contents) {
     }
 }
 
-/// Of the maker notes only those of Olympus and OM System tell of a large JPEG.
+/// Among maker notes, only those of Olympus and OM System point to a large JPEG.
 void TiffWalk::readMakerNote(const LoneDirectory& directory, RawContents& contents) {
     const std::optional<quint32> exifOffset = directory.number(tiff::exifDirectory);
     const std::optional<LoneDirectory> exif = exifOffset ? directoryAt(*exifOffset) : std::nullopt;
@@ -183,7 +184,7 @@ void TiffWalk::readOlympus(quint32 first, RawContents& contents) {
     }
 }
 
-/// The first four bytes: TIFF's own, those of Olympus (two) and of Panasonic.
+/// The first four bytes: TIFF's own, Olympus's two variants or Panasonic's.
 bool isHeader(QByteArrayView bytes) {
     static constexpr std::array headers = {QByteArrayView("II*\0", 4), QByteArrayView("MM\0*", 4),
                                            QByteArrayView("IIRO"),     QByteArrayView("IIRS"),

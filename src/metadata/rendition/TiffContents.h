@@ -7,8 +7,8 @@
 
 namespace ostrelle {
 
-/// What the directories of a TIFF-like file tell, whose header stands at `base` and from where its offsets
-/// count; nothing when there is no such header.
+/// Reads the directories of a TIFF-like file whose header is at `base`, from which its offsets count; nothing
+/// when there is no such header.
 std::optional<RawContents> readTiffContents(FileBytes& file, qint64 base);
 
 } // namespace ostrelle

@@ -12,8 +12,8 @@ namespace {
 constexpr int levels = 65536;
 constexpr int darkestWhite = levels / 16;
 
-/// The level that all but a hundredth of the pixels stay below in their brightest channel. Cameras expose
-/// for highlights that RAW data keep and a rendition does not: without this most pictures come out dark.
+/// The level that 99 per cent of the pixels stay below in their brightest channel. Cameras leave headroom for
+/// highlights that a rendition does not keep: without this, most pictures come out dark.
 int whiteLevel(const Raster<std::uint16_t>& linear) {
     std::vector<std::uint32_t> histogram(levels);
     for (std::size_t i = 0; i < linear.samples.size(); i += 4) {

@@ -7,9 +7,9 @@
 
 namespace ostrelle {
 
-/// A picture of linear light as it is shown: exposed so that all but the brightest hundredth of its pixels
-/// keep their detail, by at most four stops, then in sRGB's curve, 8 bits. 4 channels, of which the first 3
-/// are red, green and blue; a `monochrome` picture has its light in the first alone.
+/// Renders linear light for the screen: exposed by at most four stops so that all but the brightest hundredth
+/// of the pixels keep their detail, then in sRGB's curve, 8 bits. 4 channels, the first 3 red, green and
+/// blue; a `monochrome` picture uses only the first.
 Raster<std::uint8_t> renderTones(const Raster<std::uint16_t>& linear, bool monochrome);
 
 } // namespace ostrelle

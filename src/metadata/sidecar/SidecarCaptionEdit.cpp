@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <utility>
 
 namespace ostrelle {
 
@@ -17,14 +18,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Both always get the same text: readers differ in which of the two they show.
+/// Both always get the same text: readers differ in which one they show.
 constexpr std::array captionLanguages = {u"x-default", u"en-US"};
 
 QString declaration(QStringView prefix, QByteArrayView uri) {
     return u"xmlns:%1=\"%2\""_s.arg(prefix, QLatin1StringView(uri));
 }
 
-// New elements declare their own namespaces, so that they mean the same wherever they land.
+// New elements declare their own namespaces, so that they mean the same wherever they end up.
 
 QString itemMarkup(QStringView language, const QString& caption) {
     return u"<rdf:li %1 xml:lang=\"%2\">%3</rdf:li>"_s.arg(declaration(u"rdf", xmp::rdf), language,
@@ -59,7 +60,7 @@ XmlElement itemOf(const XmlElement& alt, QStringView language) {
     return found == items.end() ? XmlElement() : *found;
 }
 
-/// One write of a caption into one document.
+/// One write of a caption to one document.
 class CaptionEdit {
 public:
     CaptionEdit(const XmlDocument& document, QString caption)
@@ -94,8 +95,8 @@ private:
         return description;
     }
 
-    /// A packet that names another subject, such as a document's id, describes this picture from now on. The
-    /// oldest writers left the prefix away; readers refuse a packet that has the attribute in both forms.
+    /// A packet about another subject, such as a document's id, is from now on about this picture. The oldest
+    /// writers omitted the prefix; readers refuse a packet with the attribute in both forms.
     void clearAbout(const XmlElement& description) {
         for (const XmlAttribute& attribute : description.attributes()) {
             const bool isRdf = attribute.namespaceUri() == xmp::rdf && attribute.hasLocalName(u"about");
@@ -107,7 +108,7 @@ private:
         m_editor.addAttribute(description, u"rdf:about=\"\""_s);
     }
 
-    /// Writes the caption below the subject; the result is the dc:description that holds it, if it was there.
+    /// Writes the caption below the subject. Returns the dc:description that holds it, if it already existed.
     XmlElement captionOf(const XmlElement& subject) {
         declareIfUnknown(subject, u"dc"_s, xmp::dc);
         declareIfUnknown(subject, u"rdf"_s, xmp::rdf);
@@ -129,7 +130,7 @@ private:
         }
     }
 
-    /// Old plain text would stand beside the list, where no reader knows it.
+    /// Old plain text would remain beside the list, where no reader expects it.
     void fill(const XmlElement& captionElement) {
         m_editor.removeText(captionElement);
         const QList<XmlElement> alts = captionElement.children("Alt", xmp::rdf);
@@ -149,7 +150,7 @@ private:
         }
     }
 
-    /// A list of another namespace that is written the same is foreign, but it must not be read first.
+    /// A list that looks the same but has another namespace is foreign, yet it must not be read first.
     void addList(const XmlElement& captionElement) {
         if (childWrittenAsAlt(captionElement)) {
             m_editor.insertFirst(captionElement, altMarkup(m_caption));
@@ -158,8 +159,8 @@ private:
         }
     }
 
-    /// Captions in other blocks would go on showing the old text. One that another tool has marked to be
-    /// kept stays; on the survivor that mark has no further use.
+    /// Captions in other blocks would still show the old text. One that another tool has marked to be kept
+    /// stays; on the survivor, that mark is of no more use.
     void detachOtherCaptions(const XmlElement& survivor) {
         for (const XmlElement& caption : m_document.find("description", xmp::dc)) {
             if (caption == survivor) {
@@ -178,7 +179,7 @@ private:
         }
     }
 
-    /// Of several RDF elements below one parent only the first is the packet.
+    /// Of several RDF elements under one parent, only the first is the packet.
     void detachSurplusRdf() {
         std::set<quint32> parents;
         for (const XmlElement& rdf : m_document.find("RDF")) { // in document order
@@ -195,7 +196,7 @@ private:
 };
 
 bool holdsCaption(const XmlDocument& document, const QString& caption) {
-    if (defaultCaption(document) != caption) { // as it will be read
+    if (defaultCaption(document) != caption) { // as readers will see it
         return false;
     }
     const XmlElement subject = describedSubject(document);
@@ -207,7 +208,7 @@ bool holdsCaption(const XmlDocument& document, const QString& caption) {
            });
 }
 
-/// True when the bytes may take the place of a good file.
+/// True when the bytes may replace a good file.
 bool isGood(const QByteArray& edited, const QString& caption) {
     try {
         return holdsCaption(XmlDocument::parse(edited), caption);

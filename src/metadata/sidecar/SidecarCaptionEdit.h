@@ -5,9 +5,9 @@
 
 namespace ostrelle {
 
-/// The document's bytes with the caption in the one dc:description of its subject, as x-default and as
-/// en-US, and with no other dc:description. Characters that XML cannot hold are left out; every other field
-/// stays the same bytes. Throws XMPError::writeFailed when the structure of the document defeats the edit.
+/// Returns the document's bytes with the caption in the one dc:description of its subject, as x-default and
+/// as en-US, and with no other dc:description. Drops characters that XML cannot hold; all other fields keep
+/// their bytes. Throws XMPError::writeFailed when the document's structure makes the edit impossible.
 QByteArray withCaption(const XmlDocument& document, const QString& caption);
 
 } // namespace ostrelle

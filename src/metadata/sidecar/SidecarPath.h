@@ -5,11 +5,11 @@
 
 namespace ostrelle {
 
-/// The place of a RAW image's new sidecar: the same path with the last extension replaced by "xmp".
+/// The path of a RAW image's new sidecar: the same path with the last extension replaced by "xmp".
 QString sidecarPath(const QString& imagePath);
 
-/// The sidecar that lies beside the image, whatever the case of its extension: with several, ".xmp" counts.
-/// Where there is none, the place of a new one. Looks at the disk.
+/// The sidecar beside the image, with its extension in any case; ".xmp" wins over others. Without one, the
+/// path of a new one. Looks at the disk.
 QString findSidecar(const QString& imagePath);
 
 } // namespace ostrelle

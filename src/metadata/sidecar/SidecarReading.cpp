@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The first value that is not blank, of the attributes that may tell the date of the picture.
+/// The first non-blank value of the attributes that may give the picture's date.
 std::optional<QString> dateFromAttributes(const XmlElement& subject) {
     using Test = std::function<bool(const XmlAttribute&)>;
     static const std::array<Test, 4> order = {
@@ -44,8 +44,7 @@ std::optional<QString> dateFromElements(const XmlDocument& document, const QTime
     return value ? std::optional(normalizeDate(*value, zone)) : std::nullopt;
 }
 
-/// Lists within lists repeat the same text again and again: keywords that are longer than the document itself
-/// are cut.
+/// Nested lists repeat the same text over and over, so keywords longer than the document itself are cut off.
 QStringList keywordsOf(const XmlDocument& document) {
     QStringList keywords;
     qsizetype room = document.bytes().size();

@@ -12,15 +12,15 @@
 
 namespace ostrelle {
 
-// Which of a sidecar's elements count for what. The document has a root.
+// Which of a sidecar's elements count for what. The document must have a root.
 
-/// The captions in the other language that a caption is written to.
+/// The captions in the other language that captions are written in.
 QStringList sidecarTranslations(const XmlDocument& document);
 
-/// What is known of place, event and date. Dates in element form become days in the given zone.
+/// The known place, event and date. Dates in element form become days in the given zone.
 XMPContext sidecarContext(const XmlDocument& document, const QTimeZone& zone);
 
-/// The rights line in x-default, trimmed. Tells the log what it finds on the way.
+/// The x-default rights line, trimmed. Logs what it finds on the way.
 std::optional<QString> sidecarRights(const XmlDocument& document, PlainLog& log);
 
 /// The first creator, trimmed.

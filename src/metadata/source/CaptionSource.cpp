@@ -8,7 +8,7 @@ namespace ostrelle {
 
 namespace {
 
-/// Programs that set a rating also tidy up an empty caption, or compose its letters in another way.
+/// Programs that set a rating may also tidy up an empty caption or change its Unicode composition.
 QString comparable(const std::optional<QString>& caption) {
     return caption.value_or(QString()).trimmed().normalized(QString::NormalizationForm_C);
 }
@@ -27,7 +27,7 @@ bool isSamePicture(const QString& image, const SeenPicture& seen) {
 } // namespace
 
 SeenPicture seePicture(const QString& image, double maxPixelSize, double quality) {
-    SeenPicture picture{.stamp = FileStamp::at(image), // from before it is read
+    SeenPicture picture{.stamp = FileStamp::at(image), // from before the picture is read
                         .rendition = {},
                         .maxPixelSize = maxPixelSize,
                         .quality = quality};

@@ -15,26 +15,26 @@ namespace ostrelle {
 struct SeenPicture {
     std::optional<FileStamp> stamp; ///< of the image file, from before the rendition was made
     Rendition rendition;            ///< upright
-    double maxPixelSize = 0;        ///< with which it was made
-    double quality = 0;             ///< likewise
+    double maxPixelSize = 0;        ///< of the rendition
+    double quality = 0;             ///< of the rendition
 };
 
-/// What a caption was made from. It is written only where all of this still holds.
+/// What a caption was made from. The caption is written only while all of this still holds.
 struct CaptionSource {
     ImageFacts facts;
-    QTimeZone zone; ///< in which the facts' dates became days
+    QTimeZone zone; ///< for turning the facts' dates into days
     SeenPicture picture;
 };
 
 /// Makes the upright rendition of an image. Throws ExtractError.
 SeenPicture seePicture(const QString& image, double maxPixelSize, double quality);
 
-/// Throws OvertakenError unless the facts are still those of the source. A caption that is merely blank in
-/// another way, or composed of other characters for the same letters, is the same.
+/// Throws OvertakenError unless the facts still match the source. Captions that differ only in how they are
+/// blank, or in Unicode composition, match.
 void requireSameFacts(const ImageFacts& now, const ImageFacts& source);
 
 /// Throws OvertakenError when another picture has taken the image's place. A file that was merely touched or
-/// given other metadata, which is told by rendering it once more, is still the same picture.
+/// given other metadata is still the same picture; rendering it again tells.
 void requireSamePicture(const QString& image, const SeenPicture& seen);
 
 } // namespace ostrelle

@@ -27,7 +27,7 @@ bool XmlAttribute::hasNamespace() const {
     return m_localNameBegin != m_name.begin && !isSame(prefix, u"xmlns");
 }
 
-/// Written line ends and tabs are blanks (XML 1.0, section 3.3.3); characters given by reference stay.
+/// Literal line ends and tabs become spaces (XML 1.0, section 3.3.3); character references stay.
 QString XmlAttribute::value() const {
     QString text = decoded(m_value);
     text.replace("\r\n"_L1, " "_L1);
@@ -45,7 +45,7 @@ XmlStartTagReader::XmlStartTagReader(QByteArrayView bytes, XmlSpan tag, XmlEncod
     , m_unitSize(unitSize(encoding))
     , m_at(tag.begin)
     , m_end(tag.begin + tag.size() / m_unitSize * m_unitSize) {
-    skipName(); // the element's own, with the bracket in front
+    skipName(); // the element's own, with its bracket
 }
 
 std::optional<XmlAttribute> XmlStartTagReader::next() {

@@ -18,11 +18,11 @@ struct XmlSpan {
     qsizetype size() const { return end - begin; }
 };
 
-/// A view of one attribute as it stands in its start tag. The document's bytes have to outlive it; they are
-/// decoded when a text is asked for, as an element may have hundreds of attributes.
+/// A view of one attribute in its start tag. The document's bytes must outlive it. Text is decoded only on
+/// request, as an element may have hundreds of attributes.
 class XmlAttribute {
 public:
-    /// True when the qualified name, as written, is this ASCII text: "rdf:about".
+    /// True when the qualified name, as written, is this ASCII text, such as "rdf:about".
     bool isCalled(QStringView name) const { return isSame(m_name, name); }
     /// True when the name without its prefix is this ASCII text.
     bool hasLocalName(QStringView name) const { return isSame({m_localNameBegin, m_name.end}, name); }
@@ -31,9 +31,9 @@ public:
     /// The value, normalized and with its references resolved.
     QString value() const;
 
-    /// The blanks in front, the name and the quoted value.
+    /// The leading blanks, the name and the quoted value.
     XmlSpan span() const { return m_span; }
-    /// What stands between the quotes.
+    /// The span between the quotes.
     XmlSpan valueSpan() const { return m_value; }
 
 private:
@@ -55,11 +55,11 @@ private:
     QByteArrayView m_namespaceUri;
 };
 
-/// Walks over the attributes of a start tag. It never looks behind the tag's end, and ends before an
-/// attribute that is not whole.
+/// Walks over the attributes of a start tag. Never looks past the end of the tag, and stops before an
+/// incomplete attribute.
 class XmlStartTagReader {
 public:
-    /// `tag` is the place of the start tag in the document's bytes, which have to outlive the reader.
+    /// `tag` is the span of the start tag in the document's bytes, which must outlive the reader.
     XmlStartTagReader(QByteArrayView bytes, XmlSpan tag, XmlEncoding encoding);
 
     std::optional<XmlAttribute> next();
@@ -75,8 +75,8 @@ private:
     XmlEncoding m_encoding;
     qsizetype m_unitSize;
     qsizetype m_at;
-    qsizetype m_end;        ///< whole units from the begin
-    qsizetype m_colon = -1; ///< in the name that was read last
+    qsizetype m_end;        ///< whole units from the start
+    qsizetype m_colon = -1; ///< in the name just read
 };
 
 } // namespace ostrelle

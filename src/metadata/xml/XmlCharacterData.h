@@ -7,8 +7,8 @@
 
 namespace ostrelle {
 
-/// Where the character data stand in a range of well-formed content that holds no element: each run between
-/// comments and processing instructions, CDATA sections included. Runs of nothing but blanks are left out.
+/// The spans of character data in a range of well-formed content without elements: each run between comments
+/// and processing instructions, including CDATA sections. Runs of blanks only are left out.
 QList<XmlSpan> characterDataIn(QByteArrayView bytes, XmlSpan range, XmlEncoding encoding);
 
 } // namespace ostrelle

@@ -5,6 +5,7 @@
 #include "metadata/xml/XmlParser.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ostrelle {
 

@@ -15,7 +15,7 @@ namespace ostrelle {
 
 class XmlDocument;
 
-/// A view of one element of a document, which has to outlive it. The null element stands for "none".
+/// A view of one element of a document, which must outlive it. The null element stands for "none".
 class XmlElement {
 public:
     XmlElement() = default;
@@ -34,56 +34,56 @@ public:
     XmlElement parent() const;
     XmlElement firstChild() const;
     XmlElement nextSibling() const;
-    /// The first child of the name, in any namespace when none is given.
+    /// The first child of this name, in any namespace unless one is given.
     XmlElement child(QByteArrayView localName, std::optional<QByteArrayView> namespaceUri = {}) const;
-    /// All children of the name, in any namespace when none is given.
+    /// All children of this name, in any namespace unless one is given.
     QList<XmlElement> children(QByteArrayView localName,
                                std::optional<QByteArrayView> namespaceUri = {}) const;
 
     /// All character data below the element, joined.
     QString text() const;
-    /// Where character data stand between the element's children, unless they are nothing but blanks.
+    /// The spans of character data between the element's children, except those of blanks only.
     QList<XmlSpan> textSpans() const;
     QList<XmlAttribute> attributes() const;
     /// The value of the attribute of this qualified name.
     std::optional<QString> attribute(QStringView name) const;
     /// The attribute of this name in this namespace.
     std::optional<XmlAttribute> attribute(QStringView localName, QByteArrayView namespaceUri) const;
-    /// The URI that a prefix stands for here.
+    /// The URI that a prefix stands for at this element.
     std::optional<QString> resolvePrefix(const QString& prefix) const;
 
     bool isEmptyTag() const; ///< written as "<a/>"
     XmlSpan span() const;    ///< from "<" of the start tag to ">" of the end tag
     XmlSpan startTag() const;
-    XmlSpan content() const; ///< between the tags; empty and behind the tag for an empty tag
+    XmlSpan content() const; ///< between the tags; empty and after the tag for an empty tag
 
 private:
     const XmlDocument* m_document = nullptr;
     quint32 m_index = 0;
 };
 
-/// A parsed XML document: the bytes as they came, and where each element stands in them. Meant for looking
-/// things up and for editing the bytes in place, so that all that is not edited stays as it was.
+/// A parsed XML document: the original bytes, and the position of each element in them. For looking things up
+/// and editing the bytes in place, so that everything not edited stays as it was.
 class XmlDocument {
 public:
-    /// Largest document that is read, in bytes.
+    /// The largest document that is read, in bytes.
     static constexpr qint64 maximumSize = qint64{64} * 1024 * 1024;
     static constexpr int maximumDepth = 1000;
     static constexpr std::size_t maximumElements = 1'000'000;
     static constexpr std::size_t maximumNamespaces = 100'000;
 
-    /// Parses UTF-8, UTF-16, ISO-8859-1 or US-ASCII. Throws XmlError when the bytes are not well formed with
-    /// their namespaces, declare a document type, or pass one of the limits above.
+    /// Parses UTF-8, UTF-16, ISO-8859-1 or US-ASCII. Throws XmlError when the bytes are not well formed and
+    /// namespace-well-formed, declare a document type or exceed one of the limits above.
     static XmlDocument parse(QByteArray bytes);
 
     const QByteArray& bytes() const { return m_bytes; }
     XmlEncoding encoding() const { return m_encoding; }
     /// The null element when the document has no root.
     XmlElement root() const;
-    /// Every element of the name in document order, in any namespace when none is given.
+    /// Every element of this name in document order, in any namespace unless one is given.
     QList<XmlElement> find(QByteArrayView localName, std::optional<QByteArrayView> namespaceUri = {}) const;
     XmlElement findFirst(QByteArrayView localName, std::optional<QByteArrayView> namespaceUri = {}) const;
-    /// The value in the declaration's standalone="yes".
+    /// The span of the value in the declaration's standalone="yes".
     std::optional<XmlSpan> standaloneYes() const { return m_standaloneYes; }
 
 private:
@@ -97,7 +97,7 @@ private:
         QByteArray localName;
         QByteArray prefix;
     };
-    /// 44 bytes each, so that the largest document stays bounded.
+    /// 44 bytes each, to limit the memory for the largest document.
     struct Node {
         quint32 name = 0;
         quint32 parent = none;
@@ -122,7 +122,7 @@ private:
     std::vector<Node> m_nodes; ///< in document order
     std::vector<QByteArray> m_namespaces;
     std::vector<quint32> m_attributeNamespaces; ///< of each attribute with a prefix, in document order
-    QByteArray m_text; ///< all character data in UTF-8; each element owns a range of it
+    QByteArray m_text; ///< all character data in UTF-8; each element has a range of it
 };
 
 } // namespace ostrelle

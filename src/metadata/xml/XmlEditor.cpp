@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/xml/XmlEditor.h"
 
+#include <utility>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -72,8 +74,8 @@ QByteArray XmlEditor::result() const {
     for (const auto& [index, change] : m_changes) {
         appendSplices(XmlElement(m_document, index), change, splices);
     }
-    // At one place, what is inserted stands in front of what is taken out: an insertion there belongs to the
-    // element outside. Among equals a multimap keeps the order in which they came.
+    // At the same place, insertions come before removals: such an insertion belongs to the outer element. A
+    // multimap keeps equal keys in order.
     std::multimap<std::pair<qsizetype, bool>, const Splice*> inOrder;
     for (const Splice& splice : splices) {
         inOrder.emplace(std::pair(splice.span.begin, splice.span.size() > 0), &splice);
@@ -84,7 +86,7 @@ QByteArray XmlEditor::result() const {
     qsizetype done = 0;
     for (const auto& [place, splice] : inOrder) {
         if (splice->span.begin < done) {
-            continue; // inside something that has been taken out or replaced
+            continue; // inside something removed or replaced
         }
         edited.append(source.sliced(done, splice->span.begin - done));
         edited.append(encodeXml(splice->markup, m_document.encoding()));

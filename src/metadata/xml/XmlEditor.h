@@ -4,35 +4,36 @@
 #include "metadata/xml/XmlDocument.h"
 
 #include <map>
+#include <optional>
 
 namespace ostrelle {
 
-/// Gathers changes to a parsed document and applies them to its bytes. All that is not changed stays the
-/// same bytes. Markup is handed in as text and written in the document's encoding.
+/// Gathers changes to a parsed document and applies them to its bytes; all other bytes stay the same. Takes
+/// markup as text and writes it in the document's encoding.
 class XmlEditor {
 public:
-    /// The document has to outlive the editor.
+    /// The document must outlive the editor.
     explicit XmlEditor(const XmlDocument& document) : m_document(document) {}
 
-    /// Takes the element and all below it out. The blanks around it stay.
+    /// Removes the element with everything below it. The blanks around it stay.
     void detach(const XmlElement& element);
-    /// Takes the character data directly in the element out, unless they are nothing but blanks. Its comments
-    /// and child elements stay.
+    /// Removes the character data directly in the element, unless it is only blanks. Its comments and child
+    /// elements stay.
     void removeText(const XmlElement& element);
-    /// Puts markup in place of everything between the element's tags.
+    /// Replaces everything between the element's tags with markup.
     void setContent(const XmlElement& element, const QString& markup);
-    /// Adds markup behind the start tag, ahead of all other content.
+    /// Adds markup after the start tag, before all other content.
     void insertFirst(const XmlElement& element, const QString& markup);
-    /// Adds markup in front of the end tag, behind all other content.
+    /// Adds markup before the end tag, after all other content.
     void append(const XmlElement& element, const QString& markup);
-    /// Adds an attribute as markup, such as `rdf:about=""`, behind the others.
+    /// Adds an attribute as markup, such as `rdf:about=""`, after the others.
     void addAttribute(const XmlElement& element, const QString& markup);
     void removeAttribute(const XmlAttribute& attribute);
     void setAttributeValue(const XmlAttribute& attribute, const QString& markup);
     /// Writes "no" where the declaration says standalone="yes".
     void clearStandalone();
 
-    /// The document's bytes with all changes. What was changed inside a detached element is gone with it.
+    /// The document's bytes with all changes. Changes inside a detached element go with it.
     QByteArray result() const;
 
 private:

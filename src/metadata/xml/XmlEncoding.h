@@ -8,16 +8,16 @@
 
 namespace ostrelle {
 
-/// How the bytes of an XML document stand for characters.
+/// How an XML document encodes characters as bytes.
 enum class XmlEncoding { utf8, utf16LittleEndian, utf16BigEndian, latin1, ascii };
 
 /// Bytes of one code unit: 2 for UTF-16, otherwise 1.
 qsizetype unitSize(XmlEncoding encoding);
 
-/// The code unit that begins at the byte offset.
+/// The code unit at the byte offset.
 char16_t unitAt(QByteArrayView bytes, qsizetype offset, XmlEncoding encoding);
 
-/// True for the four characters that XML takes for white space.
+/// True for the four characters that are white space in XML.
 bool isXmlBlank(char16_t unit);
 
 QString decodeXml(QByteArrayView bytes, XmlEncoding encoding);
@@ -29,11 +29,11 @@ QByteArray encodeXml(QStringView markup, XmlEncoding encoding);
 /// control characters, U+FFFE, U+FFFF and lone surrogates.
 QString withoutForbiddenCharacters(QStringView text);
 
-/// Text as element content: "&", "<" and ">" are escaped, and a carriage return, which a reader would turn
-/// into a line feed. The text must be free of forbidden characters.
+/// Escapes text as element content: "&", "<", ">" and the carriage return, which readers would turn into a
+/// line feed. The text must be free of forbidden characters.
 QString escapeXmlText(QStringView text);
 
-/// Replaces character references and the five predefined entities by what they stand for.
+/// Resolves character references and the five predefined entities.
 QString resolveXmlReferences(QStringView markup);
 
 } // namespace ostrelle

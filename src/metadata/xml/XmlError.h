@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// XML that is not well formed, or that is refused for its size, its depth or its document type.
+/// XML that is not well formed, or is refused for its size, depth or document type.
 class XmlError : public Error {
 public:
     using Error::Error;

@@ -3,6 +3,8 @@
 
 #include "metadata/xml/XmlError.h"
 
+#include <utility>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -71,7 +73,7 @@ void XmlParser::run() {
     }
 }
 
-/// expat has one error for a document without any element and for one that ends inside an element.
+/// expat has one error both for a document without elements and for one that ends inside an element.
 bool XmlParser::lacksRoot() const {
     return XML_GetErrorCode(m_parser.get()) == XML_ERROR_NO_ELEMENTS && m_document.m_nodes.empty();
 }
@@ -95,8 +97,8 @@ void XmlParser::refuse(const QString& reason) {
     XML_StopParser(m_parser.get(), XML_FALSE);
 }
 
-/// A byte-order mark or a zero byte in the first character tells UTF-16, as it does for expat: a document
-/// begins with ASCII, be it a bracket or a blank. Anything else is what the declaration says.
+/// A byte-order mark or a zero byte in the first character means UTF-16, as it does to expat: a document
+/// starts with ASCII, be it a bracket or a blank. Otherwise the declaration decides.
 void XmlParser::settleEncoding(QByteArrayView declared) {
     const QByteArrayView bytes = m_document.m_bytes;
     const QByteArray name = declared.toByteArray().toUpper();
@@ -123,8 +125,8 @@ void XmlParser::handleDeclaration(const char* encoding, int standalone) {
     if (standalone != 1) {
         return;
     }
-    // The declaration is plain ASCII, a code unit a character, so positions in its text are positions in its
-    // bytes.
+    // The declaration is plain ASCII, one code unit per character, so positions in its text are positions in
+    // its bytes.
     const XmlSpan declaration = currentSpan();
     const QString text =
         decodeXml(QByteArrayView(m_document.m_bytes).sliced(declaration.begin, declaration.size()),
@@ -140,7 +142,7 @@ XmlSpan XmlParser::currentSpan() const {
     return {begin, begin + XML_GetCurrentByteCount(m_parser.get())};
 }
 
-/// expat gives "uri\nlocal\nprefix", with the uri and the prefix missing where there are none.
+/// expat's form is "uri\nlocal\nprefix", without the uri and the prefix where there are none.
 quint32 XmlParser::nameIndex(QByteArrayView expandedName) {
     const QByteArray key = expandedName.toByteArray();
     const auto known = m_nameIndices.constFind(key);
@@ -160,8 +162,8 @@ quint32 XmlParser::nameIndex(QByteArrayView expandedName) {
     return index;
 }
 
-/// The namespace of each attribute that has a prefix, which expat has resolved: for such as these it gives
-/// "uri\nlocal\nprefix".
+/// Adds the namespaces of the attributes that have a prefix, as resolved by expat, which passes their names
+/// as "uri\nlocal\nprefix".
 void XmlParser::addNamespaces(const char** attributes) {
     for (; *attributes != nullptr; attributes += 2) {
         const QByteArrayView name(*attributes);
@@ -217,7 +219,7 @@ void XmlParser::handleEnd() {
     const XmlSpan tag = currentSpan();
     node.endTagBegin = static_cast<quint32>(tag.begin);
     node.endTagEnd = static_cast<quint32>(tag.end);
-    if (tag.size() == 0) { // an empty tag ends where it began to
+    if (tag.size() == 0) { // an empty tag ends where it began
         node.endTagBegin = node.endTagEnd = node.startTagEnd;
     }
     node.textEnd = static_cast<quint32>(m_document.m_text.size());

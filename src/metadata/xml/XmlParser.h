@@ -27,7 +27,7 @@ private:
     void handleStart(const char* expandedName, const char** attributes);
     void handleEnd();
     void handleText(const char* utf8, int size);
-    /// Ends the parsing with words of our own.
+    /// Stops parsing with an error message of ours.
     void refuse(const QString& reason);
 
     XmlSpan currentSpan() const;
@@ -41,8 +41,8 @@ private:
     std::unique_ptr<XML_ParserStruct, ParserDeleter> m_parser;
     QHash<QByteArray, quint32> m_nameIndices;
     QHash<QByteArray, quint32> m_namespaceIndices;
-    std::vector<quint32> m_open;      ///< the elements around the current place
-    std::vector<quint32> m_lastChild; ///< the last child so far of each of them
+    std::vector<quint32> m_open;      ///< the elements around the current position
+    std::vector<quint32> m_lastChild; ///< the latest child of each of them
     QString m_refusal;
 };
 

@@ -21,8 +21,8 @@ bool hasEmptyAbout(const XmlElement& element) {
     });
 }
 
-/// The child that is written as "rdf:Alt", or else the first Alt below. `alts` are all of the document, so
-/// that captions within captions are not searched again and again.
+/// The child written as "rdf:Alt", or else the first Alt below. `alts` are those of the whole document, so
+/// that captions within captions are not searched over and over.
 XmlElement altBelow(const XmlElement& element, const QList<XmlElement>& alts) {
     if (const XmlElement child = childWrittenAsAlt(element)) {
         return child;

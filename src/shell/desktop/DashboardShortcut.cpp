@@ -12,7 +12,7 @@ DashboardShortcut::DashboardShortcut(QObject* parent) : QObject(parent) {
 
 bool DashboardShortcut::matches(const QKeyEvent& event) {
     constexpr auto held = Qt::ControlModifier | Qt::ShiftModifier;
-    constexpr quint32 physicalD = 32 + 8; // KEY_D of linux/input-event-codes.h, as X11 and Wayland count
+    constexpr quint32 physicalD = 32 + 8; // KEY_D of linux/input-event-codes.h, +8 in X11 and Wayland
     return (event.modifiers() & held) == held &&
            (event.key() == Qt::Key_D || event.nativeScanCode() == physicalD);
 }

@@ -7,9 +7,8 @@ class QKeyEvent;
 
 namespace ostrelle {
 
-/// The hidden shortcut of the dashboard in every window of the program: Ctrl and Shift with D, or with the
-/// key that is D on an English keyboard. Other modifiers held as well do not matter. Nobody else sees these
-/// keys.
+/// The hidden shortcut of the dashboard in every window of the program: Ctrl+Shift+D, or with the key that is
+/// D on an English keyboard. Other modifiers do not matter. Nothing else receives these keys.
 class DashboardShortcut : public QObject {
     Q_OBJECT
 

@@ -26,7 +26,7 @@ QIcon signOf(Alert::Style style) {
                                           : icon(IconName::info, &Theme::accent);
 }
 
-/// A message box with a sign in the theme's colours.
+/// A message box with an icon in the theme's colours.
 class AlertBox : public QMessageBox {
 public:
     AlertBox(Alert::Style style, QWidget* owner) : QMessageBox(owner), m_sign(signOf(style)) { showSign(); }
@@ -38,7 +38,7 @@ protected:
             showSign();
         }
     }
-    // Where no button means "no", a message box can be closed by neither.
+    // Without an escape button, Qt lets neither Escape nor closing end a message box; here both do.
     void keyPressEvent(QKeyEvent* event) override {
         event->key() == Qt::Key_Escape&& escapeButton() == nullptr ? reject()
                                                                    : QMessageBox::keyPressEvent(event);
@@ -53,7 +53,7 @@ private:
     QIcon m_sign;
 };
 
-/// What Escape presses: "Cancel", or the only button. -1 when it decides nothing.
+/// The button for Escape: "Cancel", or the only one. -1 when Escape closes the box without pressing any.
 qsizetype escapeIndex(const QStringList& words) {
     return words.size() == 1 ? 0 : words.indexOf(u"Cancel"_s);
 }
@@ -101,7 +101,7 @@ void showWords(QMessageBox& box, const Alert& alert) {
 } // namespace
 
 QCoro::Task<int> DesktopAlerts::show(Alert alert) {
-    // The window below it owns the box: it may go first, when the program ends.
+    // The window below owns the box and may go first, when the program ends.
     const QPointer<QMessageBox> box = new AlertBox(alert.style, ownerWindow());
     box->setObjectName(u"alert"_s);
     box->setWindowTitle(u"Ostrelle Captions"_s);

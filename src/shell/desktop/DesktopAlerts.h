@@ -3,12 +3,14 @@
 
 #include "platform/Alerts.h"
 
+#include <QCoroTask>
+
 namespace ostrelle {
 
-/// Alerts as dialogs over the window that is in use. The program goes on behind them.
+/// Alerts as dialogs over the active window. The program goes on behind them.
 class DesktopAlerts : public Alerts {
 public:
-    /// Escape and closing the dialog press "Cancel" or the only button, and else none.
+    /// Escape and closing the dialog press "Cancel" or the only button, and otherwise none.
     QCoro::Task<int> show(Alert alert) override;
 };
 

@@ -35,7 +35,7 @@ DesktopAppearance::DesktopAppearance(QApplication& application, const DesktopCol
 }
 
 bool DesktopAppearance::eventFilter(QObject*, QEvent* event) {
-    // Unlike the changes of a palette, this one is never of our own making.
+    // Unlike a palette change, this one is never our own.
     if (event->type() == QEvent::ThemeChange && m_colorScheme.preference() == ColorScheme::noPreference) {
         m_platformChange.start(0);
     }

@@ -10,8 +10,8 @@ namespace ostrelle {
 
 class DesktopColorScheme;
 
-/// Shows the theme that the desktop prefers, and goes along when it changes while windows are shown. Where
-/// the desktop tells no preference, the platform's own palette counts.
+/// Shows the theme that the desktop prefers, and follows when it changes while windows are shown. Without a
+/// preference, the platform's own palette decides.
 class DesktopAppearance : public QObject {
     Q_OBJECT
 
@@ -26,7 +26,7 @@ private:
 
     QApplication& m_application;
     const DesktopColorScheme& m_colorScheme;
-    QTimer m_platformChange; // each window is told of it, more than once: one answer does for all
+    QTimer m_platformChange; // each window hears of it, more than once: one reaction is enough
 };
 
 } // namespace ostrelle

@@ -17,7 +17,7 @@ namespace {
 
 const QString lastFolderKey = u"lastChosenFolder"_s;
 
-/// Cameras write capitals, and the dialog may tell them apart.
+/// Cameras write capitals, and the dialog may be case-sensitive.
 QString nameFilter(const FileQuestion& question) {
     QStringList patterns;
     for (const QString& extension : question.extensions) {
@@ -46,7 +46,7 @@ QCoro::Task<QStringList> DesktopFileChooser::chooseFiles(FileQuestion question) 
 }
 
 QCoro::Task<QStringList> DesktopFileChooser::ask(FileQuestion question, Choice choice) {
-    // The window below it owns the dialog: it may go first, when the program ends.
+    // The window below owns the dialog and may go first, when the program ends.
     const QPointer<QFileDialog> dialog =
         new QFileDialog(ownerWindow(), question.title, startFolder(question));
     dialog->setObjectName(u"fileChooser"_s);
@@ -63,7 +63,7 @@ QCoro::Task<QStringList> DesktopFileChooser::ask(FileQuestion question, Choice c
     }
     dialog->setOption(QFileDialog::ShowDirsOnly, choice == Choice::folder);
     if (!question.extensions.isEmpty()) {
-        dialog->setOption(QFileDialog::HideNameFilterDetails); // the pattern of each extension, twice
+        dialog->setOption(QFileDialog::HideNameFilterDetails); // these list each pattern twice
         dialog->setNameFilters({nameFilter(question), u"All files (*)"_s});
     }
     dialog->open();

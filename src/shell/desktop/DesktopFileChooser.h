@@ -4,12 +4,15 @@
 #include "platform/DefaultsStore.h"
 #include "platform/FileChooser.h"
 
+#include <QCoroTask>
+#include <optional>
+
 namespace ostrelle {
 
-/// The desktop's own dialogs. Where no folder is named they start where the user last was, over restarts.
+/// The desktop's own dialogs. Without a start folder they open the folder last visited, even after a restart.
 class DesktopFileChooser : public FileChooser {
 public:
-    /// The store has to outlive the chooser.
+    /// The store must outlive the chooser.
     explicit DesktopFileChooser(DefaultsStore& defaults) : m_defaults(defaults) {}
 
     QCoro::Task<std::optional<QString>> chooseFolder(FileQuestion question) override;

@@ -6,10 +6,10 @@
 
 namespace ostrelle {
 
-/// The desktop that the session runs.
+/// The desktop of the session.
 class DesktopWorkspace : public Workspace {
 public:
-    /// The log has to outlive the workspace.
+    /// The log must outlive the workspace.
     explicit DesktopWorkspace(PlainLog& log) : m_log(log) {}
 
     void openLink(const QUrl& link) override;

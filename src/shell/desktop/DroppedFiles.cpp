@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Empty when one of them is no local file.
+/// Empty when any of them is not a local file.
 QStringList localPaths(const QMimeData& data) {
     QStringList paths;
     const QList<QUrl> urls = data.urls();
@@ -27,7 +27,7 @@ QStringList localPaths(const QMimeData& data) {
     return paths;
 }
 
-/// Told by the names alone: hundreds of files may hang over the window.
+/// Decided by the names alone: hundreds of files may be dragged over the window.
 bool areImages(const QStringList& paths) {
     return !ManualSelection::of(paths).images.isEmpty() &&
            std::all_of(paths.begin(), paths.end(), [](const QString& path) {

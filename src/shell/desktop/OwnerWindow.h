@@ -6,7 +6,7 @@
 
 namespace ostrelle {
 
-/// The window that a new dialog belongs to: the one in use, but no dialog, which may just be closing.
+/// The owner of a new dialog: the active window, but not a dialog, which may be about to close.
 inline QWidget* ownerWindow() {
     QWidget* window = QApplication::activeWindow();
     while (window != nullptr && qobject_cast<QDialog*>(window) != nullptr) {

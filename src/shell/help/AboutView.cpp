@@ -69,7 +69,7 @@ AboutView::AboutView(Workspace& workspace, QWidget* parent) : QWidget(parent), m
 ActionButton* AboutView::makeLink(const QString& words, const QString& name, const QUrl& page) {
     auto* button = new ActionButton(words);
     button->setObjectName(name);
-    button->setAutoDefault(true); // Enter presses the one that has the focus
+    button->setAutoDefault(true); // Enter presses the one with the focus
     connect(button, &ActionButton::clicked, this, [this, page] { m_workspace.openLink(page); });
     return button;
 }

@@ -9,12 +9,12 @@ namespace ostrelle {
 
 class ActionButton;
 
-/// What the program is called, which version it is, and where to learn more. Escape closes it.
+/// The program's name and version, and where to learn more. Escape closes it.
 class AboutView : public QWidget {
     Q_OBJECT
 
 public:
-    /// The workspace has to outlive the view.
+    /// The workspace must outlive the view.
     explicit AboutView(Workspace& workspace, QWidget* parent = nullptr);
 
 protected:

@@ -28,11 +28,11 @@ constexpr int titleGap = 5; // between a card's title and its frame
 constexpr int fieldIconSize = 22;
 constexpr QSize pictureSize(400, 392);
 
-/// The field, and its note below.
+/// The field, with its note below.
 QWidget* makeFieldRow(const IptcField& field) {
     auto* row = new QWidget;
     row->setSizePolicy(QSizePolicy::Preferred,
-                       QSizePolicy::Expanding); // rows share what is left, not the title
+                       QSizePolicy::Expanding); // rows share the spare height, not the title
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(measure::cardPadding, 8, measure::cardPadding, 9);
     layout->setSpacing(measure::cardPadding);
@@ -91,7 +91,7 @@ QWidget* makePicture(const QString& path) {
     return picture;
 }
 
-/// A line of a list: what follows its bullet is set off from it, on all lines that it wraps to.
+/// A line of a list: its words hang clear of the bullet on every line they wrap to.
 QWidget* makeLine(const QString& words) {
     const qsizetype bullet = words.indexOf(QRegularExpression(u"[•◦] "_s));
     if (bullet < 0) {
@@ -143,7 +143,7 @@ Card* makeTips() {
          u"  ◦ Imagn: (Mandatory Credit: John Smith-Imagn Images)"_s});
 }
 
-/// Two of the same height side by side.
+/// Two widgets of the same height, side by side.
 QHBoxLayout* makePair(QWidget* first, QWidget* second) {
     auto* pair = new QHBoxLayout;
     pair->setSpacing(columnGap);
@@ -152,7 +152,7 @@ QHBoxLayout* makePair(QWidget* first, QWidget* second) {
     return pair;
 }
 
-/// The table, and beside its frame the picture.
+/// The table in its frame, with the picture beside it.
 QHBoxLayout* makeTable(const QString& picture) {
     auto* column = new QVBoxLayout;
     column->setSpacing(0);

@@ -5,13 +5,13 @@
 
 namespace ostrelle {
 
-/// The guide to the metadata that a good caption needs. Escape closes it, the keys of a page scroll it.
+/// The guide to the metadata that a good caption needs. Escape closes it, Page Up and Page Down scroll it.
 class HelpView : public QWidget {
     Q_OBJECT
 
 public:
     explicit HelpView(QWidget* parent = nullptr);
-    /// With another picture of a preset, an SVG file or resource; words stand in for one that is missing.
+    /// `picture` is a picture of a preset, an SVG file or resource; words replace it when it is missing.
     explicit HelpView(const QString& picture, QWidget* parent = nullptr);
 
 protected:

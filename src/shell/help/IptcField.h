@@ -9,7 +9,7 @@ namespace ostrelle {
 /// A field of image metadata that a good caption needs.
 struct IptcField {
     QString name;
-    QString icon; ///< a drawing of resources/illustrations
+    QString icon; ///< a drawing in resources/illustrations
     QString note;
 };
 

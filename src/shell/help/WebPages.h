@@ -10,12 +10,12 @@ inline QUrl productPage() {
     return QUrl(QStringLiteral("https://ostrelle.example/"));
 }
 
-/// Where users tell what they think of it.
+/// Where users send feedback.
 inline QUrl feedbackPage() {
     return QUrl(QStringLiteral("https://ostrelle.example/feedback"));
 }
 
-/// Where OpenAI gives out API keys.
+/// Where OpenAI issues API keys.
 inline QUrl keyPage() {
     return QUrl(QStringLiteral("https://platform.openai.com/api-keys"));
 }

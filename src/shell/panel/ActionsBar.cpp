@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// With a reason the button rests, and its tooltip tells it.
+/// A reason disables the button and becomes its tooltip.
 void setHindrance(ActionButton* button, const QString& reason) {
     button->setEnabled(reason.isEmpty());
     button->setToolTip(reason);

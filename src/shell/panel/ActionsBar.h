@@ -10,12 +10,12 @@ namespace ostrelle {
 class ActionButton;
 class PanelActions;
 
-/// The two actions: chosen images, and all of the source. Both rest while images are being captioned.
+/// The two actions: chosen images, and all of the source. Both are disabled while images are being captioned.
 class ActionsBar : public QWidget {
     Q_OBJECT
 
 public:
-    /// The actions have to outlive the bar.
+    /// The actions must outlive the bar.
     ActionsBar(ShellParts parts, PanelActions& actions, QWidget* parent = nullptr);
 
 private:

@@ -10,6 +10,7 @@
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <optional>
 
 namespace ostrelle {
 
@@ -17,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The sign that something is on.
+/// A dot that shows that something is on.
 class Dot : public QWidget {
 public:
     Dot() { setFixedSize(diameter, diameter); }
@@ -51,7 +52,7 @@ AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, QWidget* paren
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_row);
 
-    // The answer may have to be waited for, and comes as a change of the setting.
+    // The answer may take time, and arrives as a change of the setting.
     m_switch->setGuard([&actions] {
         actions.turnAutoModeOn();
         return false;

@@ -12,12 +12,12 @@ class PanelActions;
 class SettingRow;
 class Switch;
 
-/// The switch of auto mode, and below it how auto mode stands while it is on.
+/// The switch of auto mode, with the state of auto mode below it while it is on.
 class AutoModeRow : public QWidget {
     Q_OBJECT
 
 public:
-    /// The actions have to outlive the row.
+    /// The actions must outlive the row.
     AutoModeRow(ShellParts parts, PanelActions& actions, QWidget* parent = nullptr);
 
 private:

@@ -12,6 +12,7 @@
 #include "shell/toolkit/Theme.h"
 
 #include <QHBoxLayout>
+#include <optional>
 
 namespace ostrelle {
 
@@ -36,7 +37,7 @@ const InfoText audioInfo{
      {u"• The note is context only: the caption tells what the image shows"_s,
       u"When DISABLED (default):"_s}}};
 
-/// Shows a path of the settings, and each later one.
+/// Shows a path of the settings and follows its changes.
 void follow(FileChoiceRow* row, SettingsStore& settings,
             std::optional<QString> (SettingsStore::*path)() const, void (SettingsStore::*changed)()) {
     const auto show = [=, &settings] { row->setPath((settings.*path)()); };
@@ -168,7 +169,7 @@ void ConfigurationCard::showHost() {
 
 void ConfigurationCard::showSport() {
     const Sport sport = m_parts.settings.sport();
-    m_sport->setPlaceholderText(label(sport)); // for a stored sport that is not offered
+    m_sport->setPlaceholderText(label(sport)); // for a stored sport that the picker does not list
     m_sport->setCurrentIndex(m_sport->findData(static_cast<int>(sport)));
 }
 

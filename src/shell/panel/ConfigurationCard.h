@@ -12,12 +12,12 @@ class PanelActions;
 class Picker;
 class StatusMark;
 
-/// Where the images and the roster come from, and what is played.
+/// Where the images and the roster come from, and which sport is played.
 class ConfigurationCard : public Card {
     Q_OBJECT
 
 public:
-    /// The actions have to outlive the card.
+    /// The actions must outlive the card.
     ConfigurationCard(ShellParts parts, PanelActions& actions, QWidget* parent = nullptr);
 
 private:

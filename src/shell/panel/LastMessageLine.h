@@ -6,12 +6,12 @@
 
 namespace ostrelle {
 
-/// What the last run came to, in small grey words; away while there is nothing to tell.
+/// The result of the last run, in small grey words; hidden when there is none.
 class LastMessageLine : public ElidedLabel {
     Q_OBJECT
 
 public:
-    /// The store has to outlive the line.
+    /// The store must outlive the line.
     explicit LastMessageLine(const StatusStore& status, QWidget* parent = nullptr);
 
 private:

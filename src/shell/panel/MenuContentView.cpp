@@ -21,6 +21,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
+#include <optional>
 
 #include "product/ApiKey.h"
 
@@ -30,8 +31,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A second run must not begin, so images have to wait until the first has ended, and all files until a
-/// question is answered.
+/// A second run must not start: images are refused until the first has ended, and all files while a question
+/// is open.
 std::optional<DroppedFiles> acceptable(const QDropEvent& event, const StatusStore& status,
                                        const PanelActions& actions) {
     std::optional<DroppedFiles> files = DroppedFiles::of(*event.mimeData());
@@ -71,7 +72,7 @@ QWidget* MenuContentView::makeScroll() {
     scroll->setWidget(settings);
     scroll->setMinimumWidth(settings->minimumSizeHint().width());
 
-    // The scroll bar comes and goes with a run's progress: it takes its room from the margin, not the cards.
+    // A run's progress shows and hides the scroll bar, which takes its width from the margin, not the cards.
     QScrollBar* bar = scroll->verticalScrollBar();
     connect(bar, &QScrollBar::rangeChanged, settings, [bar, settings](int, int most) {
         QMargins margins = settings->layout()->contentsMargins();
@@ -89,7 +90,7 @@ QWidget* MenuContentView::makeSettings() {
     layout->addWidget(makeKeyNotice());
     layout->addWidget(m_savingNotice = new SavingNotice(m_parts.defaults, m_parts.clock, m_parts.console));
     layout->addWidget(makeManifestNotice());
-    // Each card is made inside the page: it orders its tab stops among those that are there.
+    // Each card is made inside the page, which gives it its place among the existing tab stops.
     layout->addWidget(new ConfigurationCard(m_parts, m_actions, settings));
     layout->addWidget(new TeamCard(m_parts.settings, settings));
     layout->addWidget(new ProcessingCard(m_parts.settings, settings));
@@ -108,7 +109,7 @@ QWidget* MenuContentView::makeKeyNotice() {
     return notice;
 }
 
-/// Here the consequence is money: images are paid for again.
+/// This failure costs money: images are paid for again.
 QWidget* MenuContentView::makeManifestNotice() {
     auto* notice = new NoticeBar({}, {});
     notice->setObjectName(u"manifestNotice"_s);
@@ -146,7 +147,7 @@ QWidget* MenuContentView::makeLinks() {
 
     auto* links = new QWidget;
     auto* layout = new QHBoxLayout(links);
-    constexpr int ring = 3; // a link keeps room for its focus ring; its words begin where the rest does
+    constexpr int ring = 3; // a link keeps room for its focus ring; its words align with the rest
     layout->setContentsMargins(measure::cardPadding - ring, 0, measure::cardPadding - ring, 0);
     for (ActionButton* link : {feedback, help}) {
         link->setFont(typeFont(TypeSize::small));
@@ -159,15 +160,14 @@ QWidget* MenuContentView::makeLinks() {
 void MenuContentView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     if (window()->focusWidget() == nullptr) {
-        setFocus(); // else the first control would begin with the ring, and take keys meant for nobody
+        setFocus(); // else the first control would start with the ring and take stray keys
     }
 }
 
 void MenuContentView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
-        // Somebody may have put a roster there meanwhile, made room on the disk, or stored a key in a
-        // terminal.
+        // The user may meanwhile have put a roster there, freed disk space or stored a key in a terminal.
         m_actions.roster().lookAgain();
         m_savingNotice->tryAgain();
         m_parts.settings.setHasAPIKey(!apiKey(m_parts.defaults).isEmpty());

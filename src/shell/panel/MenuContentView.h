@@ -4,21 +4,22 @@
 #include "shell/panel/PanelActions.h"
 #include "shell/panel/ShellParts.h"
 
+#include <QCoroTask>
 #include <QWidget>
 
 namespace ostrelle {
 
 class SavingNotice;
 
-/// The main panel. The settings that change from game to game scroll above; what the photographer does and
-/// what is going on stays in sight below. Folders, images and rosters can be dropped on it.
+/// The main panel. The settings that change from game to game scroll at the top; the photographer's actions
+/// and the current activity stay in sight at the bottom. Folders, images and rosters can be dropped on it.
 class MenuContentView : public QWidget {
     Q_OBJECT
 
 public:
     explicit MenuContentView(ShellParts parts, QWidget* parent = nullptr);
 
-    /// Resumes when nothing is left that was begun here.
+    /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }
 
 protected:

@@ -6,6 +6,8 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <memory>
+#include <utility>
 
 namespace ostrelle {
 
@@ -27,7 +29,7 @@ Alert uselessFileNews(const QString& path) {
     return alert;
 }
 
-/// The grant for the folder that the images come from, held until they are captioned.
+/// The grant for the source folder, held until its images are captioned.
 HeldAccess accessToWorkingFolder(const ShellParts& parts) {
     HeldAccess access;
     if (const std::optional<QString> folder = workingFolder(parts.settings)) {
@@ -38,7 +40,7 @@ HeldAccess accessToWorkingFolder(const ShellParts& parts) {
 
 } // namespace
 
-/// Marks that the user is being asked, for as long as it lives.
+/// Marks a question as open, for as long as it lives.
 class PanelActions::Question {
 public:
     explicit Question(Self self) : m_self(self) { m_self->m_isAsking = true; }
@@ -65,7 +67,7 @@ PanelActions::PanelActions(ShellParts parts, QObject* parent)
     , m_tasks([&console = parts.console](const QString& words) {
         console.print(u"[MenuContentView] An action failed: "_s + words);
     }) {
-    // A run that begins reads the roster, and one that ends may have failed to.
+    // A run reads the roster when it starts, and may have failed to when it ends.
     connect(&parts.status, &StatusStore::isProcessingChanged, &m_roster, &RosterWatch::lookAgain);
 }
 
@@ -160,7 +162,7 @@ QCoro::Task<> PanelActions::askForImages(Self self) {
     }
 }
 
-/// A folder may have any name. Where its share does not answer, the name decides.
+/// A folder may have any name. When its share does not answer, the name decides.
 QCoro::Task<> PanelActions::takeOne(Self self, DroppedFiles file) {
     auto question = std::make_unique<Question>(self);
     const ShellParts parts = self->m_parts;

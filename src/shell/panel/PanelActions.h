@@ -7,6 +7,7 @@
 #include "shell/panel/ShellParts.h"
 #include "transfer/RosterWatch.h"
 
+#include <QCoroTask>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -14,34 +15,34 @@
 
 namespace ostrelle {
 
-/// What is said where no roster is selected and none need be.
+/// The message when no roster is selected and none is needed.
 QString rosterOfFolderUsed();
 
-/// What the user can have done from the main panel: asks what has to be asked, and hands over. While one
-/// question is open no other is begun. What has begun goes on without the panel.
+/// What the user can do from the main panel: asks what needs asking, and passes the work on. Only one
+/// question is open at a time. Work once started goes on without the panel.
 class PanelActions : public QObject {
     Q_OBJECT
 
 public:
     explicit PanelActions(ShellParts parts, QObject* parent = nullptr);
 
-    /// Turns auto mode on, or tells what is missing.
+    /// Turns auto mode on, or shows what is missing.
     void turnAutoModeOn();
     void selectImages();
-    /// Takes what the user has dropped: a folder or roster as chosen, images by the rules of a selection.
+    /// Takes what the user has dropped: a folder or roster as if chosen, images by the rules of a selection.
     void take(const DroppedFiles& files);
-    /// All images of the source, after a confirmation.
+    /// Captions all images of the source, after a confirmation.
     void captionAll();
     void chooseWatchFolder();
     void chooseDestinationFolder();
     void chooseCodeReplacements();
 
-    /// Whether the user is being asked something, here or by another part of the program.
+    /// True while a question is open, here or elsewhere in the program.
     bool isAsking() const;
 
     RosterWatch& roster() { return m_roster; }
 
-    /// Resumes when nothing is left that was begun here.
+    /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_tasks.finished(); }
 
 private:
@@ -56,7 +57,7 @@ private:
     static QCoro::Task<> askForWatchFolder(Self self);
     static QCoro::Task<> askForDestinationFolder(Self self);
     static QCoro::Task<> askForCodeReplacements(Self self);
-    /// False after the user has been told what is missing.
+    /// False after it has shown what is missing.
     static QCoro::Task<bool> isAdmitted(Self self);
     /// Nothing when the panel has gone meanwhile.
     static QCoro::Task<std::optional<Readiness>> readiness(Self self);

@@ -6,12 +6,12 @@
 
 namespace ostrelle {
 
-/// What becomes of images that have a caption already. The switch of auto mode stands in the panel's foot.
+/// What to do with images that already have a caption. The switch of auto mode is in the panel's foot.
 class ProcessingCard : public Card {
     Q_OBJECT
 
 public:
-    /// The settings have to outlive the card.
+    /// The settings must outlive the card.
     explicit ProcessingCard(SettingsStore& settings, QWidget* parent = nullptr);
 };
 

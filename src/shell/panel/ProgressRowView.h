@@ -11,7 +11,7 @@ class CounterLabel;
 class ElidedLabel;
 class ProgressLine;
 
-/// One row of the progress: words, a count beside them and a bar below, each as far as the row has it.
+/// One row of the progress: words, a count beside them and a bar below; the row may lack any of them.
 class ProgressRowView : public QWidget {
     Q_OBJECT
 

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The rows of the state, with what the day has cost beside a heading.
+/// The rows for the current state, with the day's cost beside a heading.
 QList<ProgressRow> rowsOf(const ShellParts& parts) {
     QList<ProgressRow> rows = progressRows(parts.settings.sourceType(), parts.status);
     const bool hasCost = parts.usage.todaysCost() > 0;

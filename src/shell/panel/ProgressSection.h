@@ -10,7 +10,7 @@ namespace ostrelle {
 
 class ProgressRowView;
 
-/// How far the run and the transfer have come; takes no room while nothing goes on.
+/// The progress of the run and the transfer; takes no room while neither is running.
 class ProgressSection : public QWidget {
     Q_OBJECT
 
@@ -21,7 +21,7 @@ private:
     void showProgress();
 
     ShellParts m_parts;
-    QList<ProgressRowView*> m_rows; // those that are not needed now are hidden
+    QList<ProgressRowView*> m_rows; // those not needed now are hidden
 };
 
 } // namespace ostrelle

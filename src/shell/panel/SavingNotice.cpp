@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/panel/SavingNotice.h"
 
+#include <chrono>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;

@@ -7,20 +7,21 @@
 #include "platform/PlainLog.h"
 #include "shell/toolkit/NoticeBar.h"
 
+#include <QCoroTask>
 #include <QPointer>
 #include <memory>
 
 namespace ostrelle {
 
-/// Tells that the settings cannot be saved, as on a full disk. It looks every few seconds.
+/// Shows that the settings cannot be saved, as on a full disk. Checks every few seconds.
 class SavingNotice : public NoticeBar {
     Q_OBJECT
 
 public:
-    /// The first three arguments have to outlive the notice.
+    /// The first three arguments must outlive the notice.
     SavingNotice(DefaultsStore& defaults, Clock& clock, PlainLog& console, QWidget* parent = nullptr);
 
-    /// Tries once more to save what could not be saved, and tells what came of it.
+    /// Retries what could not be saved; hides the notice if that works.
     void tryAgain();
 
 private:

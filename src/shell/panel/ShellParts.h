@@ -20,7 +20,7 @@
 
 namespace ostrelle {
 
-/// What the windows show and ask to act. All of it has to outlive them.
+/// What the windows show and act through. All of it must outlive them.
 struct ShellParts {
     SettingsStore& settings;
     StatusStore& status;

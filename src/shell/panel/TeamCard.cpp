@@ -55,7 +55,7 @@ void TeamCard::addTeam(int number, SettingAccess<QString> name, SettingAccess<QS
     auto* field = new QLineEdit;
     field->setObjectName(u"team%1Name"_s.arg(number));
     field->setMaximumWidth(150);
-    field->setAcceptDrops(false); // what is dropped here is for the panel
+    field->setAcceptDrops(false); // drops here are for the panel
     auto* swatch = new ColorSwatchPicker;
     swatch->setObjectName(u"team%1Color"_s.arg(number));
     auto* row = new SettingRow(u"Team %1 Name"_s.arg(number), field);

@@ -10,12 +10,12 @@ namespace ostrelle {
 
 class SettingRow;
 
-/// How the players of the two teams are told apart.
+/// How to tell the players of the two teams apart.
 class TeamCard : public Card {
     Q_OBJECT
 
 public:
-    /// The settings have to outlive the card.
+    /// The settings must outlive the card.
     explicit TeamCard(SettingsStore& settings, QWidget* parent = nullptr);
 
 private:

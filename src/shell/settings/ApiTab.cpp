@@ -100,7 +100,7 @@ void ApiTab::addKeyEntry(Card& card) {
     line->addWidget(save);
     lines->addLayout(line);
     auto* linkLine = new QHBoxLayout;
-    constexpr int ring = 3; // a link keeps room for its focus ring; its words begin where the rest does
+    constexpr int ring = 3; // a link keeps room for its focus ring; its words align with the rest
     linkLine->setContentsMargins(-ring, 0, 0, 0);
     linkLine->addWidget(link, 0, Qt::AlignLeft);
     lines->addLayout(linkLine);
@@ -132,7 +132,7 @@ void ApiTab::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     showKey(); // another process may have stored one meanwhile
     if (m_entry->isVisible() && window()->focusWidget() == nullptr) {
-        m_field->setFocus(); // what somebody without a key has come for
+        m_field->setFocus(); // what a user without a key has come for
     }
 }
 
@@ -141,9 +141,9 @@ void ApiTab::showKey() {
     m_state->setStatus(hasKey ? StatusTone::good : StatusTone::missing,
                        hasKey ? u"Using Personal API Key"_s : u"No API Key Set"_s);
     if (hasKey) {
-        m_field->clear(); // the secret has done its work here
+        m_field->clear(); // the secret is no longer needed here
     }
-    // The focus would go on to the next control, which then takes keys that were not meant for it.
+    // The focus would move to the next control, which would then take stray keys.
     const QWidget* focused = window()->focusWidget();
     if (hasKey && focused != nullptr && m_entry->isAncestorOf(focused)) {
         window()->setFocus();

@@ -13,12 +13,12 @@ class SecureField;
 class SettingsActions;
 class StatusMark;
 
-/// The key of the model service, and how the program goes with other programs.
+/// The key of the model service, and the program's links to other programs.
 class ApiTab : public QWidget {
     Q_OBJECT
 
 public:
-    /// The actions have to outlive the tab.
+    /// The actions must outlive the tab.
     ApiTab(ShellParts parts, SettingsActions& actions, QWidget* parent = nullptr);
 
 protected:

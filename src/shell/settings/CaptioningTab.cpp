@@ -32,8 +32,7 @@ const InfoText fallbackInfo{
 
 const InfoText creditInfo{u"Append Credit to Caption"_s,
                           {{u"• The copyright/credit (from IPTC Rights field or fallback above) will be "
-                            u"appended to the end of each "
-                            "caption\n"
+                            "appended to the end of each caption\n"
                             "• Example: \"Player shoots the ball. Photo by John Doe\""_s,
                             u"When Enabled:"_s},
                            {u"• The copyright remains in the IPTC Rights field only\n"

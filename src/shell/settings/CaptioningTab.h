@@ -13,7 +13,7 @@ class CaptioningTab : public QWidget {
     Q_OBJECT
 
 public:
-    /// The settings have to outlive the tab.
+    /// The settings must outlive the tab.
     explicit CaptioningTab(SettingsStore& settings, QWidget* parent = nullptr);
 
 private:

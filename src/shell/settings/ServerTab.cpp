@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
+#include <optional>
 
 namespace ostrelle {
 
@@ -81,12 +82,12 @@ void ServerTab::addPort(Card& card) {
     connect(port, &PortField::entered, &settings, &SettingsStore::setFtpPort);
 }
 
-/// The keyring is not to save each letter: the password is set when the field is left.
+/// Sets the password when the field is left, so that the keyring does not save each letter.
 void ServerTab::addPassword(Card& card) {
     m_password = new SecureField(u"ftpPassword"_s);
     card.addRow(new SettingRow(u"Password"_s, m_password));
     const auto show = [this] {
-        if (!m_password->isModified()) { // the keyring may answer while the user writes
+        if (!m_password->isModified()) { // the keyring may answer while the user types
             m_password->setText(m_parts.settings.ftpPassword());
         }
     };

@@ -13,12 +13,12 @@ class SecureField;
 class SettingsActions;
 class StatusMark;
 
-/// How the remote server is reached.
+/// How to reach the remote server.
 class ServerTab : public QWidget {
     Q_OBJECT
 
 public:
-    /// The actions have to outlive the tab.
+    /// The actions must outlive the tab.
     ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent = nullptr);
 
 private:

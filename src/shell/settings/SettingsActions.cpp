@@ -4,6 +4,9 @@
 #include "core/Attempt.h"
 #include "state/SettingsFigures.h"
 
+#include <optional>
+#include <utility>
+
 #include "product/ApiKey.h"
 
 namespace ostrelle {
@@ -190,7 +193,7 @@ void SettingsActions::testConnection() {
 }
 
 QCoro::Task<bool> SettingsActions::connects(ConnectionTest test) {
-    co_return co_await test(); // what it throws before its first wait is caught in here too
+    co_return co_await test(); // this also catches what it throws before its first wait
 }
 
 QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTest running) {

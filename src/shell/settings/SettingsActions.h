@@ -4,6 +4,7 @@
 #include "core/TaskGroup.h"
 #include "shell/panel/ShellParts.h"
 
+#include <QCoroTask>
 #include <QObject>
 #include <QPointer>
 #include <functional>
@@ -11,30 +12,30 @@
 
 namespace ostrelle {
 
-/// Connects to the remote server that the settings name, once; whether that went well. May throw.
+/// Connects once to the remote server in the settings. True on success. May throw.
 using ConnectionTest = std::function<QCoro::Task<bool>()>;
 
-/// What the user can have done from the settings window: asks what has to be asked, and tells what came of
-/// it. While one question is open no other is begun.
+/// What the user can do from the settings window: asks what needs asking, and shows the result. Only one
+/// question is open at a time.
 class SettingsActions : public QObject {
     Q_OBJECT
 
 public:
-    /// Without a test, a program that cannot reach servers says so.
+    /// Without a test, shows that the program cannot reach servers.
     SettingsActions(ShellParts parts, ConnectionTest connectionTest, QObject* parent = nullptr);
 
-    /// Stores the key without the white space around it; nothing happens when none is left.
+    /// Stores the key without surrounding white space; does nothing when nothing is left.
     void saveKey(const QString& entered);
     void clearKey();
-    /// What comes of it is the settings' connection status, unless what was tested has been cleared
-    /// meanwhile. While a test runs no other is begun.
+    /// Puts the result into the settings' connection status, unless the tested settings have been cleared
+    /// meanwhile. Only one test runs at a time.
     void testConnection();
     bool isTestingConnection() const { return m_runningTest != nullptr; }
     void clearFtpSettings();
     void clearStatistics();
     void clearPromptCache();
 
-    /// Resumes when nothing is left that was begun here.
+    /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return bothFinished(m_questions, m_tests); }
 
 Q_SIGNALS:

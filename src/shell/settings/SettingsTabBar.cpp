@@ -17,7 +17,7 @@ constexpr int padding = 14;
 constexpr int tabGap = 4;
 constexpr double tabRadius = 8;
 
-/// The name of the current tab; the others get as much room, so that all stay where they are.
+/// The font of the current tab's name. The other tabs get as much room, so that none moves.
 QFont currentFont() {
     return typeFont(TypeSize::text, QFont::DemiBold);
 }
@@ -92,7 +92,7 @@ void SettingsTabBar::paintTab(QPainter& painter, int index) const {
 }
 
 void SettingsTabBar::wheelEvent(QWheelEvent* event) {
-    event->ignore(); // a tab is changed on purpose, not by scrolling past the page's end
+    event->ignore(); // the wheel scrolls past a page's end; it must not change tabs
 }
 
 } // namespace ostrelle

@@ -8,7 +8,8 @@
 
 namespace ostrelle {
 
-/// Tabs with a sign and a name each, the current one on a rounded ground. Keys and shortcuts are a tab bar's.
+/// Tabs with an icon and a name, the current one on a rounded ground. Keys and shortcuts are those of a tab
+/// bar.
 class SettingsTabBar : public QTabBar {
     Q_OBJECT
 
@@ -18,7 +19,7 @@ public:
     /// An "&" in the name marks its shortcut.
     void addTab(IconName sign, const QString& name);
 
-    /// From the last tab on to the first, and back.
+    /// Goes from the last tab to the first, too.
     void selectNext();
     void selectPrevious();
 

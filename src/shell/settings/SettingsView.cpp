@@ -19,6 +19,7 @@
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace ostrelle {
 
@@ -28,7 +29,7 @@ namespace {
 
 constexpr int sideMargin = 18;
 
-/// What the tabs stand on: the ground of a card, with a line below.
+/// The background of the tabs: that of a card, with a line below.
 class Head : public QWidget {
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -58,7 +59,7 @@ SettingsView::SettingsView(ShellParts parts, ConnectionTest connectionTest, QWid
     layout->setSpacing(0);
     layout->addWidget(makeHead());
     layout->addWidget(m_pages, 1);
-    addTabs(); // before the foot, which comes after them in the order of tab stops
+    addTabs(); // before the foot, which follows in tab order
     layout->addWidget(makeFoot());
     addShortcuts();
 }
@@ -126,7 +127,7 @@ QWidget* SettingsView::makeFoot() {
 void SettingsView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     if (window()->focusWidget() == nullptr) {
-        setFocus(); // else the first control would begin with the ring, and take keys meant for nobody
+        setFocus(); // else the first control would start with the ring and take stray keys
     }
 }
 

@@ -5,6 +5,7 @@
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/Icon.h"
 
+#include <QCoroTask>
 #include <QWidget>
 
 class QStackedWidget;
@@ -13,8 +14,7 @@ namespace ostrelle {
 
 class SettingsTabBar;
 
-/// The settings that are made once, in four tabs. There is no "apply": what is changed holds at once. Escape
-/// closes it.
+/// The settings made once, in four tabs. There is no "apply": changes take effect at once. Escape closes it.
 class SettingsView : public QWidget {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ public:
     explicit SettingsView(ShellParts parts, QWidget* parent = nullptr);
     SettingsView(ShellParts parts, ConnectionTest connectionTest, QWidget* parent = nullptr);
 
-    /// Resumes when nothing is left that was begun here.
+    /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }
 
 protected:

@@ -102,7 +102,7 @@ void StatisticsTab::observe() {
 
 void StatisticsTab::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    showFigures(); // cached prompts come and expire without a word
+    showFigures(); // cached prompts come and expire without a signal
 }
 
 void StatisticsTab::showFigures() {

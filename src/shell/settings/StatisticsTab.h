@@ -12,12 +12,12 @@ class CounterLabel;
 class SettingRow;
 class SettingsActions;
 
-/// What was captioned so far, how long it took and what it cost, and how full the prompt cache is.
+/// How many images were captioned so far, how long that took, what it cost, and how full the prompt cache is.
 class StatisticsTab : public QWidget {
     Q_OBJECT
 
 public:
-    /// The actions have to outlive the tab.
+    /// The actions must outlive the tab.
     StatisticsTab(ShellParts parts, SettingsActions& actions, QWidget* parent = nullptr);
 
 protected:

@@ -5,13 +5,13 @@
 
 namespace ostrelle {
 
-/// What pressing a button means: the one main action, any other, one that destroys, or a way to elsewhere.
+/// The kind of a button's action: the one main action, any other, a destructive one, or a link elsewhere.
 enum class ActionKind { main, normal, destroying, link };
 
-/// Whether a button stands beside others or spans its column.
+/// Whether a button sits beside others or spans its column.
 enum class ActionSize { compact, wide };
 
-/// A button in the colours of what it does; drawn by the application's style sheet.
+/// A button in the colours of its kind; drawn by the application's style sheet.
 class ActionButton : public QPushButton {
     Q_OBJECT
     Q_PROPERTY(QString kind READ kindName CONSTANT)
@@ -21,7 +21,7 @@ public:
     explicit ActionButton(const QString& words, ActionKind kind = ActionKind::normal,
                           ActionSize size = ActionSize::compact, QWidget* parent = nullptr);
 
-    /// What it says; unlike in setText(), "&" is an "&".
+    /// Sets the label; unlike in setText(), "&" is an "&".
     void setWords(const QString& words);
 
     QString kindName() const;

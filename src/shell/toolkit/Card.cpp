@@ -26,7 +26,7 @@ Card::Card(const QString& title, QWidget* parent)
     layout->setSpacing(0);
     layout->addWidget(m_title);
     m_rowLayout->setContentsMargins(1, 1, 1, 1);
-    m_rowLayout->setSpacing(1); // where the line between two rows is drawn
+    m_rowLayout->setSpacing(1); // for the line between two rows
     layout->addLayout(m_rowLayout);
 }
 

@@ -9,18 +9,18 @@ class QVBoxLayout;
 
 namespace ostrelle {
 
-/// A group of rows in a rounded frame below a small grey title. A row that is hidden takes its line with it.
+/// A group of rows in a rounded frame below a small grey title. Hiding a row hides its line too.
 class Card : public QWidget {
     Q_OBJECT
 
 public:
-    /// With an empty title there is only the frame.
+    /// An empty title leaves only the frame.
     explicit Card(const QString& title = {}, QWidget* parent = nullptr);
 
-    /// Adds a row below the others and owns it. Any widget serves; a SettingRow brings its own padding.
+    /// Adds a row below the others and owns it. Any widget will do; a SettingRow brings its own padding.
     void addRow(QWidget* row);
 
-    /// Adds a widget with the padding of a row around it and owns it; returns the row, to be hidden or shown.
+    /// Adds a widget with a row's padding around it and owns it; returns the row, for hiding and showing.
     QWidget* addPaddedRow(QWidget* content);
 
     QString title() const;

@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int columns = 7;
-constexpr int swatchSide = 32; // of a swatch that is offered
+constexpr int swatchSide = 32; // of a swatch in the popover
 constexpr double swatchDiameter = 22;
 constexpr double shownDiameter = 16;
 constexpr int shownPadding = 6;
@@ -32,7 +32,7 @@ QColor colorOf(QStringView name) {
                             static_cast<float>(swatch[2]));
 }
 
-/// The disc of a colour; a thin edge keeps white on white and black on black in sight.
+/// The disc of a colour; a thin edge keeps white on white and black on black visible.
 void paintSwatch(QPainter& painter, QPointF center, double diameter, const QColor& color,
                  const Theme& theme) {
     QColor edge = theme.text;
@@ -42,7 +42,7 @@ void paintSwatch(QPainter& painter, QPointF center, double diameter, const QColo
     painter.drawEllipse(center, (diameter - 1) / 2, (diameter - 1) / 2);
 }
 
-/// One of the colours that are offered.
+/// One of the colours to choose from.
 class Swatch : public QRadioButton {
 public:
     explicit Swatch(const QString& name) : m_color(colorOf(name)) {
@@ -110,7 +110,7 @@ private:
     QColor m_color;
 };
 
-/// Shows the name of the swatch that has the focus, below them all.
+/// Shows the name of the swatch with the focus below them all.
 class SwatchName : public QObject {
 public:
     explicit SwatchName(QLabel* label) : QObject(label), m_label(label) {}

@@ -9,8 +9,8 @@ namespace ostrelle {
 
 class Popover;
 
-/// Shows a team colour with its name; pressed, it offers all team colours as swatches. Up and Down choose
-/// the previous and next without opening it. Its width is that of the longest name, so that nothing moves.
+/// Shows a team colour with its name; a press opens all team colours as swatches. Up and Down choose the
+/// previous and next without opening it. It is as wide as the longest name needs, so that nothing moves.
 class ColorSwatchPicker : public QPushButton {
     Q_OBJECT
 
@@ -19,10 +19,10 @@ public:
 
     QString colorName() const;
 
-    /// A name from teamColors(), kept as it is when it is not one; emits nothing.
+    /// A name from teamColors(); an unknown name is kept as it is. Emits nothing.
     void setColorName(const QString& name);
 
-    /// The swatches when they are open, else null. Each is named "swatch" and its colour: "swatchBlue".
+    /// The open swatches, or null. Each is named "swatch" and its colour: "swatchBlue".
     Popover* popover() const;
 
     QSize sizeHint() const override;

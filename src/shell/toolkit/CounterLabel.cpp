@@ -17,8 +17,7 @@ int widestDigit(const QFontMetrics& metrics) {
     return widest;
 }
 
-/// Calls `place` with each run of words and each digit, and the offset where it belongs; returns the width
-/// of all.
+/// Calls `place` with each run of words and each digit, and its offset; returns the total width.
 template <typename Place>
 int layOut(const QString& words, const QFontMetrics& metrics, Place place) {
     const int cell = widestDigit(metrics);

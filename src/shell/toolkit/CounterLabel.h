@@ -5,8 +5,8 @@
 
 namespace ostrelle {
 
-/// One line of words with figures that count: each digit takes the width of the widest, so that the line does
-/// not tremble as they change. (The toolkit's fonts cannot be asked for their tabular figures.)
+/// One line of words with changing figures: each digit is as wide as the widest, so that the line does not
+/// jitter. (Qt gives no access to a font's tabular figures.)
 class CounterLabel : public QLabel {
     Q_OBJECT
 

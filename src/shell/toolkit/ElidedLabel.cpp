@@ -11,7 +11,7 @@ namespace ostrelle {
 namespace {
 
 constexpr int usualCharacters = 12;
-constexpr int fewestCharacters = 9; // fewer tell nobody anything
+constexpr int fewestCharacters = 9; // fewer mean nothing to anyone
 
 } // namespace
 

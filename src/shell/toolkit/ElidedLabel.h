@@ -5,8 +5,8 @@
 
 namespace ostrelle {
 
-/// One line of plain words that is cut where it does not fit; the tooltip then shows all of it. What it asks
-/// of a layout does not depend on the words. Screen readers get them uncut.
+/// One line of plain words that is elided where it does not fit; the tooltip then shows all of it. Its size
+/// hints do not depend on the words. Screen readers get the full words.
 class ElidedLabel : public QLabel {
     Q_OBJECT
 

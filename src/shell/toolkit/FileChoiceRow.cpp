@@ -22,7 +22,7 @@ ElidedLabel* makeValue(const QString& objectName) {
     return value;
 }
 
-/// The name of the file or folder; a path without one, as "/", is its own name.
+/// The name of the file or folder; a path without one, such as "/", is its own name.
 QString nameOf(const QString& path) {
     const QString name = QFileInfo(QDir::cleanPath(path)).fileName();
     return name.isEmpty() ? path : name;

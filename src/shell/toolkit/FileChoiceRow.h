@@ -12,21 +12,21 @@ namespace ostrelle {
 class ActionButton;
 class ElidedLabel;
 
-/// A folder or file of the settings: its name, and the button that chooses another one.
+/// A folder or file of the settings: its name, and a button to choose another.
 class FileChoiceRow : public SettingRow {
     Q_OBJECT
 
 public:
-    /// The value is named by the object name, the button "<objectName>Choose".
+    /// Names the value widget `objectName` and the button "<objectName>Choose".
     FileChoiceRow(const QString& name, const QString& objectName, QWidget* parent = nullptr);
 
-    /// Shows the last part of the path, "None" without one. The whole path is in the tooltip.
+    /// Shows the last part of the path, or "None" without one. The tooltip shows the whole path.
     void setPath(const std::optional<QString>& path);
 
-    /// Small words below, in the colour of the tone; none when they are empty.
+    /// Shows small words below, in the colour of the tone; empty words hide them.
     void setNote(const QString& words, StatusTone tone = StatusTone::plain);
 
-    /// Adds a round "i" that explains the choice; the tab key reaches it before the button.
+    /// Adds a round "i" that explains the choice; it comes before the button in tab order.
     void explain(const InfoText& text);
 
 Q_SIGNALS:
@@ -38,7 +38,7 @@ private:
 
     ElidedLabel* m_value;
     ActionButton* m_choose;
-    StatusMark* m_note = nullptr; ///< none before there are words for it
+    StatusMark* m_note = nullptr; ///< null until there are words for it
 };
 
 } // namespace ostrelle

@@ -8,6 +8,7 @@
 #include <QPalette>
 #include <QSvgRenderer>
 #include <array>
+#include <utility>
 
 namespace ostrelle {
 
@@ -61,7 +62,7 @@ QByteArray drawing(QStringView name) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Draws one SVG at whatever size it is asked for. A drawing in "currentColor" takes the theme's colour.
+/// Draws one SVG at any requested size. A drawing in "currentColor" takes the theme's colour.
 class DrawingEngine : public QIconEngine {
 public:
     explicit DrawingEngine(QByteArray svg, QColor Theme::* color = &Theme::text)

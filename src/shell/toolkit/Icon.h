@@ -11,7 +11,7 @@ class QPainter;
 
 namespace ostrelle {
 
-/// The signs of the program, each a drawing of our own in resources/icons.
+/// The program's icons, each a drawing of our own in resources/icons.
 enum class IconName {
     back,
     bubble,
@@ -50,14 +50,13 @@ enum class IconName {
     warning,
 };
 
-/// The sign as an icon, drawn anew for each size and scale in the colour that the theme has at that time;
-/// disabled, it is paler.
+/// The icon, drawn anew for each size and scale in the theme's current colour; paler when disabled.
 QIcon icon(IconName name, QColor Theme::* color = &Theme::text);
 
-/// Draws the sign into the rectangle.
+/// Draws the icon into the rectangle.
 void paintIcon(QPainter& painter, const QRectF& rectangle, IconName name, const QColor& color);
 
-/// The sign of a sport.
+/// The icon of a sport.
 IconName sportIcon(Sport sport);
 
 /// The program's own icon, in its own colours.

@@ -7,8 +7,8 @@
 
 namespace ostrelle {
 
-/// A drawing of resources/illustrations in the colours of the theme that is shown. The files are drawn in the
-/// light theme's colours, so that any viewer shows them; other colours stay as they are.
+/// A drawing in resources/illustrations, in the colours of the current theme. The files use the light theme's
+/// colours, so that any viewer shows them; other colours stay as they are.
 class Illustration : public QWidget {
     Q_OBJECT
 
@@ -16,10 +16,10 @@ public:
     /// `path` is that of an SVG file or resource.
     explicit Illustration(const QString& path, QWidget* parent = nullptr);
 
-    /// A drawing of resources/illustrations, by its name there.
+    /// A drawing in resources/illustrations, by its name there.
     static Illustration* named(const QString& name);
 
-    /// There is no such file, or it is no drawing.
+    /// True when there is no such file, or it is not a drawing.
     bool isMissing() const { return m_size.isEmpty(); }
 
     /// The drawing's own size, in device-independent pixels.

@@ -25,7 +25,7 @@ QLabel* heading(const QString& words, TypeSize size) {
     return label;
 }
 
-/// A line of a list: its sign hangs left of words that wrap.
+/// A line of a list: its bullet hangs to the left of words that wrap.
 QLayout* listLine(const QString& line, TypeSize size) {
     auto* layout = new QHBoxLayout;
     layout->setSpacing(5);

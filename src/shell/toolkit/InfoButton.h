@@ -10,20 +10,20 @@ namespace ostrelle {
 
 class Popover;
 
-/// A paragraph of an explanation; lines are parted by "\n". One with a heading is set small below it. Lines
-/// that begin with "• " or "✓ " are set as a list.
+/// A paragraph of an explanation, with lines separated by "\n". Under a heading it is set small. Lines that
+/// start with "• " or "✓ " form a list.
 struct InfoParagraph {
     QString text;
     QString heading = {};
 };
 
-/// An explanation: what a decision is about.
+/// An explanation of a decision.
 struct InfoText {
     QString title;
     QList<InfoParagraph> paragraphs;
 };
 
-/// A small round "i" that opens an explanation beside it. Escape and a click elsewhere close that again.
+/// A small round "i" that opens an explanation beside it. Escape or a click elsewhere closes it again.
 class InfoButton : public QPushButton {
     Q_OBJECT
 
@@ -32,7 +32,7 @@ public:
 
     void setInfo(const InfoText& text);
 
-    /// The explanation when it is open, else null.
+    /// The open explanation, or null.
     Popover* popover() const;
 
     void openPopover();

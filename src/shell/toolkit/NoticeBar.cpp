@@ -21,7 +21,7 @@ NoticeBar::NoticeBar(const QString& words, const QString& buttonWords, QWidget* 
     layout->addWidget(m_words, 1);
     layout->addWidget(m_button);
     m_button->setVisible(!buttonWords.isEmpty());
-    m_words->setMinimumHeight(m_button->sizeHint().height()); // with a button or without
+    m_words->setMinimumHeight(m_button->sizeHint().height()); // the same with or without a button
     setAccessibleName(words);
 }
 

@@ -9,12 +9,12 @@ namespace ostrelle {
 
 class StatusMark;
 
-/// A rounded amber bar: what is missing, and the button that leads to where it is mended.
+/// A rounded amber bar: what is missing, and a button that leads to where it can be fixed.
 class NoticeBar : public QFrame {
     Q_OBJECT
 
 public:
-    /// Without words for the button there is none.
+    /// Empty `buttonWords` mean no button.
     NoticeBar(const QString& words, const QString& buttonWords, QWidget* parent = nullptr);
 
     void setWords(const QString& words);

@@ -16,7 +16,7 @@ public:
 
     /// Adds a row below the others and owns it.
     void addRow(QWidget* row);
-    /// The same for a row that has padding at its sides, as a SettingRow has.
+    /// The same for a row with its own side padding, such as a SettingRow.
     void addBareRow(QWidget* row);
 
 protected:

@@ -13,7 +13,7 @@ Picker::Picker(QWidget* parent) : QComboBox(parent) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);
     setMaxVisibleItems(14);
-    setIconSize({16, 16}); // a larger one would make this picker higher than its neighbours
+    setIconSize({16, 16}); // a larger one would make this picker taller than its neighbours
     view()->setIconSize(iconSize());
     view()->setTextElideMode(Qt::ElideNone);
 }

@@ -5,8 +5,8 @@
 
 namespace ostrelle {
 
-/// A choice of many. Unlike a bare combo box it lets the wheel scroll the page that it stands on: nobody
-/// changes the sport by scrolling past it.
+/// A choice of many. Unlike a plain combo box, it leaves the wheel to the page, so that nobody changes the
+/// sport by scrolling past it.
 class Picker : public QComboBox {
     Q_OBJECT
 

@@ -23,7 +23,7 @@ Popover::Popover(QWidget* content, QWidget* anchor)
     : QFrame(anchor, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_anchor(anchor) {
     setAttribute(Qt::WA_DeleteOnClose);
     setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_NoMouseReplay); // a click on the anchor closes, and must not open it again at once
+    setAttribute(Qt::WA_NoMouseReplay); // the click on the anchor that closes it must not open it again
     setFocusPolicy(Qt::StrongFocus);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(shadow, shadow, shadow, shadow);
@@ -32,7 +32,7 @@ Popover::Popover(QWidget* content, QWidget* anchor)
 
 void Popover::openAtAnchor() {
     ensurePolished();
-    // Words that wrap get their height from the width, so that a layout has to be asked for both.
+    // The height of wrapped words depends on the width, so ask the layout for both.
     const QSize hint = layout()->totalSizeHint();
     const bool wraps = layout()->hasHeightForWidth();
     setFixedSize(hint.width(), wraps ? layout()->totalHeightForWidth(hint.width()) : hint.height());
@@ -45,7 +45,7 @@ void Popover::openAtAnchor() {
 QPoint Popover::placeOnScreen() const {
     const QRect screen = m_anchor->screen()->availableGeometry();
     const QRect anchor(m_anchor->mapToGlobal(QPoint(0, 0)), m_anchor->size());
-    const int beside = 2 * measure::cardPadding; // the frame's edge stands a little outside the anchor's
+    const int beside = 2 * measure::cardPadding; // the frame's edge is slightly outside the anchor's
     int x = anchor.right() + 1 + beside + shadow - width();
     int y = anchor.bottom() + 1 + gap - shadow;
     const int above = anchor.top() - gap + shadow - height();
@@ -63,7 +63,7 @@ void Popover::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF frame = QRectF(rect()).adjusted(shadow, shadow, -shadow, -shadow);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0, 0, 0, 3)); // laid over each other, they darken towards the frame
+    painter.setBrush(QColor(0, 0, 0, 3)); // overlapping layers darken towards the frame
     for (int spread = shadow; spread > 0; --spread) {
         const double radius = measure::cardRadius + spread;
         painter.drawRoundedRect(frame.adjusted(-spread, 3 - spread, spread, spread), radius, radius);

@@ -5,8 +5,8 @@
 
 namespace ostrelle {
 
-/// A rounded frame above the window that belongs to the widget it was opened from. Escape and a click
-/// elsewhere close it and give the focus back; what is closed deletes itself.
+/// A rounded frame over the window, attached to the widget that opened it. Escape or a click elsewhere closes
+/// it and returns the focus; it deletes itself when closed.
 class Popover : public QFrame {
     Q_OBJECT
 
@@ -14,7 +14,7 @@ public:
     /// Takes ownership of the content.
     Popover(QWidget* content, QWidget* anchor);
 
-    /// Shows it below the anchor, or above where the screen ends, its right edge at the anchor's.
+    /// Shows it below the anchor, or above where the screen ends, right edges aligned.
     void openAtAnchor();
 
 protected:

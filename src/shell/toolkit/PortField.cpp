@@ -15,7 +15,7 @@ constexpr int mostPort = 65535;
 
 PortField::PortField(QWidget* parent) : QLineEdit(parent) {
     setInputMethodHints(Qt::ImhDigitsOnly);
-    // Takes an empty field too: what a validator finds unfinished would never be put back.
+    // Accepts an empty field too: input that a validator finds unfinished would never be reset.
     setValidator(new QRegularExpressionValidator(QRegularExpression(u"[0-9]{0,5}"_s), this));
     connect(this, &QLineEdit::textEdited, this, &PortField::enter);
     connect(this, &QLineEdit::editingFinished, this, &PortField::putBack);
@@ -23,7 +23,7 @@ PortField::PortField(QWidget* parent) : QLineEdit(parent) {
 
 void PortField::setPort(qint64 port) {
     m_port = port;
-    if (text().toLongLong() != port) { // the caret stays where the user writes
+    if (text().toLongLong() != port) { // keeps the caret where the user is typing
         setText(QString::number(port));
     }
 }

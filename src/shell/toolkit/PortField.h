@@ -5,19 +5,18 @@
 
 namespace ostrelle {
 
-/// A line edit for the number of a TCP port. What is none, as "" or "99999", is put back when the user leaves
-/// the field.
+/// A line edit for a TCP port. Anything else, such as "" or "99999", is reset when the user leaves the field.
 class PortField : public QLineEdit {
     Q_OBJECT
 
 public:
     explicit PortField(QWidget* parent = nullptr);
 
-    /// Shows the number, even where it is no port; emits nothing.
+    /// Shows the number, even if it is not a port; emits nothing.
     void setPort(qint64 port);
 
 Q_SIGNALS:
-    /// The user has entered a port, or as much of it as is one.
+    /// The user has entered a port, perhaps not completely.
     void entered(qint64 port);
 
 private:

@@ -14,7 +14,7 @@ namespace ostrelle {
 namespace {
 
 constexpr int thickness = 6;
-constexpr int steps = 1000; // of the progress bar underneath, which screen readers read
+constexpr int steps = 1000; // of the underlying progress bar, which screen readers read
 constexpr int wanderMilliseconds = 1400;
 constexpr double wandererShare = 0.3;
 
@@ -36,7 +36,7 @@ void ProgressLine::setFraction(double fraction) {
     if (!wandered && target == m_fraction) {
         return;
     }
-    // Back to the start is another run: nobody wants to see the bar shrink.
+    // Going back to the start means a new run: the bar must not be seen to shrink.
     const bool smoothly = !wandered && target > m_fraction && isVisible();
     m_fraction = target;
     moveTo(smoothly ? target : -1);
@@ -131,7 +131,7 @@ void ProgressLine::showEvent(QShowEvent* event) {
 void ProgressLine::hideEvent(QHideEvent* event) {
     QProgressBar::hideEvent(event);
     if (m_indeterminate) {
-        m_motion.stop(); // nothing moves that nobody sees
+        m_motion.stop(); // nothing moves out of sight
     }
 }
 

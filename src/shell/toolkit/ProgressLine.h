@@ -6,14 +6,14 @@
 
 namespace ostrelle {
 
-/// A thin bar that moves smoothly to the share that is done, or wanders while nobody can tell.
+/// A thin bar that moves smoothly to the fraction done, or wanders while that is unknown.
 class ProgressLine : public QProgressBar {
     Q_OBJECT
 
 public:
     explicit ProgressLine(QWidget* parent = nullptr);
 
-    /// 0 to 1; what lies outside is taken to the nearer end. Ends the indeterminate state.
+    /// From 0 to 1; other values are clamped. Ends the indeterminate state.
     void setFraction(double fraction);
     double fraction() const;
 

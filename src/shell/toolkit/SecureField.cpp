@@ -51,7 +51,7 @@ void SecureField::resizeEvent(QResizeEvent* event) {
 void SecureField::hideEvent(QHideEvent* event) {
     QLineEdit::hideEvent(event);
     setRevealed(false);
-    Q_EMIT editingFinished(); // a window that closes takes the focus from nobody
+    Q_EMIT editingFinished(); // a closing window does not take the focus away
 }
 
 } // namespace ostrelle

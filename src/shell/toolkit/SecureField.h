@@ -7,8 +7,8 @@ class QToolButton;
 
 namespace ostrelle {
 
-/// A line edit for a secret: dots, until its eye is pressed. It hides the secret again when it is hidden
-/// itself, and editing is finished then. The eye is named "<objectName>Reveal" once the field has a name.
+/// A line edit for a secret: dots, until its eye is pressed. When the field is hidden, it hides the secret
+/// again and finishes editing. The eye is named "<objectName>Reveal" once the field has a name.
 class SecureField : public QLineEdit {
     Q_OBJECT
 

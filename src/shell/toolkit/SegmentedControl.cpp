@@ -22,13 +22,13 @@ QPainterPath outlineOf(const QRectF& rectangle) {
     return path;
 }
 
-/// One choice. The radio button under it brings keys, exclusiveness and its name for screen readers.
+/// One choice. The underlying radio button provides keys, exclusiveness and a name for screen readers.
 class Segment : public QRadioButton {
 public:
     using QRadioButton::QRadioButton;
 
     QSize sizeHint() const override {
-        // As wide as when it is chosen, so that the others stay where they are.
+        // As wide as when chosen, so that the others do not move.
         const QFontMetrics metrics(chosenFont());
         return {metrics.horizontalAdvance(text()) + 2 * segmentPadding, metrics.height() + 13};
     }
@@ -62,7 +62,7 @@ private:
         return chosen;
     }
 
-    /// The part of the control's rounded outline that this segment covers.
+    /// The part of the control's rounded outline around this segment.
     QPainterPath ownPart() const {
         QPainterPath part;
         part.addRect(rect());
@@ -78,7 +78,7 @@ SegmentedControl::SegmentedControl(const QStringList& names, const QString& obje
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(1); // where the line between two segments is drawn
+    layout->setSpacing(1); // for the line between two segments
     for (qsizetype index = 0; index < names.size(); ++index) {
         auto* segment = new Segment(names.at(index), this);
         segment->setObjectName(objectName + QString::number(index));

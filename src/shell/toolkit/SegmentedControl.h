@@ -7,8 +7,8 @@
 
 namespace ostrelle {
 
-/// A choice of few, all in sight. One stop for the tab key; arrow keys move the choice. To screen readers it
-/// is a group of radio buttons. The segment at index 0 is named "<objectName>0", and so on.
+/// A choice of few, all in sight. A single tab stop; arrow keys move the choice. To screen readers it is a
+/// group of radio buttons. The segment at index 0 is named "<objectName>0", and so on.
 class SegmentedControl : public QWidget {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ public:
 
     int currentIndex() const;
 
-    /// Changes what is chosen; emits nothing.
+    /// Changes the choice; emits nothing.
     void setCurrentIndex(int index);
 
 Q_SIGNALS:

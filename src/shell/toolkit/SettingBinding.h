@@ -18,8 +18,8 @@ struct SettingAccess {
     void (SettingsStore::*changed)();
 };
 
-/// Keeps a control and a setting equal: the control shows every change, the user's edits are set at once. The
-/// settings have to outlive the control.
+/// Keeps a control and a setting in step: the control shows every change, and the user's edits are set at
+/// once. The settings must outlive the control.
 inline void bindSetting(Switch* control, SettingsStore& settings, SettingAccess<bool> setting) {
     const auto show = [=, &settings] { control->setChecked((settings.*setting.get)()); };
     show();
@@ -30,7 +30,7 @@ inline void bindSetting(Switch* control, SettingsStore& settings, SettingAccess<
 inline void bindSetting(QLineEdit* control, SettingsStore& settings, SettingAccess<QString> setting) {
     const auto show = [=, &settings] {
         const QString text = (settings.*setting.get)();
-        if (control->text() != text) { // the caret stays where the user writes
+        if (control->text() != text) { // keeps the caret where the user is typing
             control->setText(text);
         }
     };

@@ -17,13 +17,13 @@ namespace {
 
 constexpr int padding = 4;
 
-/// A label with a buddy reads "&" as the mark of a shortcut.
+/// A label with a buddy treats "&" as the mark of a shortcut.
 QString withoutShortcuts(QString words) {
     return words.replace(u'&', u"&&"_s);
 }
 
-/// The row's name. Unlike a bare label that may wrap, it asks for the width of one line, so that words beside
-/// it that can be cut are cut first.
+/// The row's name. Unlike a plain label that may wrap, it asks for the width of one line, so that elidable
+/// words beside it are cut first.
 class NameLabel : public QLabel {
 public:
     using QLabel::QLabel;
@@ -33,7 +33,7 @@ public:
     }
 };
 
-/// A control with words of its own keeps them for screen readers, and the row's name tells them apart.
+/// A control with its own words keeps them for screen readers; the row's name tells such controls apart.
 void nameForScreenReaders(QWidget& control, const QString& name) {
     const auto* button = qobject_cast<QAbstractButton*>(&control);
     if (button != nullptr && !button->text().isEmpty()) {
@@ -43,7 +43,7 @@ void nameForScreenReaders(QWidget& control, const QString& name) {
     }
 }
 
-/// Room for a control: words that are cut take what the name leaves, a field takes about half.
+/// Shares out the width: elidable words take what the name leaves, a field takes about half.
 int stretchOf(const QWidget& control) {
     const bool grows = (control.sizePolicy().expandingDirections() & Qt::Horizontal) != 0;
     return grows ? 1 : 0;

@@ -12,21 +12,23 @@ class QVBoxLayout;
 namespace ostrelle {
 
 /// One decision: its name on the left, its control on the right. The name labels the control, for screen
-/// readers too. Named "<objectName of the control>Row".
+/// readers too. The row is named "<objectName of the control>Row".
 class SettingRow : public QWidget {
     Q_OBJECT
 
 public:
-    /// Owns the control. An ElidedLabel or a line edit as control takes the width that the name leaves.
+    /// Owns the control. A control that is an ElidedLabel or a line edit takes the width that the name
+    /// leaves.
     SettingRow(const QString& name, QWidget* control, QWidget* parent = nullptr);
 
-    /// Adds another control to the right of those there are, and owns it.
+    /// Adds another control to the right of the existing ones, and owns it.
     void addControl(QWidget* control);
 
-    /// A round "i" before the controls that explains the decision; named "<objectName of the control>Info".
+    /// Adds a round "i" before the controls that explains the decision, named "<objectName of the
+    /// control>Info".
     InfoButton* setInfo(const InfoText& text);
 
-    /// A widget below name and control over the full width of the row: a field, or grey words.
+    /// Adds a widget below name and control over the full width of the row: a field, or grey words.
     void setSecondLine(QWidget* widget);
 
     QString name() const;

@@ -5,11 +5,11 @@
 
 namespace ostrelle {
 
-/// How something went or stands.
+/// How something went, or how it is.
 enum class StatusTone { plain, good, missing, destroying };
 
-/// A sign and words in the colour of the tone, never the colour alone. Plain words have no sign. The words
-/// wrap when setWordWrap() says so.
+/// An icon and words in the colour of the tone, never the colour alone. Plain words have no icon. The words
+/// wrap if setWordWrap() is on.
 class StatusMark : public QLabel {
     Q_OBJECT
 

@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// How many steps there are and which one is shown, as a row of dots. Not for input.
+/// A row of dots: the number of steps, and the current one. Not for input.
 class StepDots : public QWidget {
     Q_OBJECT
 

@@ -39,7 +39,7 @@ QSize Switch::minimumSizeHint() const {
 
 void Switch::nextCheckState() {
     if (!isChecked() && m_guard) {
-        const QPointer<Switch> alive(this); // the guard may show a dialog, and the window close behind it
+        const QPointer<Switch> alive(this); // the guard may show a dialog, behind which the window may close
         if (!m_guard() || alive == nullptr) {
             return;
         }

@@ -7,14 +7,14 @@
 
 namespace ostrelle {
 
-/// A toggle whose knob slides. To screen readers and in its signals it is a check box: `clicked` is the
-/// user's doing, `toggled` anybody's.
+/// A toggle whose knob slides. To screen readers and in its signals it is a check box: `clicked` comes only
+/// from the user, `toggled` from anything.
 class Switch : public QCheckBox {
     Q_OBJECT
 
 public:
-    /// Asked before the user's click turns the switch on; false leaves it off, and it never looks on.
-    /// Turning off and setChecked() ask nobody.
+    /// Called before the user's click turns the switch on; false leaves it off, and it never appears on. Not
+    /// called for turning off or by setChecked().
     using Guard = std::function<bool()>;
 
     explicit Switch(QWidget* parent = nullptr);

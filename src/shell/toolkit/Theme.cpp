@@ -58,7 +58,7 @@ QString styleSheet(const Theme& theme) {
     return sheet;
 }
 
-/// The theme of the platform's own palette, which the one that we set hides.
+/// The theme of the platform's own palette, which our own hides.
 const Theme& desktopTheme() {
     QApplication::setPalette(QPalette());
     return Theme::of(QApplication::palette());
@@ -129,7 +129,7 @@ const Theme& Theme::of(const QPalette& palette) {
 }
 
 const Theme& Theme::of(const QWidget& widget) {
-    // Not the window colour: a style sheet that makes a widget's background transparent blackens it.
+    // Not the window colour: a style sheet that makes a widget's background transparent turns it black.
     return isDark(widget.palette().color(QPalette::Active, QPalette::AlternateBase)) ? dark() : light();
 }
 

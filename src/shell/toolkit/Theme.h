@@ -11,7 +11,7 @@ class QWidget;
 
 namespace ostrelle {
 
-/// The colours of the windows, by what they are for.
+/// The colours of the windows, by purpose.
 struct Theme {
     QColor ground;
     QColor card;
@@ -19,61 +19,60 @@ struct Theme {
     QColor text;
     QColor dim;
     QColor field;
-    QColor track; ///< what a switch or a bar runs in
+    QColor track; ///< the groove of a switch or a bar
     QColor accent;
     QColor onAccent;
     QColor good;
     QColor missing;
-    QColor missingGround; ///< behind a notice about something that is missing
+    QColor missingGround; ///< of a notice about something missing
     QColor destroying;
 
     static const Theme& light();
     static const Theme& dark();
 
-    /// The theme that goes with a desktop's palette, told by the lightness of its window colour.
+    /// The theme that matches a desktop's palette, by the lightness of its window colour.
     static const Theme& of(const QPalette& palette);
 
-    /// The theme that a widget is shown in. It asks when it paints, so that nobody has to hand it one.
+    /// The theme a widget is shown in. Widgets ask when they paint, so that nobody has to pass it along.
     static const Theme& of(const QWidget& widget);
 
     QPalette palette() const;
 };
 
-/// Which theme an application shows. `desktop` goes by the lightness of the platform's own palette.
+/// The theme an application shows. `desktop` follows the lightness of the platform's own palette.
 enum class ThemeChoice { desktop, light, dark };
 
-/// Gives all widgets of the application the theme's colours and shapes; those that are shown change at once.
+/// Gives all widgets of the application the theme's colours and shapes; visible ones change at once.
 void applyTheme(QApplication& application, ThemeChoice choice = ThemeChoice::desktop);
 
-/// The three sizes of type. `text` is the desktop's own; the others keep their proportion to it (22/13,
-/// 11/13).
+/// The three type sizes. `text` is the desktop's own; the others keep their ratio to it (22/13, 11/13).
 enum class TypeSize { title, text, small };
 
 /// The application's font in this size.
 QFont typeFont(TypeSize size, QFont::Weight weight = QFont::Normal);
 
-/// A width that was drawn for type of 13 pixels, for the desktop's own: windows and columns of words grow
-/// with it. Never below the width given.
+/// Scales a width designed for 13-pixel type to the desktop's own type, so that windows and columns of words
+/// grow with it. Never below the width given.
 int widthForType(int pixels);
 
-/// Whether words are what is to be read, or what stands beside it in grey.
+/// Whether words are the main text, or a grey note beside it.
 enum class TextTone { plain, dim };
 
-/// A label that wraps its words, in the type and tone given. The caller places it in a layout.
+/// A label that wraps its words, in the given type and tone. The caller puts it in a layout.
 QLabel* makeLabel(const QString& words, TypeSize size = TypeSize::text, TextTone tone = TextTone::plain);
 
-/// Measures in device-independent pixels, shared by all views.
+/// Sizes in device-independent pixels, shared by all views.
 namespace measure {
 inline constexpr int cardRadius = 10;
 inline constexpr int controlRadius = 7;
 inline constexpr int rowHeight = 38;
 inline constexpr int cardPadding = 12;  ///< left and right inside a card
 inline constexpr int windowMargin = 14; ///< left and right around the cards
-inline constexpr int cardSpacing = 12;  ///< between one card and the next group's name
+inline constexpr int cardSpacing = 12;  ///< between a card and the next group's name
 inline constexpr int controlSpacing = 8;
 inline constexpr int focusRing = 2;
 inline constexpr int iconSize = 18;
-inline constexpr double disabledOpacity = 0.5; ///< still to be seen, but not to be read first
+inline constexpr double disabledOpacity = 0.5; ///< still visible, but not the first thing read
 } // namespace measure
 
 } // namespace ostrelle

@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int pictureHeight = 154;
-constexpr int leastPictureHeight = 56; // with large type the words take the room of the picture
+constexpr int leastPictureHeight = 56; // large type takes room from the picture
 constexpr int applicationIconSize = 124;
 constexpr int wordsMargin = 12; // keeps the lines of a paragraph short
 

@@ -5,6 +5,7 @@
 #include "shell/tour/OnboardingSteps.h"
 
 #include <QWidget>
+#include <optional>
 
 class QVBoxLayout;
 
@@ -13,12 +14,12 @@ namespace ostrelle {
 class ElidedLabel;
 class PanelActions;
 
-/// One step of the tour: its picture, its words, and what it lets the user do at once.
+/// One step of the tour: its picture, its words, and what the user can do right there.
 class OnboardingPage : public QWidget {
     Q_OBJECT
 
 public:
-    /// Step and actions have to outlive the page.
+    /// Step and actions must outlive the page.
     OnboardingPage(const OnboardingStep& step, ShellParts parts, PanelActions& actions,
                    QWidget* parent = nullptr);
 

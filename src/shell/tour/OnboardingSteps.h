@@ -8,10 +8,10 @@
 
 namespace ostrelle {
 
-/// What a page of the tour lets the user do at once.
+/// What a page of the tour lets the user do right there.
 enum class OnboardingOffer { none, watchFolder, codeReplacements, captionStyle, helpGuide };
 
-/// The icon that stands for the application's own.
+/// Stands for the application's own icon.
 inline constexpr QStringView applicationIconName = u"AppIcon";
 
 /// One page of the tour.
@@ -19,7 +19,7 @@ struct OnboardingStep {
     QString title;
     QString description;
     std::optional<QString> description2;
-    QString icon; ///< a drawing of resources/illustrations, or applicationIconName
+    QString icon; ///< a drawing in resources/illustrations, or applicationIconName
     OnboardingOffer offer = OnboardingOffer::none;
 };
 

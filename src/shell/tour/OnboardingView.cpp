@@ -123,7 +123,7 @@ bool OnboardingView::turnPage(int key) {
     return key == Qt::Key_Left || key == Qt::Key_Right;
 }
 
-/// A button would take the arrow keys to move the focus, and leave Enter alone.
+/// A button would use the arrow keys to move the focus, and ignore Enter.
 bool OnboardingView::eventFilter(QObject* watched, QEvent* event) {
     auto* button = qobject_cast<ActionButton*>(watched);
     if (button == nullptr || event->type() != QEvent::KeyPress) {

@@ -4,6 +4,7 @@
 #include "shell/panel/PanelActions.h"
 #include "shell/panel/ShellParts.h"
 
+#include <QCoroTask>
 #include <QWidget>
 
 class QGridLayout;
@@ -14,17 +15,17 @@ namespace ostrelle {
 class ActionButton;
 class StepDots;
 
-/// The tour of the first start. Left, Right and Enter turn its pages; each showing begins with the first.
+/// The tour of the first start. Left, Right and Enter turn its pages; it always starts with the first.
 class OnboardingView : public QWidget {
     Q_OBJECT
 
 public:
     explicit OnboardingView(ShellParts parts, QWidget* parent = nullptr);
 
-    /// From 0.
+    /// Counted from 0.
     int currentStep() const;
 
-    /// Resumes when nothing is left that was begun here.
+    /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }
 
 protected:
