@@ -95,25 +95,6 @@ XMPContext XMPWriter::readContext(const QString& sidecar, const QTimeZone& zone)
     return sidecarContext(openSidecar(sidecar), zone);
 }
 
-std::optional<QString> XMPWriter::readRights(const QString& sidecar, PlainLog& log) const {
-    const auto say = [&log](const QString& words) { log.print(u"[XMPWriter] readRights"_s + words); };
-    say(u" called for: "_s + QFileInfo(sidecar).fileName());
-    if (!QFileInfo::exists(sidecar)) {
-        say(u": file does not exist"_s);
-        throw XMPError(XMPError::Case::fileMissing);
-    }
-    const XmlDocument document = XmlDocument::parse(readFile(sidecar, XmlDocument::maximumSize));
-    if (!document.root()) {
-        say(u": no root element"_s);
-        throw XMPError(XMPError::Case::noPacket);
-    }
-    return sidecarRights(document, log);
-}
-
-std::optional<QString> XMPWriter::readCreator(const QString& sidecar) const {
-    return sidecarCreator(openSidecar(sidecar));
-}
-
 void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar) const {
     checkExists(sidecar);
     editFile(sidecar, XmlDocument::maximumSize,
@@ -160,16 +141,6 @@ std::optional<QString> XMPWriter::readEmbeddedCaption(const QString& image, Plai
 XMPContext XMPWriter::readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const {
     const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
     return metadata ? embeddedContext(*metadata, zone, log) : XMPContext();
-}
-
-std::optional<QString> XMPWriter::readEmbeddedRights(const QString& image) const {
-    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
-    return metadata ? embeddedRights(*metadata) : std::nullopt;
-}
-
-std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) const {
-    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
-    return metadata ? embeddedCreator(*metadata) : std::nullopt;
 }
 
 FileStamp XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,

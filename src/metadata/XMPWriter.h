@@ -24,7 +24,7 @@ public:
     /// write it at any moment, and what it knows of the picture must not be lost.
     bool createMissingSidecar(const QString& sidecar) const;
 
-    /// All of the following four from one opening. Dates in element form become days in the given zone.
+    /// All that is known of the image from one opening. Dates in element form become days in the given zone.
     MetadataReading readSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
     /// Writes that template into a sidecar that is there and empty. Throws FileError, also when something is
@@ -50,16 +50,10 @@ public:
     /// What is known of place, event and date. Dates in element form become days in the given zone.
     XMPContext readContext(const QString& sidecar, const QTimeZone& zone) const;
 
-    /// The rights line in x-default, trimmed. Tells the log what it finds on the way.
-    std::optional<QString> readRights(const QString& sidecar, PlainLog& log) const;
-
-    /// The first creator, trimmed.
-    std::optional<QString> readCreator(const QString& sidecar) const;
-
     // The same of a JPEG image, whose metadata are in the file itself. An image that cannot be opened is
     // XMPError::fileMissing; one that is no JPEG has no metadata.
 
-    /// All of the following four from one opening. Dates become days in the given zone.
+    /// All that is known of the image from one opening. Dates become days in the given zone.
     MetadataReading readEmbedded(const QString& image, const QTimeZone& zone) const;
 
     /// The caption, trimmed. Empty when the file's IPTC data have none, which a photographer may have
@@ -68,12 +62,6 @@ public:
 
     /// What is known of place, event and date. Dates become days in the given zone.
     XMPContext readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const;
-
-    /// The rights line, trimmed.
-    std::optional<QString> readEmbeddedRights(const QString& image) const;
-
-    /// The photographer, trimmed.
-    std::optional<QString> readEmbeddedCreator(const QString& image) const;
 
     /// Puts the caption into the image's metadata and leaves the compressed picture and all else as it was.
     /// With a source, only over what the caption was made from: throws OvertakenError where metadata or

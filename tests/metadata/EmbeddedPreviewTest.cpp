@@ -40,8 +40,7 @@ TEST_F(EmbeddedPreviews, showARawFileOfAnUnknownCamera) {
 TEST_F(EmbeddedPreviews, standInOnlyForAPictureThatDoesNotDecode) {
     const SportsScene scene(300, 200, 1);
     const auto source = [this](const QByteArray& bytes) { return rendition(file(bytes)).source; };
-    DngOptions options;
-    options.thumbnail = large;
+    DngOptions options = with(&DngOptions::thumbnail, large);
     const QByteArray decodable = dngFile(scene, options);
     EXPECT_EQ(source(decodable), Rendition::Source::picture);
     // Without its ColorMatrix1 it would have the colours of the sensor, and serves if there is no preview.
