@@ -10,6 +10,8 @@
 #include "metadata/rendition/ExtractError.h"
 #include "metadata/rendition/JpegDecoder.h"
 #include "platform/Files.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 #include <unistd.h>
 
@@ -24,9 +26,6 @@
 #include <functional>
 #include <stdexcept>
 #include <vector>
-
-#include "standins/JpegBuilder.h"
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 namespace {
@@ -93,13 +92,12 @@ void makeLarge(const QString& path) {
 
 void readFolder(const QString& folder) {
     const XMPWriter xmp;
-    SilentLog log;
     qsizetype size = 0;
     const QStringList names = QDir(folder).entryList({u"*.jpg"_s}, QDir::Files);
     for (const QString& name : names) {
         const QString path = folder + u'/' + name;
-        size += xmp.readEmbeddedCaption(path, log).value_or(QString()).size();
-        size += xmp.readEmbeddedContext(path, QTimeZone::utc(), log).keywords.size();
+        const ImageFacts facts = xmp.readEmbedded(path, QTimeZone::utc()).facts;
+        size += facts.caption.value_or(QString()).size() + facts.context.keywords.size();
     }
     std::printf("%lld files, check %lld\n", static_cast<long long>(names.size()),
                 static_cast<long long>(size));

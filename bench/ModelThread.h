@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/ModelStandIn.h"
+
 #include <QObject>
 #include <QString>
 #include <QThread>
@@ -9,7 +11,6 @@
 #include <memory>
 
 #include "ProcessorTime.h"
-#include "standins/ModelStandIn.h"
 
 namespace ostrelle {
 

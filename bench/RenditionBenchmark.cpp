@@ -7,6 +7,9 @@
 //   bench_renditions FOLDER [benchmark flags]  compares them within one process
 #include "metadata/rendition/AreaScaler.h"
 #include "metadata/rendition/RAWPreviewExtractor.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/RawBuilder.h"
 
 #include <benchmark/benchmark.h>
 #include <libraw/libraw.h>
@@ -20,10 +23,6 @@
 #include <memory>
 #include <stdexcept>
 #include <utility>
-
-#include "standins/DngBuilder.h"
-#include "standins/JpegBuilder.h"
-#include "standins/RawBuilder.h"
 
 namespace ostrelle {
 namespace {

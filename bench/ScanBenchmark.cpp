@@ -6,6 +6,10 @@
 #include "platform/Files.h"
 #include "platform/PathReferences.h"
 #include "platform/SystemClock.h"
+#include "standins/JpegBuilder.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
+#include "standins/SportsScene.h"
 #include "transfer/LocalFolderScan.h"
 
 #include <dirent.h>
@@ -23,11 +27,6 @@
 #include <QTimer>
 #include <algorithm>
 #include <functional>
-
-#include "standins/JpegBuilder.h"
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 namespace {

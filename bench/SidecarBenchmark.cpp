@@ -61,10 +61,8 @@ void make(const QString& folder, int count) {
 }
 
 qsizetype readOne(const QString& path) {
-    const XMPWriter xmp;
-    const std::optional<QString> caption = xmp.readDefaultCaption(path);
-    const XMPContext context = xmp.readContext(path, QTimeZone::utc());
-    return caption.value_or(QString()).size() + context.keywords.size();
+    const ImageFacts facts = XMPWriter().readSidecar(path, QTimeZone::utc()).facts;
+    return facts.caption.value_or(QString()).size() + facts.context.keywords.size();
 }
 
 qsizetype readOneWithExiv2(const QString& path) {

@@ -7,9 +7,13 @@
 //   bench_unattended memory FOLDER            captions it and reports the process's peak memory
 #include "cli/CommandProgram.h"
 #include "core/Error.h"
+#include "metadata/ImageMetadata.h"
 #include "metadata/facts/ImageKind.h"
 #include "pipeline/ImageListing.h"
 #include "platform/Files.h"
+#include "product/ApiKey.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
 
 #include <QCoreApplication>
 #include <QCoroTask>
@@ -31,9 +35,6 @@
 
 #include "../demo/ShootSidecar.h"
 #include "ModelThread.h"
-#include "product/ApiKey.h"
-#include "standins/DngBuilder.h"
-#include "standins/JpegBuilder.h"
 
 namespace ostrelle {
 namespace {
@@ -73,11 +74,7 @@ QStringList imagesIn(const QString& folder) {
 
 /// Empty when there is none.
 QString captionOf(const QString& image) {
-    SilentLog log;
-    const XMPWriter xmp;
-    const auto caption =
-        isJpegImage(image) ? xmp.readEmbeddedCaption(image, log) : xmp.readDefaultCaption(sidecarPath(image));
-    return caption.value_or(QString());
+    return ImageMetadata(image).read(QTimeZone::utc()).facts.caption.value_or(QString());
 }
 
 /// Seconds to make the renditions of all images on all cores, with nothing else to do.

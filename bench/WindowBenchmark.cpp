@@ -5,6 +5,7 @@
 #include "app/DesktopProgram.h"
 #include "core/Error.h"
 #include "pipeline/ImageListing.h"
+#include "product/ApiKey.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QAbstractButton>
@@ -24,7 +25,6 @@
 #include <optional>
 
 #include "ModelThread.h"
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 namespace {

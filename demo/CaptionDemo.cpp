@@ -2,11 +2,10 @@
 // ostrelle-caption against the stand-in for the model service, in one process. The stand-in accepts one key.
 #include "cli/CommandLine.h"
 #include "core/Error.h"
+#include "standins/ModelStandIn.h"
 
 #include <QCoreApplication>
 #include <cstdio>
-
-#include "standins/ModelStandIn.h"
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

@@ -2,11 +2,10 @@
 // ostrelle-caption against a stand-in for the model service that fails one request in five.
 #include "cli/CommandLine.h"
 #include "core/Error.h"
+#include "standins/ModelStandIn.h"
 
 #include <QCoreApplication>
 #include <cstdio>
-
-#include "standins/ModelStandIn.h"
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

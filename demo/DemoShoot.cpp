@@ -3,6 +3,9 @@
 // JPEG with the same fields inside, and the Code Replacements file of the game.
 #include "core/Error.h"
 #include "platform/Files.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -12,9 +15,6 @@
 #include <optional>
 
 #include "ShootSidecar.h"
-#include "standins/DngBuilder.h"
-#include "standins/JpegBuilder.h"
-#include "standins/SportsScene.h"
 
 namespace {
 

@@ -2,6 +2,10 @@
 // Simulates a photographer's day: drops RAW files, JPEGs, sidecars and audio notes into a folder at random
 // for a number of seconds, some of them slowly, and prints a line of JSON for each completed image.
 #include "core/Error.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
+#include "standins/StandInTranscription.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -15,10 +19,6 @@
 #include <utility>
 
 #include "ShootSidecar.h"
-#include "standins/DngBuilder.h"
-#include "standins/JpegBuilder.h"
-#include "standins/SportsScene.h"
-#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

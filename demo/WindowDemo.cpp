@@ -2,12 +2,11 @@
 // ostrelle-captions against the stand-in for the model service, in one process. The stand-in accepts one key.
 #include "app/DesktopMain.h"
 #include "core/Error.h"
+#include "standins/ModelStandIn.h"
 
 #include <chrono>
 #include <cstdio>
 #include <optional>
-
-#include "standins/ModelStandIn.h"
 
 int main(int argc, char** argv) {
     std::optional<ostrelle::ModelStandIn> model;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standins/ChatRequestCheck.h"
 
+#include "standins/ApiFault.h"
+
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -8,8 +10,6 @@
 #include <QStringList>
 #include <cmath>
 #include <utility>
-
-#include "standins/ApiFault.h"
 
 namespace ostrelle {
 

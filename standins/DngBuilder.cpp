@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standins/DngBuilder.h"
 
+#include "standins/TiffBuilder.h"
+
 #include <QtEndian>
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
-
-#include "standins/TiffBuilder.h"
 
 namespace ostrelle {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/SportsScene.h"
+
 #include <QByteArray>
 #include <cstdint>
-
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standins/HttpRequestReader.h"
 
+#include "standins/ApiFault.h"
+
 #include <algorithm>
 #include <utility>
-
-#include "standins/ApiFault.h"
 
 namespace ostrelle {
 

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standins/ModelStandIn.h"
 
+#include "standins/ApiFault.h"
+#include "standins/ChatRequestCheck.h"
+#include "standins/StandInTranscription.h"
+
 #include <sys/socket.h>
 
 #include <QDateTime>
@@ -11,10 +15,6 @@
 #include <QTimer>
 #include <algorithm>
 #include <limits>
-
-#include "standins/ApiFault.h"
-#include "standins/ChatRequestCheck.h"
-#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

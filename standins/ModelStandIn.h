@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/HttpRequestReader.h"
+#include "standins/StandInCompletion.h"
+
 #include <QByteArray>
 #include <QJsonObject>
 #include <QList>
@@ -10,9 +13,6 @@
 #include <chrono>
 #include <optional>
 #include <utility>
-
-#include "standins/HttpRequestReader.h"
-#include "standins/StandInCompletion.h"
 
 class QTcpServer;
 class QTcpSocket;

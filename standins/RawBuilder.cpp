@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standins/RawBuilder.h"
 
-#include <map>
-
 #include "standins/TiffBuilder.h"
+
+#include <map>
 
 namespace ostrelle {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/ChatRequestCheck.h"
+
 #include <QByteArray>
 #include <QString>
-
-#include "standins/ChatRequestCheck.h"
 
 namespace ostrelle {
 

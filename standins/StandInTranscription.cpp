@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standins/StandInTranscription.h"
 
+#include "standins/ApiFault.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QtEndian>
-
-#include "standins/ApiFault.h"
 
 namespace ostrelle {
 

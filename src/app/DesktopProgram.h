@@ -7,6 +7,7 @@
 #include "platform/DesktopSecretStore.h"
 #include "platform/JsonDefaultsStore.h"
 #include "platform/SystemClock.h"
+#include "product/AppFolders.h"
 #include "program/CaptionProgram.h"
 #include "shell/AppDelegate.h"
 #include "shell/desktop/DesktopAlerts.h"
@@ -15,8 +16,6 @@
 
 #include <QCoroTask>
 #include <functional>
-
-#include "product/AppFolders.h"
 
 namespace ostrelle {
 

@@ -4,13 +4,12 @@
 #include "core/TaskGroup.h"
 #include "platform/Alerts.h"
 #include "platform/PlainLog.h"
+#include "product/AppEvents.h"
 #include "state/SettingsStore.h"
 #include "transfer/RemoteSource.h"
 
 #include <QCoroTask>
 #include <QObject>
-
-#include "product/AppEvents.h"
 
 namespace ostrelle {
 

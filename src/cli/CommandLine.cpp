@@ -8,7 +8,6 @@
 #include "cli/Options.h"
 #include "cli/WatchCommand.h"
 #include "platform/ConsoleLog.h"
-
 #include "product/AppFolders.h"
 
 namespace ostrelle {

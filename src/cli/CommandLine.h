@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QStringList>
-
 #include "product/ServiceEndpoints.h"
+
+#include <QStringList>
 
 namespace ostrelle {
 

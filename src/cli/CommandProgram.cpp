@@ -2,12 +2,11 @@
 #include "cli/CommandProgram.h"
 
 #include "pipeline/CodeReplacements.h"
+#include "product/ApiKey.h"
 
 #include <QFileInfo>
 #include <chrono>
 #include <cstdio>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

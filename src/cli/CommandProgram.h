@@ -9,13 +9,12 @@
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/JsonDefaultsStore.h"
 #include "platform/SystemClock.h"
+#include "product/AppFolders.h"
 #include "program/CaptionProgram.h"
 
 #include <QCoroTask>
 #include <QSet>
 #include <QString>
-
-#include "product/AppFolders.h"
 
 namespace ostrelle {
 

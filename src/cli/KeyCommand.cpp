@@ -4,14 +4,13 @@
 #include "cli/ExitStatus.h"
 #include "platform/DefaultsFile.h"
 #include "platform/TaggedJson.h"
+#include "product/ApiKey.h"
 
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

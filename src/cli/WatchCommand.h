@@ -2,7 +2,6 @@
 #pragma once
 
 #include "cli/Options.h"
-
 #include "product/AppFolders.h"
 #include "product/ServiceEndpoints.h"
 

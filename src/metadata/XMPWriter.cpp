@@ -76,10 +76,6 @@ MetadataReading readingOf(const XmlDocument& document, const QString& sidecar, c
 
 } // namespace
 
-void XMPWriter::createEmptySidecar(const QString& sidecar) const {
-    replaceFile(sidecar, sidecarTemplate.toByteArray());
-}
-
 bool XMPWriter::createMissingSidecar(const QString& sidecar) const {
     return createFile(sidecar, sidecarTemplate.toByteArray());
 }
@@ -99,33 +95,6 @@ EditableReading XMPWriter::readEditableSidecar(const QString& sidecar, const QTi
         editable.refusal = std::current_exception();
     }
     return editable;
-}
-
-std::optional<QString> XMPWriter::readDefaultCaption(const QString& sidecar) const {
-    return defaultCaption(openSidecar(sidecar));
-}
-
-XMPContext XMPWriter::readContext(const QString& sidecar, const QTimeZone& zone) const {
-    return sidecarContext(openSidecar(sidecar), zone);
-}
-
-std::optional<QString> XMPWriter::readRights(const QString& sidecar, PlainLog& log) const {
-    const auto say = [&log](const QString& words) { log.print(u"[XMPWriter] readRights"_s + words); };
-    say(u" called for: "_s + QFileInfo(sidecar).fileName());
-    if (!QFileInfo::exists(sidecar)) {
-        say(u": file does not exist"_s);
-        throw XMPError(XMPError::Case::fileMissing);
-    }
-    const XmlDocument document = XmlDocument::parse(readFile(sidecar, XmlDocument::maximumSize));
-    if (!document.root()) {
-        say(u": no root element"_s);
-        throw XMPError(XMPError::Case::noPacket);
-    }
-    return sidecarRights(document, log);
-}
-
-std::optional<QString> XMPWriter::readCreator(const QString& sidecar) const {
-    return sidecarCreator(openSidecar(sidecar));
 }
 
 void XMPWriter::writeDefaultCaption(const QString& caption, const QString& sidecar) const {
@@ -168,26 +137,6 @@ EditableReading XMPWriter::readEditableEmbedded(const QString& image, const QTim
 MetadataReading XMPWriter::readEmbedded(const QString& image, const QTimeZone& zone) const {
     const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
     return metadata ? embeddedReading(*metadata, zone) : MetadataReading();
-}
-
-std::optional<QString> XMPWriter::readEmbeddedCaption(const QString& image, PlainLog& log) const {
-    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
-    return metadata ? embeddedCaption(*metadata, log) : std::nullopt;
-}
-
-XMPContext XMPWriter::readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const {
-    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
-    return metadata ? embeddedContext(*metadata, zone, log) : XMPContext();
-}
-
-std::optional<QString> XMPWriter::readEmbeddedRights(const QString& image) const {
-    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
-    return metadata ? embeddedRights(*metadata) : std::nullopt;
-}
-
-std::optional<QString> XMPWriter::readEmbeddedCreator(const QString& image) const {
-    const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
-    return metadata ? embeddedCreator(*metadata) : std::nullopt;
 }
 
 WrittenCaption XMPWriter::writeEmbeddedCaption(const QString& caption, const QString& image, PlainLog& log,

@@ -17,22 +17,17 @@ namespace ostrelle {
 /// unreadable XML and FileError for what the system refuses.
 class XMPWriter {
 public:
-    /// Writes the template of a new sidecar, with an empty caption, over whatever exists.
-    void createEmptySidecar(const QString& sidecar) const;
-
-    /// Writes that template only if there is no sidecar. False when one now exists: another program may write
-    /// it at any moment, and what it recorded about the picture must not be lost.
+    /// Writes the template of a new sidecar, with an empty caption, only if there is no sidecar. False when
+    /// one now exists: another program may write it at any moment, and what it recorded about the picture
+    /// must not be lost.
     bool createMissingSidecar(const QString& sidecar) const;
 
-    /// Reads all of the following four in one opening. Dates in element form become days in the given zone.
+    /// All that is known of the image, from one opening. Dates in element form become days in the given zone.
     MetadataReading readSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
     /// Writes that template into an existing empty sidecar. Throws FileError, also when the sidecar is no
     /// longer empty.
     void fillEmptySidecar(const QString& sidecar) const;
-
-    /// The x-default caption, untrimmed; nothing when the sidecar has none.
-    std::optional<QString> readDefaultCaption(const QString& sidecar) const;
 
     /// Puts the caption into the existing sidecar and leaves everything else in it alone. On any failure the
     /// old file is intact. Also throws XMPError::writeFailed.
@@ -46,36 +41,14 @@ public:
     /// readSidecar(), and whether a caption could be put into the sidecar. Changes nothing.
     EditableReading readEditableSidecar(const QString& sidecar, const QTimeZone& zone) const;
 
-    /// The known place, event and date. Dates in element form become days in the given zone.
-    XMPContext readContext(const QString& sidecar, const QTimeZone& zone) const;
-
-    /// The x-default rights line, trimmed. Logs what it finds on the way.
-    std::optional<QString> readRights(const QString& sidecar, PlainLog& log) const;
-
-    /// The first creator, trimmed.
-    std::optional<QString> readCreator(const QString& sidecar) const;
-
     // The same for a JPEG image, which holds its metadata itself. XMPError::fileMissing for an image that
     // cannot be opened; a file that is not a JPEG has no metadata.
 
     /// readEmbedded(), and whether a caption could be written into the image. Changes nothing.
     EditableReading readEditableEmbedded(const QString& image, const QTimeZone& zone) const;
 
-    /// Reads all of the following four in one opening. Dates become days in the given zone.
+    /// All that is known of the image, from one opening. Dates become days in the given zone.
     MetadataReading readEmbedded(const QString& image, const QTimeZone& zone) const;
-
-    /// The caption, trimmed. Empty when the file has IPTC data without one, as the photographer may have
-    /// cleared it; nothing when it has neither IPTC data nor another field with a caption.
-    std::optional<QString> readEmbeddedCaption(const QString& image, PlainLog& log) const;
-
-    /// The known place, event and date. Dates become days in the given zone.
-    XMPContext readEmbeddedContext(const QString& image, const QTimeZone& zone, PlainLog& log) const;
-
-    /// The rights line, trimmed.
-    std::optional<QString> readEmbeddedRights(const QString& image) const;
-
-    /// The photographer, trimmed.
-    std::optional<QString> readEmbeddedCreator(const QString& image) const;
 
     /// Puts the caption into the image's metadata and leaves the compressed picture and everything else
     /// alone. With a source, throws OvertakenError when metadata or picture are no longer what the caption

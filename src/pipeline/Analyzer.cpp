@@ -5,12 +5,11 @@
 #include "pipeline/ImageRun.h"
 #include "pipeline/ImageTurn.h"
 #include "pipeline/MissingKey.h"
+#include "product/ApiKey.h"
 
 #include <QFileInfo>
 #include <exception>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -11,14 +11,13 @@
 #include "platform/FileAccess.h"
 #include "platform/FolderThreads.h"
 #include "platform/ImageClaims.h"
+#include "product/AppEvents.h"
+#include "product/NotificationManager.h"
 #include "services/OpenAIClient.h"
 #include "services/PromptService.h"
 #include "state/ProcessedFilesManifest.h"
 #include "state/SettingsStore.h"
 #include "state/UsageTracker.h"
-
-#include "product/AppEvents.h"
-#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

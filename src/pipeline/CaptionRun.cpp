@@ -4,12 +4,11 @@
 #include "pipeline/BatchRun.h"
 #include "pipeline/ImageFailure.h"
 #include "pipeline/ImageListing.h"
+#include "product/ApiKey.h"
 
 #include <QFileInfo>
 #include <algorithm>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

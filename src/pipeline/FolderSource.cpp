@@ -9,13 +9,12 @@
 #include "pipeline/ImageListing.h"
 #include "pipeline/MissingKey.h"
 #include "platform/FileError.h"
+#include "product/ApiKey.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <cerrno>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

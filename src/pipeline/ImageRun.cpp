@@ -7,10 +7,9 @@
 #include "pipeline/CaptionWriting.h"
 #include "pipeline/ImageFailure.h"
 #include "pipeline/PromptComposition.h"
+#include "product/ApiKey.h"
 
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

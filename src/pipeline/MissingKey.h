@@ -3,10 +3,9 @@
 
 #include "pipeline/CaptionProgress.h"
 #include "platform/Alerts.h"
+#include "product/AppEvents.h"
 
 #include <QCoroTask>
-
-#include "product/AppEvents.h"
 
 namespace ostrelle {
 

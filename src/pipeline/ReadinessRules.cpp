@@ -2,7 +2,6 @@
 #include "pipeline/ReadinessRules.h"
 
 #include "pipeline/ManualSelection.h"
-
 #include "product/ApiKey.h"
 
 namespace ostrelle {

@@ -9,11 +9,10 @@
 #include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"
 #include "pipeline/SelectionTally.h"
+#include "product/ApiKey.h"
 
 #include <QFileInfo>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

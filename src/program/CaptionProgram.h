@@ -5,15 +5,14 @@
 #include "platform/FolderThreads.h"
 #include "platform/ImageClaims.h"
 #include "platform/PathReferences.h"
+#include "product/AppFolders.h"
+#include "product/ServiceEndpoints.h"
 #include "promptserver/PromptServer.h"
 #include "transfer/AutoModeController.h"
 
 #include <QCoroTask>
 #include <chrono>
 #include <optional>
-
-#include "product/AppFolders.h"
-#include "product/ServiceEndpoints.h"
 
 namespace ostrelle {
 

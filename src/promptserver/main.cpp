@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/Error.h"
 #include "platform/ConsoleLog.h"
+#include "product/ServiceEndpoints.h"
 #include "promptserver/PromptServer.h"
 #include "promptserver/ServerOptions.h"
 #include "promptserver/TemplateFolder.h"
@@ -9,8 +10,6 @@
 #include <QCoreApplication>
 #include <csignal>
 #include <memory>
-
-#include "product/ServiceEndpoints.h"
 
 namespace ostrelle {
 

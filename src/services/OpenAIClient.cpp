@@ -2,6 +2,7 @@
 #include "services/OpenAIClient.h"
 
 #include "core/OffMainThread.h"
+#include "product/ApiKey.h"
 #include "services/BatchCaptionParsing.h"
 #include "services/BatchCaptionRequest.h"
 #include "services/ChatRequest.h"
@@ -14,8 +15,6 @@
 #include <QFileInfo>
 #include <numeric>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -5,6 +5,7 @@
 #include "platform/FileStamp.h"
 #include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
+#include "product/AppEvents.h"
 #include "state/ProcessedFileEntry.h"
 
 #include <QCoroTask>
@@ -12,8 +13,6 @@
 #include <QString>
 #include <memory>
 #include <optional>
-
-#include "product/AppEvents.h"
 
 namespace ostrelle {
 

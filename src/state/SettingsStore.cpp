@@ -2,6 +2,7 @@
 #include "state/SettingsStore.h"
 
 #include "core/Error.h"
+#include "product/ApiKey.h"
 #include "state/Publish.h"
 
 #include <QByteArray>
@@ -9,8 +10,6 @@
 #include <QCoroTimer>
 #include <QMetaObject>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

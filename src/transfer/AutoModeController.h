@@ -7,6 +7,7 @@
 #include "platform/DefaultsStore.h"
 #include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
+#include "product/NotificationManager.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "transfer/AutoModeRequirements.h"
@@ -18,8 +19,6 @@
 #include <QString>
 #include <memory>
 #include <optional>
-
-#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

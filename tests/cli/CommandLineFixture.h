@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/DngBuilder.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
-
-#include "standins/DngBuilder.h"
 
 namespace ostrelle {
 

@@ -15,10 +15,19 @@ using namespace Qt::StringLiterals;
 
 TEST_F(CommandLineTest, WrongUsageAndMissingConfigurationEndWithTwoAndASentence) {
     const QString image = rawImage(u"a.dng"_s);
-    const struct {
+    struct Row {
         QStringList arguments;
         QString words;
-    } rows[] = {
+    };
+    const auto expectRefused = [this](std::initializer_list<Row> rows) {
+        for (const Row& row : rows) {
+            const Result result = run(row.arguments);
+            EXPECT_EQ(result.status, 2) << row.arguments.join(u' ').toStdString();
+            EXPECT_TRUE(result.errors.contains(row.words)) << result.errors.toStdString();
+            EXPECT_EQ(result.output, QString());
+        }
+    };
+    expectRefused({
         {{}, u"No file was given."_s},
         {{u"--nonsense"_s, image}, u"Unknown option 'nonsense'."_s},
         {{u"--style"_s, u"vogue"_s, image}, u"There is no style \"vogue\""_s},
@@ -29,18 +38,20 @@ TEST_F(CommandLineTest, WrongUsageAndMissingConfigurationEndWithTwoAndASentence)
         {{u"key"_s, u"sk-123"_s}, u"read from standard input"_s},
         {{u"key"_s}, u"No key was given"_s},
         {{u"--json"_s, u"key"_s}, u"takes no options but --clear"_s},
+        {{u"--folder"_s, u"."_s, u"--watch"_s, u"."_s}, u"--watch excludes --folder"_s},
+        {{u"--folder"_s, u"."_s, u"a.dng"_s}, u"--folder and --watch exclude files"_s},
+        {{u"--only-new"_s, u"a.dng"_s}, u"--only-new belongs to --folder."_s},
         {{image}, u"No API key is stored."_s},
-    };
-    for (const auto& row : rows) {
-        const Result result = run(row.arguments);
-        EXPECT_EQ(result.status, 2) << row.arguments.join(u' ').toStdString();
-        EXPECT_TRUE(result.errors.contains(row.words)) << result.errors.toStdString();
-        EXPECT_EQ(result.output, QString());
-    }
+    });
     storeKey();
-    EXPECT_TRUE(run({image}).errors.contains(u"No Code Replacements file is set."_s));
-    EXPECT_TRUE(run({u"--roster"_s, u"none.txt"_s, image})
-                    .errors.contains(u"There is no Code Replacements file at none.txt."_s));
+    expectRefused({
+        {{image}, u"No Code Replacements file is set."_s},
+        {{u"--folder"_s, u"."_s}, u"No Code Replacements file is set."_s},
+        {{u"--watch"_s, u"."_s}, u"No Code Replacements file is set."_s},
+        {{u"--folder"_s, u"none"_s}, u"There is no folder at none."_s},
+        {{u"--watch"_s, u"none"_s}, u"There is no folder at none."_s},
+        {{u"--roster"_s, u"none.txt"_s, image}, u"There is no Code Replacements file at none.txt."_s},
+    });
     EXPECT_EQ(run({u"--help"_s}).status, 0);
     EXPECT_EQ(run({u"--version"_s}).status, 0);
 }
@@ -71,7 +82,7 @@ TEST_F(CommandLineTest, TellsForEachFileWhatHappened) {
     storeKey();
     const QString good = rawImage(u"good.dng"_s);
     const QString captioned = rawImage(u"captioned.dng"_s);
-    XMPWriter().createEmptySidecar(folder.filePath(u"captioned.xmp"_s));
+    XMPWriter().createMissingSidecar(folder.filePath(u"captioned.xmp"_s));
     XMPWriter().writeDefaultCaption(QString(51, u'x'), folder.filePath(u"captioned.xmp"_s));
     const QString broken = write(u"broken.dng"_s, "no picture");
     const Result result =
@@ -89,7 +100,7 @@ TEST_F(CommandLineTest, TellsForEachFileWhatHappened) {
         EXPECT_EQ(lines[index][u"reason"_s].isNull(), index == 0);
     }
     EXPECT_EQ(lines[0][u"after"_s].toString(),
-              XMPWriter().readDefaultCaption(folder.filePath(u"good.xmp"_s)));
+              XMPWriter().readSidecar(folder.filePath(u"good.xmp"_s), QTimeZone::utc()).facts.caption);
     EXPECT_TRUE(lines[0][u"after"_s].toString().startsWith(u"Soccer"_s));
     EXPECT_GT(lines[0][u"cost"_s].toDouble(), 0);
     EXPECT_TRUE(QFile::exists(lines[0][u"rendition"_s].toString()));

@@ -2,7 +2,9 @@
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/SidecarBytes.h"
 #include "metadata/facts/XMPError.h"
-#include "support/RecordingLog.h"
+#include "support/Failure.h"
+
+#include <QRegularExpression>
 
 namespace ostrelle {
 
@@ -10,29 +12,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::optional<QString> captionOf(const QByteArray& segments, RecordingLog& log) {
-    const ImageFile file(jpegWith(segments));
-    return XMPWriter().readEmbeddedCaption(file.path(), log);
-}
-
 std::optional<QString> captionOf(const QByteArray& segments) {
-    RecordingLog log;
-    return captionOf(segments, log);
-}
-
-XMPContext contextOf(const QByteArray& segments, RecordingLog& log) {
-    const ImageFile file(jpegWith(segments));
-    return XMPWriter().readEmbeddedContext(file.path(), QTimeZone::utc(), log);
+    return readEmbedded(jpegWith(segments)).facts.caption;
 }
 
 QByteArray ascii(const QByteArray& text) {
     return QByteArray("ASCII\0\0\0", 8) + text;
 }
 
+/// The lines as the log has them.
+QStringList tagged(QStringList words) {
+    return words.replaceInStrings(QRegularExpression(u"^"_s), u"[XMPWriter] "_s);
+}
+
 } // namespace
 
 TEST(EmbeddedCaption, IsTakenFromTheFirstPlaceThatDecidesAndEachStepIsTold) {
-    const QByteArray described = exifSegment({description("A try")}, {comment(ascii("A comment"))});
+    const QByteArray exif = exifSegment({description("A try")}, {comment(ascii("A comment"))});
+    const QString noRecords = u"No IPTC dictionary in metadata - checking fallback fields"_s;
     const struct {
         const char* name;
         QByteArray segments;
@@ -40,75 +37,65 @@ TEST(EmbeddedCaption, IsTakenFromTheFirstPlaceThatDecidesAndEachStepIsTold) {
         QStringList lines;
     } rows[] = {
         {"records without a caption decide",
-         iptcSegment(iptc(90, "Dallas")) + described,
+         iptcSegment(iptc(90, "Dallas")) + exif,
          u""_s,
-         {u"[XMPWriter] IPTC dictionary exists but no Caption Abstract field - treating as cleared/empty"_s}},
+         {u"IPTC dictionary exists but no Caption Abstract field - treating as cleared/empty"_s}},
         {"blank records decide",
-         iptcSegment(iptc(120, "   ")) + described,
+         iptcSegment(iptc(120, "   ")) + exif,
          u""_s,
-         {u"[XMPWriter] IPTC Caption Abstract found: \"   \" (raw length: 3, trimmed length: 0, isEmpty: true)"_s}},
+         {u"IPTC Caption Abstract found: \"   \" (raw length: 3, trimmed length: 0, isEmpty: true)"_s}},
         {"records",
-         iptcSegment(iptc(120, " Zo\xC3\xAB scores\n")) + described,
+         iptcSegment(iptc(120, " Zo\xC3\xAB scores\n")) + exif,
          u"Zoë scores"_s,
-         {u"[XMPWriter] IPTC Caption Abstract found: \" Zoë scores\n\" (raw length: 12, trimmed length: 10, "
+         {u"IPTC Caption Abstract found: \" Zoë scores\n\" (raw length: 12, trimmed length: 10, "
           "isEmpty: false)"_s}},
         {"a record version is no field",
-         iptcSegment(iptc(0, QByteArray("\0\4", 2))) + described,
+         iptcSegment(iptc(0, QByteArray("\0\4", 2))) + exif,
          u"A try"_s,
-         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
-          u"[XMPWriter] TIFF Image Description found: \"A try\" (raw length: 5, trimmed length: 5)"_s}},
+         {noRecords, u"TIFF Image Description found: \"A try\" (raw length: 5, trimmed length: 5)"_s}},
         {"a blank description is passed over",
          exifSegment({description(" ")}, {comment(ascii(" A comment"))}),
          u"A comment"_s,
-         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
-          u"[XMPWriter] TIFF Image Description found: \" \" (raw length: 1, trimmed length: 0)"_s,
-          u"[XMPWriter] EXIF User Comment found: \" A comment\" (raw length: 10, trimmed length: 9)"_s}},
+         {noRecords, u"TIFF Image Description found: \" \" (raw length: 1, trimmed length: 0)"_s,
+          u"EXIF User Comment found: \" A comment\" (raw length: 10, trimmed length: 9)"_s}},
         {"all are blank",
          exifSegment({description("  ")}, {comment(QByteArray(12, '\0'))}),
          std::nullopt,
-         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
-          u"[XMPWriter] TIFF Image Description found: \"  \" (raw length: 2, trimmed length: 0)"_s,
-          u"[XMPWriter] EXIF User Comment found: \"\" (raw length: 0, trimmed length: 0)"_s,
-          u"[XMPWriter] Found fallback metadata fields but all were empty after trimming: "
+         {noRecords, u"TIFF Image Description found: \"  \" (raw length: 2, trimmed length: 0)"_s,
+          u"EXIF User Comment found: \"\" (raw length: 0, trimmed length: 0)"_s,
+          u"Found fallback metadata fields but all were empty after trimming: "
           "TIFF Image Description: \"  \" (raw: 2 chars); EXIF User Comment: \"\" (raw: 0 chars)"_s}},
         {"the fields are missing",
          exifSegment({{0x010F, 2, "Camera"}}, {{0x9003, 2, "2024:03:05 19:02:33"}}),
          std::nullopt,
-         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
-          u"[XMPWriter] TIFF dictionary exists but no Image Description field"_s,
-          u"[XMPWriter] EXIF dictionary exists but no User Comment field"_s,
-          u"[XMPWriter] No caption metadata fields found in JPEG"_s}},
+         {noRecords, u"TIFF dictionary exists but no Image Description field"_s,
+          u"EXIF dictionary exists but no User Comment field"_s,
+          u"No caption metadata fields found in JPEG"_s}},
         {"there is no metadata",
          "",
          std::nullopt,
-         {u"[XMPWriter] No IPTC dictionary in metadata - checking fallback fields"_s,
-          u"[XMPWriter] No TIFF dictionary in metadata"_s, u"[XMPWriter] No EXIF dictionary in metadata"_s,
-          u"[XMPWriter] No caption metadata fields found in JPEG"_s}},
+         {noRecords, u"No TIFF dictionary in metadata"_s, u"No EXIF dictionary in metadata"_s,
+          u"No caption metadata fields found in JPEG"_s}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        RecordingLog log;
-        EXPECT_EQ(captionOf(row.segments, log), row.caption);
-        EXPECT_EQ(log.lines, row.lines);
+        const MetadataReading reading = readEmbedded(jpegWith(row.segments));
+        EXPECT_EQ(reading.facts.caption, row.caption) << row.name;
+        EXPECT_EQ(reading.captionLines, tagged(row.lines)) << row.name;
     }
 }
 
 TEST(EmbeddedCaption, ComesFromThePacketWhereTheRecordsHaveNone) {
-    const QByteArray described = exifSegment({description("From TIFF")});
-    const auto alt = [](const QByteArray& items) {
-        return packetSegment(subject("<dc:description><rdf:Alt>" + items + "</rdf:Alt></dc:description>"));
-    };
-    const QByteArray usual =
-        alt("<rdf:li xml:lang='en-US'>Other</rdf:li><rdf:li xml:lang='x-default'>Packet</rdf:li>");
-    EXPECT_EQ(captionOf(usual + described), u"Packet"_s);
+    const QByteArray exif = exifSegment({description("From TIFF")});
+    const auto alt = [](const QByteArray& items) { return packetSegment(subject(described(items))); };
+    const QByteArray usual = alt(item("en-US", "Other") + item("x-default", "Packet"));
+    EXPECT_EQ(captionOf(usual + exif), u"Packet"_s);
     EXPECT_EQ(captionOf(usual + iptcSegment(iptc(90, "Dallas"))), u"Packet"_s);
     EXPECT_EQ(captionOf(usual + iptcSegment(iptc(120, "Records"))), u"Records"_s);
     EXPECT_EQ(captionOf(usual + iptcSegment(iptc(120, ""))), u""_s);
-    EXPECT_EQ(captionOf(alt("<rdf:li>Only</rdf:li>") + described), u"Only"_s);
-    EXPECT_EQ(captionOf(packetSegment(subject("", " dc:description='Attribute'")) + described),
-              u"Attribute"_s);
-    EXPECT_EQ(captionOf(packetSegment(subject("<xmp:Rating>5</xmp:Rating>")) + described), u"From TIFF"_s);
-    EXPECT_EQ(captionOf(packetSegment("<broken") + described), u"From TIFF"_s);
+    EXPECT_EQ(captionOf(alt("<rdf:li>Only</rdf:li>") + exif), u"Only"_s);
+    EXPECT_EQ(captionOf(packetSegment(subject("", " dc:description='Attribute'")) + exif), u"Attribute"_s);
+    EXPECT_EQ(captionOf(packetSegment(subject("<xmp:Rating>5</xmp:Rating>")) + exif), u"From TIFF"_s);
+    EXPECT_EQ(captionOf(packetSegment("<broken") + exif), u"From TIFF"_s);
 }
 
 TEST(EmbeddedCaption, IsReadInEveryEncodingThatProgramsWrite) {
@@ -151,62 +138,60 @@ TEST(EmbeddedCaption, RecordsAreFoundWhereverTheyAre) {
     EXPECT_EQ(captionOf(photoshopSegment("rubbish") + iptcSegment(iptc(120, "Second"))), u"Second"_s);
     EXPECT_EQ(captionOf("stray \xFF" + QByteArray(1, '\0') + iptcSegment(iptc(120, "Behind stray bytes"))),
               u"Behind stray bytes"_s);
+    EXPECT_EQ(captionOf(segment(0xE2, QByteArray(65'000, 'x')).repeated(40) + iptcSegment(iptc(120, "Last"))),
+              u"Last"_s)
+        << "behind 2.6 MB";
 }
 
 TEST(EmbeddedContext, TellsEachFieldThatItFinds) {
-    RecordingLog log;
-    const XMPContext context =
-        contextOf(iptcSegment(iptc(55, "20240305") + iptc(90, " Dallas ") + iptc(95, "Texas") +
-                              iptc(101, "USA") + iptc(92, "Stadium") + iptc(105, "Cup final") +
-                              iptc(5, "Title") + iptc(25, "football") + iptc(25, " ") + iptc(25, "cup")),
-                  log);
-    EXPECT_EQ(context, (XMPContext{.city = u"Dallas"_s,
-                                   .state = u"Texas"_s,
-                                   .country = u"USA"_s,
-                                   .location = u"Stadium"_s,
-                                   .dateISO8601 = u"20240305"_s,
-                                   .event = u"Cup final"_s,
-                                   .keywords = {u"football"_s, u"cup"_s}}));
-    EXPECT_EQ(log.lines,
-              (QStringList{
-                  u"[XMPWriter] IPTC dictionary keys found: City, Country/PrimaryLocationName, DateCreated, "
-                  "Headline, Keywords, ObjectName, Province/State, Sub-location"_s,
-                  u"[XMPWriter] IPTC City found: Dallas"_s, u"[XMPWriter] IPTC State/Province found: Texas"_s,
-                  u"[XMPWriter] IPTC Country found: USA"_s, u"[XMPWriter] IPTC Sublocation found: Stadium"_s,
-                  u"[XMPWriter] IPTC Headline found: Cup final"_s,
-                  u"[XMPWriter] IPTC DateCreated found: 20240305 -> 20240305"_s,
-                  u"[XMPWriter] IPTC Keywords found: 2 keywords"_s,
-                  u"[XMPWriter] JPEG context extracted: "_s + contextDescription(context)}));
+    const MetadataReading reading = readEmbedded(
+        jpegWith(iptcSegment(iptc(55, "20240305") + iptc(90, " Dallas ") + iptc(95, "Texas") +
+                             iptc(101, "USA") + iptc(92, "Stadium") + iptc(105, "Cup final") +
+                             iptc(5, "Title") + iptc(25, "football") + iptc(25, " ") + iptc(25, "cup"))));
+    EXPECT_EQ(
+        reading.contextLines,
+        tagged({u"IPTC dictionary keys found: City, Country/PrimaryLocationName, DateCreated, "
+                "Headline, Keywords, ObjectName, Province/State, Sub-location"_s,
+                u"IPTC City found: Dallas"_s, u"IPTC State/Province found: Texas"_s,
+                u"IPTC Country found: USA"_s, u"IPTC Sublocation found: Stadium"_s,
+                u"IPTC Headline found: Cup final"_s, u"IPTC DateCreated found: 20240305 -> 20240305"_s,
+                u"IPTC Keywords found: 2 keywords"_s,
+                u"JPEG context extracted: City: Dallas • State/Province: Texas • Country: USA • "
+                "Venue/Location: Stadium • Date: 20240305 • Event: Cup final • Keywords: football, cup"_s}));
+    EXPECT_EQ(reading.contextLines.last().section(u": "_s, 1), contextDescription(reading.facts.context));
 }
 
 TEST(EmbeddedContext, FallsBackForDatesAndFromRecordsToThePacketOnly) {
     const QByteArray packet = packetSegment(
         subject("<Iptc4xmpCore:Location>Field</Iptc4xmpCore:Location>"
                 "<dc:subject><rdf:Bag><rdf:li>a</rdf:li><rdf:li>b</rdf:li></rdf:Bag></dc:subject>"
-                "<ext:Event xmlns:ext='http://iptc.org/std/Iptc4xmpExt/2008-02-29/'><rdf:Alt>"
-                "<rdf:li xml:lang='x-default'>Derby</rdf:li></rdf:Alt></ext:Event>",
+                "<ext:Event xmlns:ext='http://iptc.org/std/Iptc4xmpExt/2008-02-29/'><rdf:Alt>" +
+                    item("x-default", "Derby") + "</rdf:Alt></ext:Event>",
                 " photoshop:City='Austin' photoshop:State='Texas' "
                 "photoshop:DateCreated='2024-03-05T23:30:00-05:00'"));
-    RecordingLog log;
-    EXPECT_EQ(contextOf(iptcSegment(iptc(90, "Dallas")) + packet, log),
-              (XMPContext{.city = u"Dallas"_s,
-                          .state = u"Texas"_s,
-                          .country = {},
-                          .location = u"Field"_s,
-                          .dateISO8601 = u"2024-03-06"_s,
-                          .event = u"Derby"_s,
-                          .keywords = {u"a"_s, u"b"_s}}));
-    EXPECT_TRUE(log.lines.contains(u"[XMPWriter] IPTC Event (string key) found: Derby"_s));
     const TestEntry changed{0x0132, 2, "2023:01:02 03:04:05"};
     const TestEntry taken{0x9003, 2, "2024:03:05 19:02:33"};
-    EXPECT_EQ(contextOf(exifSegment({changed}, {taken}), log).dateISO8601, u"2024-03-05"_s);
-    EXPECT_TRUE(
-        log.lines.contains(u"[XMPWriter] EXIF DateTimeOriginal found: 2024:03:05 19:02:33 -> 2024-03-05"_s));
-    EXPECT_EQ(contextOf(exifSegment({changed}), log).dateISO8601, u"2023-01-02"_s);
-    EXPECT_TRUE(log.lines.contains(u"[XMPWriter] TIFF DateTime found: 2023:01:02 03:04:05 -> 2023-01-02"_s));
-    log.lines.clear();
-    EXPECT_EQ(contextOf("", log), XMPContext());
-    EXPECT_EQ(log.lines, QStringList(u"[XMPWriter] No context found in JPEG embedded metadata"_s));
+    const struct {
+        QByteArray segments;
+        QString description;
+        QString line;
+    } rows[] = {
+        {iptcSegment(iptc(90, "Dallas")) + packet,
+         u"City: Dallas • State/Province: Texas • Venue/Location: Field • Date: 2024-03-06 • Event: Derby • "
+         "Keywords: a, b"_s,
+         u"IPTC Event (string key) found: Derby"_s},
+        {exifSegment({changed}, {taken}), u"Date: 2024-03-05"_s,
+         u"EXIF DateTimeOriginal found: 2024:03:05 19:02:33 -> 2024-03-05"_s},
+        {exifSegment({changed}), u"Date: 2023-01-02"_s,
+         u"TIFF DateTime found: 2023:01:02 03:04:05 -> 2023-01-02"_s},
+        {"", QString(), u"No context found in JPEG embedded metadata"_s},
+    };
+    for (const auto& row : rows) {
+        const MetadataReading reading = readEmbedded(jpegWith(row.segments));
+        EXPECT_EQ(contextDescription(reading.facts.context), row.description);
+        EXPECT_TRUE(reading.contextLines.contains(u"[XMPWriter] "_s + row.line)) << row.line.toStdString();
+    }
+    EXPECT_EQ(readEmbedded(jpegWith(packet)).facts.context.keywords.size(), 2);
 }
 
 TEST(EmbeddedRights, AndCreatorAreTheFirstThatIsNotBlank) {
@@ -216,47 +201,33 @@ TEST(EmbeddedRights, AndCreatorAreTheFirstThatIsNotBlank) {
         packetSegment(subject("<Iptc4xmpCore:CreatorContactInfo "
                               "rdf:parseType='Resource'><Iptc4xmpCore:Name>Cora Contact</Iptc4xmpCore:Name>"
                               "</Iptc4xmpCore:CreatorContactInfo>"));
+    const QByteArray others = contact + exifSegment({artist, copyright}, {comment(ascii("(c) EXIF"))});
     const struct {
         QByteArray segments;
         std::optional<QString> rights;
         std::optional<QString> creator;
     } rows[] = {
-        {iptcSegment(iptc(80, "Ina") + iptc(116, "(c) IPTC")) + exifSegment({artist, copyright}),
-         u"(c) IPTC"_s, u"Ina"_s},
-        {iptcSegment(iptc(80, " ") + iptc(116, "")) + contact +
-             exifSegment({artist, copyright}, {comment(ascii("(c) EXIF"))}),
-         u"(c) EXIF"_s, u"Cora Contact"_s},
+        {iptcSegment(iptc(80, "Ina") + iptc(116, "(c) IPTC")) + others, u"(c) IPTC"_s, u"Ina"_s},
+        {iptcSegment(iptc(80, " ") + iptc(116, "")) + others, u"(c) EXIF"_s, u"Cora Contact"_s},
         {exifSegment({artist, copyright}), u"(c) TIFF"_s, u"Tina TIFF"_s},
         {"", std::nullopt, std::nullopt},
     };
     for (const auto& row : rows) {
-        const ImageFile file(jpegWith(row.segments));
-        EXPECT_EQ(XMPWriter().readEmbeddedRights(file.path()), row.rights);
-        EXPECT_EQ(XMPWriter().readEmbeddedCreator(file.path()), row.creator);
+        const ImageFacts facts = readEmbedded(jpegWith(row.segments)).facts;
+        EXPECT_EQ(facts.rights, row.rights);
+        EXPECT_EQ(facts.creator, row.creator);
     }
 }
 
 TEST(EmbeddedMetadata, AFileThatCannotBeOpenedIsMissingAndOneThatIsNoJpegHasNone) {
     const ImageFile file("no picture at all");
-    RecordingLog log;
-    EXPECT_EQ(XMPWriter().readEmbeddedCaption(file.path(), log), std::nullopt);
-    EXPECT_TRUE(log.lines.isEmpty());
+    const MetadataReading none = XMPWriter().readEmbedded(file.path(), QTimeZone::utc());
+    EXPECT_EQ(none.facts, ImageFacts());
+    EXPECT_TRUE(none.captionLines.isEmpty());
     for (const QString& path : {file.folder(), file.path() + u'x'}) {
-        try {
-            XMPWriter().readEmbeddedCreator(path);
-            ADD_FAILURE() << path.toStdString();
-        } catch (const XMPError& error) {
-            EXPECT_EQ(error.kind(), XMPError::Case::fileMissing);
-        }
+        const auto read = [&path] { XMPWriter().readEmbedded(path, QTimeZone::utc()); };
+        EXPECT_EQ(failureIn<XMPError>(read).kind(), XMPError::Case::fileMissing);
     }
-}
-
-TEST(EmbeddedMetadata, IsReadBehindSegmentsOfAnySize) {
-    QByteArray bulk;
-    for (int count = 0; count < 40; ++count) {
-        bulk += segment(0xE2, QByteArray(65'000, 'x'));
-    }
-    EXPECT_EQ(captionOf(bulk + iptcSegment(iptc(120, "Behind 2.6 MB"))), u"Behind 2.6 MB"_s);
 }
 
 } // namespace ostrelle

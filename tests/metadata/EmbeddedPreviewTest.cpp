@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/RenditionFixture.h"
+#include "standins/RawBuilder.h"
 
 #include <QtEndian>
 #include <algorithm>
 #include <random>
-
-#include "standins/RawBuilder.h"
 
 namespace ostrelle {
 namespace {
@@ -40,8 +39,7 @@ TEST_F(EmbeddedPreviews, showARawFileOfAnUnknownCamera) {
 TEST_F(EmbeddedPreviews, standInOnlyForAPictureThatDoesNotDecode) {
     const SportsScene scene(300, 200, 1);
     const auto source = [this](const QByteArray& bytes) { return rendition(file(bytes)).source; };
-    DngOptions options;
-    options.thumbnail = large;
+    DngOptions options = with(&DngOptions::thumbnail, large);
     const QByteArray decodable = dngFile(scene, options);
     EXPECT_EQ(source(decodable), Rendition::Source::picture);
     // Without its ColorMatrix1 it would have the colours of the sensor, and serves if there is no preview.

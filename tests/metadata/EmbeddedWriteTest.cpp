@@ -2,15 +2,14 @@
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/SidecarBytes.h"
 #include "metadata/facts/XMPError.h"
+#include "platform/Files.h"
+#include "support/Failure.h"
+#include "support/FileFacts.h"
 #include "support/FullDisk.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 
-#include <sys/stat.h>
-
 #include <QCryptographicHash>
-#include <QDir>
-#include <QFileInfo>
 #include <functional>
 
 namespace ostrelle {
@@ -38,22 +37,22 @@ QByteArray written(const QByteArray& jpeg, const QString& text = caption) {
 }
 
 std::optional<QString> readBack(const QByteArray& jpeg) {
-    RecordingLog log;
-    const ImageFile file(jpeg);
-    return XMPWriter().readEmbeddedCaption(file.path(), log);
+    return readEmbedded(jpeg).facts.caption;
 }
 
-XMPError::Case failureOf(const QByteArray& jpeg, RecordingLog& log) {
+XMPError::Case refusalOf(const QString& path, RecordingLog& log, const QString& text = caption) {
+    const QByteArray before = contentsOf(path);
+    const auto write = [&] { XMPWriter().writeEmbeddedCaption(text, path, log); };
+    const XMPError::Case kind = failureIn<XMPError>(write).kind();
+    EXPECT_EQ(contentsOf(path), before) << "a refused file stays as it was";
+    return kind;
+}
+
+XMPError::Case refusalOf(const QByteArray& jpeg, RecordingLog& log, const QString& text = caption) {
     const ImageFile file(jpeg);
-    try {
-        XMPWriter().writeEmbeddedCaption(caption, file.path(), log);
-    } catch (const XMPError& error) {
-        EXPECT_EQ(file.bytes(), jpeg) << "a refused file stays as it was";
-        EXPECT_EQ(QDir(file.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-        return error.kind();
-    }
-    ADD_FAILURE() << "nothing was refused";
-    return {};
+    const XMPError::Case kind = refusalOf(file.path(), log, text);
+    EXPECT_EQ(filesIn(file.folder()).size(), 1);
+    return kind;
 }
 
 /// A log that lets a test act when a line comes.
@@ -110,9 +109,7 @@ TEST(EmbeddedWrite, CaptionsOfAnyLengthReadBack) {
         EXPECT_EQ(readBack(written(jpegWith(""), text)), text) << text.size();
     }
     RecordingLog log;
-    const ImageFile file(jpegWith(""));
-    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(QString(70'000, u'x'), file.path(), log), XMPError);
-    EXPECT_EQ(file.bytes(), jpegWith(""));
+    EXPECT_EQ(refusalOf(jpegWith(""), log, QString(70'000, u'x')), XMPError::Case::writeFailed);
 }
 
 TEST(EmbeddedWrite, KeepsTheOtherFieldsAndConvertsTheirTextWithTheEncoding) {
@@ -149,17 +146,13 @@ TEST(EmbeddedWrite, SetsTheDescriptionOfThePacketAndNothingElseInIt) {
     const QByteArray before = "<dc:title>T</dc:title>";
     const QByteArray escaped =
         "Zo\xC3\xAB O'Neil \xF0\x9F\x8F\x88 \xE6\xBC\xA2\xE5\xAD\x97 &amp; &lt;co&gt; \"wins\"\nagain";
-    const auto alt = [](const QByteArray& items) {
-        return "<dc:description><rdf:Alt>" + items + "</rdf:Alt></dc:description>";
-    };
-    const auto item = [](const QByteArray& language, const QByteArray& text) {
-        return "<rdf:li xml:lang='" + language + "'>" + text + "</rdf:li>";
-    };
     const QByteArray padding = "\n   \n<?xpacket end='w'?>";
-    const QByteArray packet = subject(before + alt(item("de", "Alt") + item("x-default", "Old"))) + padding;
-    EXPECT_TRUE(written(jpegWith(packetSegment(packet)))
-                    .contains(packetSegment(
-                        subject(before + alt(item("de", "Alt") + item("x-default", escaped))) + padding)));
+    const QByteArray packet =
+        subject(before + described(item("de", "Alt") + item("x-default", "Old"))) + padding;
+    EXPECT_TRUE(
+        written(jpegWith(packetSegment(packet)))
+            .contains(packetSegment(
+                subject(before + described(item("de", "Alt") + item("x-default", escaped))) + padding)));
     const QByteArray attribute = written(jpegWith(packetSegment(subject(before, " dc:description='Old'"))));
     EXPECT_EQ(readBack(attribute), caption);
     EXPECT_FALSE(attribute.contains("Old"));
@@ -185,9 +178,7 @@ TEST(EmbeddedWrite, SetsTheDescriptionOfThePacketAndNothingElseInIt) {
 
 TEST(EmbeddedWrite, LetsThePaddingOfAFullPacketGo) {
     const auto packet = [](const QByteArray& text, const QByteArray& behind) {
-        return subject("<dc:description><rdf:Alt><rdf:li xml:lang='x-default'>" + text +
-                       "</rdf:li></rdf:Alt></dc:description>") +
-               behind + "<?xpacket end='w'?>";
+        return subject(described(item("x-default", text))) + behind + "<?xpacket end='w'?>";
     };
     const qsizetype room = 65'533 - 29 - packet("", "").size();
     const QByteArray jpeg =
@@ -195,7 +186,7 @@ TEST(EmbeddedWrite, LetsThePaddingOfAFullPacketGo) {
     EXPECT_TRUE(jpeg.contains(packetSegment(packet("Much longer", QByteArray(room - 11, ' ')))));
     RecordingLog log;
     const QByteArray full = packet("", "<!--" + QByteArray(room - 7, 'x') + "-->");
-    EXPECT_EQ(failureOf(jpegWith(packetSegment(full)), log), XMPError::Case::writeFailed);
+    EXPECT_EQ(refusalOf(jpegWith(packetSegment(full)), log), XMPError::Case::writeFailed);
     EXPECT_TRUE(log.lines.last().contains(u"a metadata segment has no room for the caption"));
 }
 
@@ -206,10 +197,7 @@ TEST(EmbeddedWrite, LeavesEveryByteOfTheExifBlockInPlace) {
     const QByteArray jpeg = written(jpegWith(exif));
     // Behind the offset of the first directory, which moves to the end for its new entry.
     EXPECT_EQ(jpeg.indexOf(exif.sliced(18)), jpegWith(exif).indexOf(exif.sliced(18)));
-    RecordingLog log;
-    const ImageFile file(jpeg);
-    EXPECT_EQ(XMPWriter().readEmbeddedContext(file.path(), QTimeZone::utc(), log).dateISO8601,
-              u"2024-03-05"_s);
+    EXPECT_EQ(readEmbedded(jpeg).facts.context.dateISO8601, u"2024-03-05"_s);
 }
 
 TEST(EmbeddedWrite, RefusesWhatItCouldOnlyHarm) {
@@ -234,7 +222,7 @@ TEST(EmbeddedWrite, RefusesWhatItCouldOnlyHarm) {
     };
     for (const auto& row : rows) {
         RecordingLog log;
-        EXPECT_EQ(failureOf(row.jpeg, log), XMPError::Case::writeFailed);
+        EXPECT_EQ(refusalOf(row.jpeg, log), XMPError::Case::writeFailed);
         EXPECT_TRUE(log.lines.contains(u"[XMPWriter] ERROR: Failed to finalize image to temp file"_s));
         EXPECT_EQ(log.lines.last(),
                   u"[XMPWriter] Nothing was written into IMG_0001.JPG, because %1."_s.arg(row.reason));
@@ -244,14 +232,9 @@ TEST(EmbeddedWrite, RefusesWhatItCouldOnlyHarm) {
 TEST(EmbeddedWrite, RefusesAPictureThatCannotBeDecoded) {
     RecordingLog log;
     const QByteArray jpeg = jpegWith("");
-    EXPECT_EQ(failureOf(jpeg.first(jpeg.size() / 2), log), XMPError::Case::parseFailed);
-    EXPECT_EQ(failureOf("no picture at all", log), XMPError::Case::parseFailed);
-    try {
-        XMPWriter().writeEmbeddedCaption(caption, u"/nowhere/IMG_0001.JPG"_s, log);
-        ADD_FAILURE() << "there is no such file";
-    } catch (const XMPError& error) {
-        EXPECT_EQ(error.kind(), XMPError::Case::fileMissing);
-    }
+    EXPECT_EQ(refusalOf(jpeg.first(jpeg.size() / 2), log), XMPError::Case::parseFailed);
+    EXPECT_EQ(refusalOf(QByteArray("no picture at all"), log), XMPError::Case::parseFailed);
+    EXPECT_EQ(refusalOf(u"/nowhere/IMG_0001.JPG"_s, log), XMPError::Case::fileMissing);
 }
 
 TEST(EmbeddedWrite, KeepsWhatFollowsThePictureAndFindsItAgain) {
@@ -285,90 +268,56 @@ TEST(EmbeddedWrite, KeepsASignedManifestAndSaysOnceThatItDoesNotMatch) {
                           "does not match the file any more."_s));
 }
 
-TEST(EmbeddedWrite, WritesThroughALinkAndKeepsTheMode) {
-    const ImageFile file(jpegWith(""));
-    ASSERT_TRUE(QFile::setPermissions(file.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
-    const QString link = file.folder() + u"/link.jpg"_s;
-    ASSERT_TRUE(QFile::link(file.path(), link));
-    RecordingLog log;
-    XMPWriter().writeEmbeddedCaption(caption, link, log);
-    EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_EQ(readBack(file.bytes()), caption);
-    struct stat status{};
-    ASSERT_EQ(::stat(file.path().toLocal8Bit().constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, mode_t{0604});
-}
-
-TEST(EmbeddedWrite, TellsOfAFolderThatMayNotBeWritten) {
+TEST(EmbeddedWrite, TellsWhatTheSystemRefuses) {
     const UnprivilegedFolder folder;
     const QString path = folder.filePath(u"IMG_0001.JPG"_s);
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(jpegWith(""));
-    file.close();
-    ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::ExeOwner));
-    RecordingLog log;
-    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, path, log), XMPError);
-    ASSERT_EQ(log.lines.size(), 4);
-    EXPECT_EQ(log.lines[0], u"[XMPWriter] ERROR: File coordination failed for IMG_0001.JPG"_s);
-    EXPECT_EQ(log.lines[1], u"[XMPWriter] Parent directory: "_s + folder.path());
-    EXPECT_TRUE(log.lines[2].startsWith(u"[XMPWriter] Error: "_s));
-    EXPECT_EQ(
-        log.lines[3],
-        u"[XMPWriter] This usually indicates a permission issue. Please grant folder access permissions."_s);
-    ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), jpegWith(""));
-}
-
-TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhile) {
-    ImageFile file(jpegWith(iptcSegment(iptc(90, "Dallas"))));
-    int changes = 0;
-    ActingLog log([&](const QString& line) {
-        if (line.contains(u"Preserving") && changes == 0) {
-            ++changes;
-            file.write(jpegWith(iptcSegment(iptc(90, "Austin, Texas"))));
-        }
-    });
-    XMPWriter().writeEmbeddedCaption(caption, file.path(), log);
-    EXPECT_TRUE(file.bytes().contains(iptc(90, "Austin, Texas")));
-    EXPECT_EQ(readBack(file.bytes()), caption);
-}
-
-TEST(EmbeddedWrite, LeavesAFileThatAnotherProgramKeepsChanging) {
-    ImageFile file(jpegWith(""));
-    QByteArray latest;
-    int changes = 0;
-    ActingLog log([&](const QString& line) {
-        if (line.contains(u"Preserving") || line.contains(u"reading it again")) {
-            latest = jpegWith(iptcSegment(iptc(90, "City") + iptc(105, QByteArray(++changes, 'h'))));
-            file.write(latest);
-        }
-    });
-    file.write(jpegWith(iptcSegment(iptc(90, "City"))));
-    EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, file.path(), log), XMPError);
-    EXPECT_EQ(changes, 3);
-    EXPECT_EQ(file.bytes(), latest);
-    EXPECT_EQ(QDir(file.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    EXPECT_TRUE(log.lines.last().contains(u"Could not keep up with another program's changes to "_s));
-}
-
-TEST(EmbeddedWrite, AFullDiskLeavesTheOldFileAlone) {
     const QByteArray jpeg = jpegWith("");
-    const ImageFile file(jpeg);
+    replaceFile(path, jpeg);
+    const auto failed = [&path, &folder](const QString& event, const QString& reason) {
+        return QStringList({u"[XMPWriter] ERROR: "_s + event + u" failed for IMG_0001.JPG"_s,
+                            u"[XMPWriter] Parent directory: "_s + folder.path(),
+                            u"[XMPWriter] Error: Could not write %1: %2."_s.arg(path, reason)});
+    };
     RecordingLog log;
+    setMode(folder.path(), 0500);
+    EXPECT_EQ(refusalOf(path, log), XMPError::Case::writeFailed);
+    setMode(folder.path(), 0700);
+    EXPECT_EQ(log.lines, failed(u"File coordination"_s, u"Permission denied"_s)
+                             << u"[XMPWriter] This usually indicates a permission issue. Please grant folder "
+                                "access permissions."_s);
+    log.lines.clear();
     {
         const FullDisk full(static_cast<rlim_t>(jpeg.size() / 2));
-        EXPECT_THROW(XMPWriter().writeEmbeddedCaption(caption, file.path(), log), XMPError);
+        EXPECT_EQ(refusalOf(path, log), XMPError::Case::writeFailed);
     }
-    const QString reason = u"Could not write %1: File too large."_s.arg(file.path());
     EXPECT_EQ(log.lines,
-              QStringList({u"[XMPWriter] ERROR: Failed to copy temp file to final location: "_s + reason,
-                           u"[XMPWriter] ERROR: Write operation failed for IMG_0001.JPG"_s,
-                           u"[XMPWriter] Parent directory: "_s + file.folder(),
-                           u"[XMPWriter] Error: "_s + reason}));
-    EXPECT_EQ(file.bytes(), jpeg);
-    EXPECT_EQ(QDir(file.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+              QStringList(u"[XMPWriter] ERROR: Failed to copy temp file to final location: Could not write "
+                          "%1: File too large."_s.arg(path))
+                  << failed(u"Write operation"_s, u"File too large"_s));
+    EXPECT_EQ(filesIn(folder.path()).size(), 1);
+}
+
+TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhileThreeTimes) {
+    for (const int changes : {1, 3}) {
+        ImageFile file(jpegWith(iptcSegment(iptc(90, "City"))));
+        int done = 0;
+        ActingLog log([&](const QString& line) {
+            if (done < changes && (line.contains(u"Preserving") || line.contains(u"reading it again"))) {
+                file.write(jpegWith(iptcSegment(iptc(90, "City") + iptc(105, QByteArray(++done, 'h')))));
+            }
+        });
+        const auto write = [&] { XMPWriter().writeEmbeddedCaption(caption, file.path(), log); };
+        if (changes == 1) {
+            write();
+            EXPECT_EQ(readBack(file.bytes()), caption);
+        } else {
+            EXPECT_EQ(failureIn<XMPError>(write).kind(), XMPError::Case::writeFailed);
+            EXPECT_TRUE(log.lines.last().contains(u"Could not keep up with another program's changes to "_s));
+            EXPECT_FALSE(file.bytes().contains(caption.toUtf8()));
+        }
+        EXPECT_EQ(done, changes);
+        EXPECT_TRUE(file.bytes().contains(iptc(90, "City") + iptc(105, QByteArray(changes, 'h'))));
+    }
 }
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/ImageMetadata.h"
 
+#include "core/Attempt.h"
 #include "metadata/EditConditions.h"
 #include "metadata/JpegMetadataBytes.h"
 #include "metadata/SidecarBytes.h"
@@ -8,15 +9,15 @@
 #include "metadata/facts/XMPError.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "platform/FileError.h"
+#include "platform/Files.h"
+#include "standins/DngBuilder.h"
+#include "support/FileFacts.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 
-#include <sys/stat.h>
-
-#include <QDir>
+#include <array>
+#include <exception>
 #include <functional>
-
-#include "standins/DngBuilder.h"
 
 namespace ostrelle {
 
@@ -27,59 +28,53 @@ namespace {
 const QTimeZone zone = QTimeZone::utc();
 const QString newCaption = u"Sam Abel scores."_s;
 
-QByteArray sidecarWith(const QByteArray& caption, const QByteArray& others = {}) {
-    return subject(others + "<dc:description><rdf:Alt><rdf:li xml:lang=\"x-default\">" + caption +
-                   "</rdf:li></rdf:Alt></dc:description>");
+QByteArray sidecarWith(const QByteArray& caption, const QByteArray& city = "Ghent",
+                       const QByteArray& others = {}) {
+    return subject("<photoshop:City>" + city + "</photoshop:City>" + others +
+                   described(item("x-default", caption)));
 }
 
-const QByteArray& rawPicture(std::uint32_t seed) {
-    static const QByteArray first = dngFile(SportsScene(320, 200, 1));
-    static const QByteArray second = dngFile(SportsScene(320, 200, 2));
-    return seed == 1 ? first : second;
-}
-
-const QByteArray& jpegPicture(std::uint32_t seed) {
-    static const QByteArray first = jpegFile(SportsScene(320, 200, 1).image());
-    static const QByteArray second = jpegFile(SportsScene(320, 200, 2).image());
-    return seed == 1 ? first : second;
+const QByteArray& rawPicture(std::size_t number) {
+    static const std::array pictures = {dngFile(SportsScene(320, 200, 1)), dngFile(SportsScene(320, 200, 2))};
+    return pictures.at(number - 1);
 }
 
 QByteArray withSegment(const QByteArray& jpeg, const QByteArray& segment) {
     return jpeg.first(2) + segment + jpeg.sliced(2);
 }
 
+QByteArray jpegImage(const QByteArray& caption, const QByteArray& city = "Ghent", std::size_t number = 1) {
+    static const std::array pictures = {jpegFile(SportsScene(320, 200, 1).image()),
+                                        jpegFile(SportsScene(320, 200, 2).image())};
+    return withSegment(pictures.at(number - 1),
+                       iptcSegment(utf8Declared + iptc(90, city) + iptc(120, caption)));
+}
+
 /// A folder with an image whose caption is being made while another program works on it.
 class ImageMetadataTest : public testing::Test {
 protected:
+    using Case = OvertakenError::Case;
+
     void write(const QString& name, const QByteArray& bytes) const {
-        const QString path = folder.filePath(name);
-        QFile::remove(path + u".new"_s);
-        QFile file(path + u".new"_s);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        file.close();
-        QFile::remove(path);
-        ASSERT_TRUE(QFile::rename(path + u".new"_s, path));
+        replaceFile(folder.filePath(name), bytes);
     }
-    QByteArray read(const QString& name) const {
-        QFile file(folder.filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    CaptionSource gather(const QString& image) const {
+    QByteArray read(const QString& name) const { return contentsOf(folder.filePath(name)); }
+    /// Writes a caption that is made before `meanwhile`. One that was overtaken leaves the file alone.
+    void expectAfter(const std::function<void()>& meanwhile, const QString& image, const QString& file,
+                     std::optional<Case> expected) {
         CaptionSource source{.facts = ImageMetadata(image).read(zone).facts, .zone = zone, .picture = {}};
         source.picture = seePicture(image, 128, 0.6);
-        return source;
-    }
-    /// What comes of a caption that is written after `meanwhile`; nothing for one that was written.
-    std::optional<OvertakenError::Case> writeAfter(const QString& image,
-                                                   const std::function<void()>& meanwhile) {
-        const CaptionSource source = gather(image);
         meanwhile();
+        const QByteArray left = read(file);
+        std::optional<Case> overtaken;
         try {
             ImageMetadata(image).writeCaption(newCaption, source, log);
-            return std::nullopt;
+            EXPECT_EQ(captionOf(image), newCaption);
         } catch (const OvertakenError& error) {
-            return error.kind();
+            overtaken = error.kind();
+            EXPECT_EQ(read(file), left);
         }
+        EXPECT_EQ(overtaken, expected);
     }
     QString captionOf(const QString& image) const {
         return ImageMetadata(image).read(zone).facts.caption.value_or(QString());
@@ -94,82 +89,53 @@ protected:
 } // namespace
 
 TEST_F(ImageMetadataTest, WritesIntoASidecarOnlyWhatItIsStillAbout) {
-    using Case = OvertakenError::Case;
-    const QByteArray original = sidecarWith("stub", "<photoshop:City>Ghent</photoshop:City>");
-    const auto sidecar = [&](const QByteArray& bytes) { write(u"IMG_1.xmp"_s, bytes); };
+    const auto sidecar = [this](const QByteArray& bytes) {
+        return [this, bytes] { write(u"IMG_1.xmp"_s, bytes); };
+    };
+    const auto picture = [this](std::size_t number) {
+        return [this, number] { write(u"IMG_1.DNG"_s, rawPicture(number)); };
+    };
     const struct {
         std::function<void()> meanwhile;
         std::optional<Case> expected;
     } rows[] = {
         {[] {}, std::nullopt},
-        {[&] {
-             sidecar(sidecarWith("stub", "<photoshop:City>Ghent</photoshop:City><xmp:Rating>5</xmp:Rating>"));
-         },
-         std::nullopt},
-        {[&] { write(u"IMG_1.DNG"_s, rawPicture(1)); }, std::nullopt}, // copied once more
-        {[&] { sidecar(sidecarWith("typed by hand", "<photoshop:City>Ghent</photoshop:City>")); },
+        {sidecar(sidecarWith("stub", "Ghent", "<xmp:Rating>5</xmp:Rating>")), std::nullopt},
+        {sidecar(sidecarWith(" stub\n")), std::nullopt},
+        {picture(1), std::nullopt}, // copied once more
+        {sidecar(sidecarWith("typed by hand")), Case::captionEdited},
+        {sidecar(sidecarWith("stub", "Bruges")), Case::factsChanged},
+        {sidecar(sidecarWith("typed by hand", "Bruges")), Case::captionAndFactsEdited},
+        {sidecar(sidecarWith("stub").replace("</rdf:Alt>", item("en-US", "typed by hand") + "</rdf:Alt>")),
          Case::captionEdited},
-        {[&] { sidecar(sidecarWith("stub", "<photoshop:City>Bruges</photoshop:City>")); },
-         Case::factsChanged},
-        {[&] { sidecar(sidecarWith("typed by hand", "<photoshop:City>Bruges</photoshop:City>")); },
-         Case::captionAndFactsEdited},
-        {[&] {
-             sidecar(QByteArray(original).replace(
-                 "</rdf:Alt>", "<rdf:li xml:lang=\"en-US\">typed by hand</rdf:li></rdf:Alt>"));
-         },
-         Case::captionEdited},
-        {[&] { sidecar(sidecarWith(" stub\n", "<photoshop:City>Ghent</photoshop:City>")); }, std::nullopt},
-        {[&] { write(u"IMG_1.DNG"_s, rawPicture(2)); }, Case::pictureReplaced},
-        {[&] { QFile::remove(raw); }, Case::pictureReplaced},
+        {picture(2), Case::pictureReplaced},
+        {[this] { QFile::remove(raw); }, Case::pictureReplaced},
     };
-    for (const auto& row : rows) {
-        write(u"IMG_1.DNG"_s, rawPicture(1));
-        sidecar(original);
-        QByteArray left;
-        EXPECT_EQ(writeAfter(raw,
-                             [&] {
-                                 row.meanwhile();
-                                 left = read(u"IMG_1.xmp"_s);
-                             }),
-                  row.expected);
-        if (row.expected) {
-            EXPECT_EQ(read(u"IMG_1.xmp"_s), left);
-        } else {
-            EXPECT_EQ(captionOf(raw), newCaption);
-        }
+    for (std::size_t row = 0; row < std::size(rows); ++row) {
+        SCOPED_TRACE(row);
+        picture(1)();
+        sidecar(sidecarWith("stub"))();
+        expectAfter(rows[row].meanwhile, raw, u"IMG_1.xmp"_s, rows[row].expected);
     }
 }
 
 TEST_F(ImageMetadataTest, WritesIntoAJpegOnlyWhatItIsStillAbout) {
-    using Case = OvertakenError::Case;
-    const auto withCaption = [](const QByteArray& caption, std::uint32_t seed = 1) {
-        return withSegment(jpegPicture(seed),
-                           iptcSegment(utf8Declared + iptc(90, "Ghent") + iptc(120, caption)));
-    };
     const struct {
         QByteArray meanwhile;
         std::optional<Case> expected;
     } rows[] = {
-        {withCaption("stub"), std::nullopt}, // copied once more
-        {withSegment(withCaption("stub"), segment(0xFE, "rated")), std::nullopt},
-        {withCaption("typed by hand"), Case::captionEdited},
-        {withSegment(
-             withCaption("stub"),
-             packetSegment(subject("<dc:description><rdf:Alt><rdf:li xml:lang=\"x-default\">typed by hand"
-                                   "</rdf:li></rdf:Alt></dc:description>"))),
+        {jpegImage("stub"), std::nullopt}, // copied once more
+        {withSegment(jpegImage("stub"), segment(0xFE, "rated")), std::nullopt},
+        {jpegImage("typed by hand"), Case::captionEdited},
+        {withSegment(jpegImage("stub"),
+                     packetSegment(subject(described(item("x-default", "typed by hand"))))),
          Case::captionEdited},
-        {withSegment(jpegPicture(1), iptcSegment(utf8Declared + iptc(90, "Bruges") + iptc(120, "stub"))),
-         Case::factsChanged},
-        {withCaption("stub", 2), Case::pictureReplaced},
+        {jpegImage("stub", "Bruges"), Case::factsChanged},
+        {jpegImage("stub", "Ghent", 2), Case::pictureReplaced},
     };
     for (const auto& row : rows) {
-        write(u"IMG_2.JPG"_s, withCaption("stub"));
-        EXPECT_EQ(writeAfter(jpeg, [&] { write(u"IMG_2.JPG"_s, row.meanwhile); }), row.expected);
-        if (row.expected) {
-            EXPECT_EQ(read(u"IMG_2.JPG"_s), row.meanwhile);
-        } else {
-            EXPECT_EQ(captionOf(jpeg), newCaption);
-        }
+        write(u"IMG_2.JPG"_s, jpegImage("stub"));
+        expectAfter([&] { write(u"IMG_2.JPG"_s, row.meanwhile); }, jpeg, u"IMG_2.JPG"_s, row.expected);
     }
 }
 
@@ -180,7 +146,7 @@ TEST_F(ImageMetadataTest, FindsASidecarWhateverTheCaseOfItsExtension) {
     write(u"IMG_1.XMP"_s, sidecarWith("capitals"));
     EXPECT_EQ(captionOf(raw), u"capitals"_s);
     EXPECT_FALSE(ImageMetadata(raw).provideSidecar());
-    EXPECT_EQ(writeAfter(raw, [] {}), std::nullopt);
+    expectAfter([] {}, raw, u"IMG_1.XMP"_s, std::nullopt);
     EXPECT_TRUE(read(u"IMG_1.XMP"_s).contains("Sam Abel"));
     EXPECT_FALSE(QFile::exists(sidecarPath(raw)));
     write(u"IMG_1.xmp"_s, sidecarWith("usual"));
@@ -208,25 +174,29 @@ TEST_F(ImageMetadataTest, FillsASidecarThatAKilledProgramLeftEmpty) {
 TEST_F(ImageMetadataTest, FindsOutBeforehandWhatCannotBeWritten) {
     write(u"IMG_1.DNG"_s, rawPicture(1));
     write(u"IMG_1.xmp"_s, sidecarWith("stub"));
-    write(u"IMG_2.JPG"_s, jpegPicture(1));
-    ImageMetadata(raw).requireEditable(log);
-    ImageMetadata(jpeg).requireEditable(log);
+    write(u"IMG_2.JPG"_s, jpegImage("stub"));
+    const auto refusal = [this](const QString& image) -> std::exception_ptr {
+        const EditableReading reading = ImageMetadata(image).readEditable(zone);
+        log.lines = reading.refusalLines;
+        return reading.refusal;
+    };
+    EXPECT_FALSE(refusal(raw) || refusal(jpeg));
     const EditConditions before = EditConditions::of(raw);
     EXPECT_EQ(EditConditions::of(raw), before);
 
-    ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0555), 0);
-    EXPECT_THROW(ImageMetadata(raw).requireEditable(log), FileError);
-    EXPECT_THROW(ImageMetadata(jpeg).requireEditable(log), XMPError);
+    setMode(folder.path(), 0555);
+    EXPECT_TRUE(failureAs<FileError>(refusal(raw)));
+    EXPECT_TRUE(failureAs<XMPError>(refusal(jpeg)));
     EXPECT_NE(EditConditions::of(raw), before);
-    ASSERT_EQ(::chmod(folder.path().toLocal8Bit().constData(), 0700), 0);
+    setMode(folder.path(), 0700);
     EXPECT_EQ(EditConditions::of(raw), before);
 
-    write(u"IMG_2.JPG"_s, withSegment(jpegPicture(1), packetSegment("<x:xmpmeta><dc:description>")));
-    EXPECT_THROW(ImageMetadata(jpeg).requireEditable(log), XMPError);
+    write(u"IMG_2.JPG"_s, withSegment(jpegImage("stub"), packetSegment("<x:xmpmeta><dc:description>")));
+    EXPECT_TRUE(failureAs<XMPError>(refusal(jpeg)));
     EXPECT_EQ(log.lines.last(),
               u"[XMPWriter] Nothing was written into IMG_2.JPG, because its XMP packet is damaged."_s);
     write(u"IMG_1.xmp"_s, "<x:xmpmeta");
-    EXPECT_THROW(ImageMetadata(raw).requireEditable(log), Error);
+    EXPECT_THROW(refusal(raw), Error);
 }
 
 TEST_F(ImageMetadataTest, KeepsEachSidecarThatNobodyMayRead) {

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/XMPWriter.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
+#include "standins/TiffBuilder.h"
 #include "support/FileInFolder.h"
 
 #include <gtest/gtest.h>
-
-#include <QtEndian>
-#include <optional>
-
-#include "standins/JpegBuilder.h"
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 
@@ -19,11 +17,8 @@ public:
     explicit ImageFile(const QByteArray& bytes) : FileInFolder(QStringLiteral("IMG_0001.JPG"), bytes) {}
 };
 
-template <typename Integer>
-QByteArray bigEndian(Integer value) {
-    QByteArray bytes(sizeof value, Qt::Uninitialized);
-    qToBigEndian(value, bytes.data());
-    return bytes;
+inline QByteArray bigEndian(auto value) {
+    return tiffNumber(value, true);
 }
 
 inline QByteArray segment(quint8 marker, const QByteArray& payload) {
@@ -112,6 +107,11 @@ inline QByteArray jpegWith(const QByteArray& segments) {
     static const QByteArray picture = jpegFile(SportsScene(64, 48, 1).image());
     constexpr qsizetype firstEnd = 20; // the JFIF segment
     return picture.first(firstEnd) + segments + picture.sliced(firstEnd);
+}
+
+inline MetadataReading readEmbedded(const QByteArray& jpeg) {
+    const ImageFile file(jpeg);
+    return XMPWriter().readEmbedded(file.path(), QTimeZone::utc());
 }
 
 } // namespace ostrelle

@@ -8,19 +8,9 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 TEST(MetadataDates, RoundTripKeepsWhatIsNoFullInstant) {
-    const struct {
-        QString text;
-        QString result;
-    } rows[] = {
-        {u"2024-03-05T19:02:33-05:00"_s, u"2024-03-06T00:02:33Z"_s},
-        {u"2024-03-05T19:02:33Z"_s, u"2024-03-05T19:02:33Z"_s},
-        {u"2024-03-05T19:02:33.51-05:00"_s, u"2024-03-05T19:02:33.51-05:00"_s},
-        {u"2024-03-05T19:02:33,5Z"_s, u"2024-03-05T19:02:33,5Z"_s},
-        {u"2024-03-05"_s, u"2024-03-05"_s},
-        {u"last Tuesday"_s, u"last Tuesday"_s},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(roundTripIso8601(row.text), row.result);
+    EXPECT_EQ(roundTripIso8601(u"2024-03-05T19:02:33-05:00"_s), u"2024-03-06T00:02:33Z"_s);
+    for (const QString& text : {u"2024-03-05T19:02:33.51-05:00"_s, u"last Tuesday"_s}) {
+        EXPECT_EQ(roundTripIso8601(text), text);
     }
 }
 

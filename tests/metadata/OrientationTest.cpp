@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/RenditionFixture.h"
-
-#include <QTransform>
-
 #include "standins/RawBuilder.h"
 #include "standins/TiffBuilder.h"
+
+#include <QTransform>
 
 namespace ostrelle {
 namespace {
@@ -19,9 +18,7 @@ QImage shown(const QImage& stored, int orientation) {
 }
 
 QByteArray jpegWith(const QImage& scene, int orientation) {
-    JpegOptions options;
-    options.orientation = orientation;
-    return jpegFile(scene, options);
+    return jpegFile(scene, with(&JpegOptions::orientation, orientation));
 }
 
 class UprightRenditions : public Renditions {
@@ -42,9 +39,7 @@ protected:
 TEST_F(UprightRenditions, areTurnedByTheOrientationOfTheFile) {
     for (int orientation = 1; orientation <= 8; ++orientation) {
         expectShown(jpegWith(small.image(), orientation), orientation);
-        DngOptions decoded;
-        decoded.orientation = orientation;
-        expectShown(dngFile(small, decoded), orientation);
+        expectShown(dngFile(small, with(&DngOptions::orientation, orientation)), orientation);
         // In directories of both byte orders, in boxes, and in the EXIF of the preview.
         for (const RawKind kind : {RawKind::arw, RawKind::nef, RawKind::cr3}) {
             expectShown(rawFile(kind, {.preview = jpegFile(large), .orientation = orientation}), orientation);

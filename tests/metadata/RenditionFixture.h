@@ -3,6 +3,9 @@
 
 #include "metadata/rendition/ExtractError.h"
 #include "metadata/rendition/RAWPreviewExtractor.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 
 #include <gtest/gtest.h>
 
@@ -10,10 +13,7 @@
 #include <QTemporaryDir>
 #include <cstdlib>
 #include <optional>
-
-#include "standins/DngBuilder.h"
-#include "standins/JpegBuilder.h"
-#include "standins/SportsScene.h"
+#include <type_traits>
 
 namespace ostrelle {
 
@@ -36,6 +36,13 @@ inline std::optional<ExtractError::Case> failure(const QString& path, double max
         return error.kind();
     }
     return std::nullopt;
+}
+
+/// What a file is built with, one option set.
+template <typename Options, typename Value>
+Options with(Value Options::* option, std::type_identity_t<Value> value, Options options = {}) {
+    options.*option = std::move(value);
+    return options;
 }
 
 class Renditions : public testing::Test {
@@ -65,16 +72,15 @@ inline double difference(const QImage& one, const QImage& other) {
     if (one.size() != other.size()) {
         return 255;
     }
+    const QImage left = one.convertToFormat(QImage::Format_RGB888);
+    const QImage right = other.convertToFormat(QImage::Format_RGB888);
     double sum = 0;
-    for (int y = 0; y < one.height(); ++y) {
-        for (int x = 0; x < one.width(); ++x) {
-            const QRgb a = one.pixel(x, y);
-            const QRgb b = other.pixel(x, y);
-            sum +=
-                std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b));
+    for (int y = 0; y < left.height(); ++y) {
+        for (int x = 0; x < 3 * left.width(); ++x) {
+            sum += std::abs(left.constScanLine(y)[x] - right.constScanLine(y)[x]);
         }
     }
-    return sum / 3 / one.width() / one.height();
+    return sum / 3 / left.width() / left.height();
 }
 
 inline QImage flat(QColor color, QSize size = {64, 48}) {

@@ -30,4 +30,18 @@ inline QByteArray subject(const QByteArray& fields, const QByteArray& attributes
     return packet("<rdf:Description rdf:about=\"\"" + attributes + ">" + fields + "</rdf:Description>");
 }
 
+/// A caption as other tools write it, in items.
+inline QByteArray described(const QByteArray& items) {
+    return "<dc:description><rdf:Alt>" + items + "</rdf:Alt></dc:description>";
+}
+
+inline QByteArray item(const QByteArray& language, const QByteArray& text) {
+    return "<rdf:li xml:lang='" + language + "'>" + text + "</rdf:li>";
+}
+
+inline MetadataReading readSidecar(const QByteArray& sidecar) {
+    const SidecarFile file(sidecar);
+    return XMPWriter().readSidecar(file.path(), QTimeZone::utc());
+}
+
 } // namespace ostrelle

@@ -3,7 +3,7 @@
 #include "metadata/facts/XMPError.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "metadata/xml/XmlError.h"
-#include "support/RecordingLog.h"
+#include "support/Failure.h"
 
 namespace ostrelle {
 
@@ -11,43 +11,34 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-XMPContext contextOf(const QByteArray& sidecar) {
-    const SidecarFile file(sidecar);
-    return XMPWriter().readContext(file.path(), QTimeZone::utc());
+XMPContext contextOf(const QByteArray& fields, const QByteArray& attributes = {}) {
+    return readSidecar(subject(fields, attributes)).facts.context;
 }
 
 } // namespace
 
 TEST(XMPWriterContext, ReadsAllFieldsOfAnIngestPreset) {
     const XMPContext context =
-        contextOf(subject("<photoshop:City> Baton Rouge\n</photoshop:City>"
-                          "<photoshop:State>La.</photoshop:State>"
-                          "<photoshop:Country>USA</photoshop:Country>"
-                          "<Iptc4xmpCore:Location>Tiger &amp; Sons Field</Iptc4xmpCore:Location>"
-                          "<Iptc4xmpCore:Event>Auburn at LSU</Iptc4xmpCore:Event>"
-                          "<photoshop:Headline>Not the event</photoshop:Headline>"
-                          "<dc:subject><rdf:Bag><rdf:li>football</rdf:li><rdf:li> </rdf:li>"
-                          "<rdf:li><![CDATA[A&M]]></rdf:li><rdf:li>football</rdf:li></rdf:Bag></dc:subject>"
-                          "<dc:subject><rdf:Seq><rdf:li>ignored</rdf:li></rdf:Seq></dc:subject>",
-                          " photoshop:DateCreated='2024-10-26T19:02:33-05:00'"));
-    EXPECT_EQ(context, (XMPContext{.city = u"Baton Rouge"_s,
-                                   .state = u"La."_s,
-                                   .country = u"USA"_s,
-                                   .location = u"Tiger & Sons Field"_s,
-                                   .dateISO8601 = u"2024-10-27T00:02:33Z"_s,
-                                   .event = u"Auburn at LSU"_s,
-                                   .keywords = {u"football"_s, u"A&M"_s, u"football"_s}}));
+        contextOf("<photoshop:City> Baton Rouge\n</photoshop:City>"
+                  "<photoshop:State>La.</photoshop:State>"
+                  "<photoshop:Country>USA</photoshop:Country>"
+                  "<Iptc4xmpCore:Location>Tiger &amp; Sons Field</Iptc4xmpCore:Location>"
+                  "<Iptc4xmpCore:Event>Auburn at LSU</Iptc4xmpCore:Event>"
+                  "<photoshop:Headline>Not the event</photoshop:Headline>"
+                  "<dc:subject><rdf:Bag><rdf:li>football</rdf:li><rdf:li> </rdf:li>"
+                  "<rdf:li><![CDATA[A&M]]></rdf:li><rdf:li>football</rdf:li></rdf:Bag></dc:subject>"
+                  "<dc:subject><rdf:Seq><rdf:li>ignored</rdf:li></rdf:Seq></dc:subject>",
+                  " photoshop:DateCreated='2024-10-26T19:02:33-05:00'");
     EXPECT_EQ(
         contextDescription(context),
         u"City: Baton Rouge • State/Province: La. • Country: USA • Venue/Location: Tiger & Sons Field • "
         "Date: 2024-10-27T00:02:33Z • Event: Auburn at LSU • Keywords: football, A&M, football"_s);
-    EXPECT_TRUE(contextIsEmpty(contextOf(subject(""))));
-}
-
-TEST(XMPWriterContext, FieldsHaveOneFormAndTheirFirstHitDecides) {
-    EXPECT_FALSE(contextOf(subject("<photoshop:City/><photoshop:City>Second</photoshop:City>")).city);
-    EXPECT_FALSE(contextOf(subject("", " photoshop:City='Attribute'")).city);
-    EXPECT_EQ(contextOf(subject("<photoshop:Headline>Headline</photoshop:Headline>")).event, u"Headline"_s);
+    EXPECT_EQ(context.keywords.size(), 3);
+    EXPECT_TRUE(contextIsEmpty(contextOf("")));
+    // A field has one form, and the first of its elements decides.
+    EXPECT_FALSE(contextOf("<photoshop:City/><photoshop:City>Second</photoshop:City>").city);
+    EXPECT_FALSE(contextOf("", " photoshop:City='Attribute'").city);
+    EXPECT_EQ(contextOf("<photoshop:Headline>Headline</photoshop:Headline>").event, u"Headline"_s);
 }
 
 TEST(XMPWriterContext, TakesTheDateFromTheFirstPlaceThatHasOne) {
@@ -69,42 +60,43 @@ TEST(XMPWriterContext, TakesTheDateFromTheFirstPlaceThatHasOne) {
         {"", "", std::nullopt},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(contextOf(subject(row.elements, row.attributes)).dateISO8601, row.date)
+        EXPECT_EQ(contextOf(row.elements, row.attributes).dateISO8601, row.date)
             << row.attributes.toStdString();
     }
 }
 
 TEST(XMPWriterContext, RightsComeFromAnyNamespaceAndFromXDefaultOnly) {
-    const QByteArray alt = "<rdf:Alt><rdf:li xml:lang='x-default'> (c) A. Photographer </rdf:li></rdf:Alt>";
+    const QByteArray alt = "<rdf:Alt>" + item("x-default", " (c) A. Photographer ") + "</rdf:Alt>";
+    const QString found = u"found value: \" (c) A. Photographer \""_s;
     const struct {
         QByteArray fields;
         std::optional<QString> rights;
         QString lastLine;
     } rows[] = {
-        {"<dc:rights>" + alt + "</dc:rights>", u"(c) A. Photographer"_s,
-         u"[XMPWriter] readRights: found value: \" (c) A. Photographer \""_s},
-        {"<dc:rights>plain</dc:rights><odd:rights>" + alt + "</odd:rights>", u"(c) A. Photographer"_s,
-         u"[XMPWriter] readRights: found value: \" (c) A. Photographer \""_s},
-        {"<dc:rights><rdf:Alt><rdf:li xml:lang='en-US'>no</rdf:li></rdf:Alt></dc:rights>", std::nullopt,
-         u"[XMPWriter] readRights: returning nil - no rights found"_s},
-        {"", std::nullopt, u"[XMPWriter] readRights: returning nil - no rights found"_s},
+        {"<dc:rights>" + alt + "</dc:rights>", u"(c) A. Photographer"_s, found},
+        {"<dc:rights>plain</dc:rights><odd:rights>" + alt + "</odd:rights>", u"(c) A. Photographer"_s, found},
+        {"<dc:rights><rdf:Alt>" + item("en-US", "no") + "</rdf:Alt></dc:rights>", std::nullopt,
+         u"returning nil - no rights found"_s},
+        {"", std::nullopt, u"returning nil - no rights found"_s},
     };
     for (const auto& row : rows) {
-        const SidecarFile file(subject(row.fields));
-        RecordingLog log;
-        EXPECT_EQ(XMPWriter().readRights(file.path(), log), row.rights);
-        EXPECT_EQ(log.lines.value(0), u"[XMPWriter] readRights called for: IMG_0001.xmp"_s);
-        EXPECT_EQ(log.lines.value(log.lines.size() - 1), row.lastLine);
+        const MetadataReading reading = readSidecar(subject(row.fields));
+        EXPECT_EQ(reading.facts.rights, row.rights);
+        EXPECT_EQ(reading.rightsLines.first(), u"[XMPWriter] readRights called for: IMG_0001.xmp"_s);
+        EXPECT_EQ(reading.rightsLines.last(), u"[XMPWriter] readRights: "_s + row.lastLine);
     }
 }
 
 TEST(XMPWriterContext, CreatorIsTheFirstOfTheFirstSequenceThatHasOne) {
-    const SidecarFile file(
-        subject("<dc:creator><rdf:Seq><rdf:li> </rdf:li><rdf:li>Not looked at</rdf:li></rdf:Seq></dc:creator>"
-                "<dc:creator><rdf:Seq><rdf:li>Second Block</rdf:li></rdf:Seq></dc:creator>"));
-    EXPECT_EQ(XMPWriter().readCreator(file.path()), u"Second Block"_s);
-    const SidecarFile none(subject("<dc:creator>plain</dc:creator>"));
-    EXPECT_FALSE(XMPWriter().readCreator(none.path()));
+    const auto creatorOf = [](const QByteArray& fields) {
+        return readSidecar(subject(fields)).facts.creator;
+    };
+    EXPECT_EQ(
+        creatorOf(
+            "<dc:creator><rdf:Seq><rdf:li> </rdf:li><rdf:li>Not looked at</rdf:li></rdf:Seq></dc:creator>"
+            "<dc:creator><rdf:Seq><rdf:li>Second Block</rdf:li></rdf:Seq></dc:creator>"),
+        u"Second Block"_s);
+    EXPECT_FALSE(creatorOf("<dc:creator>plain</dc:creator>"));
 }
 
 TEST(XMPWriterContext, ACaptionIsReadFromXDefaultAsItStands) {
@@ -112,24 +104,17 @@ TEST(XMPWriterContext, ACaptionIsReadFromXDefaultAsItStands) {
         QByteArray sidecar;
         std::optional<QString> caption;
     } rows[] = {
-        {subject("<dc:description><rdf:Alt><rdf:li xml:lang='en-US'>en</rdf:li><rdf:li xml:lang='x-default'> "
-                 "a &lt; b </rdf:li></rdf:Alt></dc:description>"),
-         u" a < b "_s},
-        {subject("<dc:description><rdf:Alt><rdf:li xml:lang='en-US'>en</rdf:li></rdf:Alt></dc:description>"),
+        {subject(described(item("en-US", "en") + item("x-default", " a &lt; b "))), u" a < b "_s},
+        {subject(described(item("en-US", "en"))), std::nullopt},
+        {subject(described("<rdf:li>no language</rdf:li>")), std::nullopt},
+        {subject("<dc:description><odd:ALT>" + item("x-default", "odd") + "</odd:ALT></dc:description>"),
          std::nullopt},
-        {subject("<dc:description><rdf:Alt><rdf:li>no language</rdf:li></rdf:Alt></dc:description>"),
-         std::nullopt},
-        {subject(
-             "<dc:description><odd:ALT><rdf:li xml:lang='x-default'>odd</rdf:li></odd:ALT></dc:description>"),
-         std::nullopt},
-        {subject("<dc:description><odd:box><odd:Alt><odd:li "
-                 "xml:lang='x-default'>deep</odd:li></odd:Alt></odd:box></dc:description>"),
+        {subject("<dc:description><odd:box><odd:Alt>" + item("x-default", "deep") +
+                 "</odd:Alt></odd:box></dc:description>"),
          u"deep"_s},
-        {subject("<dc:description><rdf:Alt><rdf:li xml:lang='x-default'/></rdf:Alt></dc:description>"),
-         u""_s},
+        {subject(described("<rdf:li xml:lang='x-default'/>")), u""_s},
         // Without any dc:description the first list of languages in the file stands in for it.
-        {subject("<dc:title><rdf:Alt><rdf:li xml:lang='x-default'>Title</rdf:li></rdf:Alt></dc:title>"),
-         u"Title"_s},
+        {subject("<dc:title><rdf:Alt>" + item("x-default", "Title") + "</rdf:Alt></dc:title>"), u"Title"_s},
         {subject("", " dc:description='attribute'"), std::nullopt},
         // Written by a tool with prefixes of its own, in CDATA, over two lines with CR LF.
         {"<a:RDF xmlns:a=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><a:Description a:about=\"\">"
@@ -139,41 +124,25 @@ TEST(XMPWriterContext, ACaptionIsReadFromXDefaultAsItStands) {
          u"1 & 2\n\U0001F3C8"_s},
     };
     for (const auto& row : rows) {
-        const SidecarFile file(row.sidecar);
-        EXPECT_EQ(XMPWriter().readDefaultCaption(file.path()), row.caption) << row.sidecar.toStdString();
+        EXPECT_EQ(readSidecar(row.sidecar).facts.caption, row.caption) << row.sidecar.toStdString();
     }
 }
 
 TEST(XMPWriterContext, SaysWhatIsWrongWithAFile) {
-    const XMPWriter xmp;
-    RecordingLog log;
-    const QString nowhere = u"/nowhere/IMG_0001.xmp"_s;
-    const auto kindOf = [](const auto& operation) {
-        try {
-            operation();
-        } catch (const XMPError& error) {
-            return std::optional(error.kind());
-        }
-        return std::optional<XMPError::Case>();
-    };
+    const auto kindOf = [](const auto& operation) { return failureIn<XMPError>(operation).kind(); };
     using enum XMPError::Case;
-    EXPECT_EQ(kindOf([&] { xmp.readDefaultCaption(nowhere); }), fileMissing);
-    EXPECT_EQ(kindOf([&] { xmp.readContext(nowhere, QTimeZone::utc()); }), fileMissing);
-    EXPECT_EQ(kindOf([&] { xmp.readCreator(nowhere); }), fileMissing);
-    EXPECT_EQ(kindOf([&] { xmp.readRights(nowhere, log); }), fileMissing);
-    EXPECT_EQ(log.lines.last(), u"[XMPWriter] readRights: file does not exist"_s);
-    EXPECT_EQ(kindOf([&] { xmp.writeDefaultCaption(u"x"_s, nowhere); }), fileMissing);
-    const SidecarFile rootless("<?xpacket begin=''?>");
-    EXPECT_EQ(kindOf([&] { xmp.readContext(rootless.path(), QTimeZone::utc()); }), noPacket);
-    const SidecarFile broken("this is a JPEG, really");
-    EXPECT_THROW(xmp.readContext(broken.path(), QTimeZone::utc()), XmlError);
+    const QString nowhere = u"/nowhere/IMG_0001.xmp"_s;
+    EXPECT_EQ(kindOf([&] { XMPWriter().readSidecar(nowhere, QTimeZone::utc()); }), fileMissing);
+    EXPECT_EQ(kindOf([&] { XMPWriter().writeDefaultCaption(u"x"_s, nowhere); }), fileMissing);
+    EXPECT_EQ(kindOf([] { readSidecar("<?xpacket begin=''?>"); }), noPacket);
+    EXPECT_THROW(readSidecar("this is a JPEG, really"), XmlError);
 }
 
 TEST(XMPWriterContext, KeywordsWithinKeywordsAreCutBeforeTheyFillTheMemory) {
     const QByteArray open = "<dc:subject><rdf:Bag><rdf:li>";
     const QByteArray close = "</rdf:li></rdf:Bag></dc:subject>";
     const QStringList keywords =
-        contextOf(subject(open.repeated(300) + QByteArray(100'000, 'x') + close.repeated(300))).keywords;
+        contextOf(open.repeated(300) + QByteArray(100'000, 'x') + close.repeated(300)).keywords;
     EXPECT_EQ(keywords, QStringList(QString(100'000, u'x')));
 }
 

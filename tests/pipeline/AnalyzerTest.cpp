@@ -281,7 +281,7 @@ TEST_F(PipelineTest, AJpegIsCaptionedInsideAndItsSidecarIsLeftAlone) {
     model.enqueue(reply(u"Sam Abel scores."_s));
     EXPECT_TRUE(run(image));
     RecordingLog lines;
-    EXPECT_EQ(XMPWriter().readEmbeddedCaption(image, lines), u"Sam Abel scores."_s);
+    EXPECT_EQ(captionOf(image), u"Sam Abel scores."_s);
     EXPECT_EQ(read(u"IMG_1.xmp"_s), beside);
     EXPECT_EQ(reports.last().captionBefore, u"In the picture"_s);
     EXPECT_TRUE(hasLogged(u"[Analyzer] XMP dump for IMG_1.JPG"_s));

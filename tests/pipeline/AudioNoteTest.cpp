@@ -2,12 +2,11 @@
 #include "pipeline/AudioNote.h"
 
 #include "pipeline/PipelineFixture.h"
+#include "standins/StandInTranscription.h"
 
 #include <sys/stat.h>
 
 #include <QFileInfo>
-
-#include "standins/StandInTranscription.h"
 
 namespace ostrelle {
 

@@ -200,7 +200,7 @@ TEST_F(FolderSourceTest, WhyThereIsNoRunIsTold) {
             runFolder(which);
             ::chmod(QFile::encodeName(game).constData(), 0755);
 
-            EXPECT_EQ(alertTitles(), row.alerts);
+            EXPECT_EQ(alerts.titles(), row.alerts);
             EXPECT_EQ(status.lastMessage(), row.message);
             EXPECT_EQ(status.failed(), row.failed);
             EXPECT_EQ(status.processed(), row.failed == 7 ? 7 : 0);
@@ -255,7 +255,7 @@ TEST_F(FolderSourceTest, OnlyImagesThatAreNewOrChangedAreCaptionedAgain) {
     EXPECT_TRUE(hasLogged(u"Analyze New Only: Found 3 total files, 1 already in manifest, 2 to process"_s));
     EXPECT_EQ(reports.size(), 2);
     runFolder(FolderImages::onlyNew);
-    EXPECT_EQ(alertTitles(), QStringList{u"No New Images Found"_s});
+    EXPECT_EQ(alerts.titles(), QStringList{u"No New Images Found"_s});
 
     reports.clear();
     runFolder();
@@ -310,7 +310,7 @@ TEST_F(FolderSourceTest, AnImageWhoseNameIsNotUtf8HasFailed) {
 TEST_F(FolderSourceTest, AnAlertHoldsNoImageUp) {
     alerts.isOpen = true;
     auto folderRun = analyzer.recaptionFolder(FolderImages::all);
-    waitUntil([this] { return alertTitles() == QStringList{u"No New Images Found"_s}; });
+    waitUntil([this] { return alerts.titles() == QStringList{u"No New Images Found"_s}; });
     auto image = analyzer.analyzeSingle(rawImage());
     waitUntil([this] { return reports.size() == 1; });
     clock.advance(std::chrono::seconds(2));

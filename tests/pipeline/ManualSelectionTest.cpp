@@ -2,12 +2,11 @@
 #include "pipeline/ManualSelection.h"
 
 #include "platform/PathReferences.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 #include "support/RecordingLog.h"
 
 #include <gtest/gtest.h>
-
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/ImageMetadata.h"
+#include "metadata/XMPWriter.h"
 #include "pipeline/PipelineFixture.h"
 #include "pipeline/PromptComposition.h"
 
@@ -113,8 +114,9 @@ TEST_F(OvertakenImageTest, AutoModeTellsAnEditFromAPresetThatIsStampedOn) {
     const ImageRequest request = seen(image);
     sidecar("A preset's stub");
     EXPECT_EQ(drive(analyzer.captionWatched(request)).kind, Outcome::changed);
-    XMPWriter().createEmptySidecar(sidecarPath(image));
-    XMPWriter().writeDefaultCaption(typed, sidecarPath(image));
+    QFile::remove(folder.filePath(u"IMG_1.xmp"_s));
+    ImageMetadata(image).provideSidecar();
+    XMPWriter().writeDefaultCaption(typed, folder.filePath(u"IMG_1.xmp"_s));
     EXPECT_EQ(drive(analyzer.captionWatched(request)).kind, Outcome::edited);
     EXPECT_EQ(caption(), typed);
     EXPECT_TRUE(model.requests().isEmpty());

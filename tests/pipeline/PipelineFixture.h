@@ -1,82 +1,39 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "metadata/XMPWriter.h"
-#include "metadata/sidecar/SidecarPath.h"
+#include "metadata/ImageMetadata.h"
 #include "pipeline/BatchRun.h"
-#include "program/CaptionProgram.h"
+#include "product/ApiKey.h"
+#include "program/ComposedProgram.h"
+#include "standins/DngBuilder.h"
+#include "standins/JpegBuilder.h"
+#include "standins/ModelStandIn.h"
+#include "standins/SportsScene.h"
 #include "support/Await.h"
+#include "support/FileFacts.h"
 #include "support/RecordingLog.h"
-#include "support/RecordingNotifications.h"
 #include "support/Unprivileged.h"
-#include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <QCoroFuture>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QPromise>
-
-#include "product/ApiKey.h"
-#include "standins/DngBuilder.h"
-#include "standins/JpegBuilder.h"
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
-#include "standins/ModelStandIn.h"
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 
-/// Alerts that a test answers beforehand, or leaves open until close().
-class AnsweredAlerts : public Alerts {
-public:
-    QCoro::Task<int> show(Alert alert) override {
-        shown.append(alert);
-        if (isOpen) {
-            QFuture<void> answered = m_answered.future();
-            co_await answered;
-        }
-        co_return answer;
-    }
-    void close() { m_answered.finish(); }
-
-    QList<Alert> shown;
-    int answer = 0;
-    bool isOpen = false;
-
-private:
-    QPromise<void> m_answered;
-};
-
-/// Sandbox grants that are counted.
-class CountedAccess : public FileAccess {
-public:
-    bool begin(const QString&) override {
-        ++begun;
-        return isGranting;
-    }
-    void end(const QString&) override { ++ended; }
-
-    int begun = 0;
-    int ended = 0;
-    bool isGranting = true;
-};
-
-class AbsentRemote : public RemoteSource {
-public:
-    void start() override {}
-    void stop() override {}
+/// A folder, and the stand-in for the model.
+struct ModelAndFolder {
+    UnprivilegedFolder folder;
+    ModelStandIn model{"test-key"};
 };
 
 /// The pipeline over the stand-in for the model, in a folder of its own with a roster and a key.
-class PipelineTest : public testing::Test {
+class PipelineTest : public testing::Test, protected ModelAndFolder, protected ComposedProgram {
 protected:
-    PipelineTest() {
+    PipelineTest() : ComposedProgram(folder.path(), model.url()) {
         defaults.set(apiKeyName, QStringLiteral("test-key"));
         write(QStringLiteral("roster.txt"), "12\tSam Abel\n");
         settings.setCodeReplacementsFile(folder.filePath(QStringLiteral("roster.txt")));
@@ -117,30 +74,10 @@ protected:
                         caption +
                         "</rdf:li></rdf:Alt></dc:description></rdf:Description></rdf:RDF></x:xmpmeta>");
     }
-    std::optional<QString> caption() const {
-        return XMPWriter().readDefaultCaption(folder.filePath(QStringLiteral("IMG_1.xmp")));
-    }
+    std::optional<QString> caption() const { return captionOf(folder.filePath(QStringLiteral("IMG_1.DNG"))); }
     /// The caption of an image in any folder.
     static std::optional<QString> captionOf(const QString& image) {
-        RecordingLog lines;
-        return image.endsWith(QStringLiteral("JPG")) ? XMPWriter().readEmbeddedCaption(image, lines)
-                                                     : XMPWriter().readDefaultCaption(sidecarPath(image));
-    }
-    /// What a program works with that runs here. There may be several, over the same files.
-    ProgramSurroundings surroundings() {
-        return {.folders = folders,
-                .endpoints = endpoints,
-                .defaults = defaults,
-                .settingsDefaults = defaults,
-                .secrets = secrets,
-                .notificationCenter = notificationCenter,
-                .alerts = alerts,
-                .events = events,
-                .remote = remote,
-                .access = access,
-                .clock = clock,
-                .console = console,
-                .errors = console};
+        return ImageMetadata(image).read(QTimeZone::utc()).facts.caption;
     }
     /// A batch that begins at that place of a run.
     QCoro::Task<QList<ImageOutcome>> captionBatch(QStringList files, qint64 startIndex = 0) {
@@ -199,51 +136,11 @@ protected:
             return condition();
         });
     }
-    static void setMode(const QString& path, mode_t mode) {
-        ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
-    }
-    QStringList alertTitles() const {
-        QStringList titles;
-        for (const Alert& alert : alerts.shown) {
-            titles.append(alert.title);
-        }
-        return titles;
-    }
     QStringList logFile() const {
         return QString::fromUtf8(read(QStringLiteral("data/Analyzer.log"))).split(u'\n', Qt::SkipEmptyParts);
     }
     bool hasLogged(const QString& words) const { return logFile().filter(words).size() == 1; }
 
-    UnprivilegedFolder folder;
-    VirtualClock clock;
-    RecordingLog console;
-    MemoryDefaults defaults;
-    MemorySecrets secrets;
-    CountedAccess access;
-    AnsweredAlerts alerts;
-    AppEvents events;
-    ModelStandIn model{"test-key"};
-    RecordingNotifications notificationCenter;
-    AbsentRemote remote;
-    const AppFolders folders{.config = folder.filePath(QStringLiteral("config")),
-                             .data = folder.filePath(QStringLiteral("data")),
-                             .promptCache = folder.path(),
-                             .manifest = folder.filePath(QStringLiteral("manifest")),
-                             .cache = folder.filePath(QStringLiteral("cache")),
-                             .runtime = {}};
-    const ServiceEndpoints endpoints{.model = model.url()};
-    CaptionProgram program{surroundings()};
-    SettingsStore& settings = program.settings;
-    StatusStore& status = program.status;
-    CaptionProgress& progress = program.progress;
-    UsageTracker& usage = program.usage;
-    AnalyzerLog& log = program.log;
-    PreviewCopies& previews = program.previews;
-    ProcessedFilesManifest& manifest = program.manifest;
-    CaptionTurns& turns = program.turns;
-    ImageClaims& claims = program.claims;
-    FolderThreads& threads = program.threads;
-    Analyzer& analyzer = program.analyzer;
     QList<ImageOutcome> reports;
 };
 

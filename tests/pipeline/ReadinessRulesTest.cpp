@@ -2,13 +2,12 @@
 #include "pipeline/ReadinessRules.h"
 
 #include "platform/PathReferences.h"
-#include "support/RecordingLog.h"
-
-#include <gtest/gtest.h>
-
 #include "product/ApiKey.h"
 #include "standins/MemoryDefaults.h"
 #include "standins/MemorySecrets.h"
+#include "support/RecordingLog.h"
+
+#include <gtest/gtest.h>
 
 namespace ostrelle {
 

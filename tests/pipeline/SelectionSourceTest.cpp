@@ -99,7 +99,7 @@ TEST_F(SelectionSourceTest, ASelectionThatIsNotCaptionedIsExplained) {
     sidecar("Beside it, but not chosen");
     caption({raw, jpegImage(u"IMG_2.JPG"_s)});
     caption({folder.filePath(u"IMG_1.xmp"_s), folder.filePath(u"roster.txt"_s)});
-    EXPECT_EQ(alertTitles(),
+    EXPECT_EQ(alerts.titles(),
               (QStringList{u"RAW files selected without XMP sidecars"_s, u"No Images Selected"_s}));
     EXPECT_TRUE(model.requests().isEmpty());
     EXPECT_FALSE(status.lastMessage());
@@ -137,7 +137,7 @@ TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess
         notified().at(1).startsWith(u"Permission Error — Action Required: Failed to write captions to "
                                     "2 images. Files: IMG_2.DNG, IMG_4290.JPG. Please grant folder "
                                     "access permissions. Error: "_s));
-    ASSERT_EQ(alertTitles(), QStringList{u"Permission Error — Cannot Write to Folder"_s});
+    ASSERT_EQ(alerts.titles(), QStringList{u"Permission Error — Cannot Write to Folder"_s});
     EXPECT_TRUE(alerts.shown.first().text.endsWith(u"\n\nLocation: "_s + locked));
     EXPECT_EQ(
         workspace.opened,
@@ -180,7 +180,7 @@ TEST_F(SelectionSourceTest, AnImageThatIsLeftAloneHasNotFailed) {
 TEST_F(SelectionSourceTest, WithoutAKeyNothingIsAttempted) {
     defaults.remove(apiKeyName);
     caption({jpegImage(u"IMG_1.JPG"_s)});
-    EXPECT_EQ(alertTitles(), QStringList{u"OpenAI API Key Required"_s});
+    EXPECT_EQ(alerts.titles(), QStringList{u"OpenAI API Key Required"_s});
     EXPECT_EQ(settingsShown.size(), 1);
     EXPECT_EQ(status.lastMessage(), u"Please add your API key in Settings.");
     alerts.answer = 1;
@@ -210,7 +210,7 @@ TEST_F(SelectionSourceTest, AKeyThatIsRemovedEndsTheRun) {
         caption(images);
         QObject::disconnect(removal);
         EXPECT_EQ(model.requests().size() - before, row.requests);
-        EXPECT_EQ(alertTitles(), QStringList{u"OpenAI API Key Required"_s});
+        EXPECT_EQ(alerts.titles(), QStringList{u"OpenAI API Key Required"_s});
         EXPECT_EQ(status.lastMessage(), u"Please add your API key in Settings.");
         EXPECT_TRUE(notified().isEmpty());
         expectIdle();
@@ -224,7 +224,7 @@ TEST_F(SelectionSourceTest, NoBatchBeginsWithoutAKey) {
         }
     });
     caption(jpegs(12));
-    EXPECT_EQ(alertTitles(), QStringList{u"OpenAI API Key Required"_s});
+    EXPECT_EQ(alerts.titles(), QStringList{u"OpenAI API Key Required"_s});
     EXPECT_EQ(status.processed(), 10);
     EXPECT_EQ(status.failed(), 0);
 }

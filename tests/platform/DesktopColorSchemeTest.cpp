@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopColorScheme.h"
 
-#include "support/Await.h"
+#include "platform/PrivateSession.h"
 
-#include <gtest/gtest.h>
-
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QSignalSpy>
-#include <functional>
 #include <memory>
 
 namespace ostrelle {
@@ -18,46 +12,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString portalName = u"org.freedesktop.portal.Desktop"_s;
 const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
-const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
+const QString appearance = u"org.freedesktop.appearance"_s;
 
 QVariant inVariant(const QVariant& value) {
     return QVariant::fromValue(QDBusVariant(value));
 }
 
-/// A portal on the session bus that answers as it is told, or never.
-class Portal : public QDBusVirtualObject {
+class Portal : public FakeBusService {
 public:
-    using Answer = std::function<QDBusMessage(const QDBusMessage& question)>;
+    explicit Portal(Answer answer)
+        : FakeBusService(u"org.freedesktop.portal.Desktop"_s, portalPath, std::move(answer)) {}
 
-    explicit Portal(Answer answer) : m_answer(std::move(answer)) {
-        EXPECT_TRUE(m_bus.registerVirtualObject(portalPath, this));
-        EXPECT_TRUE(m_bus.registerService(portalName));
-    }
-    ~Portal() override {
-        m_bus.unregisterService(portalName);
-        QDBusConnection::disconnectFromBus(u"portal"_s);
-    }
-
-    QString introspect(const QString&) const override { return {}; }
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
-        asked.append(message.member() + u' ' + message.arguments().value(0).toString() + u' ' +
-                     message.arguments().value(1).toString());
-        message.setDelayedReply(true);
-        return !m_answer || bus.send(m_answer(message));
-    }
     void tell(const QString& group, const QString& key, const QVariant& value) {
-        QDBusMessage signal = QDBusMessage::createSignal(portalPath, settingsInterface, u"SettingChanged"_s);
+        QDBusMessage signal =
+            QDBusMessage::createSignal(portalPath, u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
         signal.setArguments({group, key, value});
-        m_bus.send(signal);
+        bus.send(signal);
     }
-
-    QStringList asked;
-
-private:
-    Answer m_answer;
-    QDBusConnection m_bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s);
 };
 
 Portal::Answer answering(const QVariantList& values) {
@@ -73,14 +45,8 @@ QDBusMessage refusal(const QDBusMessage& question) {
                                      u"Requested setting not found"_s);
 }
 
-/// Only ever on a bus of its own: see without-secret-service beside this file.
-class DesktopColorSchemeTest : public testing::Test {
+class DesktopColorSchemeTest : public PrivateSessionTest {
 protected:
-    void SetUp() override {
-        if (!qEnvironmentVariableIsSet("OSTRELLE_PRIVATE_SESSION")) {
-            GTEST_SKIP() << "this is the user's own session";
-        }
-    }
     void expectNoPreference(std::chrono::milliseconds patience) {
         DesktopColorScheme scheme(patience);
         const QSignalSpy changed(&scheme, &DesktopColorScheme::changed);
@@ -119,7 +85,9 @@ TEST_F(WithBus, AnAnswerThatIsNotOneOfTheTwoIsNoPreference) {
         waitUntil([&] { return scheme.isSettled(); });
         EXPECT_EQ(scheme.preference(), row.preference);
         EXPECT_EQ(changed.count(), row.preference == ColorScheme::noPreference ? 0 : 1);
-        EXPECT_EQ(portal.asked, QStringList(u"Read org.freedesktop.appearance color-scheme"_s));
+        ASSERT_EQ(portal.asked.size(), 1);
+        EXPECT_EQ(portal.asked.first().member(), u"Read"_s);
+        EXPECT_EQ(portal.asked.first().arguments(), (QVariantList{appearance, u"color-scheme"_s}));
     }
 }
 
@@ -130,7 +98,6 @@ TEST_F(WithBus, OnlyAnotherPreferenceIsAChange) {
     QList<ColorScheme> seen;
     QObject::connect(&scheme, &DesktopColorScheme::changed, &scheme,
                      [&] { seen.append(scheme.preference()); });
-    const QString appearance = u"org.freedesktop.appearance"_s;
     portal.tell(appearance, u"color-scheme"_s, inVariant(1U)); // as it is
     portal.tell(appearance, u"contrast"_s, inVariant(2U));
     portal.tell(u"org.gnome.desktop.interface"_s, u"color-scheme"_s, inVariant(2U));
@@ -147,7 +114,7 @@ TEST_F(WithBus, AChangeIsHeardBeforeTheAnswerAndWithoutIt) {
     Portal portal(nullptr);
     DesktopColorScheme scheme(std::chrono::milliseconds(200));
     waitUntil([&] { return !portal.asked.isEmpty(); });
-    portal.tell(u"org.freedesktop.appearance"_s, u"color-scheme"_s, inVariant(1U));
+    portal.tell(appearance, u"color-scheme"_s, inVariant(1U));
     waitUntil([&] { return scheme.isSettled(); });
     EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "that no answer came does not undo it";
 }
@@ -178,9 +145,9 @@ TEST_F(FirstOnBus, APortalThatComesLaterIsHeard) {
     DesktopColorScheme scheme;
     waitUntil([&] { return scheme.isSettled(); });
     Portal portal(answeringNumber(1));
-    portal.tell(u"org.freedesktop.appearance"_s, u"color-scheme"_s, inVariant(1U));
+    portal.tell(appearance, u"color-scheme"_s, inVariant(1U));
     waitUntil([&] { return scheme.preference() == ColorScheme::dark; });
-    EXPECT_EQ(portal.asked, QStringList());
+    EXPECT_TRUE(portal.asked.isEmpty());
 }
 
 class WithoutPortal : public DesktopColorSchemeTest {};

@@ -2,14 +2,9 @@
 #include "platform/DesktopNotificationCenter.h"
 
 #include "core/Error.h"
-#include "support/Await.h"
-
-#include <gtest/gtest.h>
+#include "platform/PrivateSession.h"
 
 #include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
 
 namespace ostrelle {
 
@@ -30,14 +25,8 @@ const DesktopNotification failure{.title = u"Ostrelle Captioning Failed"_s,
                                   .sound = Sound::critical,
                                   .interruption = Interruption::critical};
 
-/// Only ever on a bus of its own: see with-notifications and without-secret-service beside this file.
-class DesktopNotificationCenterTest : public testing::Test {
+class DesktopNotificationCenterTest : public PrivateSessionTest {
 protected:
-    void SetUp() override {
-        if (!qEnvironmentVariableIsSet("OSTRELLE_PRIVATE_SESSION")) {
-            GTEST_SKIP() << "this is the user's own session";
-        }
-    }
     QString postingError() {
         try {
             await(center.post(failure));
@@ -53,21 +42,18 @@ protected:
 /// A python-dbusmock service.
 class WithNotifications : public DesktopNotificationCenterTest {
 protected:
-    static QDBusMessage callMock(const QString& method, const QVariantList& arguments) {
-        QDBusMessage message = QDBusMessage::createMethodCall(notifications, notificationsPath,
-                                                              u"org.freedesktop.DBus.Mock"_s, method);
-        message.setArguments(arguments);
-        return QDBusConnection::sessionBus().call(message);
+    static QVariantList callMock(const QString& method, const QVariantList& arguments) {
+        return answerOf(QDBusMessage::createMethodCall(notifications, notificationsPath,
+                                                       u"org.freedesktop.DBus.Mock"_s, method),
+                        arguments);
     }
     /// Replaces a method; `code` is Python.
     static void setMethod(const QString& name, const QString& in, const QString& out, const QString& code) {
-        const QDBusMessage answer = callMock(u"AddMethod"_s, {notifications, name, in, out, code});
-        ASSERT_EQ(answer.type(), QDBusMessage::ReplyMessage) << answer.errorMessage().toStdString();
+        callMock(u"AddMethod"_s, {notifications, name, in, out, code});
     }
     /// The arguments of the only call of Notify since the last time.
     static QVariantList notified() {
-        const auto calls =
-            callMock(u"GetMethodCalls"_s, {u"Notify"_s}).arguments().value(0).value<QDBusArgument>();
+        const auto calls = callMock(u"GetMethodCalls"_s, {u"Notify"_s}).value(0).value<QDBusArgument>();
         QList<QVariantList> found;
         calls.beginArray();
         while (!calls.atEnd()) {
@@ -146,27 +132,13 @@ TEST_F(WithoutNotifications, NothingIsAvailable) {
     EXPECT_NE(postingError(), u"(posted)"_s);
 }
 
-class SilentService : public QDBusVirtualObject {
-public:
-    QString introspect(const QString&) const override { return {}; }
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
-        message.setDelayedReply(true);
-        return true;
-    }
-};
-
 TEST_F(WithoutNotifications, AServiceThatNeverAnswersIsNotWaitedForInVain) {
-    SilentService service;
-    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"silent"_s);
-    ASSERT_TRUE(bus.registerVirtualObject(notificationsPath, &service));
-    ASSERT_TRUE(bus.registerService(notifications));
+    const FakeBusService silent(notifications, notificationsPath, nullptr);
     DesktopNotificationCenter impatient(sender, std::chrono::milliseconds(50));
     EXPECT_TRUE(await(impatient.isAvailable()));
     auto posting = impatient.post(failure);
     EXPECT_FALSE(posting.isReady());
     EXPECT_THROW(await(std::move(posting)), Error);
-    bus.unregisterService(notifications);
-    QDBusConnection::disconnectFromBus(u"silent"_s);
 }
 
 class WithoutBus : public DesktopNotificationCenterTest {};

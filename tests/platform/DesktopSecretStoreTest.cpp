@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopSecretStore.h"
 
-#include "support/Await.h"
+#include "platform/PrivateSession.h"
 
-#include <gtest/gtest.h>
 #include <qt6keychain/keychain.h>
 
 #include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 
@@ -21,15 +18,8 @@ namespace {
 const QString service = u"com.example.OstrelleTest"_s;
 const QString account = u"FTPPassword"_s;
 
-/// Only ever on a bus of its own: see with-keyring and without-secret-service beside this file.
-class DesktopSecretStoreTest : public testing::Test {
+class DesktopSecretStoreTest : public PrivateSessionTest {
 protected:
-    void SetUp() override {
-        if (!qEnvironmentVariableIsSet("OSTRELLE_PRIVATE_SESSION")) {
-            GTEST_SKIP() << "this is the user's own session";
-        }
-    }
-
     int save(const QString& secret) { return await(store.save(service, account, secret)); }
     std::optional<QString> load() { return await(store.load(service, account)); }
     int remove() { return await(store.remove(service, account)); }
@@ -40,12 +30,9 @@ protected:
 class WithKeyring : public DesktopSecretStoreTest {
 protected:
     static QVariantList call(const QString& interface, const QString& method, const QVariantList& arguments) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s, interface, method);
-        message.setArguments(arguments);
-        const QDBusMessage answer = QDBusConnection::sessionBus().call(message);
-        EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << answer.errorMessage().toStdString();
-        return answer.arguments();
+        return answerOf(QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s,
+                                                       u"/org/freedesktop/secrets"_s, interface, method),
+                        arguments);
     }
     void lockKeyring() {
         call(secretService, u"Lock"_s, {QVariant::fromValue(QList<QDBusObjectPath>{keyring})});

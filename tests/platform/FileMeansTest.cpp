@@ -2,6 +2,7 @@
 #include "platform/AbandonedFiles.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
+#include "support/FileFacts.h"
 #include "support/FileInFolder.h"
 #include "support/FullDisk.h"
 #include "support/KilledWriter.h"
@@ -32,10 +33,6 @@ void setAge(const QString& path, int seconds) {
     const timespec then{.tv_sec = ::time(nullptr) - seconds, .tv_nsec = 0};
     const timespec times[] = {then, then};
     ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
-}
-
-QStringList filesIn(const QString& folder) {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
 } // namespace
@@ -79,9 +76,10 @@ TEST(AbandonedFiles, OnlyOursThatNobodyWritesAreRemoved) {
     };
     constexpr int day = 24 * 60 * 60;
     ASSERT_TRUE(QDir(folder.path()).mkdir(u".folder.ostrelle-0123456789abc"_s));
-    setAge(folder.filePath(u".folder.ostrelle-0123456789abc"_s), day);
     ASSERT_TRUE(QFile::link(u"none"_s, folder.filePath(u".link.ostrelle-0123456789abc"_s)));
-    setAge(folder.filePath(u".link.ostrelle-0123456789abc"_s), day);
+    for (const QString& name : filesIn(folder.path())) {
+        setAge(folder.filePath(name), day);
+    }
     make(u".young.ostrelle-0123456789abc"_s, 50);
     for (const QStringView name :
          QList<QStringView>{u".held.ostrelle-0123456789abc", u"a.xmp.ostrelle-0123456789abc",

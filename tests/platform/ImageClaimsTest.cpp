@@ -2,10 +2,10 @@
 #include "platform/ImageClaims.h"
 
 #include "platform/Files.h"
+#include "support/FileFacts.h"
 #include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <QDir>
@@ -80,7 +80,7 @@ TEST_F(ImageClaimsTest, AGarbledFileLosesNoClaim) {
 
 TEST_F(ImageClaimsTest, WithoutAFileEveryClaimIsGrantedAndTheLogToldOnce) {
     const UnprivilegedFolder home;
-    ASSERT_EQ(::chmod(QFile::encodeName(home.path()).constData(), 0500), 0);
+    setMode(home.path(), 0500);
     for (const QString& noFile : {home.filePath(u"data/claims"_s), home.path(), u"/dev/null"_s}) {
         ImageClaims unprotected(noFile);
         const auto claim = unprotected.tryClaim(image(u"a.jpg"_s));

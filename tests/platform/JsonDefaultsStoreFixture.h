@@ -3,25 +3,13 @@
 
 #include "platform/JsonDefaultsStore.h"
 #include "support/Await.h"
+#include "support/FileFacts.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <QDir>
-#include <QFile>
 
 namespace ostrelle {
-
-inline void setMode(const QString& path, mode_t mode) {
-    EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
-}
-
-inline QByteArray contentsOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
 
 /// A store over a file in a folder of its own, by a user who is not root.
 class JsonDefaultsStoreTest : public testing::Test {
@@ -32,8 +20,7 @@ protected:
         file.write(bytes);
     }
     QStringList files(const QString& pattern = QStringLiteral("*")) const {
-        return QDir(folder.path())
-            .entryList({pattern}, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+        return filesIn(folder.path(), pattern);
     }
     QVariant afterRestart(const QString& key) { return JsonDefaultsStore(path, log).value(key); }
 

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "promptserver/Asking.h"
+
 #include <gtest/gtest.h>
 #include <signal.h>
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
-#include <QRegularExpression>
-#include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QUrl>
 
 namespace ostrelle {
 
@@ -51,25 +48,6 @@ protected:
         url = QUrl(lineWith(u"[PromptServer] Serving http"_s).section(u' ', -1));
         ASSERT_TRUE(url.isValid() && url.port() > 0) << "the program says where it serves";
     }
-    QByteArray reply(const QByteArray& key) const {
-        QTcpSocket socket;
-        socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
-        socket.write("GET " + url.path().toLatin1() +
-                     "?version=v1&style=apSports&sport=football&fallbackBehavior=attemptCaption"
-                     "&includeOffenseDefense=true&prioritizeAudioFiles=false HTTP/1.1\r\nHost: x\r\n"
-                     "X-API-Key: " +
-                     key + "\r\n\r\n");
-        QByteArray bytes;
-        while (socket.waitForReadyRead(longestWait)) {
-            bytes += socket.readAll();
-        }
-        return bytes;
-    }
-    static QJsonObject templatesIn(const QByteArray& reply) {
-        const QByteArray body = reply.sliced(reply.indexOf("\r\n\r\n") + 4);
-        return QJsonDocument::fromJson(body).object().value(u"templates"_s).toObject();
-    }
-
     QTemporaryDir folder;
     QProcess server;
     QUrl url;
@@ -85,15 +63,12 @@ TEST_F(PromptServerProgramTest, ServesATeamsOwnTextsToThoseWithTheKeyUntilItIsTo
     startServing(
         {u"--templates"_s, folder.filePath(u"templates"_s), u"--key-file"_s, folder.filePath(u"key"_s)});
 
-    const QByteArray served = reply("pk-team-key");
-    EXPECT_TRUE(served.startsWith("HTTP/1.1 200 ")) << served.left(200).constData();
-    EXPECT_EQ(templatesIn(served).size(), 6);
-    EXPECT_TRUE(served.contains(ownText));
-    for (const QByteArray& wrong : {"", "pk-team-ke", "pk-team-key-2"}) {
-        const QByteArray refused = reply(wrong);
-        EXPECT_TRUE(refused.startsWith("HTTP/1.1 401 ")) << refused.left(200).constData();
-        EXPECT_FALSE(refused.contains("templates"));
-    }
+    EXPECT_EQ(url.path(), u"/api/prompt"_s);
+    const Answer served = ask(url, get(target(), keyHeader("pk-team-key")));
+    EXPECT_EQ(served.status, 200);
+    EXPECT_EQ(served.json().value(u"templates"_s).toObject().size(), 6);
+    EXPECT_TRUE(served.body.contains(ownText));
+    EXPECT_EQ(ask(url, get(target(), keyHeader("pk-team-ke"))).status, 401);
 
     ASSERT_EQ(::kill(static_cast<pid_t>(server.processId()), SIGTERM), 0);
     EXPECT_EQ(lineWith(u"Stopped"_s), u"[PromptServer] Stopped."_s);

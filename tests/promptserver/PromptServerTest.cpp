@@ -3,16 +3,13 @@
 
 #include "core/Error.h"
 #include "core/Iso8601.h"
+#include "promptserver/Asking.h"
 #include "promptserver/TemplateMaker.h"
 
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
-#include <QJsonDocument>
-#include <QRegularExpression>
 #include <QTcpServer>
-#include <QTcpSocket>
-#include <QUrlQuery>
 #include <atomic>
 #include <optional>
 #include <thread>
@@ -24,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString key = u"pk-0123456789"_s;
+const QByteArray key = "pk-0123456789";
 
 /// All that a query can say.
 QList<PromptQuery> allQueries() {
@@ -72,39 +69,6 @@ QStringList lines(const QString& text) {
     return all;
 }
 
-struct Answer {
-    int status = 0;
-    QByteArray type;
-    QByteArray body;
-};
-
-/// Sends the bytes to the server and reads its answer to the end.
-Answer ask(const QUrl& url, const QByteArray& request) {
-    QTcpSocket socket;
-    socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
-    socket.write(request);
-    QByteArray reply;
-    while (socket.waitForReadyRead(10000)) {
-        reply += socket.readAll();
-    }
-    const qsizetype headEnd = reply.indexOf("\r\n\r\n");
-    const QString head = QString::fromLatin1(reply.first(std::max<qsizetype>(headEnd, 0)));
-    static const QRegularExpression type(u"Content-Type: (.*)"_s);
-    return {.status = head.section(u' ', 1, 1).toInt(),
-            .type = type.match(head).captured(1).trimmed().toLatin1(),
-            .body = reply.sliced(headEnd + 4)};
-}
-
-QByteArray target(const PromptQuery& query) {
-    QUrlQuery items;
-    items.setQueryItems(queryItems(query));
-    return "/api/prompt?" + items.toString().toLatin1();
-}
-
-QByteArray get(const QByteArray& path, const QByteArray& headers = "X-API-Key: " + key.toLatin1() + "\r\n") {
-    return "GET " + path + " HTTP/1.1\r\nHost: x\r\n" + headers + "\r\n";
-}
-
 } // namespace
 
 TEST(TemplateMaker, OneImageGetsEachRuleOfABatchOnce) {
@@ -124,12 +88,12 @@ TEST(TemplateMaker, OneImageGetsEachRuleOfABatchOnce) {
 }
 
 TEST(PromptServer, EveryCombinationIsServed) {
-    const PromptServer server({.apiKey = key}, builtInTemplates());
+    const PromptServer server({.apiKey = QString::fromLatin1(key)}, builtInTemplates());
     for (const PromptQuery& query : allQueries()) {
-        const Answer answer = ask(server.url(), get(target(query)));
+        const Answer answer = ask(server.url(), get(target(query), keyHeader(key)));
         ASSERT_EQ(answer.status, 200) << answer.body.toStdString();
         EXPECT_EQ(answer.type, "application/json");
-        const QJsonObject reply = QJsonDocument::fromJson(answer.body).object();
+        const QJsonObject reply = answer.json();
         EXPECT_EQ(reply.value(u"version"_s).toString(), u"v1"_s);
         EXPECT_EQ(reply.value(u"style"_s).toString(), rawValue(query.style));
         EXPECT_EQ(reply.value(u"sport"_s).toString(), rawValue(query.sport));
@@ -141,25 +105,25 @@ TEST(PromptServer, EveryCombinationIsServed) {
 }
 
 TEST(PromptServer, WhatItDoesNotServeItRefuses) {
-    struct Row {
+    const QByteArray good = target();
+    const auto keyed = [](const QByteArray& path) { return get(path, keyHeader(key)); };
+    const auto with = [&](const QByteArray& from, const QByteArray& to) {
+        return keyed(QByteArray(good).replace(from, to));
+    };
+    const struct {
         QByteArray request;
         int status;
         QByteArray words;
-    };
-    const QByteArray good = target({});
-    const auto with = [&good](const QByteArray& from, const QByteArray& to) {
-        return get(QByteArray(good).replace(from, to));
-    };
-    const QList<Row> rows = {
-        {get(good), 200, "\"templates\""},
-        {get(good, "x-api-key: " + key.toLatin1() + "\r\n"), 200, "\"templates\""},
-        {get(good + "&more=1"), 200, "\"templates\""},
-        {get(good, ""), 401, "X-API-Key"},
+    } rows[] = {
+        {keyed(good), 200, "\"templates\""},
+        {get(good, "x-api-key: " + key + "\r\n"), 200, "\"templates\""},
+        {keyed(good + "&more=1"), 200, "\"templates\""},
+        {get(good), 401, "X-API-Key"},
         {get(good, "X-API-Key:\r\n"), 401, "X-API-Key"},
-        {get(good, "X-API-Key: pk-012345678\r\n"), 401, "X-API-Key"},
-        {get(good, "X-API-Key: pk-0123456789pk-0123456789\r\n"), 401, "X-API-Key"},
-        {get("/api/prompt?style=no", ""), 401, "X-API-Key"},
-        {get("/api/prompt"), 400, "The parameter \"style\" is missing."},
+        {get(good, keyHeader("pk-012345678")), 401, "X-API-Key"},
+        {get(good, keyHeader(key + key)), 401, "X-API-Key"},
+        {get("/api/prompt?style=no"), 401, "X-API-Key"},
+        {keyed("/api/prompt"), 400, "The parameter \"style\" is missing."},
         {with("style=apSports", "style="), 400,
          "The parameter \"style\" cannot be \"\"; it is one of: apSports,"},
         {with("style=apSports", "style=APSPORTS"), 400, "cannot be \"APSPORTS\""},
@@ -171,34 +135,34 @@ TEST(PromptServer, WhatItDoesNotServeItRefuses) {
          "The parameter \"version\" cannot be \"v2\"; it is one of: v1."},
         {with("version=v1", "version=v1&version=v2"), 400, "more than once"},
         {with("football", QByteArray(4000, 'x')), 400, "\"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx\";"},
-        {get("/"), 404, "GET /api/prompt"},
-        {get("/api/prompt/"), 404, ""},
-        {get("/api/prompts"), 404, ""},
-        {get("/api/../api/prompt"), 404, ""},
-        {get("/" + QByteArray(4000, 'a')), 404, ""},
-        {get(good).replace("GET ", "POST ").replace("\r\n\r\n", "\r\nContent-Length: 0\r\n\r\n"), 404, ""},
+        {keyed("/"), 404, "GET /api/prompt"},
+        {keyed("/api/prompt/"), 404, ""},
+        {keyed("/api/prompts"), 404, ""},
+        {keyed("/api/../api/prompt"), 404, ""},
+        {keyed("/" + QByteArray(4000, 'a')), 404, ""},
+        {keyed(good).replace("GET ", "POST ").replace("\r\n\r\n", "\r\nContent-Length: 0\r\n\r\n"), 404, ""},
     };
-    const PromptServer server({.apiKey = key}, builtInTemplates());
-    for (const Row& row : rows) {
+    const PromptServer server({.apiKey = QString::fromLatin1(key)}, builtInTemplates());
+    for (const auto& row : rows) {
         const Answer answer = ask(server.url(), row.request);
         EXPECT_EQ(answer.status, row.status) << row.request.left(200).toStdString();
         EXPECT_TRUE(answer.body.contains(row.words)) << answer.body.toStdString();
         EXPECT_EQ(answer.type, row.status == 200 ? "application/json" : "text/plain; charset=utf-8");
-        EXPECT_FALSE(answer.body.contains(key.toLatin1()));
+        EXPECT_FALSE(answer.body.contains(key));
     }
 }
 
 TEST(PromptServer, WithoutAKeyItServesEverybody) {
     const PromptServer server({}, builtInTemplates());
     for (const QByteArray& header : {"", "X-API-Key: \r\n", "X-API-Key: x\r\n"}) {
-        EXPECT_EQ(ask(server.url(), get(target({}), header)).status, 200) << header.constData();
+        EXPECT_EQ(ask(server.url(), get(target(), header)).status, 200) << header.constData();
     }
 }
 
 TEST(PromptServer, ASourceThatFailsIsAServerError) {
     const PromptServer server({},
                               [](const PromptQuery&) -> QJsonObject { throw Error(u"No rules today."_s); });
-    const Answer answer = ask(server.url(), get(target({}), ""));
+    const Answer answer = ask(server.url(), get(target()));
     EXPECT_EQ(answer.status, 500);
     EXPECT_EQ(answer.body, "No rules today.");
 }
@@ -210,7 +174,7 @@ TEST(PromptServer, ItAnswersManyAtOnce) {
     for (int client = 0; client < 8; ++client) {
         clients.emplace_back([&] {
             for (int round = 0; round < 10; ++round) {
-                served += ask(server.url(), get(target({}), "")).status == 200 ? 1 : 0;
+                served += ask(server.url(), get(target())).status == 200 ? 1 : 0;
             }
         });
     }
@@ -226,7 +190,7 @@ TEST(PromptServer, ItStartsAndStopsAtOnce) {
     for (int round = 0; round < 50; ++round) {
         const PromptServer server({}, builtInTemplates());
         if (round % 2 == 0) {
-            EXPECT_EQ(ask(server.url(), get(target({}), "")).status, 200);
+            EXPECT_EQ(ask(server.url(), get(target())).status, 200);
         }
     }
     EXPECT_LT(time.elapsed(), 5000);
@@ -250,7 +214,7 @@ TEST(PromptServer, APortBelongsToOneServer) {
     EXPECT_THROW(PromptServer({.address = u"no address"_s}, builtInTemplates()), Error);
     first.reset();
     const PromptServer next(samePort, builtInTemplates()); // free again
-    EXPECT_EQ(ask(next.url(), get(target({}), "")).status, 200);
+    EXPECT_EQ(ask(next.url(), get(target())).status, 200);
 }
 
 } // namespace ostrelle

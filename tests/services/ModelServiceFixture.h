@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "product/ApiKey.h"
 #include "services/OpenAIClient.h"
 #include "services/OpenAIError.h"
-#include "support/Await.h"
+#include "standins/JpegBuilder.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/ModelStandIn.h"
+#include "standins/SportsScene.h"
+#include "support/Failure.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
@@ -15,13 +20,6 @@
 #include <QSemaphore>
 #include <QThreadPool>
 #include <memory>
-#include <stdexcept>
-
-#include "product/ApiKey.h"
-#include "standins/JpegBuilder.h"
-#include "standins/MemoryDefaults.h"
-#include "standins/ModelStandIn.h"
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 
@@ -41,6 +39,9 @@ private:
     int m_count;
     std::shared_ptr<QSemaphore> m_end = std::make_shared<QSemaphore>();
 };
+
+inline const QString captionPrompt =
+    QStringLiteral("Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style.");
 
 /// The client over a stand-in for the model service.
 class ModelServiceTest : public testing::Test {
@@ -65,15 +66,13 @@ protected:
         return reply.chopped(1) + R"(,"usage":)" + usage + '}';
     }
 
-    /// The failure of a call, which must be of this kind.
-    template <typename Failure, typename Result>
-    static Failure failureOf(QCoro::Task<Result> task) {
-        try {
-            await(std::move(task));
-        } catch (const Failure& error) {
-            return error;
-        }
-        throw std::runtime_error("the call has not failed");
+    static QCoro::Task<CaptionReply> start(OpenAIClient& asked) {
+        return asked.generateCaption(smallJpeg(), captionPrompt, QStringLiteral("gpt-4o-mini"), 180, 0.2);
+    }
+    CaptionReply ask() { return await(start(client)); }
+    CaptionReply askWith(StandInAnswer answer) {
+        standIn.enqueue(std::move(answer));
+        return ask();
     }
 
     const QString key = QStringLiteral("sk-test-0123456789abcdef");

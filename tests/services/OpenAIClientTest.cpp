@@ -1,61 +1,44 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/ChatRequest.h"
 #include "services/ModelServiceFixture.h"
-#include "services/TransportError.h"
+#include "standins/StandInTranscription.h"
+#include "support/FileInFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
-#include <QTcpServer>
+#include <functional>
 #include <limits>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-using Delivery = StandInAnswer::Delivery;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
-
-const QString prompt = u"Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style."_s;
-
-} // namespace
-
 class OpenAIClientTest : public ModelServiceTest {
 protected:
-    static QCoro::Task<CaptionReply> start(OpenAIClient& asked) {
-        return asked.generateCaption(smallJpeg(), prompt, u"gpt-4o-mini"_s, 180, 0.2);
-    }
-    CaptionReply ask() { return await(start(client)); }
-    CaptionReply askWith(StandInAnswer answer) {
-        standIn.enqueue(std::move(answer));
-        return ask();
-    }
-
     /// A reply with a good choice and this JSON as its usage.
     static QByteArray replyWithUsage(const QByteArray& usage) {
         return withUsage(replyWithContent("\"A goal.\""), usage);
     }
 
-    OpenAIError refusal(StandInAnswer answer) {
+    template <typename Function>
+    OpenAIError refusal(StandInAnswer answer, const Function& call) {
         log.lines.clear();
         standIn.enqueue(std::move(answer));
-        return failureOf<OpenAIError>(start(client));
+        return failureIn<OpenAIError>(call);
+    }
+    OpenAIError refusal(StandInAnswer answer) {
+        return refusal(std::move(answer), [this] { ask(); });
     }
 };
 
 TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
     const QByteArray jpeg = smallJpeg() + QByteArray(1'300'000, '\0');
-    const CaptionReply reply = await(client.generateCaption(jpeg, prompt, u"gpt-4o-mini"_s, 180, 0.2));
+    const CaptionReply reply = await(client.generateCaption(jpeg, captionPrompt, u"gpt-4o-mini"_s, 180, 0.2));
 
     ASSERT_EQ(standIn.requests().size(), 1);
     const HttpRequest& request = standIn.requests().first();
-    EXPECT_EQ(request.method, "POST");
-    EXPECT_EQ(request.path, "/v1/chat/completions");
-    EXPECT_EQ(request.header("Authorization"), "Bearer " + key.toUtf8());
-    EXPECT_EQ(request.header("Content-Type"), "application/json");
     const QByteArray expected = R"({
         "model": "gpt-4o-mini",
         "messages": [
@@ -68,7 +51,7 @@ TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
     EXPECT_EQ(standIn.lastJson(),
               QJsonDocument::fromJson(QByteArray(expected).replace("JPEG", jpeg.toBase64())).object());
 
-    EXPECT_EQ(reply.text, standInCaption(prompt));
+    EXPECT_EQ(reply.text, standInCaption(captionPrompt));
     ASSERT_TRUE(reply.usage);
     EXPECT_THAT(log.lines,
                 ElementsAre(u"[OpenAIClient] JPEG bytes: %1 (1.24 MB)"_s.arg(jpeg.size()),
@@ -98,37 +81,68 @@ TEST_F(OpenAIClientTest, RefusesWhatCannotBeEncodedWithoutARequest) {
         EXPECT_EQ(error.kind(), OpenAIError::Case::encoding);
         EXPECT_EQ(error.localizedDescription(), u"Failed to encode request.");
     };
-    expectRefusal(prompt, std::numeric_limits<double>::quiet_NaN());
-    expectRefusal(prompt, std::numeric_limits<double>::infinity());
-    expectRefusal(prompt + QChar(0xD83D), 0.2); // half of an emoji
-    defaults.set(apiKeyName, key + u"\r\nX-Other: header"_s);
-    expectRefusal(prompt, 0.2);
+    expectRefusal(captionPrompt, std::numeric_limits<double>::quiet_NaN());
+    expectRefusal(captionPrompt, std::numeric_limits<double>::infinity());
+    expectRefusal(captionPrompt + QChar(0xD83D), 0.2); // half of an emoji
     EXPECT_THAT(standIn.requests(), IsEmpty());
 }
 
 TEST_F(OpenAIClientTest, ReadsTheKeyAnewForEachCall) {
-    defaults.remove(apiKeyName);
-    EXPECT_EQ(failureOf<OpenAIError>(start(client)).kind(), OpenAIError::Case::missingAPIKey);
-    defaults.set(apiKeyName, QString());
-    EXPECT_EQ(failureOf<OpenAIError>(start(client)).localizedDescription(), u"OpenAI API key is missing.");
-    EXPECT_THAT(log.lines, IsEmpty());
-    EXPECT_THAT(standIn.requests(), IsEmpty());
-
     defaults.set(apiKeyName, u"   "_s); // not trimmed, so not empty
     EXPECT_EQ(failureOf<OpenAIError>(start(client)).statusCode(), 401);
     EXPECT_EQ(standIn.requests().last().header("Authorization"), "Bearer    ");
-
     defaults.set(apiKeyName, key);
     EXPECT_NO_THROW(ask());
 }
 
-TEST_F(OpenAIClientTest, NeverTellsTheKey) {
-    for (const int status : {401, 200}) {
-        const OpenAIError error = refusal({.status = status, .body = "Wrong key: " + key.toUtf8()});
-        EXPECT_FALSE(error.localizedDescription().contains(key));
-        EXPECT_FALSE(error.body().contains(key));
+TEST_F(OpenAIClientTest, EachCallTellsOfARefusalInItsOwnLinesAndWithoutTheKey) {
+    const FileInFolder note(u"A001.WAV"_s, voiceNote(u"Number 12."_s));
+    const BatchImageItem image{.imageJPEGData = smallJpeg(), .filename = u"a.jpg"_s, .context = {}};
+    const struct {
+        QString failure;
+        QString undecodable;
+        std::function<void()> call;
+    } rows[] = {
+        {u"HTTP"_s, u"Decode failed"_s, [this] { ask(); }},
+        {u"Batch HTTP"_s, u"Batch decode failed"_s,
+         [&] {
+             await(client.generateBatchCaptions({image, image}, captionPrompt, u"gpt-4o-mini"_s, 2000, 0.2));
+         }},
+        {u"Transcription HTTP"_s, u"Transcription decode failed"_s,
+         [&] { await(client.transcribeAudio(note.path())); }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.failure.toStdString());
+        const OpenAIError status = refusal({.status = 429, .body = "no, " + key.toUtf8()}, row.call);
+        EXPECT_EQ(status.kind(), OpenAIError::Case::http);
+        EXPECT_EQ(status.body(), u"no, [API key]");
+        EXPECT_EQ(status.localizedDescription(), u"OpenAI HTTP 429: no, [API key]");
+        EXPECT_EQ(log.lines.last(), u"[OpenAIClient] %1 429 body:\nno, [API key]"_s.arg(row.failure));
         EXPECT_THAT(log.lines.filter(key), IsEmpty());
-        EXPECT_TRUE(log.lines.last().endsWith(u"Wrong key: [API key]"));
+
+        const OpenAIError undecodable = refusal({.body = key.toUtf8()}, row.call);
+        EXPECT_EQ(undecodable.localizedDescription(),
+                  u"Failed to decode OpenAI response: This is not JSON: illegal value at byte 1.");
+        EXPECT_EQ(log.lines.last(), u"[OpenAIClient] %1. Body follows:\n[API key]"_s.arg(row.undecodable));
+        EXPECT_THAT(log.lines.filter(key), IsEmpty());
+
+        const OpenAIError noStatus = refusal({.status = 99}, row.call);
+        EXPECT_EQ(noStatus.kind(), OpenAIError::Case::invalidResponse);
+        EXPECT_EQ(noStatus.localizedDescription(), u"Invalid response from OpenAI.");
+
+        const auto asked = standIn.requests().size();
+        defaults.set(apiKeyName, key + u"\r\nX-Other: header"_s);
+        EXPECT_EQ(failureIn<OpenAIError>(row.call).kind(), OpenAIError::Case::encoding);
+        log.lines.clear();
+        for (const QVariant& noKey : {QVariant(), QVariant(QString())}) {
+            defaults.set(apiKeyName, noKey);
+            const auto error = failureIn<OpenAIError>(row.call);
+            EXPECT_EQ(error.kind(), OpenAIError::Case::missingAPIKey);
+            EXPECT_EQ(error.localizedDescription(), u"OpenAI API key is missing.");
+        }
+        EXPECT_THAT(log.lines, IsEmpty());
+        EXPECT_EQ(standIn.requests().size(), asked);
+        defaults.set(apiKeyName, key);
     }
 }
 
@@ -154,9 +168,8 @@ TEST_F(OpenAIClientTest, ReadsEveryFormOfContent) {
         if (row.caption) {
             EXPECT_EQ(askWith({.body = replyWithContent(row.content)}).text, QString::fromUtf8(row.caption));
         } else {
-            const OpenAIError error = refusal({.body = replyWithContent(row.content)});
-            EXPECT_EQ(error.kind(), OpenAIError::Case::noChoices);
-            EXPECT_EQ(error.localizedDescription(), u"No caption returned.");
+            EXPECT_EQ(refusal({.body = replyWithContent(row.content)}).localizedDescription(),
+                      u"No caption returned.");
         }
     }
     EXPECT_EQ(refusal({.body = R"({"id":"c","choices":[]})"}).kind(), OpenAIError::Case::noChoices);
@@ -235,138 +248,12 @@ TEST_F(OpenAIClientTest, PassesOnWhatTheServiceSaysWithAnErrorStatus) {
                                  {"WWW-Authenticate", "Basic realm=\"model\""},
                                  {"Retry-After", "1"}}});
         const QString body = QString::fromUtf8(said);
-        EXPECT_EQ(error.kind(), OpenAIError::Case::http);
         EXPECT_EQ(error.statusCode(), status);
-        EXPECT_EQ(error.body(), body);
         EXPECT_EQ(error.localizedDescription(), u"OpenAI HTTP %1: "_s.arg(status) + body);
         EXPECT_EQ(log.lines.last(), u"[OpenAIClient] HTTP %1 body:\n"_s.arg(status) + body);
     }
     EXPECT_EQ(standIn.requests().size(), 11) << "a redirect was followed or a request repeated";
     EXPECT_EQ(refusal({.status = 500, .body = "bad \xc3("}).localizedDescription(), u"OpenAI HTTP 500: ");
-}
-
-TEST_F(OpenAIClientTest, RefusesAnAnswerWithoutAStatusOfHttp) {
-    const OpenAIError error = refusal({.status = 99, .body = replyWithContent("\"A goal.\"")});
-    EXPECT_EQ(error.kind(), OpenAIError::Case::invalidResponse);
-    EXPECT_EQ(error.localizedDescription(), u"Invalid response from OpenAI.");
-}
-
-TEST_F(OpenAIClientTest, FailsOnceWhenTheConnectionEndsTooSoon) {
-    ask(); // so that the connection is an old one, which Qt would try again by itself
-    for (const Delivery delivery : {Delivery::reset, Delivery::cutOff}) {
-        for (const int status : {200, 401, 500}) {
-            SCOPED_TRACE(status);
-            const auto before = standIn.requests().size();
-            standIn.enqueue({.status = status, .body = replyWithUsage("null"), .delivery = delivery});
-            const auto error = failureOf<TransportError>(start(client));
-            EXPECT_EQ(error.code(), QNetworkReply::RemoteHostClosedError);
-            EXPECT_EQ(standIn.requests().size(), before + 1);
-        }
-    }
-    EXPECT_NO_THROW(ask());
-}
-
-TEST_F(OpenAIClientTest, FailsWhenNobodyListens) {
-    QTcpServer closed;
-    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
-    QUrl url(u"http://127.0.0.1"_s);
-    url.setPort(closed.serverPort());
-    closed.close();
-    OpenAIClient lonely(url, defaults, log, clock);
-    EXPECT_EQ(failureOf<TransportError>(start(lonely)).code(), QNetworkReply::ConnectionRefusedError);
-}
-
-TEST_F(OpenAIClientTest, TakesInNoMoreThanABoundedReply) {
-    QByteArray reply = replyWithContent("\"A goal.\"");
-    reply += QByteArray(HttpChannel::largestReply - reply.size(), ' ');
-    EXPECT_EQ(askWith({.body = reply}).text, u"A goal.");
-    standIn.enqueue({.body = reply + ' '});
-    EXPECT_EQ(failureOf<TransportError>(start(client)).localizedDescription(),
-              u"The reply is larger than 4194304 bytes.");
-}
-
-TEST_F(OpenAIClientTest, WaitsForAMinuteAndNoLonger) {
-    for (const bool isInTime : {true, false}) {
-        standIn.enqueue({.body = replyWithContent("\"A goal.\""), .delivery = Delivery::held});
-        QCoro::Task<CaptionReply> task = start(client);
-        waitUntil([this] { return standIn.isHolding(); });
-        clock.advance(isInTime ? 59'999ms : 60'000ms);
-        if (isInTime) {
-            standIn.releaseHeld();
-            EXPECT_EQ(await(std::move(task)).text, u"A goal.");
-        } else {
-            const auto error = failureOf<TransportError>(std::move(task));
-            EXPECT_TRUE(error.isTimeOut());
-            EXPECT_EQ(error.localizedDescription(), u"The request timed out.");
-        }
-        EXPECT_EQ(clock.waiting(), 0);
-    }
-}
-
-TEST_F(OpenAIClientTest, ADripLivesUntilTheDeadline) {
-    standIn.enqueue({.body = QByteArray(1000, ' '), .delivery = Delivery::held});
-    QCoro::Task<CaptionReply> task = start(client);
-    waitUntil([this] { return standIn.isHolding(); });
-    standIn.sendHeld(200); // the head, too
-    for (int drip = 0; drip < 12; ++drip) {
-        standIn.sendHeld(1);
-        waitUntil([this] { return clock.untilNext() > 10s; }); // which is when the byte has come
-        EXPECT_FALSE(task.isReady());
-        clock.advance(50s);
-    }
-    EXPECT_TRUE(failureOf<TransportError>(std::move(task)).isTimeOut());
-}
-
-TEST_F(OpenAIClientTest, KeepsCallsInFlightApart) {
-    const auto startWith = [this](const QString& event) {
-        return client.generateCaption(smallJpeg(), u"Context:\n- Event: "_s + event, u"gpt-4o-mini"_s, 180,
-                                      0.2);
-    };
-    QCoro::Task<CaptionReply> first = startWith(u"Harbor Classic"_s);
-    QCoro::Task<CaptionReply> second = startWith(u"Hill Cup"_s);
-    EXPECT_TRUE(await(std::move(second)).text.contains(u"Hill Cup"));
-    EXPECT_TRUE(await(std::move(first)).text.contains(u"Harbor Classic"));
-}
-
-namespace {
-
-/// A caller that goes on to the next image after a failure, as a batch does.
-QCoro::Task<int> failuresOfTwoCalls(OpenAIClient* client, QByteArray jpeg) {
-    int failures = 0;
-    for (int call = 0; call < 2; ++call) {
-        try {
-            co_await client->generateCaption(jpeg, prompt, u"gpt-4o-mini"_s, 180, 0.2);
-        } catch (const TransportError& error) {
-            failures += error.isTimeOut() ? 0 : 1;
-        }
-    }
-    co_return failures;
-}
-
-} // namespace
-
-TEST_F(OpenAIClientTest, FailsWhatIsInFlightWhenItIsDestroyed) {
-    auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
-    standIn.enqueue({.delivery = Delivery::held});
-    QCoro::Task<int> task = failuresOfTwoCalls(dying.get(), smallJpeg());
-    waitUntil([this] { return standIn.isHolding(); });
-    dying.reset();
-    EXPECT_EQ(await(std::move(task)), 2);
-    EXPECT_EQ(standIn.requests().size(), 1);
-    EXPECT_EQ(clock.waiting(), 0);
-}
-
-TEST_F(OpenAIClientTest, FailsWhatIsBeingEncodedWhenItIsDestroyed) {
-    auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
-    auto busy = std::make_unique<BusyWorkers>();
-    QCoro::Task<CaptionReply> task = start(*dying);
-    QCoro::Task<BatchCaptionReply> batch =
-        dying->generateBatchCaptions({{}, {}}, prompt, u"gpt-4o-mini"_s, 2000, 0.2);
-    dying.reset();
-    busy.reset();
-    EXPECT_EQ(failureOf<TransportError>(std::move(task)).code(), QNetworkReply::OperationCanceledError);
-    EXPECT_EQ(failureOf<TransportError>(std::move(batch)).code(), QNetworkReply::OperationCanceledError);
-    EXPECT_THAT(standIn.requests(), IsEmpty());
 }
 
 } // namespace ostrelle

@@ -5,15 +5,14 @@
 #include "services/PromptError.h"
 #include "services/PromptResponse.h"
 #include "services/PromptService.h"
-#include "support/Await.h"
+#include "support/Failure.h"
+#include "support/FileFacts.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -63,9 +62,9 @@ public:
             QTcpSocket* socket = m_server.nextPendingConnection();
             connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
                 heads.append(socket->readAll());
+                sockets.append(socket);
                 if (!answer.isEmpty()) {
-                    socket->write(answer);
-                    socket->disconnectFromHost();
+                    answerRequest(heads.size() - 1);
                 }
             });
         });
@@ -75,37 +74,27 @@ public:
         answer = "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) +
                  "\r\nConnection: close\r\n\r\n" + body;
     }
+    /// For a request that it said nothing to.
+    void answerRequest(qsizetype index) {
+        sockets[index]->write(answer);
+        sockets[index]->disconnectFromHost();
+    }
 
     QByteArray answer;
     QList<QByteArray> heads;
+    QList<QTcpSocket*> sockets;
 
 private:
     QTcpServer m_server;
 };
 
-inline QByteArray goodReply() {
-    const QJsonObject reply{
-        {QStringLiteral("version"), QStringLiteral("v1")},
-        {QStringLiteral("style"), QStringLiteral("apSports")},
-        {QStringLiteral("sport"), QStringLiteral("football")},
-        {QStringLiteral("templates"), toJson(templatesNumber(1))},
-        {QStringLiteral("metadata"), QJsonObject{{QStringLiteral("fetchedAt"), QStringLiteral("x")},
-                                                 {QStringLiteral("cacheKey"), QStringLiteral("y")}}}};
-    return QJsonDocument(reply).toJson(QJsonDocument::Compact);
+inline QByteArray json(const PromptTemplates& templates) {
+    return QJsonDocument(toJson(templates)).toJson(QJsonDocument::Compact);
 }
 
-inline PromptError failureOf(QCoro::Task<PromptTemplates> fetch) {
-    try {
-        await(std::move(fetch));
-    } catch (const PromptError& error) {
-        return error;
-    }
-    throw std::runtime_error("the fetch has not failed");
-}
-
-inline QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+inline QByteArray goodReply(int number = 1) {
+    return R"({"version":"v1","style":"apSports","sport":"football","templates":)" +
+           json(templatesNumber(number)) + R"(,"metadata":{"fetchedAt":"x","cacheKey":"y"}})";
 }
 
 class PromptServiceTest : public testing::Test {
@@ -118,8 +107,7 @@ protected:
     void putCacheFile(const QByteArray& bytes) const {
         QDir(folder.path()).mkpath(QStringLiteral("made/on demand"));
         QFile file(cacheFile());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
     QStringList linesWith(const QString& part) const { return log.lines.filter(part); }
 

@@ -5,30 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QTest>
-#include <memory>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QMessageBox* shownBox() {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget* window : windows) {
-        auto* box = qobject_cast<QMessageBox*>(window);
-        if (box && box->isVisible()) {
-            return box;
-        }
-    }
-    return nullptr;
-}
-
-} // namespace
 
 TEST(DesktopAlerts, EscapeNeverDoesWhatWasOnlyAskedAbout) {
     const struct {
@@ -44,22 +28,15 @@ TEST(DesktopAlerts, EscapeNeverDoesWhatWasOnlyAskedAbout) {
         {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, std::nullopt, -1},
         {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, 1, 1},
     };
+    const auto box = [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); };
     DesktopAlerts alerts;
     for (const auto& row : rows) {
-        Alert alert;
-        alert.title = u"A question"_s;
-        alert.buttons = row.buttons;
-        QCoro::Task<int> answer = alerts.show(alert);
-        waitUntil([] { return shownBox() != nullptr; });
+        QCoro::Task<int> answer = alerts.show({.title = u"A question"_s, .text = {}, .buttons = row.buttons});
+        waitUntil([&box] { return box() != nullptr; });
         if (row.clicked) {
-            const auto buttons = shownBox()->buttons();
-            for (QAbstractButton* button : buttons) {
-                if (button->text() == row.buttons[*row.clicked]) {
-                    button->click();
-                }
-            }
+            box()->buttons().at(*row.clicked)->click();
         } else {
-            QTest::keyClick(shownBox(), Qt::Key_Escape);
+            QTest::keyClick(box(), Qt::Key_Escape);
         }
         EXPECT_EQ(await(std::move(answer)), row.answer) << row.buttons.join(u' ').toStdString();
     }

@@ -11,12 +11,6 @@ namespace ostrelle {
 
 /// The program with its windows, over fakes of the outside world.
 struct ProgramWorld : ShellWorld {
-    class NoSource : public RemoteSource {
-    public:
-        void start() override {}
-        void stop() override {}
-    };
-
     ~ProgramWorld() { await(delegate.finished()); }
 
     void start(bool hasCompletedOnboarding = true) {
@@ -34,29 +28,8 @@ struct ProgramWorld : ShellWorld {
         return nullptr;
     }
 
-    ProcessingTracker tracker{clock};
-    NoSource remote;
-    LocalFolderScan scan{
-        {.settings = settings,
-         .manifest = manifest,
-         .tracker = tracker,
-         .access = access,
-         .turns = turns,
-         .threads = threads,
-         .clock = clock,
-         .log = console,
-         .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); }}};
-    AutoModeController autoMode{{.settings = settings,
-                                 .status = status,
-                                 .defaults = defaults,
-                                 .scan = scan,
-                                 .remote = remote,
-                                 .notifications = notifications,
-                                 .threads = threads,
-                                 .clock = clock,
-                                 .log = console}};
     int quits = 0;
-    AppDelegate delegate{parts, autoMode, [this] {
+    AppDelegate delegate{parts, program.autoMode, [this] {
                              ++quits;
                              delegate.applicationWillTerminate();
                          }};

@@ -3,11 +3,8 @@
 
 #include <QAbstractAnimation>
 #include <QApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QFontDatabase>
 #include <QPainter>
-#include <QPixmap>
 #include <QWidget>
 #include <algorithm>
 
@@ -20,7 +17,7 @@ namespace {
 bool isMoving(const QWidget& widget) {
     const auto animations = widget.findChildren<QAbstractAnimation*>();
     return std::any_of(animations.begin(), animations.end(), [](const QAbstractAnimation* animation) {
-        return animation->state() == QAbstractAnimation::Running && animation->loopCount() >= 0;
+        return animation->state() == QAbstractAnimation::Running;
     });
 }
 
@@ -38,19 +35,19 @@ void settle() {
 
 } // namespace
 
-void usePictureFont(QApplication&, int pixels) {
+void usePictureFont() {
     const QStringList families = QFontDatabase::families();
     for (const QString& family : {u"Inter"_s, u"Noto Sans"_s, u"DejaVu Sans"_s}) {
         if (families.contains(family)) {
             QFont font(family);
-            font.setPixelSize(pixels);
+            font.setPixelSize(13);
             QApplication::setFont(font);
             return;
         }
     }
 }
 
-bool saveScreenshot(QWidget& window, const QString& path) {
+QPixmap screenshot(QWidget& window) {
     window.show();
     settle();
     QList<QWidget*> shown = {&window};
@@ -70,9 +67,7 @@ bool saveScreenshot(QWidget& window, const QString& path) {
     for (QWidget* widget : shown) {
         painter.drawPixmap(widget->pos() - room.topLeft(), widget->grab());
     }
-    painter.end();
-    QDir().mkpath(QFileInfo(path).path());
-    return picture.save(path);
+    return picture;
 }
 
 } // namespace ostrelle

@@ -12,22 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A connection test that a test lets end when it wants.
-struct HeldTest {
-    QCoro::Task<bool> operator()() {
-        ++*begun;
-        const auto ended = result;
-        while (!*ended) {
-            co_await clock->sleep(std::chrono::seconds(1));
-        }
-        co_return **ended;
-    }
-
-    Clock* clock;
-    std::shared_ptr<int> begun = std::make_shared<int>(0);
-    std::shared_ptr<std::optional<bool>> result = std::make_shared<std::optional<bool>>();
-};
-
 class ServerTabTest : public SettingsViewTest {
 protected:
     /// The connection status as shown, with its sign; nothing when there is none.
@@ -35,11 +19,29 @@ protected:
         const auto* mark = find<StatusMark>(u"ftpConnectionStatus"_s);
         return mark->isVisible() ? std::optional(std::pair(mark->tone(), mark->text())) : std::nullopt;
     }
+    /// Shows the window with a connection test that ends when endTest() has given it a result.
+    void showWithTest() {
+        show(std::make_unique<SettingsView>(world.parts, [this]() -> QCoro::Task<bool> {
+            ++begun;
+            while (!result) {
+                co_await world.clock.sleep(std::chrono::seconds(1));
+            }
+            co_return result();
+        }));
+        showTab(1);
+    }
     void enterServer() {
         world.settings.setFtpHost(u"ftp.gameday.example"_s);
         world.settings.setFtpUsername(u"sideline"_s);
         world.settings.setFtpPassword(u"secret"_s);
     }
+    void endTest(std::function<bool()> ending) {
+        result = std::move(ending);
+        world.clock.advance(std::chrono::seconds(1));
+    }
+
+    int begun = 0;
+    std::function<bool()> result;
 };
 
 } // namespace
@@ -112,61 +114,42 @@ TEST_F(ServerTabTest, OnlyAPortIsTakenForAPort) {
     EXPECT_EQ(port->text(), u"99999"_s);
 }
 
-TEST_F(ServerTabTest, AConnectionTestNeedsHostUserAndPassword) {
-    HeldTest test{&world.clock};
-    show(std::make_unique<SettingsView>(world.parts, test));
-    showTab(1);
-    for (const auto clear :
-         {&SettingsStore::setFtpHost, &SettingsStore::setFtpUsername, &SettingsStore::setFtpPassword}) {
-        enterServer();
-        (world.settings.*clear)({});
-        click(u"testConnection"_s);
-        EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Please fill in all required fields"_s));
-    }
-    EXPECT_EQ(*test.begun, 0);
-}
-
 TEST_F(ServerTabTest, AConnectionTestTellsHowItWent) {
-    HeldTest test{&world.clock};
-    show(std::make_unique<SettingsView>(world.parts, test));
-    showTab(1);
+    showWithTest();
+    click(u"testConnection"_s);
+    EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Please fill in all required fields"_s));
     enterServer();
-    world.settings.setTransferProtocol(TransferProtocol::sftp);
-    const std::pair<bool, QString> rows[] = {{true, u"Connection successful"_s},
-                                             {false, u"Connection failed"_s}};
+    const struct {
+        std::function<bool()> result;
+        StatusTone tone;
+        QString words;
+    } rows[] = {
+        {[] { return true; }, StatusTone::good, u"Connection successful"_s},
+        {[] { return false; }, StatusTone::destroying, u"Connection failed"_s},
+        {[]() -> bool { throw std::runtime_error("refused"); }, StatusTone::destroying,
+         u"Connection failed"_s},
+    };
     auto* button = find<QAbstractButton>(u"testConnection"_s);
-    for (const auto& [succeeds, words] : rows) {
-        *test.result = std::nullopt;
+    for (const auto& row : rows) {
+        result = nullptr;
         button->click();
         button->click(); // while it runs
         EXPECT_FALSE(world.settings.ftpConnectionStatus()) << "the result of the last test is gone";
-        *test.result = succeeds;
-        world.clock.advance(std::chrono::seconds(1));
+        endTest(row.result);
         await(view->finished());
-        EXPECT_EQ(status(), std::pair(succeeds ? StatusTone::good : StatusTone::destroying, words));
+        EXPECT_EQ(status(), std::pair(row.tone, row.words));
     }
-    EXPECT_EQ(*test.begun, 2);
-}
-
-TEST_F(ServerTabTest, ATestThatThrowsHasFailed) {
-    show(std::make_unique<SettingsView>(world.parts,
-                                        []() -> QCoro::Task<bool> { throw std::runtime_error("refused"); }));
-    showTab(1);
-    enterServer();
-    click(u"testConnection"_s);
-    EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Connection failed"_s));
+    EXPECT_EQ(begun, std::ssize(rows));
     EXPECT_EQ(world.console.lines.last(), u"[SettingsView] A connection test failed: refused"_s);
 }
 
 TEST_F(ServerTabTest, AWindowThatGoesLeavesItsTestToEndUnheard) {
-    HeldTest test{&world.clock};
-    show(std::make_unique<SettingsView>(world.parts, test));
+    showWithTest();
     enterServer();
     find<QAbstractButton>(u"testConnection"_s)->click();
     QCoro::Task<> finished = view->finished();
     show(std::make_unique<SettingsView>(world.parts));
-    *test.result = true;
-    world.clock.advance(std::chrono::seconds(1));
+    endTest([] { return true; });
     await(std::move(finished));
     EXPECT_FALSE(world.settings.ftpConnectionStatus());
 }
@@ -179,27 +162,16 @@ TEST_F(ServerTabTest, WithoutAClientTheTestSaysSo) {
               std::pair(StatusTone::destroying, u"This version cannot connect to FTP servers yet."_s));
 }
 
-TEST_F(ServerTabTest, ClearingTheServerKeepsTheProtocolAndDropsARunningTest) {
-    HeldTest test{&world.clock};
-    show(std::make_unique<SettingsView>(world.parts, test));
-    showTab(1);
-    SettingsStore& settings = world.settings;
-    settings.setTransferProtocol(TransferProtocol::sftp);
+TEST_F(ServerTabTest, ClearingTheServerDropsARunningTest) {
+    showWithTest();
     enterServer();
-    settings.setFtpPath(u"/cam1"_s);
-    settings.setFtpPort(2222);
+    world.settings.setFtpPort(2222);
     find<QAbstractButton>(u"testConnection"_s)->click();
     find<QAbstractButton>(u"clearFtpSettings"_s)->click();
-    *test.result = true;
-    world.clock.advance(std::chrono::seconds(1));
+    endTest([] { return true; });
     await(view->finished());
     EXPECT_FALSE(status()) << "of a server that is no longer set";
-    EXPECT_EQ(settings.transferProtocol(), TransferProtocol::sftp);
-    EXPECT_EQ(settings.ftpHost() + settings.ftpUsername() + settings.ftpPassword(), QString());
-    EXPECT_EQ(settings.ftpPath(), u"/"_s);
-    EXPECT_EQ(find<QLineEdit>(u"ftpPort"_s)->text(), u"21"_s);
-    settings.setTransferProtocol(TransferProtocol::ftp);
-    EXPECT_EQ(settings.ftpPort(), 21);
+    EXPECT_EQ(find<QLineEdit>(u"ftpHost"_s)->text() + find<QLineEdit>(u"ftpPort"_s)->text(), u"21"_s);
 }
 
 } // namespace ostrelle

@@ -4,15 +4,10 @@
 #include "shell/toolkit/Picker.h"
 #include "shell/toolkit/Popover.h"
 #include "shell/toolkit/SettingRow.h"
-#include "shell/toolkit/Switch.h"
 
-#include <QAbstractButton>
 #include <QAction>
-#include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
-#include <QTabBar>
-#include <QTest>
 
 namespace ostrelle {
 
@@ -24,47 +19,39 @@ const QString keyName = u"OPENAI_API_KEY"_s;
 
 } // namespace
 
-TEST_F(SettingsViewTest, APastedKeyIsStoredWithoutTheWhiteSpaceAroundIt) {
+TEST_F(SettingsViewTest, AKeyIsSavedAndAfterAYesCleared) {
     EXPECT_EQ(textOf(u"keyState"_s), u"No API Key Set"_s);
     auto* field = find<QLineEdit>(u"apiKey"_s);
     EXPECT_EQ(field->echoMode(), QLineEdit::Password);
     field->setText(u" \n"_s);
     click(u"saveKey"_s);
-    EXPECT_FALSE(world.defaults.exists(keyName));
     EXPECT_TRUE(world.alerts.shown.isEmpty());
-
     field->setText(u"sk-pasted\n"_s);
     click(u"saveKey"_s);
-    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted"_s);
-    EXPECT_TRUE(world.settings.hasAPIKey());
-    ASSERT_EQ(titlesOfAlerts(), QStringList(u"API Key Saved"_s));
-    EXPECT_EQ(world.alerts.shown.first().style, Alert::Style::informational);
-    EXPECT_EQ(world.alerts.shown.first().buttons, QStringList(u"OK"_s));
+    EXPECT_EQ(world.alerts.shown.last().style, Alert::Style::informational);
+    EXPECT_EQ(world.alerts.shown.last().buttons, QStringList(u"OK"_s));
     EXPECT_EQ(textOf(u"keyState"_s), u"Using Personal API Key"_s);
     EXPECT_FALSE(field->isVisible());
     EXPECT_TRUE(field->text().isEmpty());
-}
 
-TEST_F(SettingsViewTest, EnterSavesTheKeyAndAYesClearsIt) {
-    QTest::keyClicks(find(u"apiKey"_s), u"sk-typed"_s);
-    QTest::keyClick(find(u"apiKey"_s), Qt::Key_Return);
     world.alerts.answer = 1;
     click(u"clearKey"_s);
-    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-typed"_s);
-    EXPECT_EQ(world.alerts.shown.last().title, u"Clear API Key?"_s);
+    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted"_s);
     EXPECT_EQ(world.alerts.shown.last().style, Alert::Style::warning);
     EXPECT_EQ(world.alerts.shown.last().buttons, QStringList({u"Clear"_s, u"Cancel"_s}));
     world.alerts.answer = 0;
     click(u"clearKey"_s);
     EXPECT_FALSE(world.defaults.exists(keyName));
-    EXPECT_FALSE(world.settings.hasAPIKey());
-    EXPECT_TRUE(find(u"apiKey"_s)->isVisible());
+    EXPECT_TRUE(field->isVisible());
+    EXPECT_EQ(titlesOfAlerts(), QStringList({u"API Key Saved"_s, u"Clear API Key?"_s, u"Clear API Key?"_s}));
 }
 
 TEST_F(SettingsViewTest, TheFocusIsWhereAKeyIsEnteredAndElseOnNothingThatActs) {
     EXPECT_EQ(view->focusWidget(), find(u"apiKey"_s));
     QTest::keyClicks(view->focusWidget(), u"sk-typed"_s);
-    click(u"saveKey"_s);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    await(view->finished());
+    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-typed"_s);
     EXPECT_EQ(view->focusWidget(), view.get());
     click(u"clearKey"_s);
     EXPECT_EQ(view->focusWidget(), find(u"apiKey"_s));
@@ -87,12 +74,14 @@ TEST_F(SettingsViewTest, AKeyThatAnotherProcessStoredIsSeenWhenTheWindowIsShown)
 }
 
 TEST_F(SettingsViewTest, LinksAndTheFootLeadElsewhere) {
-    QSignalSpy onboarding(&world.events, &AppEvents::showOnboardingWindow);
+    const QSignalSpy onboarding(&world.events, &AppEvents::showOnboardingWindow);
     click(u"getKey"_s);
     click(u"showOnboarding"_s);
     EXPECT_EQ(world.workspace.links, QList<QUrl>{QUrl(u"https://platform.openai.com/api-keys"_s)});
     EXPECT_EQ(onboarding.size(), 1);
-    EXPECT_TRUE(textOf(u"settingsVersion"_s).contains(u"Version 7.8.9"_s));
+    QCoreApplication::setApplicationVersion(u"7.8.9"_s);
+    EXPECT_TRUE(
+        SettingsView(world.parts).findChild<QLabel*>(u"settingsVersion"_s)->text().contains(u"7.8.9"_s));
 }
 
 TEST_F(SettingsViewTest, TheLaunchSettingIsAnnouncedOnceItIsStored) {
@@ -142,19 +131,18 @@ TEST_F(SettingsViewTest, ClearedStatisticsLeaveTheLifetimeCountAndTheCosts) {
     world.status.setTotalProcessedAllTime(3);
     world.status.setTotalFailedAllTime(1);
     world.usage.recordUsage(1'000'000, 100'000);
-    EXPECT_EQ(textOf(u"successRate"_s) + textOf(u"successCounts"_s), u"75.0%(3 processed, 1 failed)"_s);
-    EXPECT_EQ(textOf(u"averageTime"_s), u"2.5s"_s);
-    const QString costs = textOf(u"todaysCost"_s) + textOf(u"totalCost"_s);
-    EXPECT_NE(costs, u"$0.0000$0.00"_s);
-
+    const auto figures = [this] {
+        return QStringList{textOf(u"successRate"_s),    textOf(u"successCounts"_s), textOf(u"averageTime"_s),
+                           textOf(u"lifetimeImages"_s), textOf(u"todaysCost"_s),    textOf(u"totalCost"_s)}
+            .join(u' ');
+    };
+    const QString full = u"75.0% (3 processed, 1 failed) 2.5s 1240 $0.2100 $0.21"_s;
+    EXPECT_EQ(figures(), full);
     click(u"clearStatistics"_s); // and cancel
-    EXPECT_EQ(world.status.totalProcessedAllTime(), 3);
+    EXPECT_EQ(figures(), full);
     world.alerts.answer = 1;
     click(u"clearStatistics"_s);
-    EXPECT_EQ(textOf(u"successRate"_s) + textOf(u"successCounts"_s), u"0.0%(0 processed, 0 failed)"_s);
-    EXPECT_EQ(textOf(u"averageTime"_s), u"0.0s"_s);
-    EXPECT_EQ(textOf(u"lifetimeImages"_s), u"1240"_s);
-    EXPECT_EQ(textOf(u"todaysCost"_s) + textOf(u"totalCost"_s), costs);
+    EXPECT_EQ(figures(), u"0.0% (0 processed, 0 failed) 0.0s 1240 $0.2100 $0.21"_s);
     EXPECT_EQ(titlesOfAlerts(),
               QStringList({u"Clear All Statistics?"_s, u"Clear All Statistics?"_s, u"Statistics Cleared"_s}));
 }
@@ -178,51 +166,30 @@ TEST_F(SettingsViewTest, ThePromptCacheIsCountedWhenShownAndCleared) {
 }
 
 TEST_F(SettingsViewTest, EscapeClosesAnExplanationAndThenTheWindow) {
-    const std::pair<int, QString> rows[] = {{0, u"keyInfo"_s},
-                                            {2, u"fallbackBehaviorInfo"_s},
-                                            {2, u"appendCreditToCaptionInfo"_s},
-                                            {2, u"defaultRightsFallbackInfo"_s}};
-    for (const auto& [tab, name] : rows) {
-        showTab(tab);
-        auto* info = find<InfoButton>(name);
-        info->setFocus();
-        QTest::keyClick(info, Qt::Key_Space);
-        ASSERT_TRUE(info->popover() && info->popover()->isVisible()) << name.toStdString();
-        QTest::keyClick(info->popover(), Qt::Key_Escape);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        EXPECT_FALSE(info->popover()) << name.toStdString();
-        EXPECT_TRUE(view->isVisible());
-    }
+    auto* info = find<InfoButton>(u"keyInfo"_s);
+    QTest::keyClick(info, Qt::Key_Space);
+    ASSERT_TRUE(info->popover());
+    QTest::keyClick(info->popover(), Qt::Key_Escape);
+    EXPECT_TRUE(view->isVisible());
+    showTab(2);
     QTest::keyClick(find(u"defaultRightsFallback"_s), Qt::Key_Escape);
     EXPECT_FALSE(view->isVisible());
 }
 
 TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
-    world.settings.setFtpConnectionStatus(std::nullopt);
-    const QStringList orders[] = {
-        {u"keyInfo"_s, u"apiKey"_s, u"apiKeyReveal"_s, u"saveKey"_s, u"getKey"_s,
-         u"launchWithPhotoMechanic"_s},
-        {u"ftpHost"_s, u"ftpPort"_s, u"ftpUsername"_s, u"ftpPassword"_s, u"ftpPasswordReveal"_s, u"ftpPath"_s,
-         u"testConnection"_s, u"clearFtpSettings"_s},
-        {u"captionStyle0"_s, u"fallbackBehaviorInfo"_s, u"fallbackBehavior"_s, u"appendCreditToCaptionInfo"_s,
-         u"appendCreditToCaption"_s, u"defaultRightsFallbackInfo"_s, u"defaultRightsFallback"_s},
-        {u"clearStatistics"_s, u"clearPromptCache"_s},
+    const QString orders[] = {
+        u"keyInfo apiKey apiKeyReveal saveKey getKey launchWithPhotoMechanic"_s,
+        u"ftpHost ftpPort ftpUsername ftpPassword ftpPasswordReveal ftpPath testConnection clearFtpSettings"_s,
+        u"captionStyle0 fallbackBehaviorInfo fallbackBehavior appendCreditToCaptionInfo "
+        "appendCreditToCaption defaultRightsFallbackInfo defaultRightsFallback"_s,
+        u"clearStatistics clearPromptCache"_s,
     };
     auto* bar = find<QTabBar>(u"settingsTabs"_s);
     for (int tab = 0; tab < bar->count(); ++tab) {
         ASSERT_EQ(bar->currentIndex(), tab);
         bar->setFocus();
-        QStringList reached;
-        for (QTest::keyClick(bar, Qt::Key_Tab); view->focusWidget()->objectName() != u"showOnboarding"_s;
-             QTest::keyClick(view->focusWidget(), Qt::Key_Tab)) {
-            const QWidget* widget = view->focusWidget();
-            reached.append(widget->objectName());
-            ASSERT_LT(reached.size(), 20);
-            const auto* button = qobject_cast<const QAbstractButton*>(widget);
-            EXPECT_TRUE(!widget->accessibleName().isEmpty() || (button && !button->text().isEmpty()))
-                << widget->objectName().toStdString();
-        }
-        EXPECT_EQ(reached, orders[tab]) << reached.join(u' ').toStdString();
+        QTest::keyClick(bar, Qt::Key_Tab);
+        EXPECT_EQ(tabStops(view->focusWidget(), u"showOnboarding"_s).join(u' '), orders[tab]);
         QTest::keyClick(view.get(), tab % 2 == 0 ? Qt::Key_PageDown : Qt::Key_Tab, Qt::ControlModifier);
     }
     EXPECT_EQ(bar->currentIndex(), 0) << "behind the last tab is the first";

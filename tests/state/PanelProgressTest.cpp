@@ -2,13 +2,12 @@
 #include "state/PanelProgress.h"
 
 #include "platform/PathReferences.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
-
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

@@ -2,16 +2,15 @@
 #include "state/SettingsFigures.h"
 
 #include "platform/PathReferences.h"
+#include "product/ApiKey.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
 #include <QLocale>
-
-#include "product/ApiKey.h"
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

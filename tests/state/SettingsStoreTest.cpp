@@ -2,6 +2,7 @@
 #include "state/SettingsStore.h"
 
 #include "platform/PathReferences.h"
+#include "standins/MemoryDefaults.h"
 #include "state/SlowSecrets.h"
 #include "support/Await.h"
 #include "support/LockedSecrets.h"
@@ -20,8 +21,6 @@
 #include <QThread>
 #include <functional>
 #include <memory>
-
-#include "standins/MemoryDefaults.h"
 
 namespace ostrelle {
 

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/MemorySecrets.h"
 #include "support/VirtualClock.h"
 
 #include <QCoreApplication>
 #include <QStringList>
 #include <chrono>
-
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

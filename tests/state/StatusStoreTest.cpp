@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/StatusStore.h"
 
+#include "standins/MemoryDefaults.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +9,6 @@
 #include <QSignalSpy>
 #include <limits>
 #include <memory>
-
-#include "standins/MemoryDefaults.h"
 
 namespace ostrelle {
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/UsageTracker.h"
 
+#include "standins/MemoryDefaults.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
-
-#include "standins/MemoryDefaults.h"
 
 namespace ostrelle {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "standins/MemorySecrets.h"
+
 #include <QCoroFuture>
 #include <QPromise>
-
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

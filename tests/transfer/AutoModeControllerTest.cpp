@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/AutoModeController.h"
 
+#include "product/ApiKey.h"
 #include "support/LockedSecrets.h"
 #include "transfer/LocalScanFixture.h"
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

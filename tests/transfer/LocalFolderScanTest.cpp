@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "standins/JpegBuilder.h"
+#include "standins/SportsScene.h"
 #include "transfer/LocalScanFixture.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "standins/JpegBuilder.h"
-#include "standins/SportsScene.h"
 
 namespace ostrelle {
 

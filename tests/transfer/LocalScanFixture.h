@@ -2,6 +2,8 @@
 #pragma once
 
 #include "platform/PathReferences.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 #include "support/Await.h"
 #include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
@@ -16,9 +18,6 @@
 #include <QSemaphore>
 #include <QtConcurrentRun>
 #include <functional>
-
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

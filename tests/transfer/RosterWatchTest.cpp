@@ -2,6 +2,8 @@
 #include "transfer/RosterWatch.h"
 
 #include "platform/PathReferences.h"
+#include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 #include "support/Await.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
@@ -14,9 +16,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtConcurrentRun>
-
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 

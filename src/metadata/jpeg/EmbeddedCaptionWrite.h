@@ -18,9 +18,9 @@ namespace ostrelle {
 WrittenCaption writeCaptionIntoJpeg(const QString& path, const QString& caption, PlainLog& log,
                                     const std::optional<CaptionSource>& source = {});
 
-/// Reads the file's metadata and checks whether a caption could be written into it, without changing anything.
-/// The refusal is XMPError::writeFailed. Dates become days in the given zone. Throws XMPError::fileMissing
-/// when the file cannot be opened.
+/// Reads the file's metadata and checks whether a caption could be written into it, without changing
+/// anything. The refusal is XMPError::writeFailed. Dates become days in the given zone. Throws
+/// XMPError::fileMissing when the file cannot be opened.
 EditableReading readEditableJpeg(const QString& path, const QTimeZone& zone);
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/panel/MenuContentView.h"
 
+#include "product/ApiKey.h"
 #include "shell/desktop/DroppedFiles.h"
 #include "shell/help/WebPages.h"
 #include "shell/panel/ActionsBar.h"
@@ -22,8 +23,6 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 #include <optional>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

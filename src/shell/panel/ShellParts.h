@@ -10,13 +10,12 @@
 #include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
 #include "platform/Workspace.h"
+#include "product/AppEvents.h"
+#include "product/NotificationManager.h"
 #include "services/PromptService.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
-
-#include "product/AppEvents.h"
-#include "product/NotificationManager.h"
 
 namespace ostrelle {
 

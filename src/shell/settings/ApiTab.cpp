@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/settings/ApiTab.h"
 
+#include "product/ApiKey.h"
 #include "shell/help/WebPages.h"
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/ActionButton.h"
@@ -15,8 +16,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

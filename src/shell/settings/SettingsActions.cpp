@@ -2,12 +2,11 @@
 #include "shell/settings/SettingsActions.h"
 
 #include "core/Attempt.h"
+#include "product/ApiKey.h"
 #include "state/SettingsFigures.h"
 
 #include <optional>
 #include <utility>
-
-#include "product/ApiKey.h"
 
 namespace ostrelle {
 

@@ -17,29 +17,17 @@ using namespace Qt::StringLiterals;
 namespace {
 
 QStringView fileName(IconName name) {
-    static constexpr std::array<QStringView, 35> names = {
-        u"back",
+    static constexpr std::array<QStringView, 23> names = {
         u"bubble",
         u"chart",
         u"check",
         u"chevron-down",
         u"cross",
-        u"document",
-        u"download",
         u"eye",
         u"eye-off",
-        u"folder",
         u"help",
         u"info",
-        u"iptc-list",
         u"key",
-        u"lightbulb",
-        u"mail",
-        u"microphone",
-        u"next",
-        u"photos",
-        u"play",
-        u"refresh",
         u"server",
         u"settings",
         u"sport-baseball",
