@@ -79,8 +79,8 @@ std::optional<QString> lastMessageLine(const StatusStore& status) {
     return status.isProcessing() || isOnTheSwitch ? std::nullopt : status.lastMessage();
 }
 
-std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status) {
-    if (!settings.autoMode()) {
+std::optional<QString> autoModeLine(bool isOn, const StatusStore& status) {
+    if (!isOn) {
         return std::nullopt;
     }
     const std::optional<qint64> seconds = status.nextScanCountdown();

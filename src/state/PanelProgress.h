@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/SourceType.h"
-#include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 
 #include <QList>
@@ -27,11 +26,10 @@ struct ProgressRow {
 /// What the main panel shows of the run and of the remote side; empty while nothing goes on.
 QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
 
-/// The last thing that was told. Nothing while a run goes on, whose progress tells it, and when it is only
-/// that auto mode is off.
+/// The last message. Nothing during a run, whose rows show it, or when it only says that auto mode is off.
 std::optional<QString> lastMessageLine(const StatusStore& status);
 
 /// The line about auto mode; nothing when it is off.
-std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status);
+std::optional<QString> autoModeLine(bool isOn, const StatusStore& status);
 
 } // namespace ostrelle
