@@ -33,9 +33,9 @@ TEST_F(SettingsViewTest, APastedKeyIsStoredWithoutTheWhiteSpaceAroundIt) {
     EXPECT_FALSE(world.defaults.exists(keyName));
     EXPECT_TRUE(world.alerts.shown.isEmpty());
 
-    field->setText(u"sk-pasted\n"_s);
+    field->setText(u" sk-pasted 2\u00a0\n"_s);
     click(u"saveKey"_s);
-    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted"_s);
+    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted 2"_s);
     EXPECT_TRUE(world.settings.hasAPIKey());
     ASSERT_EQ(titlesOfAlerts(), QStringList(u"API Key Saved"_s));
     EXPECT_EQ(world.alerts.shown.first().style, Alert::Style::informational);

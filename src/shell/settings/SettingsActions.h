@@ -14,8 +14,11 @@ namespace ostrelle {
 /// Connects to the remote server that the settings name, once; whether that went well. May throw.
 using ConnectionTest = std::function<QCoro::Task<bool>()>;
 
-/// What the user can have done from the settings window: asks what has to be asked, and tells what came of
-/// it. While one question is open no other is begun.
+/// The settings' connection status after a test that went well. After any other it is the text to show.
+extern const QString connectionSucceeded;
+
+/// What the buttons of the settings window do: each asks what has to be asked, and shows how it went. While
+/// one question is open, no other is begun.
 class SettingsActions : public QObject {
     Q_OBJECT
 
@@ -26,10 +29,11 @@ public:
     /// Stores the key without the white space around it; nothing happens when none is left.
     void saveKey(const QString& entered);
     void clearKey();
-    /// What comes of it is the settings' connection status, unless what was tested has been cleared
-    /// meanwhile. While a test runs no other is begun.
+    /// The result becomes the settings' connection status, unless the server has been cleared meanwhile.
+    /// While a test runs, no other is begun.
     void testConnection();
     bool isTestingConnection() const { return m_runningTest != nullptr; }
+    /// Back to no server. The protocol stays.
     void clearFtpSettings();
     void clearStatistics();
     void clearPromptCache();
