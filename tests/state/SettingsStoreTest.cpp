@@ -2,11 +2,8 @@
 #include "state/SettingsStore.h"
 
 #include "platform/PathReferences.h"
-#include "state/SlowSecrets.h"
 #include "support/Await.h"
-#include "support/LockedSecrets.h"
 #include "support/RecordingLog.h"
-#include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -18,10 +15,10 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QThread>
-#include <functional>
 #include <memory>
 
 #include "standins/MemoryDefaults.h"
+#include "standins/MemorySecrets.h"
 
 namespace ostrelle {
 
@@ -30,8 +27,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using OptionalText = std::optional<QString>;
-
-const QString passwordItem = u"com.tobinvasquel.OstrelleCaptions/FTPPassword"_s;
+using Stored = QMap<QString, QVariant>;
 
 QList<QMetaProperty> fields() {
     const QMetaObject& type = SettingsStore::staticMetaObject;
@@ -62,25 +58,17 @@ protected:
     SettingsStoreTest() { startOver({}); }
 
     /// The program starts anew, over what is stored.
-    void start() {
+    void restart() {
         settings.reset();
         settings = std::make_unique<SettingsStore>(defaults, keychain, references, log);
+        settle();
     }
-    void startOver(const QMap<QString, QVariant>& stored) {
-        settings.reset();
+    void startOver(const Stored& stored) {
         defaults.values = stored;
         log.lines.clear();
-        start();
-        nextTurn();
+        restart();
     }
-    /// Lets everything that is under way end.
-    void nextTurn() {
-        secrets.end();
-        QCoreApplication::processEvents();
-        if (settings) {
-            await(settings->pathsSettled());
-        }
-    }
+    void settle() { await(settings->pathsSettled()); }
 
     QString makeFolder(const QString& name) const {
         QDir(folder.path()).mkdir(name);
@@ -88,26 +76,35 @@ protected:
     }
 
     QTemporaryDir folder;
-    VirtualClock clock;
     MemoryDefaults defaults;
-    SlowSecrets secrets{clock};
+    MemorySecrets secrets;
     RecordingLog log;
     PathReferences references;
     KeychainHelper keychain{secrets, log};
     std::unique_ptr<SettingsStore> settings;
 };
 
-TEST_F(SettingsStoreTest, TheFirstStartHasDefaultsAndWritesThreeOfThem) {
-    for (const QMetaProperty& field : fields()) {
-        EXPECT_EQ(field.read(settings.get()), defaultOf(field)) << field.name();
+TEST_F(SettingsStoreTest, WhereNothingUsableIsStoredThereAreDefaults) {
+    const Stored atFirst = {
+        {u"alwaysOverwriteCaptions"_s, true}, {u"appendCreditToCaption"_s, true}, {u"ftpPort"_s, qint64(21)}};
+    Stored unknown = {{u"sport"_s, u"cricket"_s},
+                      {u"captionStyle"_s, u"APSPORTS"_s},
+                      {u"fallbackBehavior"_s, true},
+                      {u"sourceType"_s, u"cloud"_s},
+                      {u"transferProtocol"_s, u""_s}};
+    unknown.insert(atFirst);
+    for (const auto& [stored, storedThen] : {std::pair(Stored(), atFirst), std::pair(unknown, unknown)}) {
+        startOver(stored);
+        for (const QMetaProperty& field : fields()) {
+            EXPECT_EQ(field.read(settings.get()), defaultOf(field)) << field.name();
+        }
+        EXPECT_EQ(defaults.values, storedThen);
+        EXPECT_TRUE(secrets.secrets.isEmpty());
+        EXPECT_EQ(log.lines, QStringList());
     }
-    EXPECT_EQ(defaults.values, (QMap<QString, QVariant>{{u"alwaysOverwriteCaptions"_s, true},
-                                                        {u"appendCreditToCaption"_s, true},
-                                                        {u"ftpPort"_s, qint64(21)}}));
-    EXPECT_TRUE(secrets.secrets.isEmpty());
 }
 
-TEST_F(SettingsStoreTest, EachFieldTellsOfAChangeOnceIsStoredUnderItsNameAndSurvivesARestart) {
+TEST_F(SettingsStoreTest, EachSettingAnnouncesAChangeOnceIsStoredUnderItsNameAndSurvivesARestart) {
     const QString path = makeFolder(u"field"_s);
     const auto folderValue = QVariant::fromValue(OptionalText(path));
     const QVariant reference = references.make(path);
@@ -140,10 +137,9 @@ TEST_F(SettingsStoreTest, EachFieldTellsOfAChangeOnceIsStoredUnderItsNameAndSurv
         field.write(settings.get(), value);
         EXPECT_EQ(changes.size(), 1);
         EXPECT_EQ(field.read(settings.get()), value);
-        nextTurn();
+        settle();
         EXPECT_EQ(defaults.values.value(name), stored);
-        start();
-        nextTurn();
+        restart();
         EXPECT_EQ(field.read(settings.get()), ofThisRunOnly.contains(name) ? defaultOf(field) : value);
     }
     EXPECT_EQ(log.lines, QStringList());
@@ -157,25 +153,9 @@ TEST_F(SettingsStoreTest, WhatComesFromElsewhereIsRead) {
     EXPECT_FALSE(settings->hasAPIKey());
 }
 
-TEST_F(SettingsStoreTest, AnUnknownStoredCaseCountsAsAbsentAndStays) {
-    const QMap<QString, QVariant> stored = {
-        {u"sport"_s, u"cricket"_s},           {u"captionStyle"_s, u"APSPORTS"_s},
-        {u"fallbackBehavior"_s, true},        {u"sourceType"_s, u"cloud"_s},
-        {u"transferProtocol"_s, u""_s},       {u"ftpPort"_s, qint64(21)},
-        {u"alwaysOverwriteCaptions"_s, true}, {u"appendCreditToCaption"_s, true},
-    };
-    startOver(stored);
-    for (const QMetaProperty& field : fields()) {
-        EXPECT_EQ(field.read(settings.get()), defaultOf(field)) << field.name();
-    }
-    EXPECT_EQ(defaults.values, stored);
-    EXPECT_EQ(log.lines, QStringList());
-}
-
 TEST_F(SettingsStoreTest, ProtocolAndPortAfterAStart) {
     const struct {
-        QString source;
-        QString protocol;
+        QString source, protocol;
         QVariant port;
         TransferProtocol expectedProtocol;
         qint64 expectedPort;
@@ -241,25 +221,25 @@ TEST_F(SettingsStoreTest, APathIsStoredInTheNextTurnWithItsFinalValue) {
     settings->setIngestFolder(first);
     settings->setIngestFolder(last);
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
-    nextTurn();
+    settle();
     EXPECT_EQ(references.resolve(defaults.values.value(u"ingestFolder"_s).toByteArray()).path, last);
     settings->setIngestFolder(std::nullopt);
-    nextTurn();
+    settle();
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
 
     settings->setIngestFolder(first);
     settings.reset();
-    nextTurn(); // nobody is left to store it
+    QCoreApplication::processEvents(); // nobody is left to store it
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
 }
 
 TEST_F(SettingsStoreTest, APathThatCannotBeReferredToLeavesWhatIsStored) {
     settings->setIngestFolder(makeFolder(u"photos"_s));
-    nextTurn();
+    settle();
     const QVariant before = defaults.values.value(u"ingestFolder"_s);
     const QString missing = folder.filePath(u"missing"_s);
     settings->setIngestFolder(missing);
-    nextTurn();
+    settle();
     EXPECT_EQ(defaults.values.value(u"ingestFolder"_s), before);
     EXPECT_EQ(log.lines,
               QStringList(u"[SettingsStore] Failed to save bookmark for ingestFolder: There is no file or "
@@ -267,46 +247,34 @@ TEST_F(SettingsStoreTest, APathThatCannotBeReferredToLeavesWhatIsStored) {
 }
 
 TEST_F(SettingsStoreTest, AReferenceThatLeadsNowhereIsCleared) {
-    const QString path = makeFolder(u"photos"_s);
-    const QByteArray reference = references.make(path);
-    const std::function<void()> nothing = [] {};
-    const std::function<void()> leaves = [&path] { QDir().rmdir(path); };
-    const std::function<void()> becomesAFile = [&path] { EXPECT_TRUE(QFile(path).open(QFile::WriteOnly)); };
-    const struct {
-        QByteArray stored;
-        std::function<void()> happening;
-        QString line;
-    } rows[] = {
-        {"garbage", nothing,
-         u"[SettingsStore] Failed to load bookmark for %1: The stored file reference is damaged. - clearing"_s},
-        {reference, leaves,
-         u"[SettingsStore] URL for %1 is no longer accessible: "_s + path + u" - clearing"_s},
-        {reference, becomesAFile, u"[SettingsStore] Bookmark for %1 is stale - clearing"_s},
-        {R"({"path":"","folder":true})", nothing,
-         u"[SettingsStore] URL for %1 is no longer accessible:  - clearing"_s},
-    };
-    for (const auto& row : rows) {
-        row.happening();
+    const auto expectCleared = [this](const QByteArray& reference, const QString& why) {
         for (const QString& key : {u"ingestFolder"_s, u"codeReplacementsFile"_s, u"destinationFolder"_s}) {
-            startOver({{key, row.stored}});
-            EXPECT_EQ(log.lines, QStringList(row.line.arg(key)));
+            startOver({{key, reference}});
+            EXPECT_EQ(log.lines, QStringList(u"[SettingsStore] %1 - clearing"_s.arg(why.arg(key))));
             EXPECT_FALSE(defaults.exists(key));
             EXPECT_FALSE(settings->property(key.toLatin1().constData()).value<OptionalText>());
         }
-    }
+    };
+    const QString path = makeFolder(u"photos"_s);
+    const QByteArray reference = references.make(path);
+    expectCleared("garbage", u"Failed to load bookmark for %1: The stored file reference is damaged."_s);
+    expectCleared(R"({"path":"","folder":true})", u"URL for %1 is no longer accessible: "_s);
+    ASSERT_TRUE(QDir().rmdir(path));
+    expectCleared(reference, u"URL for %1 is no longer accessible: "_s + path);
+    ASSERT_TRUE(QFile(path).open(QFile::WriteOnly));
+    expectCleared(reference, u"Bookmark for %1 is stale"_s);
 }
 
 /// A file system that answers when it is let, and never the thread of the event loop.
-class HangingReferences : public FileReferences {
+class HangingReferences : public PathReferences {
 public:
     QByteArray make(const QString& path) const override {
         wait();
-        return m_references.make(path);
+        return PathReferences::make(path);
     }
-    QString pathOf(const QByteArray& reference) const override { return m_references.pathOf(reference); }
     ResolvedFile resolve(const QByteArray& reference) const override {
         wait();
-        return m_references.resolve(reference);
+        return PathReferences::resolve(reference);
     }
     void recover() const { m_semaphore.release(100); }
 
@@ -316,7 +284,6 @@ private:
         m_semaphore.acquire();
     }
 
-    PathReferences m_references;
     mutable QSemaphore m_semaphore;
 };
 
@@ -343,7 +310,6 @@ TEST_F(SettingsStoreTest, AHangingShareHoldsNoStartUpAndWhatIsGoneIsGivenUpLater
         log.lines,
         QStringList(
             u"[SettingsStore] URL for ingestFolder is no longer accessible: %1 - clearing"_s.arg(gone)));
-    nextTurn(); // the keychain's answer
 }
 
 TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {
@@ -354,55 +320,6 @@ TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {
     EXPECT_EQ(defaults.values.value(u"destinationFolder"_s), references.make(path));
     EXPECT_EQ(defaults.values.value(u"ingestFolder"_s), older);
     EXPECT_EQ(defaults.values.value(u"codeReplacementsFile"_s), older);
-}
-
-TEST_F(SettingsStoreTest, APasswordThatComesLateIsTakenAndNotSavedAgain) {
-    secrets.secrets.insert(passwordItem, u"stored"_s);
-    secrets.begun.clear();
-    start();
-    EXPECT_EQ(settings->ftpPassword(), QString());
-    QString seen; // by one who waits for the keychain
-    const auto finished = keychain.finishPending().then([this, &seen] { seen = settings->ftpPassword(); });
-    nextTurn();
-    EXPECT_EQ(seen, u"stored"_s);
-    EXPECT_EQ(secrets.begun, QStringList(u"load"_s));
-    start();
-    settings.reset();
-    nextTurn(); // nobody is left to take it
-    EXPECT_EQ(clock.waiting(), 0);
-}
-
-TEST_F(SettingsStoreTest, APasswordOfALockedKeyringIsUnknownUntilItIsUnlockedOrTheUserGivesOne) {
-    for (const bool isTyped : {false, true}) {
-        LockedSecrets locked;
-        locked.secrets.insert(passwordItem, u"stored"_s);
-        KeychainHelper lockedKeychain(locked, log);
-        SettingsStore store(defaults, lockedKeychain, references, log);
-        const QSignalSpy known(&store, &SettingsStore::passwordKnown);
-        EXPECT_FALSE(store.isPasswordKnown());
-        if (isTyped) {
-            store.setFtpPassword(u"typed"_s); // is saved at once: the wait is in nobody's way
-            EXPECT_FALSE(lockedKeychain.isSaving());
-        }
-        locked.unlock();
-        waitUntil([&store] { return store.isPasswordKnown(); });
-        QCoreApplication::processEvents();
-        EXPECT_EQ(store.ftpPassword(), isTyped ? u"typed"_s : u"stored"_s);
-        EXPECT_EQ(known.size(), 1);
-    }
-    EXPECT_TRUE(settings->isPasswordKnown()) << "that there is none is known, too";
-}
-
-TEST_F(SettingsStoreTest, APasswordThatTheUserHasSetMeanwhileStandsAndIsSaved) {
-    for (const QString& password : {u"new"_s, u""_s}) {
-        secrets.secrets.insert(passwordItem, u"stored"_s);
-        start();
-        settings->setFtpPassword(password);
-        nextTurn();
-        EXPECT_EQ(settings->ftpPassword(), password);
-        EXPECT_EQ(secrets.secrets.value(passwordItem), password);
-        EXPECT_EQ(secrets.secrets.contains(passwordItem), !password.isEmpty());
-    }
 }
 
 } // namespace
