@@ -12,7 +12,7 @@ using Style = ProgressRow::Style;
 
 namespace {
 
-/// A run that passes over images counts fewer than it has seen, which is no bar below its beginning.
+/// A run that skips images counts fewer than it has seen, which can make a batch's fraction negative.
 double barOf(double fraction) {
     return std::clamp(fraction, 0.0, 1.0);
 }

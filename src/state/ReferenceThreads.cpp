@@ -2,6 +2,7 @@
 #include "state/ReferenceThreads.h"
 
 #include <QtConcurrentRun>
+#include <exception>
 
 namespace ostrelle {
 

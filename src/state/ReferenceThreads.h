@@ -4,8 +4,10 @@
 #include "core/Attempt.h"
 #include "platform/FileReferences.h"
 
+#include <QByteArray>
 #include <QFuture>
 #include <QSemaphore>
+#include <QString>
 #include <QThreadPool>
 #include <memory>
 
@@ -15,16 +17,16 @@ namespace ostrelle {
 struct ReferenceLook {
     QByteArray reference;
     QFuture<Attempt<ResolvedFile>> answer;
-    std::shared_ptr<QSemaphore> isAnswered; ///< released once, for who cannot await the answer
+    std::shared_ptr<QSemaphore> isAnswered; ///< released once, for callers that cannot await
 };
 
 /// Makes and resolves file references on threads of its own: the file may lie on a network share that hangs
 /// for hours.
 class ReferenceThreads {
 public:
-    /// The references have to outlive it.
+    /// The argument must outlive it.
     explicit ReferenceThreads(const FileReferences& references);
-    /// Waits a moment for what is under way. A thread that hangs is left behind.
+    /// Waits briefly for what is under way. A thread that hangs is left behind.
     ~ReferenceThreads();
     ReferenceThreads(const ReferenceThreads&) = delete;
     ReferenceThreads& operator=(const ReferenceThreads&) = delete;

@@ -3,9 +3,9 @@
 
 #include "core/Error.h"
 
-#include <QByteArray>
 #include <QCoroFuture>
 #include <QCoroTimer>
+#include <QFuture>
 #include <QMetaObject>
 #include <utility>
 
@@ -63,13 +63,13 @@ void SettingsStore::load(std::chrono::milliseconds patience) {
 QCoro::Task<> SettingsStore::loadPassword(QPointer<SettingsStore> store) {
     std::optional<QString> password = co_await store->m_keychain.load(passwordAccount);
     bool isUnlocked = true;
-    while (store && !password && isUnlocked) { // a locked keyring says that there is none
+    while (store && !password && isUnlocked) { // as a locked keyring seems to have none
         isUnlocked = co_await store->m_keychain.unlocked(passwordAccount);
         if (store && isUnlocked) {
             password = co_await store->m_keychain.load(passwordAccount);
         }
     }
-    if (store && !store->m_isPasswordKnown) { // by the user's own word
+    if (store && !store->m_isPasswordKnown) { // unless the user has set one
         store->takePassword(password.value_or(QString()));
     }
 }

@@ -15,6 +15,7 @@
 #include "state/ReferenceThreads.h"
 #include "state/StoredValue.h"
 
+#include <QByteArray>
 #include <QCoroTask>
 #include <QDeadlineTimer>
 #include <QObject>
