@@ -5,11 +5,13 @@
 #include "platform/FileReferences.h"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QFuture>
 #include <QSemaphore>
 #include <QString>
 #include <QThreadPool>
 #include <memory>
+#include <optional>
 
 namespace ostrelle {
 
@@ -18,6 +20,9 @@ struct ReferenceLook {
     QByteArray reference;
     QFuture<Attempt<ResolvedFile>> answer;
     std::shared_ptr<QSemaphore> isAnswered; ///< released once, for callers that cannot await
+
+    /// Blocks the thread until there is an answer, or the deadline. To be called once.
+    std::optional<Attempt<ResolvedFile>> answerBy(const QDeadlineTimer& deadline) const;
 };
 
 /// Makes and resolves file references on threads of its own: the file may lie on a network share that hangs
@@ -33,6 +38,8 @@ public:
 
     QFuture<Attempt<QByteArray>> make(const QString& path);
     ReferenceLook resolve(const QByteArray& reference);
+    /// The path that the reference names, without a look at the disk; nothing if it is damaged.
+    std::optional<QString> presumedPath(const QByteArray& reference) const;
 
 private:
     const FileReferences& m_references;

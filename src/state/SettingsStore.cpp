@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/SettingsStore.h"
 
-#include "core/Error.h"
-
 #include <QCoroFuture>
 #include <QCoroTimer>
 #include <QFuture>
@@ -24,7 +22,6 @@ SettingsStore::SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain,
                              std::chrono::milliseconds patience)
     : m_defaults(defaults)
     , m_keychain(keychain)
-    , m_references(references)
     , m_log(log)
     , m_threads(references)
     , m_looks([&log](const QString& words) {
@@ -154,12 +151,11 @@ SettingsStore::Path SettingsStore::loadBookmark(PathSetting setting, const std::
     if (!look) {
         return std::nullopt;
     }
-    const auto patience = static_cast<int>(deadline.remainingTime());
-    if (look->isAnswered->tryAcquire(1, patience)) {
-        return judged((this->*setting).key, look->answer.result());
+    if (const auto answer = look->answerBy(deadline)) {
+        return judged((this->*setting).key, *answer);
     }
     m_looks.spawn(judgeLater(this, setting, *look));
-    return presumed(look->reference);
+    return m_threads.presumedPath(look->reference);
 }
 
 QCoro::Task<> SettingsStore::judgeLater(QPointer<SettingsStore> store, PathSetting setting,
@@ -196,14 +192,6 @@ SettingsStore::Path SettingsStore::judged(const QString& key, const Attempt<Reso
             u"[SettingsStore] URL for %1 is no longer accessible: %2 - clearing"_s.arg(key, answer->path));
     }
     return answer->path;
-}
-
-SettingsStore::Path SettingsStore::presumed(const QByteArray& reference) const {
-    try {
-        return m_references.pathOf(reference);
-    } catch (const Error&) {
-        return std::nullopt;
-    }
 }
 
 } // namespace ostrelle

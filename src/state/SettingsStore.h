@@ -15,7 +15,6 @@
 #include "state/ReferenceThreads.h"
 #include "state/StoredValue.h"
 
-#include <QByteArray>
 #include <QCoroTask>
 #include <QDeadlineTimer>
 #include <QObject>
@@ -171,10 +170,8 @@ private:
                       const QDeadlineTimer& deadline);
     static QCoro::Task<> judgeLater(QPointer<SettingsStore> store, PathSetting setting, ReferenceLook look);
     Path judged(const QString& key, const Attempt<ResolvedFile>& answer);
-    Path presumed(const QByteArray& reference) const;
 
     KeychainHelper& m_keychain;
-    const FileReferences& m_references;
     PlainLog& m_log;
     ReferenceThreads m_threads;
     TaskGroup m_looks;
