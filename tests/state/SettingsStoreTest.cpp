@@ -16,6 +16,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <memory>
+#include <tuple>
 
 #include "standins/MemoryDefaults.h"
 #include "standins/MemorySecrets.h"
@@ -29,7 +30,7 @@ namespace {
 using OptionalText = std::optional<QString>;
 using Stored = QMap<QString, QVariant>;
 
-QList<QMetaProperty> fields() {
+QList<QMetaProperty> allSettings() {
     const QMetaObject& type = SettingsStore::staticMetaObject;
     QList<QMetaProperty> result;
     for (int index = type.propertyOffset(); index < type.propertyCount(); ++index) {
@@ -38,19 +39,43 @@ QList<QMetaProperty> fields() {
     return result;
 }
 
-/// Without any stored value: off, empty or the first case, but for these.
-QVariant defaultOf(const QMetaProperty& field) {
-    const QMap<QByteArray, QVariant> defaults = {
-        {"fallbackBehavior", QVariant::fromValue(FallbackBehavior::attemptCaption)},
-        {"sport", QVariant::fromValue(Sport::football)},
-        {"team1Color", u"Blue"_s},
-        {"team2Color", u"White"_s},
-        {"alwaysOverwriteCaptions", true},
-        {"appendCreditToCaption", true},
-        {"ftpPath", u"/"_s},
-        {"ftpPort", qint64(21)},
+/// What a setting is at first, another value that it can have, and how that is stored.
+struct Example {
+    QVariant first, other, stored;
+};
+
+template <typename T>
+Example example(const T& first, const T& other, const QVariant& stored) {
+    return {QVariant::fromValue(first), QVariant::fromValue(other), stored};
+}
+
+/// A path's other value is the folder, stored as the reference.
+Example exampleOf(const QMetaProperty& setting, const QString& folder, const QVariant& reference) {
+    const QVariant nothing; // is stored
+    const QString name = QString::fromLatin1(setting.name());
+    const Example path = example<OptionalText>({}, folder, reference);
+    const QMap<QString, Example> special = {
+        {u"ingestFolder"_s, path},
+        {u"codeReplacementsFile"_s, path},
+        {u"destinationFolder"_s, path},
+        {u"hasAPIKey"_s, {false, true, nothing}},
+        {u"captionStyle"_s, example(CaptionStyle::apSports, CaptionStyle::gettySports, nothing)},
+        {u"fallbackBehavior"_s,
+         example(FallbackBehavior::attemptCaption, FallbackBehavior::omitCaption, u"omitCaption"_s)},
+        {u"sport"_s, example(Sport::football, Sport::horseRacing, u"horseRacing"_s)},
+        {u"team1Color"_s, {u"Blue"_s, u""_s, u""_s}}, // an empty text is a value
+        {u"team2Color"_s, {u"White"_s, u"Red"_s, u"Red"_s}},
+        {u"alwaysOverwriteCaptions"_s, {true, false, false}},
+        {u"appendCreditToCaption"_s, {true, false, false}},
+        {u"sourceType"_s, example(SourceType::local, SourceType::ftp, u"ftp"_s)},
+        {u"transferProtocol"_s, example(TransferProtocol::ftp, TransferProtocol::sftp, u"sftp"_s)},
+        {u"ftpPassword"_s, {u""_s, u"secret"_s, nothing}},
+        {u"ftpPath"_s, {u"/"_s, u"/in"_s, u"/in"_s}},
+        {u"ftpPort"_s, {qint64(21), qint64(70'000), qint64(70'000)}},
+        {u"ftpConnectionStatus"_s, example<OptionalText>({}, u"Connected"_s, nothing)},
     };
-    return defaults.value(field.name(), QVariant(field.metaType()));
+    const bool isSwitch = setting.typeId() == QMetaType::Bool;
+    return special.value(name, isSwitch ? Example{false, true, true} : Example{QString(), name, name});
 }
 
 class SettingsStoreTest : public testing::Test {
@@ -95,8 +120,8 @@ TEST_F(SettingsStoreTest, WhereNothingUsableIsStoredThereAreDefaults) {
     unknown.insert(atFirst);
     for (const auto& [stored, storedThen] : {std::pair(Stored(), atFirst), std::pair(unknown, unknown)}) {
         startOver(stored);
-        for (const QMetaProperty& field : fields()) {
-            EXPECT_EQ(field.read(settings.get()), defaultOf(field)) << field.name();
+        for (const QMetaProperty& setting : allSettings()) {
+            EXPECT_EQ(setting.read(settings.get()), exampleOf(setting, {}, {}).first) << setting.name();
         }
         EXPECT_EQ(defaults.values, storedThen);
         EXPECT_TRUE(secrets.secrets.isEmpty());
@@ -105,42 +130,22 @@ TEST_F(SettingsStoreTest, WhereNothingUsableIsStoredThereAreDefaults) {
 }
 
 TEST_F(SettingsStoreTest, EachSettingAnnouncesAChangeOnceIsStoredUnderItsNameAndSurvivesARestart) {
-    const QString path = makeFolder(u"field"_s);
-    const auto folderValue = QVariant::fromValue(OptionalText(path));
-    const QVariant reference = references.make(path);
-    const QVariant nothing; // is stored
-    const QMap<QString, std::pair<QVariant, QVariant>> valuesAndWhatIsStored = {
-        {u"ingestFolder"_s, {folderValue, reference}},
-        {u"codeReplacementsFile"_s, {folderValue, reference}},
-        {u"destinationFolder"_s, {folderValue, reference}},
-        {u"fallbackBehavior"_s, {QVariant::fromValue(FallbackBehavior::omitCaption), u"omitCaption"_s}},
-        {u"sport"_s, {QVariant::fromValue(Sport::horseRacing), u"horseRacing"_s}},
-        {u"sourceType"_s, {QVariant::fromValue(SourceType::ftp), u"ftp"_s}},
-        {u"transferProtocol"_s, {QVariant::fromValue(TransferProtocol::sftp), u"sftp"_s}},
-        {u"team1Color"_s, {u""_s, u""_s}}, // an empty text is a value
-        {u"ftpPort"_s, {qint64(70'000), qint64(70'000)}},
-        {u"ftpPassword"_s, {u"secret"_s, nothing}},
-        {u"captionStyle"_s, {QVariant::fromValue(CaptionStyle::gettySports), nothing}},
-        {u"hasAPIKey"_s, {true, nothing}},
-        {u"ftpConnectionStatus"_s, {QVariant::fromValue(OptionalText(u"Connected"_s)), nothing}},
-    };
+    const QString path = makeFolder(u"folder"_s);
     const QStringList ofThisRunOnly = {u"captionStyle"_s, u"hasAPIKey"_s, u"ftpConnectionStatus"_s};
-    for (const QMetaProperty& field : fields()) {
-        SCOPED_TRACE(field.name());
+    for (const QMetaProperty& setting : allSettings()) {
+        SCOPED_TRACE(setting.name());
+        const QString name = QString::fromLatin1(setting.name());
+        const auto [first, other, stored] = exampleOf(setting, path, references.make(path));
         startOver({});
-        const QString name = QString::fromLatin1(field.name());
-        const QVariant other =
-            field.typeId() == QMetaType::Bool ? QVariant(!defaultOf(field).toBool()) : name;
-        const auto [value, stored] = valuesAndWhatIsStored.value(name, {other, other});
-        const QSignalSpy changes(settings.get(), field.notifySignal());
-        field.write(settings.get(), value);
-        field.write(settings.get(), value);
+        const QSignalSpy changes(settings.get(), setting.notifySignal());
+        setting.write(settings.get(), other);
+        setting.write(settings.get(), other);
         EXPECT_EQ(changes.size(), 1);
-        EXPECT_EQ(field.read(settings.get()), value);
+        EXPECT_EQ(setting.read(settings.get()), other);
         settle();
         EXPECT_EQ(defaults.values.value(name), stored);
         restart();
-        EXPECT_EQ(field.read(settings.get()), ofThisRunOnly.contains(name) ? defaultOf(field) : value);
+        EXPECT_EQ(setting.read(settings.get()), ofThisRunOnly.contains(name) ? first : other);
     }
     EXPECT_EQ(log.lines, QStringList());
 }
@@ -180,19 +185,14 @@ TEST_F(SettingsStoreTest, ProtocolAndPortAfterAStart) {
 }
 
 TEST_F(SettingsStoreTest, ThePortFollowsTheProtocolUnlessItIsTheUsersOwn) {
-    const struct {
-        TransferProtocol protocol;
-        qint64 port;
-        qint64 expected;
-    } rows[] = {{TransferProtocol::sftp, 21, 22},
-                {TransferProtocol::sftp, 2121, 2121},
-                {TransferProtocol::ftp, 22, 21},
-                {TransferProtocol::ftp, 21, 21}};
-    for (const auto& row : rows) {
-        settings->setFtpPort(row.port);
-        settings->setTransferProtocol(row.protocol);
-        EXPECT_EQ(settings->ftpPort(), row.expected);
-        EXPECT_EQ(defaults.values.value(u"ftpPort"_s), QVariant(row.expected));
+    using enum TransferProtocol;
+    const std::tuple<TransferProtocol, qint64, qint64> rows[] = {
+        {sftp, 21, 22}, {sftp, 2121, 2121}, {ftp, 22, 21}, {ftp, 21, 21}};
+    for (const auto& [protocol, port, expected] : rows) {
+        settings->setFtpPort(port);
+        settings->setTransferProtocol(protocol);
+        EXPECT_EQ(settings->ftpPort(), expected);
+        EXPECT_EQ(defaults.values.value(u"ftpPort"_s), QVariant(expected));
     }
 }
 
