@@ -3,17 +3,19 @@
 
 #include "product/AppFolders.h"
 
+#include <utility>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-/// What the operations use. It lives on while one is under way, but its references may not be used any more
-/// once the helper is gone.
+/// Shared with the operations under way, which may outlive the helper. Its references must not be used once
+/// it is no longer open.
 struct KeychainHelper::Context {
     SecretStore& secrets;
     PlainLog& log;
     bool isOpen = true;
-    qsizetype saving = 0; // saves and removals called and not ended
+    qsizetype saving = 0; // saves and removals that have not ended
 };
 
 namespace {
@@ -22,7 +24,7 @@ QCoro::Task<> nothing() {
     co_return;
 }
 
-/// Awaits the task and lets go of it, so that no operation keeps all those before it alive.
+/// Awaits the task and drops it, or else each operation would keep all earlier ones alive.
 QCoro::Task<> end(QCoro::Task<> task) {
     const QCoro::Task<> owned = std::move(task);
     if (!owned.isReady()) {
@@ -41,7 +43,7 @@ KeychainHelper::~KeychainHelper() {
 
 void KeychainHelper::save(QString password, QString account) {
     if (!password.isValidUtf16()) {
-        return; // it has no UTF-8 form
+        return; // it cannot be encoded as UTF-8
     }
     ++m_context->saving;
     m_last = saveAfter(std::move(m_last), m_context, std::move(password), std::move(account));

@@ -17,24 +17,24 @@ class KeychainHelper {
 public:
     /// Both must outlive the helper.
     KeychainHelper(SecretStore& secrets, PlainLog& log);
-    /// What has not begun is dropped; an operation under way ends by itself. See finishPending().
+    /// Drops what has not begun; an operation under way runs to its end. See finishPending().
     ~KeychainHelper();
     KeychainHelper(const KeychainHelper&) = delete;
     KeychainHelper& operator=(const KeychainHelper&) = delete;
 
     /// Replaces the account's password. A failure is logged, and leaves the account without one.
     void save(QString password, QString account);
-    /// The account's password, or nothing when there is none or it cannot be had.
+    /// The account's password, or nothing if there is none or it cannot be read.
     QCoro::Task<std::optional<QString>> load(QString account);
-    /// False at once, unless the account has a password that cannot be read before the keyring is unlocked.
-    /// Then resumes with true when it can be, and holds up no other operation until then.
+    /// If the account's password is in a locked keyring, waits until that is unlocked and returns true;
+    /// otherwise returns false at once. Holds up no other operation.
     QCoro::Task<bool> unlocked(QString account);
     /// A missing password is no error.
     void remove(QString account);
 
-    /// Whether a save or removal has not ended.
+    /// Whether a save or removal is pending.
     bool isSaving() const;
-    /// Ends when all operations called so far have ended. To be awaited before the program ends.
+    /// Resumes when all operations called so far have ended. Await it before the program ends.
     QCoro::Task<> finishPending();
 
 private:
@@ -49,7 +49,7 @@ private:
                                      QString account);
 
     std::shared_ptr<Context> m_context;
-    QCoro::Task<> m_last; // the operation called last, which awaits the one before it
+    QCoro::Task<> m_last; // the latest operation, which awaits the one before it
 };
 
 } // namespace ostrelle

@@ -13,6 +13,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QJsonValue>
 #include <QSet>
 #include <algorithm>
 #include <cerrno>
@@ -44,7 +45,7 @@ ProcessedFileEntry decode(const QJsonObject& object) {
     const QJsonValue name = object.value(nameKey);
     const QJsonValue size = object.value(sizeKey);
     const QJsonValue date = object.value(dateKey);
-    // Only what is no such number gives back whatever it is told to.
+    // toInteger() returns its default for anything but an integer.
     const bool isInteger = size.toInteger(0) == size.toInteger(1);
     if (!name.isString() || !isInteger || !date.isDouble() || !std::isfinite(date.toDouble())) {
         throw Error(u"An entry is not valid."_s);
@@ -52,7 +53,7 @@ ProcessedFileEntry decode(const QJsonObject& object) {
     return {.filename = name.toString(), .fileSize = size.toInteger(), .modificationDate = date.toDouble()};
 }
 
-/// Throws Error when the bytes are not an array of valid entries.
+/// Throws Error if the bytes are not an array of valid entries.
 QList<ProcessedFileEntry> decodeAll(const QByteArray& bytes) {
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
     if (!document.isArray()) {
@@ -67,7 +68,7 @@ QList<ProcessedFileEntry> decodeAll(const QByteArray& bytes) {
     return entries;
 }
 
-/// Adds an element to an array that ends with its bracket.
+/// Adds an element to an encoded array.
 void addElement(QByteArray& array, const QByteArray& element) {
     array.chop(1);
     if (array.size() > 1) {
@@ -76,7 +77,7 @@ void addElement(QByteArray& array, const QByteArray& element) {
     array.append(element).append(']');
 }
 
-/// Those of the first that are not in the second.
+/// The entries that are not among the others.
 QList<ProcessedFileEntry> difference(const QList<ProcessedFileEntry>& entries,
                                      const QList<ProcessedFileEntry>& others) {
     const QSet<ProcessedFileEntry> excluded(others.begin(), others.end());
@@ -101,7 +102,7 @@ std::optional<ManifestFile::Identity> ManifestFile::Identity::of(const QString& 
 }
 
 QList<ProcessedFileEntry> ManifestFile::load() {
-    // Before the reading: a file that is replaced in between then counts as another one.
+    // Before reading, so that a file replaced in between counts as changed.
     const std::optional<Identity> identity = Identity::of(m_path);
     const QByteArray bytes = readFile(m_path, largestFile);
     QList<ProcessedFileEntry> entries = decodeAll(bytes);
@@ -111,7 +112,7 @@ QList<ProcessedFileEntry> ManifestFile::load() {
 }
 
 ManifestFile::Outcome ManifestFile::append(const QList<ProcessedFileEntry>& entries) {
-    m_unsaved += entries; // first of all, so that a failure from here on loses none of them
+    m_unsaved += entries; // first, so that no failure below loses them
     makeFolder(QFileInfo(m_path).path());
     const FileLock lock(m_path, longestWait);
     const bool isNothingLost = takeIn();
@@ -139,7 +140,7 @@ QList<ProcessedFileEntry> ManifestFile::refresh() {
     return std::exchange(m_foreign, {});
 }
 
-/// Brings the memory of the file up to date. False when the file is damaged and could not be set aside.
+/// Catches up with the file. False if it is damaged and was not set aside.
 bool ManifestFile::takeIn() {
     const std::optional<Identity> identity = Identity::of(m_path);
     if (!identity || identity == m_identity) {
@@ -172,7 +173,7 @@ void ManifestFile::takeInBytes(const QByteArray& bytes) {
     m_array = now.isEmpty() ? "[]"_ba : bytes.trimmed();
 }
 
-/// False when there are as many damaged files beside it as are kept.
+/// False if as many damaged files as we keep are there already.
 bool ManifestFile::setAside() const {
     constexpr int most = 5;
     for (int number = 0; number < most; ++number) {

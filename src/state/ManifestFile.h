@@ -7,39 +7,40 @@
 #include <QList>
 #include <QString>
 #include <optional>
+#include <utility>
 
 namespace ostrelle {
 
-/// The file of a manifest: a JSON array of objects with "filename", "fileSize" and "modificationDate". It
-/// keeps what was last read or written in its encoded form, so that a save encodes new entries only. For one
-/// thread at a time.
+/// The file of a manifest: a JSON array of objects with "filename", "fileSize" and "modificationDate".
+/// Keeps the encoded text that it last read or wrote, so that a save encodes only new entries. For one thread
+/// at a time.
 class ManifestFile {
 public:
-    /// What a save found out.
+    /// What a save found.
     struct Outcome {
-        QList<ProcessedFileEntry> foreign; ///< that other processes have added since the last time
-        bool isNothingLost = true;         ///< false when a damaged file was replaced without a copy
+        QList<ProcessedFileEntry> foreign; ///< added by other processes since the file was last read
+        bool isNothingLost = true;         ///< false if a damaged file was replaced without a copy
     };
 
-    /// Larger files, in bytes, are neither read nor written: some 700,000 entries.
+    /// In bytes: larger files are neither read nor written. Enough for some 700,000 entries.
     static constexpr qint64 largestFile = qint64{64} * 1024 * 1024;
 
     explicit ManifestFile(QString path) : m_path(std::move(path)) {}
 
-    /// All entries. Throws Error when the file cannot be read, or one of its entries is not valid.
+    /// All entries. Throws Error if the file cannot be read or any of them is invalid.
     QList<ProcessedFileEntry> load();
 
-    /// Adds the entries and replaces the file, with what other processes have added to it by now. A file that
-    /// is not valid is set aside under another name, ending in ".broken", unless five of them are there.
-    /// Throws Error; the next call then writes these entries too.
+    /// Adds the entries to what the file holds by now and replaces it. An invalid file is set aside under a
+    /// name with ".broken", unless there are five of those. Throws Error; the next call then writes these
+    /// entries too.
     Outcome append(const QList<ProcessedFileEntry>& entries);
 
-    /// The entries that other processes have added since the last time. Throws Error; a file that is not
-    /// valid is left to append().
+    /// The entries that other processes have added since the file was last read. Throws Error; an invalid
+    /// file is left to append().
     QList<ProcessedFileEntry> refresh();
 
 private:
-    /// Tells whether the file is still the one that was last read or written.
+    /// Differs once the file is no longer the one last read or written.
     struct Identity {
         quint64 device;
         quint64 inode;
@@ -56,10 +57,10 @@ private:
     bool setAside() const;
 
     QString m_path;
-    QByteArray m_array = "[]"; // what the file held when it was last read or written, from bracket to bracket
+    QByteArray m_array = "[]"; // the file as last read or written, from bracket to bracket
     std::optional<Identity> m_identity;
-    QList<ProcessedFileEntry> m_unsaved; // that the file does not hold yet
-    QList<ProcessedFileEntry> m_foreign; // that no outcome has told yet
+    QList<ProcessedFileEntry> m_unsaved; // not in the file yet
+    QList<ProcessedFileEntry> m_foreign; // not returned to the caller yet
 };
 
 } // namespace ostrelle

@@ -12,7 +12,7 @@ using Style = ProgressRow::Style;
 
 namespace {
 
-/// A run that passes over images counts fewer than it has seen, which is no bar below its beginning.
+/// A run that skips images counts fewer than it has seen, which can make a batch's fraction negative.
 double barOf(double fraction) {
     return std::clamp(fraction, 0.0, 1.0);
 }
@@ -79,8 +79,8 @@ std::optional<QString> lastMessageLine(const StatusStore& status) {
     return status.isProcessing() || isOnTheSwitch ? std::nullopt : status.lastMessage();
 }
 
-std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status) {
-    if (!settings.autoMode()) {
+std::optional<QString> autoModeLine(bool isOn, const StatusStore& status) {
+    if (!isOn) {
         return std::nullopt;
     }
     const std::optional<qint64> seconds = status.nextScanCountdown();

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/SourceType.h"
-#include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 
 #include <QList>
@@ -15,23 +14,22 @@ namespace ostrelle {
 struct ProgressRow {
     enum class Style { heading, normal, small };
 
-    QString text = {};  ///< empty: there is only the bar
+    QString text = {};  ///< empty: only the bar is shown
     QString count = {}; ///< beside the text, such as "3/21"
     Style style = Style::normal;
-    bool isElided = false;               ///< cut in the middle when it is too long
-    std::optional<double> fraction = {}; ///< of the bar, from 0 to 1; without it there is none
+    bool isElided = false;               ///< shortened in the middle if too long
+    std::optional<double> fraction = {}; ///< of the bar, from 0 to 1; none: no bar
 
     bool operator==(const ProgressRow&) const = default;
 };
 
-/// What the main panel shows of the run and of the remote side; empty while nothing goes on.
+/// The main panel's rows about the run or the transfer; empty while there is neither.
 QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
 
-/// The last thing that was told. Nothing while a run goes on, whose progress tells it, and when it is only
-/// that auto mode is off.
+/// The last message. Nothing during a run, whose rows show it, or when it only says that auto mode is off.
 std::optional<QString> lastMessageLine(const StatusStore& status);
 
 /// The line about auto mode; nothing when it is off.
-std::optional<QString> autoModeLine(const SettingsStore& settings, const StatusStore& status);
+std::optional<QString> autoModeLine(bool isOn, const StatusStore& status);
 
 } // namespace ostrelle

@@ -17,12 +17,12 @@ struct ProcessedFileEntry {
 
     bool operator==(const ProcessedFileEntry&) const = default;
 
-    /// The file at the path as it is now, or the one that a symbolic link leads to; nothing when its
-    /// attributes cannot be read. Looks at the disk: for worker threads.
+    /// The file at the path as it is now, or the one that a symbolic link leads to; nothing if its
+    /// attributes cannot be read. Reads the disk: for worker threads.
     static std::optional<ProcessedFileEntry> of(const QString& path);
-    /// The file at the path when it had this stamp.
+    /// The file at the path as it was at the stamp.
     static std::optional<ProcessedFileEntry> of(const QString& path, const FileStamp& stamp);
-    /// An entry for a file whose attributes are not known: the size 0 and this date.
+    /// An entry for a file whose attributes are unknown: size 0 and this date.
     static ProcessedFileEntry placeholder(const QString& path, const QDateTime& date);
 
     /// The modification date without its fraction, in UTC. For dates of real files only.

@@ -2,28 +2,33 @@
 #include "state/ProcessedFilesManifest.h"
 
 #include "core/Attempt.h"
+#include "core/OnThreadPool.h"
 #include "state/ManifestFile.h"
 
 #include <QCoroFuture>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QFuture>
+#include <QList>
 #include <QPromise>
 #include <QSet>
+#include <QThreadPool>
 #include <utility>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-/// What the operations use. It lives on while one is under way, but its references may not be used any more
-/// once the manifest is gone.
+/// Shared with the operations under way, which may outlive the manifest. Its references must not be used once
+/// it is no longer open.
 struct ProcessedFilesManifest::State {
     ProcessedFilesManifest* owner;
     FolderThreads& threads;
     Clock& clock;
     PlainLog& log;
     AppEvents& events;
-    std::shared_ptr<ManifestFile> file; // for the save that runs, in its thread
+    std::shared_ptr<ManifestFile> file; // for the running save, on its thread
     bool isOpen = true;
 
     QSet<ProcessedFileEntry> entries = {};
@@ -31,21 +36,20 @@ struct ProcessedFilesManifest::State {
 
     bool isSaving = false;
     QList<ProcessedFileEntry> unsaved = {};             // for the next save
-    std::shared_ptr<QPromise<void>> nextSave = nullptr; // ends with it; null when nobody wants one
+    std::shared_ptr<QPromise<void>> nextSave = nullptr; // finishes with it; null if none is wanted
     QString savingFailure = {};
 
     void insert(const ProcessedFileEntry& entry) {
         entries.insert(entry);
         names.insert(entry.filename);
     }
-    /// For so many entries and for more than one run adds: a hash that grows stops everything while it moves
-    /// what it holds.
+    /// For so many entries, and for more than one run adds: a hash that grows blocks the window meanwhile.
     void makeRoom(qsizetype count) {
         constexpr qsizetype mostOfARun = 250'000;
         entries.reserve(count + mostOfARun);
         names.reserve(count + mostOfARun);
     }
-    /// For the next save too, if it is a new one. Returns how many there are.
+    /// Queues a new entry for the next save. Returns how many entries there are.
     qsizetype add(const ProcessedFileEntry& entry) {
         if (!entries.contains(entry)) {
             insert(entry);
@@ -56,7 +60,7 @@ struct ProcessedFilesManifest::State {
     void takeOver(const ManifestFile::Outcome& outcome) {
         for (const ProcessedFileEntry& entry : outcome.foreign) {
             insert(entry);
-            unsaved.removeAll(entry); // it is in the file
+            unsaved.removeAll(entry); // the file has it
         }
         if (!outcome.isNothingLost) {
             print(u"[ProcessedFilesManifest] A damaged manifest was replaced without a copy, as several are "
@@ -92,7 +96,7 @@ ProcessedFilesManifest::~ProcessedFilesManifest() {
 }
 
 void ProcessedFilesManifest::load(const QString& path) {
-    // The first save tries again, and tells when it fails.
+    // The first save tries again, and logs a failure.
     [[maybe_unused]] const bool isMade = QDir().mkpath(QFileInfo(path).path());
     QList<ProcessedFileEntry> stored;
     try {
@@ -124,7 +128,7 @@ QString ProcessedFilesManifest::savingFailure() const {
 QCoro::Task<> ProcessedFilesManifest::refresh() {
     const auto state = m_state;
     if (state->isSaving) {
-        co_return; // the file is in its hands, and it takes in the same
+        co_return; // the save takes in the same entries
     }
     state->isSaving = true;
     const auto takeIn = [file = state->file] { return file->refresh(); };
@@ -146,7 +150,7 @@ qsizetype ProcessedFilesManifest::count() const {
 }
 
 QCoro::Task<bool> ProcessedFilesManifest::isProcessed(QString file) {
-    const auto state = m_state; // from the first await on, the manifest may be gone
+    const auto state = m_state; // after the first await, the manifest may be gone
     const auto read = [file] { return ProcessedFileEntry::of(file); };
     QThreadPool* thread = state->threads.of(QFileInfo(file).path());
     const std::optional<ProcessedFileEntry> entry = co_await onThreadPool(thread, read);
@@ -177,7 +181,7 @@ QCoro::Task<> ProcessedFilesManifest::markProcessed(QString file, std::optional<
     }
 }
 
-/// Resumes when a save has ended that began after this call, or that it made begin.
+/// Resumes when a save has ended that began with this call or later.
 QCoro::Task<> ProcessedFilesManifest::save(std::shared_ptr<State> state) {
     if (!state->nextSave) {
         state->nextSave = std::make_shared<QPromise<void>>();
@@ -185,12 +189,12 @@ QCoro::Task<> ProcessedFilesManifest::save(std::shared_ptr<State> state) {
     }
     QFuture<void> ended = state->nextSave->future();
     if (!state->isSaving) {
-        runSaves(state); // the frame owns itself from here on
+        runSaves(state); // its frame owns itself
     }
     co_await ended;
 }
 
-/// One save at a time, each with all that was added until it begins.
+/// One save at a time, each with all that was added before it began.
 QCoro::Task<> ProcessedFilesManifest::runSaves(std::shared_ptr<State> state) {
     state->isSaving = true;
     while (state->nextSave) {

@@ -17,37 +17,34 @@
 namespace ostrelle {
 
 /// Remembers across runs which files have been captioned, by name, size and modification date, in one JSON
-/// file. It only grows. Several processes may share the file: a save adds to it what the others have not.
-/// For the thread of the event loop only; an image is looked at on its folder's thread.
+/// file. It only grows. Several processes may share the file: a save keeps what the others have added.
+/// For the thread of the event loop only; images are looked at on the threads of their folders.
 class ProcessedFilesManifest : public QObject {
     Q_OBJECT
 
 public:
-    /// Makes the file's folder and reads the file, which need not exist. A file that is not valid counts as
-    /// empty; it is kept under another name beside it when the first save replaces it. The log says how many
-    /// entries there are. All references must outlive the manifest.
+    /// Makes the file's folder, reads the file, which need not exist, and logs how many entries it has. An
+    /// invalid file counts as empty; the first save sets it aside. All references must outlive the manifest.
     ProcessedFilesManifest(const QString& path, FolderThreads& threads, Clock& clock, PlainLog& log,
                            AppEvents& events);
-    /// Marks that are under way are still saved as long as the event loop runs, but neither logged nor
-    /// announced.
+    /// Marks under way are still saved while the event loop runs, but neither logged nor announced.
     ~ProcessedFilesManifest() override;
     ProcessedFilesManifest(const ProcessedFilesManifest&) = delete;
     ProcessedFilesManifest& operator=(const ProcessedFilesManifest&) = delete;
 
-    /// Whether just this entry is there.
+    /// Whether there is exactly this entry.
     bool isProcessed(const ProcessedFileEntry& entry) const;
     /// Whether there is an entry of this name, whatever its size and date.
     bool isProcessedByName(const QString& filename) const;
-    /// The first of these for the file as it is now, or the second when its attributes cannot be read.
+    /// Whether there is an entry for the file as it is now, or of its name if its attributes cannot be read.
     QCoro::Task<bool> isProcessed(QString file);
 
-    /// Adds the file as it was when it had the stamp, or else as it is now, saves the manifest and announces
+    /// Adds the file as it was at the stamp, or else as it is now, saves the manifest and announces
     /// manifestUpdated(). The file counts as processed as soon as its attributes are read. A failure to save
-    /// is logged, and the next save tries again with everything.
+    /// is logged; the next save writes this entry too.
     QCoro::Task<> markProcessed(QString file, std::optional<FileStamp> stamp = {});
 
-    /// Takes in what other programs have added to the file by now. Costs next to nothing when it is as it
-    /// was.
+    /// Takes in what other programs have added to the file. Costs next to nothing if it has not changed.
     QCoro::Task<> refresh();
 
     /// How many entries there are.

@@ -6,7 +6,7 @@
 
 namespace ostrelle {
 
-/// Gives a published field of the owner its new value and, if that is another one, announces it.
+/// Sets a published field of the owner and emits its signal, if the value is a new one.
 template <typename Owner, typename T>
 void publish(Owner* owner, T& field, const std::type_identity_t<T>& value, void (Owner::*changed)()) {
     if (field == value) {

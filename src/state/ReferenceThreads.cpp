@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/ReferenceThreads.h"
 
+#include "core/Error.h"
+
 #include <QtConcurrentRun>
+#include <exception>
 
 namespace ostrelle {
 
@@ -19,6 +22,11 @@ auto attempted(Function function) {
 }
 
 } // namespace
+
+std::optional<Attempt<ResolvedFile>> ReferenceLook::answerBy(const QDeadlineTimer& deadline) const {
+    const auto patience = static_cast<int>(deadline.remainingTime());
+    return isAnswered->tryAcquire(1, patience) ? std::optional(answer.result()) : std::nullopt;
+}
 
 ReferenceThreads::ReferenceThreads(const FileReferences& references)
     : m_references(references), m_threads(std::make_unique<QThreadPool>()) {
@@ -48,6 +56,14 @@ ReferenceLook ReferenceThreads::resolve(const QByteArray& reference) {
             return outcome;
         });
     return {.reference = reference, .answer = answer, .isAnswered = isAnswered};
+}
+
+std::optional<QString> ReferenceThreads::presumedPath(const QByteArray& reference) const {
+    try {
+        return m_references.pathOf(reference);
+    } catch (const Error&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace ostrelle

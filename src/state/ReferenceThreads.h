@@ -4,10 +4,14 @@
 #include "core/Attempt.h"
 #include "platform/FileReferences.h"
 
+#include <QByteArray>
+#include <QDeadlineTimer>
 #include <QFuture>
 #include <QSemaphore>
+#include <QString>
 #include <QThreadPool>
 #include <memory>
+#include <optional>
 
 namespace ostrelle {
 
@@ -15,22 +19,27 @@ namespace ostrelle {
 struct ReferenceLook {
     QByteArray reference;
     QFuture<Attempt<ResolvedFile>> answer;
-    std::shared_ptr<QSemaphore> isAnswered; ///< released once, for who cannot await the answer
+    std::shared_ptr<QSemaphore> isAnswered; ///< released once, for callers that cannot await
+
+    /// Blocks the thread until there is an answer, or the deadline. To be called once.
+    std::optional<Attempt<ResolvedFile>> answerBy(const QDeadlineTimer& deadline) const;
 };
 
 /// Makes and resolves file references on threads of its own: the file may lie on a network share that hangs
 /// for hours.
 class ReferenceThreads {
 public:
-    /// The references have to outlive it.
+    /// The argument must outlive it.
     explicit ReferenceThreads(const FileReferences& references);
-    /// Waits a moment for what is under way. A thread that hangs is left behind.
+    /// Waits briefly for what is under way. A thread that hangs is left behind.
     ~ReferenceThreads();
     ReferenceThreads(const ReferenceThreads&) = delete;
     ReferenceThreads& operator=(const ReferenceThreads&) = delete;
 
     QFuture<Attempt<QByteArray>> make(const QString& path);
     ReferenceLook resolve(const QByteArray& reference);
+    /// The path that the reference names, without a look at the disk; nothing if it is damaged.
+    std::optional<QString> presumedPath(const QByteArray& reference) const;
 
 private:
     const FileReferences& m_references;

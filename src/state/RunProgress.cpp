@@ -7,8 +7,8 @@ namespace ostrelle {
 
 namespace {
 
-// While a batch is in flight nothing can be counted, so the bars stand where they are some way through it,
-// and short of the end.
+// Nothing can be counted while a batch is in flight, so the bars assume that it is some way through, and stay
+// short of the end.
 constexpr double shareOfBatchInRun = 0.7;
 constexpr double shareOfBatchInFlight = 0.8;
 constexpr double nearlyDone = 0.99;

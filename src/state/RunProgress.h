@@ -5,7 +5,7 @@
 
 namespace ostrelle {
 
-/// How far a caption run has come. A run is of single files, or in batches of several files a request.
+/// How far a caption run has come. A run is of single files, or of batches with one request each.
 struct RunProgress {
     qint64 processed = 0;
     qint64 failed = 0;
@@ -21,7 +21,7 @@ struct RunProgress {
 /// The fraction of the whole run, from 0 to 1.
 double overallProgress(const RunProgress& run);
 
-/// The fraction of the batch in hand, at most 1.
+/// The fraction of the current batch, at most 1.
 double batchProgress(const RunProgress& run);
 
 /// The fraction of a run in batches, at most 1.

@@ -3,6 +3,7 @@
 
 #include "state/Sum.h"
 
+#include <QVariant>
 #include <QVariantList>
 #include <algorithm>
 #include <numeric>
@@ -24,7 +25,7 @@ qint64 storedCount(const DefaultsStore& defaults, const QString& key) {
     return defaults.get<qint64>(key).value_or(0);
 }
 
-/// The stored list, or an empty one when it holds anything but numbers.
+/// The stored list, or an empty one if it holds anything but numbers.
 QList<double> loadTimes(const DefaultsStore& defaults) {
     QList<double> times;
     const QVariantList stored = defaults.get<QVariantList>(processingTimesKey).value_or(QVariantList());
@@ -59,7 +60,7 @@ void StatusStore::recordImageFailed() {
     m_defaults.add({{totalFailedKey, qint64(1)}});
 }
 
-/// On top of what is stored by now: another process may have counted, too.
+/// Adds to what is stored by now: another process may have counted too.
 void StatusStore::countOneMore(qint64& counter, const QString& key, void (StatusStore::*changed)()) {
     publish(this, counter, sumOf(storedCount(m_defaults, key), 1), changed);
 }

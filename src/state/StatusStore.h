@@ -22,8 +22,8 @@ struct BatchTiming {
     double averageSeconds = 0; ///< per image, over the remembered runs, this one included
 };
 
-/// What the user sees of a run while it goes on, and what is left of it afterwards: counters of the current
-/// run, the remote side's progress, three counters of all time and the times of the last hundred runs.
+/// What the user sees of a run, and what remains of it: counters of the current run, the remote side's
+/// progress, three counters of all time and the times of the last hundred runs.
 /// The pipelines and watchers write most fields directly. For the thread of the event loop only.
 class StatusStore : public QObject {
     Q_OBJECT
@@ -38,8 +38,7 @@ public:
     void recordImageFailed();
     /// Starts the timing of a run of so many images.
     void beginTimedRun(qint64 imageCount);
-    /// Remembers the time of the run and announces it with batchFinished(). Without a timed run or without
-    /// images in it, nothing happens.
+    /// Remembers the run's time and announces it with batchFinished(), if a run was timed and had images.
     void recordBatchFinished();
     /// Forgets the counters and times of earlier runs, but not lifetimeImagesProcessed.
     void clearStatistics();
@@ -157,7 +156,7 @@ public:
     void setTotalBatchCount(qint64 count) {
         publish(this, m_run.totalBatchCount, count, &StatusStore::totalBatchCountChanged);
     }
-    /// No batch is in hand: its four figures become 0.
+    /// Sets the current batch's four figures to 0.
     void clearBatch();
     /// These three also store the count at once.
     void setTotalProcessedAllTime(qint64 count);
@@ -223,7 +222,7 @@ private:
     qint64 m_totalProcessedAllTime = 0;
     qint64 m_totalFailedAllTime = 0;
     qint64 m_lifetimeImagesProcessed = 0;
-    QList<double> m_processingTimes; // seconds per image, a run each, the oldest first
+    QList<double> m_processingTimes; // seconds per image of each run, the oldest first
     std::optional<QDateTime> m_batchStartTime;
     qint64 m_batchImageCount = 0;
 };

@@ -4,6 +4,9 @@
 #include "state/Publish.h"
 #include "state/Sum.h"
 
+#include <QDateTime>
+#include <QTimeZone>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -32,7 +35,7 @@ UsageTracker::UsageTracker(DefaultsStore& defaults, Clock& clock, PlainLog& log)
     }
 }
 
-/// What is stored by now: another process may have added to it.
+/// Reads what is stored by now: another process may have added to it.
 void UsageTracker::readTotals() {
     const bool isToday = isStoredDayToday();
     setToday(isToday ? m_defaults.get<double>(costKey).value_or(0) : 0,
@@ -62,7 +65,7 @@ void UsageTracker::recordUsage(qint64 inputTokens, qint64 outputTokens) {
         dollars(m_totalCostAllTime)));
 }
 
-/// The date where the user is.
+/// The user's local date.
 QString UsageTracker::today() const {
     return m_clock.now().toTimeZone(m_clock.timeZone()).date().toString(u"yyyy-MM-dd");
 }

@@ -11,13 +11,10 @@
 namespace ostrelle {
 
 /// Estimates what the model's answers have cost, from their token counts, for the day and for all time.
-/// Costs are in US dollars. A new day is noticed at creation and with the next answer, not by itself.
+/// Costs are in US dollars. A new day is noticed at creation and with the next answer only.
 /// For the thread of the event loop only.
 class UsageTracker : public QObject {
     Q_OBJECT
-    Q_PROPERTY(double todaysCost READ todaysCost NOTIFY todaysCostChanged)
-    Q_PROPERTY(qint64 todaysTokens READ todaysTokens NOTIFY todaysTokensChanged)
-    Q_PROPERTY(double totalCostAllTime READ totalCostAllTime NOTIFY totalCostAllTimeChanged)
 
 public:
     /// All arguments must outlive the tracker.

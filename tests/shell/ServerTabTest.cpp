@@ -116,8 +116,14 @@ TEST_F(ServerTabTest, OnlyAPortIsTakenForAPort) {
 
 TEST_F(ServerTabTest, AConnectionTestTellsHowItWent) {
     showWithTest();
-    click(u"testConnection"_s);
-    EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Please fill in all required fields"_s));
+    for (const auto clear :
+         {&SettingsStore::setFtpHost, &SettingsStore::setFtpUsername, &SettingsStore::setFtpPassword}) {
+        enterServer();
+        (world.settings.*clear)({});
+        click(u"testConnection"_s);
+        EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Please fill in all required fields"_s));
+    }
+    EXPECT_EQ(begun, 0);
     enterServer();
     const struct {
         std::function<bool()> result;
@@ -162,16 +168,24 @@ TEST_F(ServerTabTest, WithoutAClientTheTestSaysSo) {
               std::pair(StatusTone::destroying, u"This version cannot connect to FTP servers yet."_s));
 }
 
-TEST_F(ServerTabTest, ClearingTheServerDropsARunningTest) {
+TEST_F(ServerTabTest, ClearingTheServerKeepsTheProtocolAndDropsARunningTest) {
     showWithTest();
+    SettingsStore& settings = world.settings;
+    settings.setTransferProtocol(TransferProtocol::sftp);
     enterServer();
-    world.settings.setFtpPort(2222);
+    settings.setFtpPath(u"/cam1"_s);
+    settings.setFtpPort(2222);
     find<QAbstractButton>(u"testConnection"_s)->click();
     find<QAbstractButton>(u"clearFtpSettings"_s)->click();
     endTest([] { return true; });
     await(view->finished());
     EXPECT_FALSE(status()) << "of a server that is no longer set";
-    EXPECT_EQ(find<QLineEdit>(u"ftpHost"_s)->text() + find<QLineEdit>(u"ftpPort"_s)->text(), u"21"_s);
+    EXPECT_EQ(settings.transferProtocol(), TransferProtocol::sftp);
+    EXPECT_EQ(settings.ftpHost() + settings.ftpUsername() + settings.ftpPassword(), QString());
+    EXPECT_EQ(settings.ftpPath(), u"/"_s);
+    EXPECT_EQ(find<QLineEdit>(u"ftpPort"_s)->text(), u"21"_s);
+    settings.setTransferProtocol(TransferProtocol::ftp);
+    EXPECT_EQ(settings.ftpPort(), 21);
 }
 
 } // namespace ostrelle

@@ -26,8 +26,9 @@ TEST_F(SettingsViewTest, AKeyIsSavedAndAfterAYesCleared) {
     field->setText(u" \n"_s);
     click(u"saveKey"_s);
     EXPECT_TRUE(world.alerts.shown.isEmpty());
-    field->setText(u"sk-pasted\n"_s);
+    field->setText(u" sk-pasted 2\u00a0\n"_s);
     click(u"saveKey"_s);
+    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted 2"_s);
     EXPECT_EQ(world.alerts.shown.last().style, Alert::Style::informational);
     EXPECT_EQ(world.alerts.shown.last().buttons, QStringList(u"OK"_s));
     EXPECT_EQ(textOf(u"keyState"_s), u"Using Personal API Key"_s);
@@ -36,7 +37,7 @@ TEST_F(SettingsViewTest, AKeyIsSavedAndAfterAYesCleared) {
 
     world.alerts.answer = 1;
     click(u"clearKey"_s);
-    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted"_s);
+    EXPECT_EQ(world.defaults.get<QString>(keyName), u"sk-pasted 2"_s);
     EXPECT_EQ(world.alerts.shown.last().style, Alert::Style::warning);
     EXPECT_EQ(world.alerts.shown.last().buttons, QStringList({u"Clear"_s, u"Cancel"_s}));
     world.alerts.answer = 0;

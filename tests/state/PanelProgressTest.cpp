@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "state/PanelProgress.h"
 
-#include "platform/PathReferences.h"
 #include "standins/MemoryDefaults.h"
 #include "standins/MemorySecrets.h"
-#include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +42,7 @@ TEST_F(PanelProgressTest, WhileNothingGoesOnThereIsNothingToSee) {
     EXPECT_EQ(ftp(), QStringList());
 }
 
-TEST_F(PanelProgressTest, ALocalRunTellsItsBatches) {
+TEST_F(PanelProgressTest, ALocalRunShowsItsBatches) {
     status.setIsProcessing(true);
     status.setTotalFiles(1);
     EXPECT_EQ(local(), (QStringList{u"1 images||"_s, u"Processing...||"_s, u"||0%"_s}));
@@ -97,18 +95,11 @@ TEST_F(PanelProgressTest, ARemoteRunGoesBeforeTheTransfer) {
     EXPECT_EQ(ftp(), (QStringList{u"||75%"_s, u"Processing and Captioning: a.jpg|3/4|"_s}));
 }
 
-TEST_F(PanelProgressTest, AutoModeTellsWhenItLooksAgain) {
-    MemorySecrets secrets;
-    RecordingLog console;
-    KeychainHelper keychain{secrets, console};
-    const PathReferences references;
-    SettingsStore settings{defaults, keychain, references, console};
+TEST_F(PanelProgressTest, AutoModeShowsWhenItScansNext) {
+    EXPECT_EQ(autoModeLine(true, status), u"Auto Processing: On");
     status.setNextScanCountdown(7);
-    EXPECT_EQ(autoModeLine(settings, status), std::nullopt);
-    settings.setAutoMode(true);
-    EXPECT_EQ(autoModeLine(settings, status), u"Auto Processing: On (next scan: 7s)");
-    status.setNextScanCountdown(std::nullopt);
-    EXPECT_EQ(autoModeLine(settings, status), u"Auto Processing: On");
+    EXPECT_EQ(autoModeLine(true, status), u"Auto Processing: On (next scan: 7s)");
+    EXPECT_EQ(autoModeLine(false, status), std::nullopt);
 }
 
 } // namespace ostrelle

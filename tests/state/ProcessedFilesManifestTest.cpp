@@ -19,7 +19,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QThreadPool>
-#include <array>
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <vector>
@@ -64,37 +64,6 @@ protected:
     AppEvents events;
     std::unique_ptr<ProcessedFilesManifest> manifest =
         std::make_unique<ProcessedFilesManifest>(path, threads, clock, log, events);
-};
-
-/// Counts how often a file is renamed over the path.
-class Replacements {
-public:
-    explicit Replacements(const QString& path)
-        : m_name(QFileInfo(path).fileName().toLocal8Bit()), m_descriptor(::inotify_init1(IN_NONBLOCK)) {
-        const QByteArray folder = QFileInfo(path).path().toLocal8Bit();
-        // With the making of the temporary files, so that no two events in a row are the same and become one.
-        EXPECT_GE(::inotify_add_watch(m_descriptor, folder.constData(), IN_CREATE | IN_MOVED_TO), 0);
-    }
-    ~Replacements() { ::close(m_descriptor); }
-    Replacements(const Replacements&) = delete;
-    Replacements& operator=(const Replacements&) = delete;
-
-    /// Since the last call.
-    int count() const {
-        alignas(inotify_event) std::array<char, 65536> events{};
-        const ssize_t size = ::read(m_descriptor, events.data(), events.size());
-        int count = 0;
-        for (ssize_t at = 0; at < size;) {
-            const auto* event = reinterpret_cast<const inotify_event*>(events.data() + at);
-            count += (event->mask & IN_MOVED_TO) != 0 && m_name == event->name ? 1 : 0;
-            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-        }
-        return count;
-    }
-
-private:
-    QByteArray m_name;
-    int m_descriptor;
 };
 
 const QByteArray storedPicture = R"({"fileSize":6,"filename":"a.CR3","modificationDate":751662153.25})";
@@ -198,7 +167,10 @@ TEST_F(ProcessedFilesManifestTest, AFailedSaveIsLoggedAndTheNextOneWritesEveryth
 TEST_F(ProcessedFilesManifestTest, MarksDuringASaveShareTheNextOne) {
     QThreadPool::globalInstance()->setMaxThreadCount(2); // one for the save that waits, whatever the machine
     QSignalSpy updates(&events, &AppEvents::manifestUpdated);
-    const Replacements replacements(path);
+    const int watch = ::inotify_init1(IN_NONBLOCK);
+    // With the making of temporary files, so that no two events in a row are the same and become one.
+    const QByteArray watched = QFileInfo(path).path().toLocal8Bit();
+    ASSERT_GE(::inotify_add_watch(watch, watched.constData(), IN_CREATE | IN_MOVED_TO), 0);
     constexpr int count = 50;
     std::vector<QCoro::Task<>> marks;
     {
@@ -212,13 +184,17 @@ TEST_F(ProcessedFilesManifestTest, MarksDuringASaveShareTheNextOne) {
     for (QCoro::Task<>& task : marks) {
         await(std::move(task));
     }
-    EXPECT_EQ(replacements.count(), 2);
+    QByteArray reported(65536, '\0'); // by the kernel, each event with the name of its file
+    reported.resize(std::max<ssize_t>(::read(watch, reported.data(), 65536), 0));
+    ::close(watch);
+    EXPECT_EQ(reported.count(QByteArrayView("processed_files.json\0", 21)), 2)
+        << "times renamed over the file";
     EXPECT_EQ(updates.count(), count);
     start();
     EXPECT_EQ(manifest->count(), count);
 }
 
-TEST_F(ProcessedFilesManifestTest, LearnsWhatAnotherProcessHasMarked) {
+TEST_F(ProcessedFilesManifestTest, LearnsWhatAnotherProcessHasMarkedWhenItSavesOrRefreshes) {
     mark(makePicture(u"a.CR3"_s));
     RecordingLog otherLog;
     ProcessedFilesManifest other(path, threads, clock, otherLog, events);
@@ -226,7 +202,11 @@ TEST_F(ProcessedFilesManifestTest, LearnsWhatAnotherProcessHasMarked) {
     EXPECT_FALSE(manifest->isProcessedByName(u"b.CR3"_s));
     mark(makePicture(u"c.CR3"_s));
     EXPECT_TRUE(isProcessed(folder.filePath(u"b.CR3"_s)));
-    EXPECT_EQ(manifest->count(), 3);
+    QSignalSpy updates(&events, &AppEvents::manifestUpdated);
+    await(other.refresh());
+    EXPECT_TRUE(other.isProcessedByName(u"c.CR3"_s));
+    await(other.refresh()); // nothing is new
+    EXPECT_EQ(updates.count(), 1);
     start();
     EXPECT_EQ(manifest->count(), 3);
 }

@@ -3,11 +3,9 @@
 
 #include "platform/PathReferences.h"
 #include "standins/MemoryDefaults.h"
-#include "state/SlowSecrets.h"
+#include "standins/MemorySecrets.h"
 #include "support/Await.h"
-#include "support/LockedSecrets.h"
 #include "support/RecordingLog.h"
-#include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -19,8 +17,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QThread>
-#include <functional>
 #include <memory>
+#include <tuple>
 
 namespace ostrelle {
 
@@ -29,10 +27,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using OptionalText = std::optional<QString>;
+using Stored = QMap<QString, QVariant>;
 
-const QString passwordItem = u"com.tobinvasquel.OstrelleCaptions/FTPPassword"_s;
-
-QList<QMetaProperty> fields() {
+QList<QMetaProperty> allSettings() {
     const QMetaObject& type = SettingsStore::staticMetaObject;
     QList<QMetaProperty> result;
     for (int index = type.propertyOffset(); index < type.propertyCount(); ++index) {
@@ -41,19 +38,43 @@ QList<QMetaProperty> fields() {
     return result;
 }
 
-/// Without any stored value: off, empty or the first case, but for these.
-QVariant defaultOf(const QMetaProperty& field) {
-    const QMap<QByteArray, QVariant> defaults = {
-        {"fallbackBehavior", QVariant::fromValue(FallbackBehavior::attemptCaption)},
-        {"sport", QVariant::fromValue(Sport::football)},
-        {"team1Color", u"Blue"_s},
-        {"team2Color", u"White"_s},
-        {"alwaysOverwriteCaptions", true},
-        {"appendCreditToCaption", true},
-        {"ftpPath", u"/"_s},
-        {"ftpPort", qint64(21)},
+/// What a setting is at first, another value that it can have, and how that is stored.
+struct Example {
+    QVariant first, other, stored;
+};
+
+template <typename T>
+Example example(const T& first, const T& other, const QVariant& stored) {
+    return {QVariant::fromValue(first), QVariant::fromValue(other), stored};
+}
+
+/// A path's other value is the folder, stored as the reference.
+Example exampleOf(const QMetaProperty& setting, const QString& folder, const QVariant& reference) {
+    const QVariant nothing; // is stored
+    const QString name = QString::fromLatin1(setting.name());
+    const Example path = example<OptionalText>({}, folder, reference);
+    const QMap<QString, Example> special = {
+        {u"ingestFolder"_s, path},
+        {u"codeReplacementsFile"_s, path},
+        {u"destinationFolder"_s, path},
+        {u"hasAPIKey"_s, {false, true, nothing}},
+        {u"captionStyle"_s, example(CaptionStyle::apSports, CaptionStyle::gettySports, nothing)},
+        {u"fallbackBehavior"_s,
+         example(FallbackBehavior::attemptCaption, FallbackBehavior::omitCaption, u"omitCaption"_s)},
+        {u"sport"_s, example(Sport::football, Sport::horseRacing, u"horseRacing"_s)},
+        {u"team1Color"_s, {u"Blue"_s, u""_s, u""_s}}, // an empty text is a value
+        {u"team2Color"_s, {u"White"_s, u"Red"_s, u"Red"_s}},
+        {u"alwaysOverwriteCaptions"_s, {true, false, false}},
+        {u"appendCreditToCaption"_s, {true, false, false}},
+        {u"sourceType"_s, example(SourceType::local, SourceType::ftp, u"ftp"_s)},
+        {u"transferProtocol"_s, example(TransferProtocol::ftp, TransferProtocol::sftp, u"sftp"_s)},
+        {u"ftpPassword"_s, {u""_s, u"secret"_s, nothing}},
+        {u"ftpPath"_s, {u"/"_s, u"/in"_s, u"/in"_s}},
+        {u"ftpPort"_s, {qint64(21), qint64(70'000), qint64(70'000)}},
+        {u"ftpConnectionStatus"_s, example<OptionalText>({}, u"Connected"_s, nothing)},
     };
-    return defaults.value(field.name(), QVariant(field.metaType()));
+    const bool isSwitch = setting.typeId() == QMetaType::Bool;
+    return special.value(name, isSwitch ? Example{false, true, true} : Example{QString(), name, name});
 }
 
 class SettingsStoreTest : public testing::Test {
@@ -61,25 +82,17 @@ protected:
     SettingsStoreTest() { startOver({}); }
 
     /// The program starts anew, over what is stored.
-    void start() {
+    void restart() {
         settings.reset();
         settings = std::make_unique<SettingsStore>(defaults, keychain, references, log);
+        settle();
     }
-    void startOver(const QMap<QString, QVariant>& stored) {
-        settings.reset();
+    void startOver(const Stored& stored) {
         defaults.values = stored;
         log.lines.clear();
-        start();
-        nextTurn();
+        restart();
     }
-    /// Lets everything that is under way end.
-    void nextTurn() {
-        secrets.end();
-        QCoreApplication::processEvents();
-        if (settings) {
-            await(settings->pathsSettled());
-        }
-    }
+    void settle() { await(settings->pathsSettled()); }
 
     QString makeFolder(const QString& name) const {
         QDir(folder.path()).mkdir(name);
@@ -87,63 +100,51 @@ protected:
     }
 
     QTemporaryDir folder;
-    VirtualClock clock;
     MemoryDefaults defaults;
-    SlowSecrets secrets{clock};
+    MemorySecrets secrets;
     RecordingLog log;
     PathReferences references;
     KeychainHelper keychain{secrets, log};
     std::unique_ptr<SettingsStore> settings;
 };
 
-TEST_F(SettingsStoreTest, TheFirstStartHasDefaultsAndWritesThreeOfThem) {
-    for (const QMetaProperty& field : fields()) {
-        EXPECT_EQ(field.read(settings.get()), defaultOf(field)) << field.name();
+TEST_F(SettingsStoreTest, WhereNothingUsableIsStoredThereAreDefaults) {
+    const Stored atFirst = {
+        {u"alwaysOverwriteCaptions"_s, true}, {u"appendCreditToCaption"_s, true}, {u"ftpPort"_s, qint64(21)}};
+    Stored unknown = {{u"sport"_s, u"cricket"_s},
+                      {u"captionStyle"_s, u"APSPORTS"_s},
+                      {u"fallbackBehavior"_s, true},
+                      {u"sourceType"_s, u"cloud"_s},
+                      {u"transferProtocol"_s, u""_s}};
+    unknown.insert(atFirst);
+    for (const auto& [stored, storedThen] : {std::pair(Stored(), atFirst), std::pair(unknown, unknown)}) {
+        startOver(stored);
+        for (const QMetaProperty& setting : allSettings()) {
+            EXPECT_EQ(setting.read(settings.get()), exampleOf(setting, {}, {}).first) << setting.name();
+        }
+        EXPECT_EQ(defaults.values, storedThen);
+        EXPECT_TRUE(secrets.secrets.isEmpty());
+        EXPECT_EQ(log.lines, QStringList());
     }
-    EXPECT_EQ(defaults.values, (QMap<QString, QVariant>{{u"alwaysOverwriteCaptions"_s, true},
-                                                        {u"appendCreditToCaption"_s, true},
-                                                        {u"ftpPort"_s, qint64(21)}}));
-    EXPECT_TRUE(secrets.secrets.isEmpty());
 }
 
-TEST_F(SettingsStoreTest, EachFieldTellsOfAChangeOnceIsStoredUnderItsNameAndSurvivesARestart) {
-    const QString path = makeFolder(u"field"_s);
-    const auto folderValue = QVariant::fromValue(OptionalText(path));
-    const QVariant reference = references.make(path);
-    const QVariant nothing; // is stored
-    const QMap<QString, std::pair<QVariant, QVariant>> valuesAndWhatIsStored = {
-        {u"ingestFolder"_s, {folderValue, reference}},
-        {u"codeReplacementsFile"_s, {folderValue, reference}},
-        {u"destinationFolder"_s, {folderValue, reference}},
-        {u"fallbackBehavior"_s, {QVariant::fromValue(FallbackBehavior::omitCaption), u"omitCaption"_s}},
-        {u"sport"_s, {QVariant::fromValue(Sport::horseRacing), u"horseRacing"_s}},
-        {u"sourceType"_s, {QVariant::fromValue(SourceType::ftp), u"ftp"_s}},
-        {u"transferProtocol"_s, {QVariant::fromValue(TransferProtocol::sftp), u"sftp"_s}},
-        {u"team1Color"_s, {u""_s, u""_s}}, // an empty text is a value
-        {u"ftpPort"_s, {qint64(70'000), qint64(70'000)}},
-        {u"ftpPassword"_s, {u"secret"_s, nothing}},
-        {u"captionStyle"_s, {QVariant::fromValue(CaptionStyle::gettySports), nothing}},
-        {u"hasAPIKey"_s, {true, nothing}},
-        {u"ftpConnectionStatus"_s, {QVariant::fromValue(OptionalText(u"Connected"_s)), nothing}},
-    };
+TEST_F(SettingsStoreTest, EachSettingAnnouncesAChangeOnceIsStoredUnderItsNameAndSurvivesARestart) {
+    const QString path = makeFolder(u"folder"_s);
     const QStringList ofThisRunOnly = {u"captionStyle"_s, u"hasAPIKey"_s, u"ftpConnectionStatus"_s};
-    for (const QMetaProperty& field : fields()) {
-        SCOPED_TRACE(field.name());
+    for (const QMetaProperty& setting : allSettings()) {
+        SCOPED_TRACE(setting.name());
+        const QString name = QString::fromLatin1(setting.name());
+        const auto [first, other, stored] = exampleOf(setting, path, references.make(path));
         startOver({});
-        const QString name = QString::fromLatin1(field.name());
-        const QVariant other =
-            field.typeId() == QMetaType::Bool ? QVariant(!defaultOf(field).toBool()) : name;
-        const auto [value, stored] = valuesAndWhatIsStored.value(name, {other, other});
-        const QSignalSpy changes(settings.get(), field.notifySignal());
-        field.write(settings.get(), value);
-        field.write(settings.get(), value);
+        const QSignalSpy changes(settings.get(), setting.notifySignal());
+        setting.write(settings.get(), other);
+        setting.write(settings.get(), other);
         EXPECT_EQ(changes.size(), 1);
-        EXPECT_EQ(field.read(settings.get()), value);
-        nextTurn();
+        EXPECT_EQ(setting.read(settings.get()), other);
+        settle();
         EXPECT_EQ(defaults.values.value(name), stored);
-        start();
-        nextTurn();
-        EXPECT_EQ(field.read(settings.get()), ofThisRunOnly.contains(name) ? defaultOf(field) : value);
+        restart();
+        EXPECT_EQ(setting.read(settings.get()), ofThisRunOnly.contains(name) ? first : other);
     }
     EXPECT_EQ(log.lines, QStringList());
 }
@@ -156,25 +157,9 @@ TEST_F(SettingsStoreTest, WhatComesFromElsewhereIsRead) {
     EXPECT_FALSE(settings->hasAPIKey());
 }
 
-TEST_F(SettingsStoreTest, AnUnknownStoredCaseCountsAsAbsentAndStays) {
-    const QMap<QString, QVariant> stored = {
-        {u"sport"_s, u"cricket"_s},           {u"captionStyle"_s, u"APSPORTS"_s},
-        {u"fallbackBehavior"_s, true},        {u"sourceType"_s, u"cloud"_s},
-        {u"transferProtocol"_s, u""_s},       {u"ftpPort"_s, qint64(21)},
-        {u"alwaysOverwriteCaptions"_s, true}, {u"appendCreditToCaption"_s, true},
-    };
-    startOver(stored);
-    for (const QMetaProperty& field : fields()) {
-        EXPECT_EQ(field.read(settings.get()), defaultOf(field)) << field.name();
-    }
-    EXPECT_EQ(defaults.values, stored);
-    EXPECT_EQ(log.lines, QStringList());
-}
-
 TEST_F(SettingsStoreTest, ProtocolAndPortAfterAStart) {
     const struct {
-        QString source;
-        QString protocol;
+        QString source, protocol;
         QVariant port;
         TransferProtocol expectedProtocol;
         qint64 expectedPort;
@@ -199,19 +184,14 @@ TEST_F(SettingsStoreTest, ProtocolAndPortAfterAStart) {
 }
 
 TEST_F(SettingsStoreTest, ThePortFollowsTheProtocolUnlessItIsTheUsersOwn) {
-    const struct {
-        TransferProtocol protocol;
-        qint64 port;
-        qint64 expected;
-    } rows[] = {{TransferProtocol::sftp, 21, 22},
-                {TransferProtocol::sftp, 2121, 2121},
-                {TransferProtocol::ftp, 22, 21},
-                {TransferProtocol::ftp, 21, 21}};
-    for (const auto& row : rows) {
-        settings->setFtpPort(row.port);
-        settings->setTransferProtocol(row.protocol);
-        EXPECT_EQ(settings->ftpPort(), row.expected);
-        EXPECT_EQ(defaults.values.value(u"ftpPort"_s), QVariant(row.expected));
+    using enum TransferProtocol;
+    const std::tuple<TransferProtocol, qint64, qint64> rows[] = {
+        {sftp, 21, 22}, {sftp, 2121, 2121}, {ftp, 22, 21}, {ftp, 21, 21}};
+    for (const auto& [protocol, port, expected] : rows) {
+        settings->setFtpPort(port);
+        settings->setTransferProtocol(protocol);
+        EXPECT_EQ(settings->ftpPort(), expected);
+        EXPECT_EQ(defaults.values.value(u"ftpPort"_s), QVariant(expected));
     }
 }
 
@@ -240,25 +220,25 @@ TEST_F(SettingsStoreTest, APathIsStoredInTheNextTurnWithItsFinalValue) {
     settings->setIngestFolder(first);
     settings->setIngestFolder(last);
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
-    nextTurn();
+    settle();
     EXPECT_EQ(references.resolve(defaults.values.value(u"ingestFolder"_s).toByteArray()).path, last);
     settings->setIngestFolder(std::nullopt);
-    nextTurn();
+    settle();
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
 
     settings->setIngestFolder(first);
     settings.reset();
-    nextTurn(); // nobody is left to store it
+    QCoreApplication::processEvents(); // nobody is left to store it
     EXPECT_FALSE(defaults.exists(u"ingestFolder"_s));
 }
 
 TEST_F(SettingsStoreTest, APathThatCannotBeReferredToLeavesWhatIsStored) {
     settings->setIngestFolder(makeFolder(u"photos"_s));
-    nextTurn();
+    settle();
     const QVariant before = defaults.values.value(u"ingestFolder"_s);
     const QString missing = folder.filePath(u"missing"_s);
     settings->setIngestFolder(missing);
-    nextTurn();
+    settle();
     EXPECT_EQ(defaults.values.value(u"ingestFolder"_s), before);
     EXPECT_EQ(log.lines,
               QStringList(u"[SettingsStore] Failed to save bookmark for ingestFolder: There is no file or "
@@ -266,46 +246,34 @@ TEST_F(SettingsStoreTest, APathThatCannotBeReferredToLeavesWhatIsStored) {
 }
 
 TEST_F(SettingsStoreTest, AReferenceThatLeadsNowhereIsCleared) {
-    const QString path = makeFolder(u"photos"_s);
-    const QByteArray reference = references.make(path);
-    const std::function<void()> nothing = [] {};
-    const std::function<void()> leaves = [&path] { QDir().rmdir(path); };
-    const std::function<void()> becomesAFile = [&path] { EXPECT_TRUE(QFile(path).open(QFile::WriteOnly)); };
-    const struct {
-        QByteArray stored;
-        std::function<void()> happening;
-        QString line;
-    } rows[] = {
-        {"garbage", nothing,
-         u"[SettingsStore] Failed to load bookmark for %1: The stored file reference is damaged. - clearing"_s},
-        {reference, leaves,
-         u"[SettingsStore] URL for %1 is no longer accessible: "_s + path + u" - clearing"_s},
-        {reference, becomesAFile, u"[SettingsStore] Bookmark for %1 is stale - clearing"_s},
-        {R"({"path":"","folder":true})", nothing,
-         u"[SettingsStore] URL for %1 is no longer accessible:  - clearing"_s},
-    };
-    for (const auto& row : rows) {
-        row.happening();
+    const auto expectCleared = [this](const QByteArray& reference, const QString& why) {
         for (const QString& key : {u"ingestFolder"_s, u"codeReplacementsFile"_s, u"destinationFolder"_s}) {
-            startOver({{key, row.stored}});
-            EXPECT_EQ(log.lines, QStringList(row.line.arg(key)));
+            startOver({{key, reference}});
+            EXPECT_EQ(log.lines, QStringList(u"[SettingsStore] %1 - clearing"_s.arg(why.arg(key))));
             EXPECT_FALSE(defaults.exists(key));
             EXPECT_FALSE(settings->property(key.toLatin1().constData()).value<OptionalText>());
         }
-    }
+    };
+    const QString path = makeFolder(u"photos"_s);
+    const QByteArray reference = references.make(path);
+    expectCleared("garbage", u"Failed to load bookmark for %1: The stored file reference is damaged."_s);
+    expectCleared(R"({"path":"","folder":true})", u"URL for %1 is no longer accessible: "_s);
+    ASSERT_TRUE(QDir().rmdir(path));
+    expectCleared(reference, u"URL for %1 is no longer accessible: "_s + path);
+    ASSERT_TRUE(QFile(path).open(QFile::WriteOnly));
+    expectCleared(reference, u"Bookmark for %1 is stale"_s);
 }
 
 /// A file system that answers when it is let, and never the thread of the event loop.
-class HangingReferences : public FileReferences {
+class HangingReferences : public PathReferences {
 public:
     QByteArray make(const QString& path) const override {
         wait();
-        return m_references.make(path);
+        return PathReferences::make(path);
     }
-    QString pathOf(const QByteArray& reference) const override { return m_references.pathOf(reference); }
     ResolvedFile resolve(const QByteArray& reference) const override {
         wait();
-        return m_references.resolve(reference);
+        return PathReferences::resolve(reference);
     }
     void recover() const { m_semaphore.release(100); }
 
@@ -315,7 +283,6 @@ private:
         m_semaphore.acquire();
     }
 
-    PathReferences m_references;
     mutable QSemaphore m_semaphore;
 };
 
@@ -342,7 +309,6 @@ TEST_F(SettingsStoreTest, AHangingShareHoldsNoStartUpAndWhatIsGoneIsGivenUpLater
         log.lines,
         QStringList(
             u"[SettingsStore] URL for ingestFolder is no longer accessible: %1 - clearing"_s.arg(gone)));
-    nextTurn(); // the keychain's answer
 }
 
 TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {
@@ -353,55 +319,6 @@ TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {
     EXPECT_EQ(defaults.values.value(u"destinationFolder"_s), references.make(path));
     EXPECT_EQ(defaults.values.value(u"ingestFolder"_s), older);
     EXPECT_EQ(defaults.values.value(u"codeReplacementsFile"_s), older);
-}
-
-TEST_F(SettingsStoreTest, APasswordThatComesLateIsTakenAndNotSavedAgain) {
-    secrets.secrets.insert(passwordItem, u"stored"_s);
-    secrets.begun.clear();
-    start();
-    EXPECT_EQ(settings->ftpPassword(), QString());
-    QString seen; // by one who waits for the keychain
-    const auto finished = keychain.finishPending().then([this, &seen] { seen = settings->ftpPassword(); });
-    nextTurn();
-    EXPECT_EQ(seen, u"stored"_s);
-    EXPECT_EQ(secrets.begun, QStringList(u"load"_s));
-    start();
-    settings.reset();
-    nextTurn(); // nobody is left to take it
-    EXPECT_EQ(clock.waiting(), 0);
-}
-
-TEST_F(SettingsStoreTest, APasswordOfALockedKeyringIsUnknownUntilItIsUnlockedOrTheUserGivesOne) {
-    for (const bool isTyped : {false, true}) {
-        LockedSecrets locked;
-        locked.secrets.insert(passwordItem, u"stored"_s);
-        KeychainHelper lockedKeychain(locked, log);
-        SettingsStore store(defaults, lockedKeychain, references, log);
-        const QSignalSpy known(&store, &SettingsStore::passwordKnown);
-        EXPECT_FALSE(store.isPasswordKnown());
-        if (isTyped) {
-            store.setFtpPassword(u"typed"_s); // is saved at once: the wait is in nobody's way
-            EXPECT_FALSE(lockedKeychain.isSaving());
-        }
-        locked.unlock();
-        waitUntil([&store] { return store.isPasswordKnown(); });
-        QCoreApplication::processEvents();
-        EXPECT_EQ(store.ftpPassword(), isTyped ? u"typed"_s : u"stored"_s);
-        EXPECT_EQ(known.size(), 1);
-    }
-    EXPECT_TRUE(settings->isPasswordKnown()) << "that there is none is known, too";
-}
-
-TEST_F(SettingsStoreTest, APasswordThatTheUserHasSetMeanwhileStandsAndIsSaved) {
-    for (const QString& password : {u"new"_s, u""_s}) {
-        secrets.secrets.insert(passwordItem, u"stored"_s);
-        start();
-        settings->setFtpPassword(password);
-        nextTurn();
-        EXPECT_EQ(settings->ftpPassword(), password);
-        EXPECT_EQ(secrets.secrets.value(passwordItem), password);
-        EXPECT_EQ(secrets.secrets.contains(passwordItem), !password.isEmpty());
-    }
 }
 
 } // namespace

@@ -84,8 +84,9 @@ QWidget* AutoModeRow::makeStatusLine() {
 }
 
 void AutoModeRow::showState() {
-    m_switch->setChecked(m_parts.settings.autoMode());
-    const std::optional<QString> line = autoModeLine(m_parts.settings, m_parts.status);
+    const bool isOn = m_parts.settings.autoMode();
+    m_switch->setChecked(isOn);
+    const std::optional<QString> line = autoModeLine(isOn, m_parts.status);
     m_status->setText(line.value_or(QString()));
     m_statusLine->setVisible(line.has_value());
 }

@@ -2,7 +2,7 @@
 #include "shell/panel/ProgressSection.h"
 
 #include "shell/panel/ProgressRowView.h"
-#include "state/SettingsFigures.h"
+#include "state/StatisticsTexts.h"
 
 #include <QVBoxLayout>
 

@@ -9,7 +9,6 @@
 #include "shell/toolkit/SettingRow.h"
 #include "shell/toolkit/StatusMark.h"
 #include "shell/toolkit/Theme.h"
-#include "state/SettingsFigures.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -128,8 +127,9 @@ void ServerTab::showStatus() {
     if (m_actions.isTestingConnection()) {
         m_status->setStatus(StatusTone::plain, u"Connecting…"_s);
     } else if (status) {
-        m_status->setStatus(*status == connectionSucceeded ? StatusTone::good : StatusTone::destroying,
-                            connectionStatusText(*status));
+        const bool isGood = *status == connectionSucceeded;
+        m_status->setStatus(isGood ? StatusTone::good : StatusTone::destroying,
+                            isGood ? u"Connection successful"_s : *status);
     }
     m_status->setVisible(status || m_actions.isTestingConnection());
 }

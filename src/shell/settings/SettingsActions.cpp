@@ -3,7 +3,6 @@
 
 #include "core/Attempt.h"
 #include "product/ApiKey.h"
-#include "state/SettingsFigures.h"
 
 #include <optional>
 #include <utility>
@@ -11,6 +10,8 @@
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+
+const QString connectionSucceeded = u"success"_s;
 
 namespace {
 
@@ -118,9 +119,12 @@ QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests
 
 QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
     const ShellParts parts = self->m_parts;
-    if (!saveApiKey(parts.defaults, parts.settings, entered)) {
+    const QString key = entered.trimmed();
+    if (key.isEmpty()) {
         co_return;
     }
+    parts.defaults.set(apiKeyName, key);
+    parts.settings.setHasAPIKey(true);
     Q_EMIT self->keyChanged();
     const bool isSaved = co_await parts.defaults.saved(apiKeyName);
     const Alert outcome = keySavedNews(isSaved);
@@ -134,7 +138,8 @@ QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
     if (button != 0) {
         co_return;
     }
-    clearApiKey(parts.defaults, parts.settings);
+    parts.defaults.remove(apiKeyName);
+    parts.settings.setHasAPIKey(false);
     if (self) {
         Q_EMIT self->keyChanged();
     }
@@ -181,8 +186,9 @@ void SettingsActions::testConnection() {
     }
     SettingsStore& settings = m_parts.settings;
     settings.setFtpConnectionStatus(std::nullopt);
-    if (const std::optional<QString> refusal = connectionTestRefusal(settings)) {
-        settings.setFtpConnectionStatus(refusal);
+    if (settings.ftpHost().isEmpty() || settings.ftpUsername().isEmpty() ||
+        settings.ftpPassword().isEmpty()) {
+        settings.setFtpConnectionStatus(u"Please fill in all required fields"_s);
     } else if (!m_connectionTest) {
         settings.setFtpConnectionStatus(u"This version cannot connect to FTP servers yet."_s);
     } else {
@@ -215,7 +221,13 @@ void SettingsActions::setRunningTest(RunningTest running) {
 
 void SettingsActions::clearFtpSettings() {
     setRunningTest(nullptr);
-    ostrelle::clearFtpSettings(m_parts.settings);
+    SettingsStore& settings = m_parts.settings;
+    settings.setFtpHost({});
+    settings.setFtpUsername({});
+    settings.setFtpPassword({});
+    settings.setFtpPath(u"/"_s);
+    settings.setFtpPort(defaultPort(TransferProtocol::ftp));
+    settings.setFtpConnectionStatus(std::nullopt);
 }
 
 } // namespace ostrelle

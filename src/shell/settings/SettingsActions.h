@@ -15,6 +15,9 @@ namespace ostrelle {
 /// Connects once to the remote server in the settings. True on success. May throw.
 using ConnectionTest = std::function<QCoro::Task<bool>()>;
 
+/// The settings' connection status after a test that succeeded. After any other it is the text to show.
+extern const QString connectionSucceeded;
+
 /// What the user can do from the settings window: asks what needs asking, and shows the result. Only one
 /// question is open at a time.
 class SettingsActions : public QObject {
@@ -27,10 +30,11 @@ public:
     /// Stores the key without surrounding white space; does nothing when nothing is left.
     void saveKey(const QString& entered);
     void clearKey();
-    /// Puts the result into the settings' connection status, unless the tested settings have been cleared
-    /// meanwhile. Only one test runs at a time.
+    /// Puts the result into the settings' connection status, unless the server has been cleared meanwhile.
+    /// Only one test runs at a time.
     void testConnection();
     bool isTestingConnection() const { return m_runningTest != nullptr; }
+    /// Back to no server. The protocol stays.
     void clearFtpSettings();
     void clearStatistics();
     void clearPromptCache();

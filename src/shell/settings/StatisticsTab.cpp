@@ -7,7 +7,7 @@
 #include "shell/toolkit/CounterLabel.h"
 #include "shell/toolkit/SettingRow.h"
 #include "shell/toolkit/Theme.h"
-#include "state/SettingsFigures.h"
+#include "state/StatisticsTexts.h"
 
 #include <QVBoxLayout>
 
@@ -35,6 +35,12 @@ ActionButton* makeClear(const QString& words, const QString& objectName) {
     button->setObjectName(objectName);
     button->setText(words);
     return button;
+}
+
+/// "Cached Prompts: 3 (1 expired)".
+QString textOf(const PromptCache::Counts& cache) {
+    const QString text = u"Cached Prompts: %1"_s.arg(cache.cached);
+    return cache.expired > 0 ? text + u" (%1 expired)"_s.arg(cache.expired) : text;
 }
 
 } // namespace
@@ -113,8 +119,7 @@ void StatisticsTab::showFigures() {
     m_averageTime->setText(texts.averageTime);
     m_todaysCost->setText(texts.todaysCost);
     m_totalCost->setText(texts.totalCost);
-    const PromptCache::Counts cache = m_parts.prompts.cacheCounts();
-    m_promptCache->setName(promptCacheText(cache.cached, cache.expired));
+    m_promptCache->setName(textOf(m_parts.prompts.cacheCounts()));
 }
 
 } // namespace ostrelle

@@ -6,7 +6,6 @@
 #include "state/SettingsStore.h"
 
 #include <QLineEdit>
-#include <type_traits>
 
 namespace ostrelle {
 
@@ -14,7 +13,7 @@ namespace ostrelle {
 template <typename T>
 struct SettingAccess {
     T (SettingsStore::*get)() const;
-    void (SettingsStore::*set)(std::conditional_t<std::is_class_v<T>, const T&, T>);
+    void (SettingsStore::*set)(const T& value);
     void (SettingsStore::*changed)();
 };
 
