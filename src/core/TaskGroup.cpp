@@ -2,10 +2,9 @@
 #include "core/TaskGroup.h"
 
 #include "core/Attempt.h"
+#include "core/Event.h"
 
-#include <QCoroFuture>
-#include <QList>
-#include <QPromise>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {
@@ -13,7 +12,7 @@ namespace ostrelle {
 struct TaskGroup::State {
     std::function<void(const QString&)> report;
     qsizetype running = 0;
-    QList<std::shared_ptr<QPromise<void>>> waiting = {};
+    std::optional<Event> idle = {}; ///< for those who wait until no task is left
 };
 
 TaskGroup::TaskGroup(std::function<void(const QString&)> report)
@@ -34,21 +33,18 @@ QCoro::Task<> TaskGroup::run(std::shared_ptr<State> state, QCoro::Task<> task) {
     if (!done) {
         state->report(done.words());
     }
-    if (state->running == 0) {
-        for (const auto& promise : std::exchange(state->waiting, {})) {
-            promise->finish();
-        }
+    if (state->running == 0 && state->idle) {
+        std::exchange(state->idle, std::nullopt)->happen();
     }
 }
 
 QCoro::Task<> TaskGroup::finished() const {
     const auto state = m_state;
     while (state->running > 0) {
-        const auto promise = std::make_shared<QPromise<void>>();
-        promise->start();
-        state->waiting.append(promise);
-        QFuture<void> none = promise->future();
-        co_await none;
+        if (!state->idle) {
+            state->idle.emplace();
+        }
+        co_await state->idle->happened();
     }
 }
 

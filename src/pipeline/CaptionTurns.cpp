@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/CaptionTurns.h"
 
-#include <QCoroFuture>
-#include <QPromise>
+#include "core/Event.h"
+
 #include <algorithm>
 #include <deque>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {
@@ -14,12 +15,13 @@ namespace {
 /// Somebody who waits, and for how many places.
 struct Waiting {
     int places;
-    std::shared_ptr<QPromise<bool>> promise;
+    Event answered = {};
+    std::shared_ptr<bool> mayBegin = std::make_shared<bool>(false);
 };
 
-void answer(const Waiting& waiting, bool mayBegin) {
-    waiting.promise->addResult(mayBegin);
-    waiting.promise->finish();
+void admit(const Waiting& waiting) {
+    *waiting.mayBegin = true;
+    waiting.answered.happen();
 }
 
 } // namespace
@@ -32,7 +34,7 @@ struct CaptionTurns::State {
     quint64 dismissals = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
-    std::deque<Waiting> waitingForIdle = {};
+    std::optional<Event> idle = {}; ///< for those who wait until nobody has a turn
 
     bool isIdle() const { return free == places; }
     bool isRun(int wanted) const { return wanted == places; }
@@ -43,19 +45,17 @@ struct CaptionTurns::State {
     void give(int given) {
         free += given;
         hasRun = false;
-        admit();
-        if (isIdle()) {
-            for (const Waiting& waiter : std::exchange(waitingForIdle, {})) {
-                answer(waiter, true);
-            }
+        admitNext();
+        if (isIdle() && idle) {
+            std::exchange(idle, std::nullopt)->happen();
         }
     }
-    void admit() {
+    void admitNext() {
         while (!waiting.empty() && waiting.front().places <= free) {
             const Waiting next = waiting.front();
             waiting.pop_front();
             take(next.places);
-            answer(next, true);
+            admit(next);
         }
     }
     void line(const Waiting& newcomer) {
@@ -87,13 +87,11 @@ QCoro::Task<std::unique_ptr<CaptionTurns::Turn>> CaptionTurns::wait(std::shared_
     if (state->isClosed) {
         co_return std::unique_ptr<Turn>();
     }
-    const Waiting self{.places = places, .promise = std::make_shared<QPromise<bool>>()};
-    self.promise->start();
+    const Waiting self{.places = places};
     state->line(self);
-    state->admit();
-    QFuture<bool> begins = self.promise->future();
-    const bool mayBegin = co_await begins;
-    co_return mayBegin ? std::make_unique<Turn>(state, places) : nullptr;
+    state->admitNext();
+    co_await self.answered.happened();
+    co_return *self.mayBegin ? std::make_unique<Turn>(state, places) : nullptr;
 }
 
 bool CaptionTurns::isClosed() const {
@@ -103,11 +101,10 @@ bool CaptionTurns::isClosed() const {
 QCoro::Task<> CaptionTurns::idle() const {
     const std::shared_ptr<State> state = m_state;
     while (!state->isIdle()) {
-        const Waiting self{.places = 0, .promise = std::make_shared<QPromise<bool>>()};
-        self.promise->start();
-        state->waitingForIdle.push_back(self);
-        QFuture<bool> idles = self.promise->future();
-        co_await idles;
+        if (!state->idle) {
+            state->idle.emplace();
+        }
+        co_await state->idle->happened();
     }
 }
 
@@ -126,7 +123,7 @@ void CaptionTurns::dismissImages() {
         if (m_state->isRun(waiting.places)) {
             runs.push_back(waiting);
         } else {
-            answer(waiting, false);
+            waiting.answered.happen();
         }
     }
     m_state->waiting = std::move(runs);
@@ -136,7 +133,7 @@ void CaptionTurns::close() {
     ++m_state->dismissals;
     m_state->isClosed = true;
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
-        answer(waiting, false);
+        waiting.answered.happen();
     }
 }
 

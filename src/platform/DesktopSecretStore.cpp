@@ -106,14 +106,14 @@ QCoro::Task<bool> DesktopSecretStore::unlocked(QString service, QString account)
     KeyringChanges changes(*bus); // before the first look, so that no change is missed
     bool wasLocked = false;
     for (;;) {
-        QFuture<void> change = changes.next();
+        const Event change = changes.next();
         QDBusPendingCall asked = bus->asyncCall(question);
         const QDBusMessage answer = co_await asked;
         if (!isOnlyLocked(answer)) {
             co_return wasLocked;
         }
         wasLocked = true;
-        co_await change;
+        co_await change.happened();
     }
 }
 

@@ -9,7 +9,6 @@ const QString KeyringChanges::service = u"org.freedesktop.secrets"_s;
 
 KeyringChanges::KeyringChanges(QDBusConnection bus)
     : m_owner(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
-    m_next.start();
     connect(&m_owner, &QDBusServiceWatcher::serviceOwnerChanged, this, &KeyringChanges::note);
     // Keyrings differ in which of the two they send at an unlock.
     bus.connect(service, {}, u"org.freedesktop.Secret.Service"_s, u"CollectionChanged"_s, this, SLOT(note()));
@@ -17,16 +16,15 @@ KeyringChanges::KeyringChanges(QDBusConnection bus)
                 SLOT(note()));
 }
 
-QFuture<void> KeyringChanges::next() {
-    if (m_next.future().isFinished()) {
-        m_next = QPromise<void>();
-        m_next.start();
+Event KeyringChanges::next() {
+    if (m_next.hasHappened()) {
+        m_next = Event();
     }
-    return m_next.future();
+    return m_next;
 }
 
 void KeyringChanges::note() {
-    m_next.finish();
+    m_next.happen();
 }
 
 } // namespace ostrelle

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Event.h"
+
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
-#include <QFuture>
 #include <QObject>
-#include <QPromise>
 #include <QString>
 
 namespace ostrelle {
@@ -19,15 +19,15 @@ public:
 
     explicit KeyringChanges(QDBusConnection bus);
 
-    /// Finishes at the first change since the last call. Several changes may count as one.
-    QFuture<void> next();
+    /// Happens at the first change since the last call. Several changes may count as one.
+    Event next();
 
 private Q_SLOTS: // which the bus looks up by name
     void note();
 
 private:
     QDBusServiceWatcher m_owner;
-    QPromise<void> m_next;
+    Event m_next;
 };
 
 } // namespace ostrelle

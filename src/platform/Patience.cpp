@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Patience.h"
 
-#include <QCoroFuture>
-#include <QPromise>
+#include "core/Event.h"
+
 #include <memory>
 #include <utility>
 
@@ -10,27 +10,21 @@ namespace ostrelle {
 
 namespace {
 
-struct Wait {
-    QPromise<void> over;
-    bool hasEnded = false;
-};
-
-QCoro::Task<> tell(std::shared_ptr<Wait> wait, QCoro::Task<> task) {
+QCoro::Task<> awaitEnd(QCoro::Task<> task, Event over, std::shared_ptr<bool> hasEnded) {
     co_await task;
-    wait->hasEnded = true;
-    wait->over.finish();
+    *hasEnded = true;
+    over.happen();
 }
 
 } // namespace
 
 QCoro::Task<bool> endsWithin(QCoro::Task<> task, Clock& clock, std::chrono::milliseconds patience) {
-    const auto wait = std::make_shared<Wait>();
-    wait->over.start();
-    const auto timer = clock.after(patience, [wait] { wait->over.finish(); });
-    const QCoro::Task<> told = tell(wait, std::move(task));
-    QFuture<void> over = wait->over.future();
-    co_await over;
-    co_return wait->hasEnded;
+    const Event over;
+    const auto hasEnded = std::make_shared<bool>(false);
+    const auto timer = clock.after(patience, [over] { over.happen(); });
+    const QCoro::Task<> ending = awaitEnd(std::move(task), over, hasEnded);
+    co_await over.happened();
+    co_return *hasEnded;
 }
 
 } // namespace ostrelle

@@ -169,7 +169,7 @@ HttpChannel::HttpChannel(Clock& clock)
 HttpChannel::~HttpChannel() {
     // A waiter would hang if its reply were simply deleted. Without the manager, a woken task cannot start
     // another request.
-    m_gate->close();
+    m_gate.close();
     const std::unique_ptr<QNetworkAccessManager> manager = std::move(m_manager);
     const auto replies = manager->findChildren<QNetworkReply*>();
     for (QNetworkReply* reply : replies) {
@@ -195,12 +195,10 @@ QCoro::Task<HttpReply> HttpChannel::get(const QNetworkRequest& request, std::chr
 
 QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chrono::milliseconds idle,
                                              Send send) {
-    const std::shared_ptr<RequestGate> gate = m_gate;
-    const bool mayPass = co_await RequestGate::enter(gate);
-    if (!mayPass) { // the channel is gone, or about to be
+    const auto pass = co_await m_gate.enter();
+    if (!pass) { // the channel is gone, or about to be
         throw TransportError::closing();
     }
-    const RequestGate::Pass pass(gate);
     makeStateless(request);
     const ReplyPointer reply(send(*m_manager, request));
     Reception reception(reply.get());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Gate.h"
 #include "platform/Clock.h"
-#include "services/RequestGate.h"
 
 #include <QByteArray>
 #include <QCoroTask>
@@ -53,7 +53,7 @@ private:
 
     Clock& m_clock;
     std::unique_ptr<QNetworkAccessManager> m_manager;
-    std::shared_ptr<RequestGate> m_gate = std::make_shared<RequestGate>(mostAtOnce);
+    Gate m_gate{mostAtOnce};
 };
 
 } // namespace ostrelle

@@ -2,11 +2,10 @@
 #include "services/PromptCache.h"
 
 #include "core/Attempt.h"
+#include "core/Event.h"
 #include "platform/FileError.h"
 #include "services/PromptCacheFile.h"
 
-#include <QCoroFuture>
-#include <QPromise>
 #include <algorithm>
 #include <cerrno>
 #include <deque>
@@ -18,12 +17,6 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QPromise<void> startedPromise() {
-    QPromise<void> promise;
-    promise.start();
-    return promise;
-}
 
 /// An entry dated in the future, because the clock was set back, expires by its distance too: otherwise it
 /// would last for as long as the clock was off.
@@ -70,8 +63,8 @@ public:
     CachedPrompts entries;
     bool isOpen = true; ///< until the cache is gone
     bool isLoaded = false;
-    QPromise<void> loaded = startedPromise();
-    std::optional<QPromise<void>> saved; ///< while saves are running
+    Event loaded;
+    std::optional<Event> saved; ///< while saves are running
 
 private:
     void takeIn(const Attempt<CachedPrompts>& file);
@@ -96,7 +89,7 @@ QCoro::Task<> PromptCache::State::load(std::shared_ptr<State> state) {
         }
     }
     state->changes.clear(); // which hold this state
-    state->loaded.finish();
+    state->loaded.happen();
 }
 
 void PromptCache::State::takeIn(const Attempt<CachedPrompts>& file) {
@@ -114,7 +107,7 @@ void PromptCache::State::takeIn(const Attempt<CachedPrompts>& file) {
 void PromptCache::State::save(const std::shared_ptr<State>& state, const QString& lineAfter) {
     state->saves.push_back(lineAfter);
     if (!state->saved) {
-        state->saved = startedPromise();
+        state->saved.emplace();
         workOffSaves(state);
     }
 }
@@ -138,8 +131,7 @@ QCoro::Task<> PromptCache::State::workOffSaves(std::shared_ptr<State> state) {
             }
         }
     }
-    state->saved->finish();
-    state->saved.reset();
+    std::exchange(state->saved, std::nullopt)->happen();
 }
 
 void PromptCache::State::clearExpired(const std::shared_ptr<State>& state) {
@@ -160,8 +152,7 @@ PromptCache::~PromptCache() {
 
 QCoro::Task<std::optional<PromptTemplates>> PromptCache::find(QString key) {
     const std::shared_ptr<State> state = m_state;
-    QFuture<void> loaded = state->loaded.future();
-    co_await loaded;
+    co_await state->loaded.happened();
     const auto entry = state->entries.constFind(key);
     if (!state->isOpen || entry == state->entries.constEnd() || isExpired(*entry, state->clock.now())) {
         co_return std::nullopt;
@@ -198,11 +189,9 @@ PromptCache::Counts PromptCache::counts() const {
 
 QCoro::Task<> PromptCache::finishPending() {
     const std::shared_ptr<State> state = m_state;
-    QFuture<void> loaded = state->loaded.future();
-    co_await loaded;
+    co_await state->loaded.happened();
     if (state->saved) {
-        QFuture<void> saved = state->saved->future();
-        co_await saved;
+        co_await state->saved->happened();
     }
 }
 

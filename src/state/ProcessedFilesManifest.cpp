@@ -2,16 +2,14 @@
 #include "state/ProcessedFilesManifest.h"
 
 #include "core/Attempt.h"
+#include "core/Event.h"
 #include "core/OnThreadPool.h"
 #include "state/ManifestFile.h"
 
-#include <QCoroFuture>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QFuture>
 #include <QList>
-#include <QPromise>
 #include <QSet>
 #include <QThreadPool>
 #include <utility>
@@ -35,8 +33,8 @@ struct ProcessedFilesManifest::State {
     QSet<QString> names = {};
 
     bool isSaving = false;
-    QList<ProcessedFileEntry> unsaved = {};             // for the next save
-    std::shared_ptr<QPromise<void>> nextSave = nullptr; // finishes with it; null if none is wanted
+    QList<ProcessedFileEntry> unsaved = {}; // for the next save
+    std::optional<Event> nextSave = {};     // its end; nothing if none is wanted
     QString savingFailure = {};
 
     void insert(const ProcessedFileEntry& entry) {
@@ -184,21 +182,20 @@ QCoro::Task<> ProcessedFilesManifest::markProcessed(QString file, std::optional<
 /// Resumes when a save has ended that began with this call or later.
 QCoro::Task<> ProcessedFilesManifest::save(std::shared_ptr<State> state) {
     if (!state->nextSave) {
-        state->nextSave = std::make_shared<QPromise<void>>();
-        state->nextSave->start();
+        state->nextSave.emplace();
     }
-    QFuture<void> ended = state->nextSave->future();
+    const Event ended = *state->nextSave;
     if (!state->isSaving) {
         runSaves(state); // its frame owns itself
     }
-    co_await ended;
+    co_await ended.happened();
 }
 
 /// One save at a time, each with all that was added before it began.
 QCoro::Task<> ProcessedFilesManifest::runSaves(std::shared_ptr<State> state) {
     state->isSaving = true;
     while (state->nextSave) {
-        const auto promise = std::exchange(state->nextSave, nullptr);
+        const Event ended = *std::exchange(state->nextSave, std::nullopt);
         const auto append = [file = state->file, added = std::exchange(state->unsaved, {})] {
             return file->append(added);
         };
@@ -209,7 +206,7 @@ QCoro::Task<> ProcessedFilesManifest::runSaves(std::shared_ptr<State> state) {
             state->print(u"[ProcessedFilesManifest] Error saving manifest: "_s + saved.words());
         }
         state->setSavingFailure(saved ? QString() : saved.words());
-        promise->finish();
+        ended.happen();
     }
     state->isSaving = false;
 }

@@ -58,8 +58,7 @@ QCoro::Task<> CaptionQueue::rest(QString folder, QList<QueuedImage> images,
     co_await attempt(m_parts.clock.sleep(startDelay));
     // One group after the other: thousands of images that have rested at the same moment would hold the event
     // loop.
-    co_await RequestGate::enter(batch->settling);
-    const RequestGate::Pass turn(batch->settling);
+    const auto turn = co_await batch->settling.enter();
     if (m_round != round) {
         co_return;
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Gate.h"
 #include "core/TaskGroup.h"
-#include "services/RequestGate.h"
 #include "transfer/LocalScanParts.h"
 #include "transfer/SeenImage.h"
 
@@ -26,7 +26,7 @@ struct CaptionBatch {
     explicit CaptionBatch(PlainLog& log);
 
     TaskGroup tasks;
-    std::shared_ptr<RequestGate> settling = std::make_shared<RequestGate>(1);
+    Gate settling{1}; ///< one group at a time
     int started = 0;
     int processed = 0;
     int failed = 0;

@@ -5,7 +5,6 @@
 #include "pipeline/CodeReplacements.h"
 #include "state/Publish.h"
 
-#include <QCoroFuture>
 #include <QFileInfo>
 
 namespace ostrelle {
@@ -44,25 +43,23 @@ QCoro::Task<bool> RosterWatch::found() {
         co_return m_isFound; // need not be waited for
     }
     const QPointer<RosterWatch> self(this);
-    const Answer answer = beginLook();
-    const auto timer = m_clock.after(patience, [answer] { answer->finish(); });
-    QFuture<void> answered = answer->future();
-    co_await answered;
+    const Event answer = beginLook();
+    const auto timer = m_clock.after(patience, [answer] { answer.happen(); });
+    co_await answer.happened();
     co_return self && self->m_isFound;
 }
 
-RosterWatch::Answer RosterWatch::beginLook() {
-    auto answer = std::make_shared<QPromise<void>>();
-    answer->start();
+Event RosterWatch::beginLook() {
+    const Event answer;
     if (m_settings.ingestFolder()) {
         look(this, *m_settings.ingestFolder(), answer);
     } else {
-        answer->finish();
+        answer.happen();
     }
     return answer;
 }
 
-QCoro::Task<> RosterWatch::look(QPointer<RosterWatch> watch, QString folder, Answer answer) {
+QCoro::Task<> RosterWatch::look(QPointer<RosterWatch> watch, QString folder, Event answer) {
     const quint64 number = ++watch->m_looks;
     auto find = [folder] { return findCodeReplacementsFile(folder); };
     const std::optional<QString> found = co_await onThreadPool(watch->m_threads.of(folder), find);
@@ -73,7 +70,7 @@ QCoro::Task<> RosterWatch::look(QPointer<RosterWatch> watch, QString folder, Ans
             examine(watch, *found, &RosterWatch::m_found);
         }
     }
-    answer->finish();
+    answer.happen();
 }
 
 void RosterWatch::examineSelected() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Event.h"
 #include "platform/Clock.h"
 #include "platform/FolderThreads.h"
 #include "state/SettingsStore.h"
@@ -8,7 +9,6 @@
 #include <QCoroTask>
 #include <QObject>
 #include <QPointer>
-#include <QPromise>
 #include <QString>
 #include <chrono>
 #include <memory>
@@ -46,8 +46,6 @@ Q_SIGNALS:
     void useChanged();
 
 private:
-    using Answer = std::shared_ptr<QPromise<void>>;
-
     /// A file that was looked at, and what is wrong with it.
     struct Examined {
         QString path;
@@ -58,8 +56,8 @@ private:
     /// Whether a roster in the folder makes a difference.
     bool matters() const;
     /// The answer to come of a look that has begun.
-    Answer beginLook();
-    static QCoro::Task<> look(QPointer<RosterWatch> watch, QString folder, Answer answer);
+    Event beginLook();
+    static QCoro::Task<> look(QPointer<RosterWatch> watch, QString folder, Event answer);
     void examineSelected();
     static QCoro::Task<> examine(QPointer<RosterWatch> watch, QString path, Examined RosterWatch::* examined);
     void folderChanged();
