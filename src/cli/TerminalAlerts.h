@@ -14,9 +14,9 @@ public:
     /// The log must outlive the alerts.
     explicit TerminalAlerts(PlainLog& errors) : m_errors(errors) {}
 
-    QCoro::Task<int> show(Alert alert) override {
+    QCoro::Task<QString> show(Alert alert) override {
         m_errors.print(alert.title + QStringLiteral(": ") + alert.text);
-        co_return static_cast<int>(alert.buttons.size()) - 1;
+        co_return alert.buttons.value(alert.buttons.size() - 1);
     }
 
 private:

@@ -28,8 +28,8 @@ Alert keyForFolderAlert() {
 }
 
 QCoro::Task<> askForKey(Alert alert, Alerts& alerts, AppEvents& events, CaptionProgress& progress) {
-    const int button = co_await alerts.show(alert);
-    if (button == 0) {
+    const QString answer = co_await alerts.show(alert);
+    if (answer == u"Open Settings") {
         Q_EMIT events.showSettingsWindow();
     }
     progress.showMessage(u"Please add your API key in Settings."_s);

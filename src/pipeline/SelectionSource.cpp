@@ -142,10 +142,10 @@ QCoro::Task<> SelectionSource::notifyPermissionErrors(SelectionTally tally) {
 }
 
 QCoro::Task<> SelectionSource::explainPermissions(SelectionTally tally) {
-    const int button = co_await m_parts.alerts.show(tally.permissionAlert());
-    if (button == 0) {
+    const QString answer = co_await m_parts.alerts.show(tally.permissionAlert());
+    if (answer == u"Open System Preferences") {
         m_workspace.openLink(privacySettings());
-    } else if (button == 1) {
+    } else if (answer == u"Use Watch Folder Instead") {
         Q_EMIT m_parts.events.showSettingsWindow();
     }
 }

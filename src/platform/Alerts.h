@@ -22,9 +22,9 @@ class Alerts {
 public:
     virtual ~Alerts() = default;
 
-    /// Shows the alert and resumes with the index of the button pressed, or -1 when it was closed and none of
-    /// several buttons is "Cancel".
-    virtual QCoro::Task<int> show(Alert alert) = 0;
+    /// Shows the alert and resumes with the words of the button pressed. A closed alert counts as its only
+    /// button, or as "Cancel" if it has that; otherwise the answer is empty.
+    virtual QCoro::Task<QString> show(Alert alert) = 0;
 };
 
 } // namespace ostrelle

@@ -239,11 +239,11 @@ QCoro::Task<> AppDelegate::askAndQuit() {
               "finished, and auto mode goes on when you start the program again."_s
             : u"If you quit, the images in the works are finished and the others are left as they are."_s;
     alert.buttons = QStringList{u"Keep Captioning in the Background"_s, u"Quit"_s, u"Cancel"_s};
-    const int button = co_await m_parts.alerts.show(alert);
+    const QString answer = co_await m_parts.alerts.show(alert);
     m_isAsking = false;
-    if (button == 0) {
+    if (answer == u"Keep Captioning in the Background") {
         m_mainWindow->showMinimized();
-    } else if (button == 1) {
+    } else if (answer == u"Quit") {
         m_quit();
     }
 }

@@ -49,32 +49,32 @@ void LocalFolderScan::startScan(const QString& folder) {
 
 QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
     folder = QDir::cleanPath(folder);
-    Scan scan{.folder = folder,
-              .round = m_queue.round(),
-              .departures = m_parts.tracker.departures(),
-              .batch = std::make_shared<CaptionBatch>(m_parts.log)};
-    if (m_lookedThrough.value(folder) == scan.round) {
+    const auto scan = std::make_shared<Scan>(Scan{.folder = folder,
+                                                  .round = m_queue.round(),
+                                                  .departures = m_parts.tracker.departures(),
+                                                  .batch = std::make_shared<CaptionBatch>(m_parts.log)});
+    if (m_lookedThrough.value(folder) == scan->round) {
         say(u"The last scan of %1 is still going on, no other is begun"_s.arg(QDir(folder).dirName()));
         co_return;
     }
     const ScopedAccess access(m_parts.access, folder);
-    m_lookedThrough.insert(folder, scan.round);
+    m_lookedThrough.insert(folder, scan->round);
     co_await prepare(folder);
-    const auto done = co_await attempt(lookThrough(&scan));
-    if (m_lookedThrough.value(folder) == scan.round) {
+    const auto done = co_await attempt(lookThrough(scan));
+    if (m_lookedThrough.value(folder) == scan->round) {
         m_lookedThrough.remove(folder);
     }
     if (!done) {
         say(u"Error scanning directory: "_s + done.words());
     } else {
-        summarize(scan);
+        summarize(*scan);
     }
-    if (scan.batch->started == 0) {
+    if (scan->batch->started == 0) {
         co_return;
     }
-    co_await scan.batch->tasks.finished();
-    say(u"Auto-processing batch complete: %1 processed, %2 failed"_s.arg(scan.batch->processed)
-            .arg(scan.batch->failed));
+    co_await scan->batch->tasks.finished();
+    say(u"Auto-processing batch complete: %1 processed, %2 failed"_s.arg(scan->batch->processed)
+            .arg(scan->batch->failed));
 }
 
 /// What other programs have captioned meanwhile, and what a killed one has left in the folder.
@@ -89,7 +89,7 @@ QCoro::Task<> LocalFolderScan::prepare(QString folder) {
     }
 }
 
-QCoro::Task<> LocalFolderScan::lookThrough(Scan* scan) {
+QCoro::Task<> LocalFolderScan::lookThrough(std::shared_ptr<Scan> scan) {
     auto list = [folder = scan->folder] { return listImages(folder); };
     const ImageListing listing = co_await onThreadPool(m_parts.threads.of(scan->folder), list);
     if (isOvertaken(*scan)) {
@@ -109,7 +109,7 @@ QCoro::Task<> LocalFolderScan::lookThrough(Scan* scan) {
     }
 }
 
-QCoro::Task<> LocalFolderScan::look(Scan* scan, QStringList names) {
+QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList names) {
     QThreadPool* thread = m_parts.threads.of(scan->folder);
     const QDateTime seenAt = m_parts.clock.now();
     auto see = [folder = scan->folder, names, unwritable = m_parts.tracker.unwritable()] {

@@ -12,6 +12,7 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <memory>
 
 namespace ostrelle {
 
@@ -42,8 +43,8 @@ private:
     struct Scan;
 
     QCoro::Task<> prepare(QString folder);
-    QCoro::Task<> lookThrough(Scan* scan);
-    QCoro::Task<> look(Scan* scan, QStringList names);
+    QCoro::Task<> lookThrough(std::shared_ptr<Scan> scan);
+    QCoro::Task<> look(std::shared_ptr<Scan> scan, QStringList names);
     bool isOvertaken(const Scan& scan) const;
     bool isLeftAlone(Scan& scan, const SeenImage& image);
     bool isKnown(const SeenImage& image) const;

@@ -20,13 +20,13 @@ namespace ostrelle {
 /// Alerts that a test answers beforehand, or leaves open until close().
 class AnsweredAlerts : public Alerts {
 public:
-    QCoro::Task<int> show(Alert alert) override {
+    QCoro::Task<QString> show(Alert alert) override {
         shown.append(alert);
         if (isOpen) {
             QFuture<void> answered = m_answered.future();
             co_await answered;
         }
-        co_return answer;
+        co_return alert.buttons.value(answer);
     }
     void close() { m_answered.finish(); }
     QStringList titles() const {

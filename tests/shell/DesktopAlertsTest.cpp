@@ -18,20 +18,21 @@ TEST(DesktopAlerts, EscapeNeverDoesWhatWasOnlyAskedAbout) {
     const struct {
         QStringList buttons;
         std::optional<int> clicked; ///< nothing: Escape
-        int answer;
+        QString answer;
     } rows[] = {
-        {{u"Cancel"_s, u"Caption All"_s}, std::nullopt, 0},
-        {{u"Cancel"_s, u"Caption All"_s}, 1, 1},
-        {{u"Clear"_s, u"Cancel"_s}, std::nullopt, 1},
-        {{u"Clear"_s, u"Cancel"_s}, 0, 0},
-        {{u"OK"_s}, std::nullopt, 0},
-        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, std::nullopt, -1},
-        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, 1, 1},
+        {{u"Cancel"_s, u"Caption All"_s}, std::nullopt, u"Cancel"_s},
+        {{u"Cancel"_s, u"Caption All"_s}, 1, u"Caption All"_s},
+        {{u"Clear"_s, u"Cancel"_s}, std::nullopt, u"Cancel"_s},
+        {{u"Clear"_s, u"Cancel"_s}, 0, u"Clear"_s},
+        {{u"OK"_s}, std::nullopt, u"OK"_s},
+        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, std::nullopt, u""_s},
+        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, 1, u"Use Watch Folder Instead"_s},
     };
     const auto box = [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); };
     DesktopAlerts alerts;
     for (const auto& row : rows) {
-        QCoro::Task<int> answer = alerts.show({.title = u"A question"_s, .text = {}, .buttons = row.buttons});
+        QCoro::Task<QString> answer =
+            alerts.show({.title = u"A question"_s, .text = {}, .buttons = row.buttons});
         waitUntil([&box] { return box() != nullptr; });
         if (row.clicked) {
             box()->buttons().at(*row.clicked)->click();

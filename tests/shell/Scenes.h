@@ -27,7 +27,7 @@ struct GameWorld : ProgramWorld {
 
 private:
     DesktopAlerts m_desktop;
-    std::optional<QCoro::Task<int>> m_answer;
+    std::optional<QCoro::Task<QString>> m_answer;
 };
 
 /// A window of the program in a state that is worth a look.

@@ -100,7 +100,7 @@ void showWords(QMessageBox& box, const Alert& alert) {
 
 } // namespace
 
-QCoro::Task<int> DesktopAlerts::show(Alert alert) {
+QCoro::Task<QString> DesktopAlerts::show(Alert alert) {
     // The window below owns the box and may go first, when the program ends.
     const QPointer<QMessageBox> box = new AlertBox(alert.style, ownerWindow());
     box->setObjectName(u"alert"_s);
@@ -110,11 +110,11 @@ QCoro::Task<int> DesktopAlerts::show(Alert alert) {
     box->open();
     co_await qCoro(box.data(), &QMessageBox::finished);
     if (!box) {
-        co_return static_cast<int>(escapeIndex(alert.buttons));
+        co_return alert.buttons.value(escapeIndex(alert.buttons));
     }
     box->deleteLater();
     const qsizetype index = buttons.indexOf(qobject_cast<QPushButton*>(box->clickedButton()));
-    co_return static_cast<int>(index < 0 ? escapeIndex(alert.buttons) : index);
+    co_return alert.buttons.value(index < 0 ? escapeIndex(alert.buttons) : index);
 }
 
 } // namespace ostrelle

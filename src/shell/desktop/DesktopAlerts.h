@@ -11,7 +11,7 @@ namespace ostrelle {
 class DesktopAlerts : public Alerts {
 public:
     /// Escape and closing the dialog press "Cancel" or the only button, and otherwise none.
-    QCoro::Task<int> show(Alert alert) override;
+    QCoro::Task<QString> show(Alert alert) override;
 };
 
 } // namespace ostrelle

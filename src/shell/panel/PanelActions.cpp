@@ -205,9 +205,9 @@ QCoro::Task<> PanelActions::confirmAll(Self self) {
     }
     const bool isLocal = parts.settings.sourceType() == SourceType::local;
     const Alert confirmation = isLocal ? captionAllQuestion() : downloadAllQuestion();
-    const int button = co_await parts.alerts.show(confirmation);
+    const QString answer = co_await parts.alerts.show(confirmation);
     question.reset();
-    if (button != 1) {
+    if (answer != (isLocal ? u"Caption All" : u"Download All")) {
         co_return;
     }
     if (isLocal) {

@@ -134,8 +134,8 @@ QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
 QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
     const ShellParts parts = self->m_parts;
     const Alert question = clearKeyQuestion();
-    const int button = co_await parts.alerts.show(question);
-    if (button != 0) {
+    const QString answer = co_await parts.alerts.show(question);
+    if (answer != u"Clear") {
         co_return;
     }
     parts.defaults.remove(apiKeyName);
@@ -153,8 +153,8 @@ QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
 QCoro::Task<> SettingsActions::confirmClearStatistics(Self self) {
     const ShellParts parts = self->m_parts;
     const Alert question = clearStatisticsQuestion();
-    const int button = co_await parts.alerts.show(question);
-    if (button != 1) {
+    const QString answer = co_await parts.alerts.show(question);
+    if (answer != u"Clear Statistics") {
         co_return;
     }
     parts.status.clearStatistics();
@@ -168,8 +168,8 @@ QCoro::Task<> SettingsActions::confirmClearStatistics(Self self) {
 QCoro::Task<> SettingsActions::confirmClearPromptCache(Self self) {
     const ShellParts parts = self->m_parts;
     const Alert question = clearPromptCacheQuestion();
-    const int button = co_await parts.alerts.show(question);
-    if (button != 1) {
+    const QString answer = co_await parts.alerts.show(question);
+    if (answer != u"Clear Cache") {
         co_return;
     }
     parts.prompts.clearCache();
