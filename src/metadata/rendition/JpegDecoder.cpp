@@ -9,10 +9,14 @@
 #include <jerror.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace ostrelle {
 
@@ -57,9 +61,8 @@ File openFile(const QString& path) {
     return file;
 }
 
-/// Opens the file at the start of the range.
-File openAt(const QString& path, ByteRange range) {
-    File file = openFile(path);
+/// Goes to the start of the range.
+File placedAt(File file, ByteRange range) {
     if (range.size() > maximumFileSize) {
         refuse(u"the file is too large"_s);
     }
@@ -69,18 +72,24 @@ File openAt(const QString& path, ByteRange range) {
     return file;
 }
 
-ByteRange wholeFile(const QString& path) {
-    const File file = openFile(path);
-    if (std::fseek(file.get(), 0, SEEK_END) != 0) {
+ByteRange wholeRange(std::FILE* file) {
+    if (std::fseek(file, 0, SEEK_END) != 0) {
         refuse(qt_error_string());
     }
-    return {0, std::ftell(file.get())};
+    return {0, std::ftell(file)};
+}
+
+bool startsAsJpeg(std::FILE* file) {
+    std::array<unsigned char, 2> start{};
+    std::rewind(file);
+    return std::fread(start.data(), 1, start.size(), file) == start.size() && start[0] == 0xFF &&
+           start[1] == 0xD8;
 }
 
 /// One JPEG being read.
 class JpegReader {
 public:
-    JpegReader(const QString& path, ByteRange range);
+    JpegReader(File file, ByteRange range);
     ~JpegReader() { jpeg_destroy_decompress(&m_info); }
     JpegReader(const JpegReader&) = delete;
     JpegReader& operator=(const JpegReader&) = delete;
@@ -120,8 +129,8 @@ private:
     unsigned m_damagedPlaces = 0;
 };
 
-JpegReader::JpegReader(const QString& path, ByteRange range)
-    : m_file(openAt(path, range)), m_source(m_file.get(), range.size()) {
+JpegReader::JpegReader(File file, ByteRange range)
+    : m_file(placedAt(std::move(file), range)), m_source(m_file.get(), range.size()) {
     m_info.err = &m_errors;
     run([this] { jpeg_create_decompress(&m_info); });
     m_info.client_data = this;
@@ -297,15 +306,33 @@ bool JpegReader::endsInStrayBytes() {
 } // namespace
 
 JpegPicture decodeJpeg(const QString& path, int limit) {
-    return decodeJpeg(path, wholeFile(path), limit);
+    File file = openFile(path);
+    const ByteRange range = wholeRange(file.get());
+    return JpegReader(std::move(file), range).read(limit);
+}
+
+std::optional<JpegPicture> decodeIfJpeg(const QString& path, int limit) {
+    // Opening a pipe would wait for its writer.
+    if (!QFileInfo(path).isFile()) {
+        throw ExtractError(ExtractError::Case::cannotOpen, u"there is no such file"_s);
+    }
+    File file = openFile(path);
+    const ByteRange range = wholeRange(file.get());
+    if (range.size() == 0) {
+        throw ExtractError(ExtractError::Case::cannotOpen, u"the file is empty"_s);
+    }
+    if (!startsAsJpeg(file.get())) {
+        return std::nullopt;
+    }
+    return JpegReader(std::move(file), range).read(limit);
 }
 
 JpegPicture decodeJpeg(const QString& path, ByteRange range, int limit) {
-    return JpegReader(path, range).read(limit);
+    return JpegReader(openFile(path), range).read(limit);
 }
 
 PixelSize jpegSize(const QString& path, ByteRange range) {
-    return JpegReader(path, range).readSize();
+    return JpegReader(openFile(path), range).readSize();
 }
 
 } // namespace ostrelle

@@ -29,6 +29,10 @@ JpegPicture decodeJpeg(const QString& path, int limit);
 /// The same for a JPEG in a range of another file.
 JpegPicture decodeJpeg(const QString& path, ByteRange range, int limit);
 
+/// Decodes a file of any kind in one opening; nothing unless it starts as a JPEG does. Also throws
+/// ExtractError::cannotOpen for a file that does not exist or is empty.
+std::optional<JpegPicture> decodeIfJpeg(const QString& path, int limit);
+
 /// The full size of that picture from its header. Throws ExtractError when it is not a decodable JPEG.
 PixelSize jpegSize(const QString& path, ByteRange range);
 

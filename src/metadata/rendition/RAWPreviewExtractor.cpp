@@ -9,8 +9,6 @@
 #include "metadata/rendition/RawContents.h"
 #include "metadata/rendition/RawDecoder.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -32,21 +30,6 @@ int pixelLimit(double maxPixelSize) {
         throw ExtractError(ExtractError::Case::cannotCreateThumbnail, u"no pixels are allowed"_s);
     }
     return static_cast<int>(std::min(maxPixelSize, double{maximumSide}));
-}
-
-bool isJpeg(const QString& path) {
-    // Opening a pipe would block until someone writes to it.
-    if (!QFileInfo(path).isFile()) {
-        throw ExtractError(ExtractError::Case::cannotOpen, u"there is no such file"_s);
-    }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw ExtractError(ExtractError::Case::cannotOpen, file.errorString());
-    }
-    if (file.size() == 0) {
-        throw ExtractError(ExtractError::Case::cannotOpen, u"the file is empty"_s);
-    }
-    return file.read(2) == "\xFF\xD8";
 }
 
 /// A scaled picture in sRGB, unrotated.
@@ -93,7 +76,8 @@ Decoded decodeRawFile(const QString& path, int limit) {
 }
 
 Decoded decode(const QString& path, int limit) {
-    return isJpeg(path) ? decoded(decodeJpeg(path, limit), {}) : decodeRawFile(path, limit);
+    std::optional<JpegPicture> jpeg = decodeIfJpeg(path, limit);
+    return jpeg ? decoded(std::move(*jpeg), {}) : decodeRawFile(path, limit);
 }
 
 } // namespace
