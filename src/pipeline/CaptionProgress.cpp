@@ -15,6 +15,7 @@ CaptionProgress::CaptionProgress(StatusStore& status, AnalyzerLog& log, Clock& c
     : m_status(status), m_log(log), m_clock(clock), m_linger(linger) {}
 
 void CaptionProgress::expectImage(qint64 number, qint64 total) {
+    m_clearing.reset(); // of the image before it
     m_hasTotal = true;
     m_isOneOfSeveral = total > 1;
     m_status.setTotalFiles(total);
@@ -51,6 +52,7 @@ void CaptionProgress::endImage(const ImageOutcome& outcome) {
         m_status.recordImageProcessed();
         [[fallthrough]];
     case OutcomeKind::unchanged:
+    case OutcomeKind::skipped:
         m_status.setProcessed(m_status.processed() + 1);
         m_status.setLastMessage(u"Auto: Processed "_s + name);
         break;

@@ -2,12 +2,15 @@
 #include "pipeline/CaptionRun.h"
 
 #include "pipeline/BatchRun.h"
+#include "pipeline/FolderTidying.h"
 #include "pipeline/ImageFailure.h"
 #include "pipeline/ImageListing.h"
+#include "platform/Patience.h"
 #include "product/ApiKey.h"
 
 #include <QFileInfo>
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace ostrelle {
@@ -16,6 +19,9 @@ using namespace Qt::StringLiterals;
 using Ending = RunTally::Ending;
 
 namespace {
+
+/// How long the end of a run waits for a network share that may hang.
+constexpr std::chrono::seconds sharePatience{2};
 
 bool missesKey(const ImageOutcome& image) {
     return image.cause && classifyFailure(image.cause, image.file).kind == ImageFailure::Kind::missingKey;
@@ -62,12 +68,23 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionAll(RunSource* source, QStringL
     constexpr qsizetype size = BatchRun::mostImages;
     const qsizetype batchCount = (files.size() + size - 1) / size;
     source->logBatches(files.size(), batchCount);
-    const qsizetype first = m_tally.images.size(); // behind those that are illegible
+    co_await tidyFoldersOf(m_parts.threads, files);
     for (const QString& file : std::as_const(files)) {
         m_tally.images.emplace_back().file = file;
     }
     ReadAhead ahead(m_parts.threads, files, m_parts.clock.timeZone(),
                     !m_parts.settings.alwaysOverwriteCaptions());
+    const Ending ending = co_await captionBatches(source, files, begun, &ahead);
+    // Nothing may be decoding any more when the program ends, unless a network share hangs.
+    co_await endsWithin(ahead.stop(), m_parts.clock, sharePatience);
+    co_return ending;
+}
+
+QCoro::Task<RunTally::Ending> CaptionRun::captionBatches(RunSource* source, QStringList files,
+                                                         QDateTime begun, ReadAhead* ahead) {
+    constexpr qsizetype size = BatchRun::mostImages;
+    const qsizetype batchCount = (files.size() + size - 1) / size;
+    const qsizetype first = m_tally.images.size() - files.size();
     for (qsizetype start = 0; start < files.size(); start += size) {
         if (m_parts.turns.isClosed()) {
             co_return Ending::interrupted;
@@ -79,9 +96,12 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionAll(RunSource* source, QStringL
         if (source->showsBatches()) {
             m_parts.progress.beginBatch(start / size + 1, batchCount, start, batch.size());
         }
-        BatchRun run(m_parts, batch, {.startIndex = start, .begun = begun}, &ahead, m_listener);
+        BatchRun run(m_parts, batch, {.startIndex = start, .begun = begun}, ahead,
+                     [this](const ImageOutcome& image) { hear(image); });
         const QList<ImageOutcome> outcomes = co_await run.execute();
         std::copy(outcomes.begin(), outcomes.end(), m_tally.images.begin() + first + start);
+        nameWithoutCaption(outcomes);
+        source->logBatch(outcomes);
         if (source->needsKeyThroughout() && std::any_of(outcomes.begin(), outcomes.end(), missesKey)) {
             co_return Ending::keyMissing;
         }
@@ -96,7 +116,22 @@ void CaptionRun::failIllegible(const QStringList& files) {
         image.kind = OutcomeKind::failed;
         image.reason = illegibleNameWords();
         m_parts.progress.countFailed(QFileInfo(file).fileName(), CaptionProgress::Mention::byItself);
-        m_listener(image);
+        hear(image);
+    }
+}
+
+void CaptionRun::hear(const ImageOutcome& image) {
+    if (isFailure(image.kind)) {
+        m_tally.namesWithoutCaption.append(QFileInfo(image.file).fileName());
+    }
+    m_listener(image);
+}
+
+void CaptionRun::nameWithoutCaption(const QList<ImageOutcome>& images) {
+    for (const ImageOutcome& image : images) {
+        if (image.kind != OutcomeKind::captioned) {
+            m_tally.namesWithoutCaption.append(QFileInfo(image.file).fileName());
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/AnalyzerParts.h"
+#include "pipeline/ReadAhead.h"
 #include "pipeline/RunSource.h"
 
 #include <QCoroTask>
@@ -27,6 +28,10 @@ private:
     QCoro::Task<RunTally> captionInTurn(RunSource* source);
     /// Of a run that began.
     QCoro::Task<RunTally::Ending> captionAll(RunSource* source, QStringList files, QDateTime begun);
+    QCoro::Task<RunTally::Ending> captionBatches(RunSource* source, QStringList files, QDateTime begun,
+                                                 ReadAhead* ahead);
+    void hear(const ImageOutcome& image);
+    void nameWithoutCaption(const QList<ImageOutcome>& images);
     void failIllegible(const QStringList& files);
 
     AnalyzerParts m_parts;

@@ -3,16 +3,13 @@
 
 #include "core/Attempt.h"
 #include "core/Text.h"
-#include "pipeline/BatchRun.h"
 #include "pipeline/CodeReplacements.h"
-#include "pipeline/FolderTidying.h"
 #include "pipeline/ImageListing.h"
 #include "pipeline/MissingKey.h"
 #include "platform/FileError.h"
 #include "product/ApiKey.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <cerrno>
 #include <utility>
 
@@ -38,25 +35,6 @@ Alert noNewImagesAlert() {
                  "sidecars were found."_s;
     alert.buttons = QStringList{u"OK"_s};
     return alert;
-}
-
-/// For the notification at the end: batch by batch, those that failed and then all that have no new caption.
-QStringList namesWithoutCaption(const QList<ImageOutcome>& images) {
-    QStringList names;
-    for (qsizetype start = 0; start < images.size(); start += BatchRun::mostImages) {
-        QStringList uncaptioned;
-        for (const ImageOutcome& image : images.mid(start, BatchRun::mostImages)) {
-            const QString name = QFileInfo(image.file).fileName();
-            if (isFailure(image.kind)) {
-                names.append(name);
-            }
-            if (image.kind != OutcomeKind::captioned) {
-                uncaptioned.append(name);
-            }
-        }
-        names.append(uncaptioned);
-    }
-    return names;
 }
 
 } // namespace
@@ -128,7 +106,6 @@ QCoro::Task<std::optional<RunImages>> FolderSource::find() {
     for (const QString& name : listing->images) {
         images.files.append(directory.filePath(name));
     }
-    co_await tidyFolder(m_parts.threads, m_folder);
     if (m_which == FolderImages::onlyNew) {
         images.files = co_await withoutProcessed(images.files);
     } else {
@@ -188,7 +165,7 @@ QCoro::Task<> FolderSource::announce(RunTally tally) {
         co_return;
     }
     co_await m_parts.notifications.postProcessingResult(tally.captioned(), tally.failed(),
-                                                        namesWithoutCaption(tally.images));
+                                                        tally.namesWithoutCaption);
 }
 
 } // namespace ostrelle

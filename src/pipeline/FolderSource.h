@@ -29,6 +29,7 @@ public:
     bool showsBatches() const override { return true; }
     QString openingMessage(qsizetype imageCount) const override;
     void logBatches(qsizetype imageCount, qsizetype batchCount) override;
+    void logBatch(const QList<ImageOutcome>&) override {}
     QString close(const RunTally& tally) override;
     QCoro::Task<> announce(RunTally tally) override;
 

@@ -96,14 +96,16 @@ QCoro::Task<> ImageGathering::takeFacts() {
 QCoro::Task<> ImageGathering::recreateSidecar() {
     const ScopedAccess fileAccess(m_parts.access, sidecarPath(m_image.file));
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_image.file).path());
-    auto recreate = [file = m_image.file, zone = m_image.source.zone] {
-        const ImageMetadata metadata(file);
-        return attemptNow([&] {
-            metadata.replaceUnreadableSidecar();
-            return metadata.readEditable(zone);
-        });
+    auto recreate = [file = m_image.file, zone = m_image.source.zone, opening = m_opening] {
+        ImageMetadata(file).replaceUnreadableSidecar();
+        return openImage(file, zone, opening);
     };
-    m_opened->metadata = co_await onThreadOf(m_parts.threads, m_image.file, recreate);
+    const auto recreated = co_await attempt(onThreadOf(m_parts.threads, m_image.file, recreate));
+    if (recreated) {
+        m_opened = *recreated;
+    } else {
+        m_opened->metadata = Attempt<EditableReading>::failed(recreated.failure());
+    }
     if (m_opened->metadata) {
         m_parts.log.print(u"[Analyzer] Recreated unreadable XMP sidecar for "_s + m_name);
     }

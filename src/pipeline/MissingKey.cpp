@@ -27,12 +27,16 @@ Alert keyForFolderAlert() {
                     u"Please add your own OpenAI API key in Settings to continue using Ostrelle Captions."_s);
 }
 
+QString missingKeyMessage() {
+    return u"Please add your API key in Settings."_s;
+}
+
 QCoro::Task<> askForKey(Alert alert, Alerts& alerts, AppEvents& events, CaptionProgress& progress) {
     const QString answer = co_await alerts.show(alert);
     if (answer == u"Open Settings") {
         Q_EMIT events.showSettingsWindow();
     }
-    progress.showMessage(u"Please add your API key in Settings."_s);
+    progress.showMessage(missingKeyMessage());
 }
 
 } // namespace ostrelle

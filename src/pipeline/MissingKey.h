@@ -6,6 +6,7 @@
 #include "product/AppEvents.h"
 
 #include <QCoroTask>
+#include <QString>
 
 namespace ostrelle {
 
@@ -13,6 +14,9 @@ namespace ostrelle {
 Alert missingKeyAlert();
 /// What is shown when a run over a folder cannot begin without one.
 Alert keyForFolderAlert();
+
+/// The status line for it.
+QString missingKeyMessage();
 
 /// Shows one of these, opens the settings if the user wants to go there, and leaves word in the status. All
 /// references have to outlive the task.

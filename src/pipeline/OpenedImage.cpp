@@ -53,7 +53,9 @@ OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening&
     OpenedImage opened;
     opened.sidecar = attemptNow([&] { return opening.makesSidecar && metadata.provideSidecar(); });
     opened.conditions = EditConditions::of(file);
-    const bool isKnown = ahead && ahead->opened.conditions == opened.conditions;
+    // What went wrong may be over.
+    const bool wentWell = ahead && ahead->opened.metadata && !ahead->opened.metadata->refusal;
+    const bool isKnown = wentWell && ahead->opened.conditions == opened.conditions;
     opened.metadata =
         isKnown ? ahead->opened.metadata : attemptNow([&] { return metadata.readEditable(zone); });
     if (ahead && ahead->picture && ahead->picture->stamp == opened.conditions.image) {

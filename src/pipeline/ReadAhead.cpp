@@ -41,7 +41,21 @@ ReadAhead::~ReadAhead() {
     *m_isOver = true;
 }
 
+QCoro::Task<> ReadAhead::stop() {
+    *m_isOver = true;
+    return awaitAll(m_ahead.values());
+}
+
+QCoro::Task<> ReadAhead::awaitAll(QList<QFuture<Ahead>> reads) {
+    for (QFuture<Ahead>& read : reads) {
+        co_await read;
+    }
+}
+
 QCoro::Task<std::shared_ptr<const ImageAhead>> ReadAhead::take(qsizetype index) {
+    // Images that another program captions are passed over: nobody will ask for them.
+    m_next = std::max(m_next, index);
+    m_ahead.removeIf([index](const auto& entry) { return entry.key() < index; });
     readUpTo(index + depth);
     QFuture<Ahead> ahead = m_ahead.take(index);
     if (!ahead.isValid()) {

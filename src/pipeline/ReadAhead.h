@@ -7,6 +7,7 @@
 #include <QCoroTask>
 #include <QFuture>
 #include <QHash>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QTimeZone>
@@ -30,13 +31,17 @@ public:
     ReadAhead& operator=(const ReadAhead&) = delete;
 
     /// What was read of the image of that place among the files, once; null when nothing was. Waits for it if
-    /// it is under way. Images are taken in their order.
+    /// it is under way. Images are taken in their order, but some may be passed over.
     QCoro::Task<std::shared_ptr<const ImageAhead>> take(qsizetype index);
+
+    /// Begins nothing more, and resumes when nothing is under way. The object need not live that long.
+    QCoro::Task<> stop();
 
 private:
     using Ahead = std::shared_ptr<const ImageAhead>;
 
     void readUpTo(qsizetype end);
+    static QCoro::Task<> awaitAll(QList<QFuture<Ahead>> reads);
 
     FolderThreads& m_threads;
     QStringList m_files;

@@ -4,6 +4,7 @@
 #include "pipeline/RunTally.h"
 
 #include <QCoroTask>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -33,6 +34,7 @@ public:
     /// The first status line.
     virtual QString openingMessage(qsizetype imageCount) const = 0;
     virtual void logBatches(qsizetype imageCount, qsizetype batchCount) = 0;
+    virtual void logBatch(const QList<ImageOutcome>& images) = 0;
     /// Logs the end of a run that had images. Returns the last status line.
     virtual QString close(const RunTally& tally) = 0;
     /// What follows for the user when others may caption again.

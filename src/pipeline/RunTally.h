@@ -20,6 +20,8 @@ struct RunTally {
 
     Ending ending = Ending::refused;
     QList<ImageOutcome> images;
+    /// Batch by batch, those that failed, in the order in which they did, and then all without a new caption.
+    QStringList namesWithoutCaption = {};
 
     qsizetype count(OutcomeKind kind) const;
     qsizetype captioned() const { return count(OutcomeKind::captioned); }

@@ -5,7 +5,6 @@
 #include "core/Text.h"
 #include "metadata/ImageMetadata.h"
 #include "metadata/sidecar/SidecarPath.h"
-#include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"
 #include "pipeline/SelectionTally.h"
@@ -79,7 +78,6 @@ QCoro::Task<bool> SelectionSource::createSidecar(QString rawImage) {
 }
 
 QCoro::Task<std::optional<RunImages>> SelectionSource::find() {
-    co_await tidyFoldersOf(m_parts.threads, m_selection.images);
     co_return RunImages{.files = m_selection.images};
 }
 
@@ -91,20 +89,24 @@ void SelectionSource::logBatches(qsizetype imageCount, qsizetype batchCount) {
     print(u"Processing %1 selected file(s) in %2 batch(es)"_s.arg(imageCount).arg(batchCount));
 }
 
-QString SelectionSource::close(const RunTally& tally) {
-    const SelectionTally selection = SelectionTally::of(tally);
-    for (const QString& name : selection.rateLimitedNames()) {
+void SelectionSource::logBatch(const QList<ImageOutcome>& images) {
+    for (const QString& name : SelectionTally::of(images).rateLimitedNames()) {
         m_parts.log.print(u"[Manual Selection] Failed to process %1: Rate limit exceeded"_s.arg(name));
     }
+}
+
+QString SelectionSource::close(const RunTally& tally) {
     if (tally.ending == Ending::interrupted) {
         return interruptionMessage(tally);
     }
-    if (tally.ending == Ending::completed) {
-        print(u"Manual selection completed: success=%1, failed=%2, permission errors=%3"_s
-                  .arg(selection.success())
-                  .arg(selection.failed())
-                  .arg(selection.permissionErrors()));
+    if (tally.ending == Ending::keyMissing) {
+        return missingKeyMessage();
     }
+    const SelectionTally selection = SelectionTally::of(tally.images);
+    print(
+        u"Manual selection completed: success=%1, failed=%2, permission errors=%3"_s.arg(selection.success())
+            .arg(selection.failed())
+            .arg(selection.permissionErrors()));
     return selection.closingMessage();
 }
 
@@ -112,7 +114,7 @@ QCoro::Task<> SelectionSource::announce(RunTally tally) {
     if (tally.ending == Ending::keyMissing) {
         return askForKey(missingKeyAlert(), m_parts.alerts, m_parts.events, m_parts.progress);
     }
-    return notify(SelectionTally::of(tally));
+    return notify(SelectionTally::of(tally.images));
 }
 
 QCoro::Task<> SelectionSource::notify(SelectionTally tally) {

@@ -36,6 +36,7 @@ public:
     bool showsBatches() const override { return false; }
     QString openingMessage(qsizetype imageCount) const override;
     void logBatches(qsizetype imageCount, qsizetype batchCount) override;
+    void logBatch(const QList<ImageOutcome>& images) override;
     QString close(const RunTally& tally) override;
     QCoro::Task<> announce(RunTally tally) override;
 

@@ -24,10 +24,10 @@ std::exception_ptr failureOf(const ImageOutcome& image) {
 
 } // namespace
 
-SelectionTally SelectionTally::of(const RunTally& run) {
+SelectionTally SelectionTally::of(const QList<ImageOutcome>& images) {
     SelectionTally tally;
-    tally.m_success = run.captioned();
-    for (const ImageOutcome& image : run.images) {
+    for (const ImageOutcome& image : images) {
+        tally.m_success += image.kind == OutcomeKind::captioned ? 1 : 0;
         if (isFailure(image.kind)) {
             tally.addFailure(image.file, classifyFailure(failureOf(image), image.file));
         }

@@ -2,9 +2,10 @@
 #pragma once
 
 #include "pipeline/ImageFailure.h"
-#include "pipeline/RunTally.h"
+#include "pipeline/ImageOutcome.h"
 #include "platform/Alerts.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -15,7 +16,7 @@ namespace ostrelle {
 /// What has become of the images of a selection, and what the user is told about it.
 class SelectionTally {
 public:
-    static SelectionTally of(const RunTally& run);
+    static SelectionTally of(const QList<ImageOutcome>& images);
 
     qint64 success() const { return m_success; }
     qint64 failed() const { return m_failedImages.size(); }

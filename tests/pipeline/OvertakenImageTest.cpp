@@ -150,9 +150,10 @@ TEST_F(OvertakenImageTest, TwoProgramsPayForAnImageOnce) {
     const QStringList images{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
     model.enqueue(held(uR"([{"image":1,"caption":"one"},{"image":2,"caption":"two"}])"_s));
     auto batch = captionBatch(images);
+    waitUntil([this] { return model.isHolding(); });
     auto otherBatch = captionBatchOf(other, {images[1], images[0]});
     auto single = other.analyzer.analyzeSingle(images[0]);
-    waitUntil([this] { return model.isHolding(); });
+    waitUntil([this] { return clock.waiting() >= 2; }); // for the images to be free
     clock.advance(std::chrono::seconds(5));
     model.releaseHeld();
     driveUntil([&] { return batch.isReady() && otherBatch.isReady() && single.isReady(); });

@@ -35,7 +35,7 @@ ImageOutcome failedImage(const QString& file, const QString& words = u"It is dam
 }
 
 SelectionTally tallyOf(const QList<ImageOutcome>& images) {
-    return SelectionTally::of({.ending = RunTally::Ending::completed, .images = images});
+    return SelectionTally::of(images);
 }
 
 } // namespace
