@@ -6,6 +6,7 @@
 #include <QCoroTask>
 #include <deque>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 

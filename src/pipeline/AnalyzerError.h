@@ -3,6 +3,8 @@
 
 #include "core/Error.h"
 
+#include <QString>
+
 namespace ostrelle {
 
 /// A failure of the caption run itself, as opposed to one of the parts that it uses.

@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 
 #include <QFile>
+#include <utility>
 
 namespace ostrelle {
 

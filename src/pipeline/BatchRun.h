@@ -15,6 +15,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <exception>
 #include <memory>
 #include <optional>
 

@@ -8,6 +8,7 @@
 
 #include <QFileInfo>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {

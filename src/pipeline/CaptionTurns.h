@@ -4,6 +4,7 @@
 #include <QCoroTask>
 #include <QtGlobal>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 

@@ -12,6 +12,7 @@
 #include <QString>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace ostrelle {
 

@@ -11,6 +11,8 @@
 #include "platform/FileError.h"
 
 #include <QFileInfo>
+#include <QThreadPool>
+#include <exception>
 #include <utility>
 
 namespace ostrelle {

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QSet>
 #include <algorithm>
+#include <iterator>
 
 namespace ostrelle {
 

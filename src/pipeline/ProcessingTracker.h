@@ -4,6 +4,7 @@
 #include "metadata/EditConditions.h"
 #include "platform/Clock.h"
 
+#include <QDateTime>
 #include <QHash>
 #include <QSet>
 #include <QString>

@@ -11,6 +11,7 @@
 #include "state/SettingsStore.h"
 #include "state/UsageTracker.h"
 
+#include <QByteArray>
 #include <QCoroTask>
 #include <QString>
 #include <QTimeZone>

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QPointer>
+#include <algorithm>
 #include <chrono>
 
 namespace ostrelle {

@@ -12,6 +12,7 @@
 #include <QSet>
 #include <QString>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 

@@ -7,6 +7,8 @@
 #include "pipeline/ImageListing.h"
 
 #include <QDir>
+#include <QList>
+#include <QThreadPool>
 #include <chrono>
 #include <utility>
 

@@ -6,6 +6,8 @@
 #include "state/Publish.h"
 
 #include <QFileInfo>
+#include <QThreadPool>
+#include <optional>
 
 namespace ostrelle {
 

@@ -10,9 +10,11 @@
 #include "support/VirtualClock.h"
 
 #include <QCoroFuture>
+#include <QCoroTask>
 #include <QList>
 #include <QPromise>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 namespace ostrelle {

@@ -3,7 +3,9 @@
 
 #include "support/Await.h"
 
+#include <QCoroTask>
 #include <stdexcept>
+#include <utility>
 
 namespace ostrelle {
 

@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QString>
 #include <QStringList>
 
 namespace ostrelle {

@@ -10,6 +10,8 @@
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QString>
+#include <QStringList>
 #include <csignal>
 #include <functional>
 

@@ -3,6 +3,7 @@
 
 #include "platform/PlainLog.h"
 
+#include <QString>
 #include <QStringList>
 
 namespace ostrelle {

@@ -3,6 +3,7 @@
 
 #include "platform/NotificationCenter.h"
 
+#include <QCoroTask>
 #include <QList>
 
 namespace ostrelle {

@@ -3,8 +3,15 @@
 
 #include "platform/Clock.h"
 
+#include <QCoroTask>
+#include <QDateTime>
 #include <QPointer>
+#include <QTimeZone>
+#include <chrono>
+#include <functional>
 #include <map>
+#include <memory>
+#include <utility>
 
 namespace ostrelle {
 
