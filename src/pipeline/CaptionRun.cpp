@@ -63,7 +63,7 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionAll(RunSource* source, QStringL
     constexpr qsizetype size = BatchRun::mostImages;
     const qsizetype batchCount = (files.size() + size - 1) / size;
     source->logBatches(files.size(), batchCount);
-    const qsizetype first = m_tally.images.size(); // behind those that are illegible
+    const qsizetype first = m_tally.images.size(); // after the illegible ones
     for (const QString& file : std::as_const(files)) {
         m_tally.images.emplace_back().file = file;
     }
@@ -74,7 +74,7 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionAll(RunSource* source, QStringL
             co_return Ending::interrupted;
         }
         if (source->needsKeyThroughout() && apiKey(m_parts.defaults).isEmpty()) {
-            co_return Ending::keyMissing; // which spares the images of this batch a failure each
+            co_return Ending::keyMissing; // spares each image of this batch a failure
         }
         const QStringList batch = files.mid(start, size);
         if (source->showsBatches()) {

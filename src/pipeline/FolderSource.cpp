@@ -40,7 +40,8 @@ Alert noNewImagesAlert() {
     return alert;
 }
 
-/// For the notification at the end: batch by batch, those that failed and then all that have no new caption.
+/// For the notification at the end: batch by batch, the failed images, then all without a new caption. So
+/// failed ones come twice.
 QStringList namesWithoutCaption(const QList<ImageOutcome>& images) {
     QStringList names;
     for (qsizetype start = 0; start < images.size(); start += BatchRun::mostImages) {
@@ -104,7 +105,7 @@ QCoro::Task<bool> FolderSource::hasRoster() {
 
 QCoro::Task<std::optional<RunImages>> FolderSource::find() {
     m_access = std::make_unique<ScopedAccess>(m_parts.access, m_folder);
-    const QDir directory(m_folder); // which may be given with a slash at its end
+    const QDir directory(m_folder); // copes with a trailing slash
     auto read = [folder = m_folder] { return listImages(folder); };
     const auto listing = co_await attempt(onThreadPool(m_parts.threads.of(m_folder), read));
     if (!listing) {
