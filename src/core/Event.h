@@ -8,15 +8,15 @@
 
 namespace ostrelle {
 
-/// Something that happens once, and that any number of coroutines may wait for. Copies are the same event.
+/// An event that happens once and that any number of coroutines can await. Copies are the same event.
 class Event {
 public:
     Event();
 
-    /// Resumes everybody who waits, in the order in which they came. Only the first call counts.
+    /// Resumes all waiting coroutines in order of arrival. Only the first call counts.
     void happen() const { m_promise->finish(); }
     bool hasHappened() const { return m_promise->future().isFinished(); }
-    /// Resumes when it happens, or at once if it has. The event need not live that long.
+    /// Resumes when the event happens, or at once if it has happened. The object need not live that long.
     QCoro::Task<> happened() const { return wait(m_promise); }
 
 private:

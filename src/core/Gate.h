@@ -6,16 +6,17 @@
 #include <QCoroTask>
 #include <deque>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 
-/// Lets a limited number through at once and the rest in the order in which they came. For the thread of the
-/// event loop only. Passes and those who wait may outlive the gate.
+/// Lets a limited number of coroutines through at a time, first come, first served. For the thread of the
+/// event loop only. Passes and waiting coroutines may outlive the gate.
 class Gate {
     struct State;
 
 public:
-    /// A place behind the gate, held until it is destroyed.
+    /// The right to be through the gate, held until it is destroyed.
     class Pass {
     public:
         explicit Pass(std::shared_ptr<State> state) : m_state(std::move(state)) {}
@@ -29,9 +30,9 @@ public:
 
     explicit Gate(int width);
 
-    /// Resumes when a place is free; with null when the gate has been closed.
+    /// Resumes when a place is free, or with null when the gate is closed.
     QCoro::Task<std::unique_ptr<Pass>> enter() const { return enter(m_state); }
-    /// Turns everybody away, those waiting and those to come.
+    /// Ends the wait of all waiting coroutines and of any to come, with null.
     void close();
 
 private:

@@ -39,7 +39,7 @@ QCoro::Task<ImageOutcome> Analyzer::captionInTurn(ImageRequest request) {
             m_refusal.reset();
         }
     }
-    // An image that auto mode looks at anew is not done with.
+    // Auto mode tries a changed image again, so its outcome is not final.
     const bool isLater =
         image.kind == OutcomeKind::changed && request.sender == ImageRequest::Sender::autoMode;
     if (image.kind != OutcomeKind::notBegun && !isLater) {
@@ -77,7 +77,7 @@ QCoro::Task<> Analyzer::notifyOfRefusals() {
     }
 }
 
-/// All images of a scan miss the key at once; the user is asked once.
+/// All images of a scan miss the key at the same time, but the user is asked only once.
 QCoro::Task<> Analyzer::stopForKey() {
     m_parts.settings.setAutoMode(false);
     if (std::exchange(m_isAskingForKey, true)) {

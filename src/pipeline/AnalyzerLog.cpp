@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 
 #include <QFile>
+#include <utility>
 
 namespace ostrelle {
 
@@ -24,7 +25,7 @@ void AnalyzerLog::appendToLog(const QString& message) {
         try {
             makeFolder(m_folder);
         } catch (const Error&) {
-            return; // there is no place for a log
+            return; // nowhere to put a log
         }
         file.open(QIODevice::WriteOnly | QIODevice::Append);
     }

@@ -8,16 +8,17 @@
 
 namespace ostrelle {
 
-/// The pipeline's log: lines on the console, lines in the file Analyzer.log, or both. Nothing here fails
-/// towards its caller: a caption must not be lost for a line about it.
+/// The pipeline's log: lines on the console, lines in the file Analyzer.log, or both. Nothing here throws: a
+/// caption must not be lost for a line about it.
 class AnalyzerLog {
 public:
-    /// `folder` is where Analyzer.log lies; it is made when the first line is written.
+    /// `folder` holds Analyzer.log and is made when the first line is written. The references must outlive
+    /// the log.
     AnalyzerLog(QString folder, PlainLog& console, const Clock& clock);
 
     /// On the console only.
     void print(const QString& message) { m_console.print(message); }
-    /// In the file only, with the moment in UTC (ISO 8601) in front.
+    /// In the file only, as UTF-8, after the time in UTC (ISO 8601).
     void appendToLog(const QString& message);
     /// On the console and in the file.
     void printAndAppend(const QString& message);

@@ -21,7 +21,7 @@
 
 namespace ostrelle {
 
-/// What the caption pipeline works with. All of it has to outlive the pipeline.
+/// What the caption pipeline works with. All of it must outlive the pipeline.
 struct AnalyzerParts {
     SettingsStore& settings;
     CaptionProgress& progress;

@@ -12,16 +12,16 @@
 
 namespace ostrelle {
 
-/// The audio files beside an image that bear its name, in the order in which they are to be tried. Looks at
-/// the disk.
+/// The audio files beside an image that share its name, in the order to try them. Reads the disk: for worker
+/// threads.
 QStringList audioNotesOf(const QString& image);
 
-/// How the model is to take what the photographer said.
+/// How much weight the model is to give the audio note.
 enum class AudioWeight { context, priority };
 
-/// What the photographer said in the first of the audio files that can be transcribed, in writing. Nothing
-/// without a file, and when nothing was said. Never throws: an image is not lost for its note. The files are
-/// read on one of the reader's threads.
+/// The transcript of the first audio file that can be transcribed, untrimmed. Nothing without such a file, or
+/// if it is silent. Logs transcripts and failures. Never throws: an image is not lost for its note. The files
+/// are read on one of the reader's threads.
 QCoro::Task<std::optional<QString>> transcribeAudioNote(OpenAIClient& openAI, AnalyzerLog& log,
                                                         QThreadPool* reader, AudioWeight weight,
                                                         QString imageName, QStringList notes);

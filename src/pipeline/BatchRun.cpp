@@ -22,8 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The captions by the place of their image. The first counts where the model gave two for one image: the
-/// second is more likely another image's.
+/// The captions by the position of their image. If the model returned two for one image, the first counts:
+/// the second more likely belongs to another image.
 QHash<qsizetype, QString> captionsByPosition(const BatchCaptionReply& reply) {
     QHash<qsizetype, QString> captions;
     for (const BatchCaptionResult& result : reply.results) {
@@ -47,7 +47,7 @@ BatchRun::BatchRun(AnalyzerParts parts, QStringList files, BatchPlace place, Rea
 QCoro::Task<QList<ImageOutcome>> BatchRun::execute() {
     m_parts.progress.prepareBatch(m_place.startIndex, m_outcomes.size());
     co_await prepareAll();
-    if (!m_parts.turns.isClosed()) { // as it is when the program ends
+    if (!m_parts.turns.isClosed()) { // closed when the program ends
         co_await captionPrepared();
     }
     co_return m_outcomes;
@@ -123,7 +123,7 @@ QCoro::Task<> BatchRun::captionTogether() {
     if (roster.replacements.isTruncated()) {
         m_parts.log.print(truncationWarning(roster.replacements));
     }
-    // Prompt and images from the settings of one moment.
+    // The prompt and all images use the settings of the same moment.
     const QString prompt = buildBatchPrompt(promptQuery(m_parts.settings), roster.replacements);
     const QList<BatchImageItem> images = items();
     m_parts.progress.askForBatch(m_place.startIndex, images.size());
@@ -237,7 +237,7 @@ QCoro::Task<QString> BatchRun::askAndWrite(Prepared prepared, RosterReading rost
 }
 
 QCoro::Task<QString> BatchRun::write(Prepared prepared, CaptionPath path, QString reply) {
-    // Neither of a batch's paths keeps the caption that an image has.
+    // On neither path of a batch does an image keep its caption, so this always has a value.
     const QString caption =
         acceptReply(path, reply, prepared.image, m_parts.settings, m_parts.log).value_or(reply);
     co_await writeCaption(m_parts, path, prepared.image, caption);
@@ -251,13 +251,13 @@ void BatchRun::takeWarnings(const RosterReading& roster) {
     }
 }
 
-/// Leaves the window the time to show each image.
+/// Gives the window time to show each image.
 QCoro::Task<> BatchRun::pauseBetweenImages() {
     constexpr std::chrono::milliseconds pause{20};
     co_await m_parts.clock.sleep(pause);
 }
 
-/// Left out of all counters.
+/// Skipped images are in no counter.
 void BatchRun::skip(qsizetype index, OutcomeKind kind, const QString& reason) {
     ImageOutcome& image = m_outcomes[index];
     image.kind = kind;

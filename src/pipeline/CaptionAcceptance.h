@@ -10,20 +10,20 @@
 
 namespace ostrelle {
 
-/// The three ways that a reply becomes a caption.
+/// The three ways in which a reply becomes a caption.
 enum class CaptionPath {
-    singleImage, ///< an image that is captioned by itself
-    batchReply,  ///< one of the captions that came for a batch
-    oneOfBatch,  ///< an image of a batch that was asked for by itself
+    singleImage, ///< an image captioned by itself
+    batchReply,  ///< one of the captions in the reply for a batch
+    oneOfBatch,  ///< an image of a batch, requested by itself
 };
 
 /// How the paths differ, on purpose.
 struct AcceptanceRules {
-    bool takesFirstLine; ///< of the reply, trimmed; otherwise all of it as it came
-    bool keepsUnchanged; ///< a reply that is the image's own caption is not written
-    bool appendsCredit;  ///< as the settings say
-    bool logsWrite;      ///< the caption before and after
-    bool marksManifest;  ///< right after the write; otherwise whoever began the image does
+    bool takesFirstLine; ///< of the reply, trimmed; otherwise the whole reply, untrimmed
+    bool keepsUnchanged; ///< a reply equal to the image's own caption, without placeholders, is not written
+    bool appendsCredit;  ///< if the settings want one
+    bool logsWrite;      ///< with the caption before and after
+    bool marksManifest;  ///< right after the write; otherwise ImageTurn does, or the command line
 };
 
 constexpr AcceptanceRules rulesOf(CaptionPath path) {
@@ -46,16 +46,16 @@ QString firstNonEmptyLine(const QString& text);
 /// True when the caption still holds "City, State" or "City,State", in any case.
 bool hasPlaceholder(const QString& caption);
 
-/// True when the caption is long enough to be a person's and not a preset's stub: 51 user-perceived
-/// characters without the blanks around them.
+/// True when the caption is long enough to be a person's and not a preset's stub: at least 51 user-perceived
+/// characters once trimmed.
 bool isRealCaption(const QString& caption);
 
-/// The caption with a credit line at its end, where the user wants one: the image's rights, or else the
-/// fallback. A caption that the model has already ended with the rights has them twice then.
+/// The caption with a credit at its end if the settings want one: the image's rights, or else the fallback.
+/// If the model has already ended the caption with the rights, they appear twice.
 QString finalizeCaption(const QString& caption, const std::optional<QString>& rights,
                         const SettingsStore& settings);
 
-/// True when the texts are the same characters, however these are composed (Unicode canonical equivalence).
+/// True when the texts are canonically equivalent (Unicode): the same characters, however composed.
 bool isSameText(const QString& left, const QString& right);
 
 } // namespace ostrelle

@@ -5,6 +5,7 @@
 
 #include <QFileInfo>
 #include <algorithm>
+#include <optional>
 
 namespace ostrelle {
 
@@ -56,7 +57,7 @@ void CaptionProgress::endImage(const ImageOutcome& outcome) {
         m_status.setProcessed(m_status.processed() + 1);
         m_status.setLastMessage(u"Auto: Processed "_s + name);
         break;
-    default: // left as it is, for which nothing is counted
+    default: // neither written nor failed: not counted
         break;
     }
     if (!m_isOneOfSeveral) {
@@ -67,7 +68,7 @@ void CaptionProgress::endImage(const ImageOutcome& outcome) {
 void CaptionProgress::clearLater(const QString& logLine) {
     m_clearing = m_clock.after(m_linger, [this, logLine] {
         if (m_imagesUnderWay > 0 || m_isRunUnderWay) {
-            return; // theirs is the progress that is shown
+            return; // the status shows their progress
         }
         m_log.print(logLine);
         clear();

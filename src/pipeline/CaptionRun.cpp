@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {
@@ -90,7 +91,7 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionBatches(RunSource* source, QStr
             co_return Ending::interrupted;
         }
         if (source->needsKeyThroughout() && apiKey(m_parts.defaults).isEmpty()) {
-            co_return Ending::keyMissing; // which spares the images of this batch a failure each
+            co_return Ending::keyMissing; // spares each image of this batch a failure
         }
         const QStringList batch = files.mid(start, size);
         if (source->showsBatches()) {

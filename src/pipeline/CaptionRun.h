@@ -12,21 +12,23 @@
 
 namespace ostrelle {
 
-/// Captions the images of a source, ten in a request. It lives on the frame that executes it.
+/// Captions the images of a source, up to ten per request. Lives on the coroutine frame that executes it.
 class CaptionRun {
 public:
+    /// `listener` is called once for each image, except those not begun.
     CaptionRun(AnalyzerParts parts, OutcomeListener listener)
         : m_parts(parts), m_listener(std::move(listener)) {}
     CaptionRun(const CaptionRun&) = delete;
     CaptionRun& operator=(const CaptionRun&) = delete;
 
-    /// Waits for the images that are being captioned, then has the captioning to itself. The source has to
-    /// outlive the task. Does not throw for what happens to an image.
+    /// Asks the source whether the run may begin, waits for the images being captioned, and then captions
+    /// with nothing else under way. Failures of images are outcomes, not exceptions. The source must outlive
+    /// the task.
     QCoro::Task<RunTally> execute(RunSource* source);
 
 private:
     QCoro::Task<RunTally> captionInTurn(RunSource* source);
-    /// Of a run that began.
+    /// Captions the files batch by batch. `begun` is when the run began.
     QCoro::Task<RunTally::Ending> captionAll(RunSource* source, QStringList files, QDateTime begun);
     QCoro::Task<RunTally::Ending> captionBatches(RunSource* source, QStringList files, QDateTime begun,
                                                  ReadAhead* ahead);

@@ -12,7 +12,7 @@ namespace ostrelle {
 
 namespace {
 
-/// Somebody who waits, and for how many places.
+/// A waiting image or run, and how many places it needs.
 struct Waiting {
     int places;
     Event answered = {};
@@ -34,7 +34,7 @@ struct CaptionTurns::State {
     quint64 dismissals = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
-    std::optional<Event> idle = {}; ///< for those who wait until nobody has a turn
+    std::optional<Event> idle = {}; ///< for idle(), once called: happens when all places are free
 
     bool isIdle() const { return free == places; }
     bool isRun(int wanted) const { return wanted == places; }
@@ -58,7 +58,8 @@ struct CaptionTurns::State {
             admit(next);
         }
     }
-    void line(const Waiting& newcomer) {
+    /// Runs queue before images.
+    void enqueue(const Waiting& newcomer) {
         const auto place = isRun(newcomer.places)
                                ? std::find_if(waiting.begin(), waiting.end(),
                                               [this](const Waiting& other) { return !isRun(other.places); })
@@ -88,7 +89,7 @@ QCoro::Task<std::unique_ptr<CaptionTurns::Turn>> CaptionTurns::wait(std::shared_
         co_return std::unique_ptr<Turn>();
     }
     const Waiting self{.places = places};
-    state->line(self);
+    state->enqueue(self);
     state->admitNext();
     co_await self.answered.happened();
     co_return *self.mayBegin ? std::make_unique<Turn>(state, places) : nullptr;

@@ -4,12 +4,14 @@
 #include <QCoroTask>
 #include <QtGlobal>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 
-/// Settles who captions: single images, so many at once and in the order in which they came, or one run over
-/// many images, alone. So no image is ever written by two, and a run's counters are its own. A run goes
-/// before the images that wait. Turns may outlive the object.
+/// Schedules the captioning: single images, a limited number at a time and first come, first served, or one
+/// run over many images, alone. So nothing in the program writes an image twice, and a run's counters are its
+/// own. A run goes before waiting images. Turns may outlive the object. For the thread of the event loop
+/// only.
 class CaptionTurns {
     struct State;
 
@@ -27,27 +29,28 @@ public:
         int m_places;
     };
 
-    /// Enough images at once to have a rendition ready for each request that becomes free.
+    /// Enough images to have a rendition ready whenever a request becomes free.
     static constexpr int imagesAtOnce = 12;
 
     explicit CaptionTurns(int images = imagesAtOnce);
 
-    /// Resumes when the image may begin; with null when it has been sent away.
+    /// Resumes when the image may begin, or with null when it is dismissed.
     QCoro::Task<std::unique_ptr<Turn>> imageTurn();
-    /// Resumes when the run may begin; with null when the turns have been closed.
+    /// Resumes when the run may begin, or with null when the turns are closed.
     QCoro::Task<std::unique_ptr<Turn>> runTurn();
     /// True while a run has its turn.
     bool hasRun() const;
-    /// How often images were sent away: one that waits elsewhere meanwhile is not to begin either.
+    /// How often images were dismissed: an image that waits for something else must not begin if this has
+    /// grown.
     quint64 dismissals() const;
 
-    /// Sends the images away that wait: they are not to begin. Those that have a turn finish.
+    /// Dismisses the waiting images: they do not begin. Those that have a turn finish.
     void dismissImages();
-    /// Sends everybody away who waits or comes: the program ends. Images that have a turn finish, and a run
-    /// stops before its next image.
+    /// Dismisses everything that waits or arrives later, as the program ends. Images that have a turn finish;
+    /// a run stops before its next image or batch.
     void close();
     bool isClosed() const;
-    /// Resumes when nobody has a turn.
+    /// Resumes when all turns are over.
     QCoro::Task<> idle() const;
 
 private:

@@ -14,13 +14,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the log says around a write, for each place that a caption is written to.
+/// The log lines around a write, for each kind of file that captions go into.
 struct WriteLines {
     QString before;
     QString after;
-    QString failed; ///< of the image's name and the error
+    QString failed; ///< takes the image's name and the error
     QString mismatch;
-    QString done; ///< of the image's name
+    QString done; ///< takes the image's name
 };
 
 const WriteLines sidecarWrite = {
@@ -45,7 +45,7 @@ QString shown(const std::optional<QString>& caption) {
     return caption ? caption->trimmed() : u"<nil>"_s;
 }
 
-/// The log of one write. It says nothing on the paths that do not log theirs.
+/// Logs one write, on the paths that log theirs.
 class WriteLog {
 public:
     WriteLog(AnalyzerLog& log, CaptionPath path, const PreparedImage& image)
@@ -64,7 +64,7 @@ public:
         append(file.isGranted() || folder.isGranted()
                    ? u"[Analyzer] Security-scoped access: file=%1, folder=%2"_s.arg(word(file), word(folder))
                    : u"[Analyzer] WARNING: No security-scoped access granted for write operation"_s);
-        append(m_lines.before + shown(m_before)); // which the write compares with the file
+        append(m_lines.before + shown(m_before)); // the write compares this with the file
     }
     void fail(const QString& words) {
         if (m_isOn) {

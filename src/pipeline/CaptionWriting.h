@@ -12,14 +12,14 @@
 
 namespace ostrelle {
 
-/// The caption that the reply becomes on its path; nothing where the image keeps the one that it has, which
-/// is logged.
+/// The caption that the reply becomes on its path, or nothing when the image keeps its own, which is logged
+/// like a reply with placeholders left in.
 std::optional<QString> acceptReply(CaptionPath path, const QString& reply, const PreparedImage& image,
                                    const SettingsStore& settings, AnalyzerLog& log);
 
-/// Writes the caption into the image's metadata, if the image is still what the caption was made from, and
-/// marks it in the manifest where its path says so. Throws OvertakenError where it is not, and what went
-/// wrong.
+/// Writes the caption into the image's metadata on the thread of its folder, if the image is still what the
+/// caption was made from, and marks it in the manifest if its path says so. Otherwise throws OvertakenError;
+/// also throws the failure of the write.
 QCoro::Task<WrittenCaption> writeCaption(AnalyzerParts parts, CaptionPath path, PreparedImage image,
                                          QString caption);
 

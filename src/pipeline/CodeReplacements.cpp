@@ -22,7 +22,7 @@ namespace {
 constexpr std::array discoveredNames = {u"code-replacements.txt", u"code_replacements.txt",
                                         u"codereplacements.txt"};
 
-/// In bytes; some thousand times a real roster.
+/// In bytes; about a thousand times a real roster.
 constexpr qint64 largestFile = qint64{16} * 1024 * 1024;
 
 bool endsLine(QChar character) {
@@ -42,7 +42,7 @@ void forEachLine(QStringView text, Function function) {
     }
 }
 
-/// What stands before the line's first tab; empty without a tab.
+/// The text before the line's first tab, trimmed; empty without a tab.
 QStringView keyOf(QStringView line) {
     return line.first(std::max<qsizetype>(line.indexOf(u'\t'), 0)).trimmed();
 }
@@ -65,8 +65,8 @@ void countEntries(QStringView text, CodeReplacements& replacements) {
     replacements.uniqueKeyCount = keys.size();
 }
 
-/// The text's first characters, up to the last whole line among them. A line end of CR LF is one character:
-/// it goes as a whole.
+/// The text's first characters, cut after the last whole line. A CR LF counts as one character and is removed
+/// whole.
 QStringView cutToLines(QStringView text, qsizetype most) {
     const QStringView kept = text.first(spanOfCharacters(text, most).codeUnits);
     const qsizetype lineFeed = kept.lastIndexOf(u'\n');

@@ -17,56 +17,56 @@ struct CodeReplacementsFile {
     bool isManuallySelected = false;
 };
 
-/// The first of the names that a roster may have by itself that exists in the folder, not below it.
+/// The roster in the folder itself, by the first of its usual names that exists. Reads the disk: for worker
+/// threads.
 std::optional<QString> findCodeReplacementsFile(const QString& folder);
 
-/// Whether there is a roster for a run over the folder: the selected file, or one in the folder.
+/// Whether a run over the folder has a roster: the selected file, or one in the folder. Reads the disk.
 bool hasCodeReplacementsFile(const std::optional<QString>& selectedFile, const QString& folder);
 
-/// The roster to use: the selected file, or else one in the ingest folder.
+/// The roster to use: the selected file, or else one in the ingest folder. Reads the disk.
 std::optional<CodeReplacementsFile> resolveCodeReplacementsFile(const std::optional<QString>& selectedFile,
                                                                 const std::optional<QString>& ingestFolder);
 
-/// The roster as it goes to the model, and what is said about it in the log. Characters are those that a
-/// person sees.
+/// The roster as it goes to the model, and what the log shows of it. Characters are user-perceived ones.
 struct CodeReplacements {
-    static constexpr qsizetype mostCharacters = 20'000; ///< that go to the model
+    static constexpr qsizetype mostCharacters = 20'000; ///< the most that go to the model
 
-    QString roster; ///< the text, cut between two entries where it is too long
+    QString roster; ///< the text, cut after a whole line if it is too long
     qsizetype rosterCharacterCount = 0;
-    qsizetype characterCount = 0; ///< of the whole text; none means that there is no roster
+    qsizetype characterCount = 0; ///< of the whole text; 0 means that there is no roster
     qsizetype lineCount = 0;      ///< lines that are not empty
     qsizetype uniqueKeyCount = 0;
     QStringList sampleKeys; ///< the first few
     QString preview;        ///< the beginning of the text
-    bool isUtf8 = true;     ///< other bytes give no text
+    bool isUtf8 = true;     ///< if not, there is no text
 
     bool isTruncated() const { return characterCount > mostCharacters; }
 };
 
-/// Takes a roster from a file's bytes. Bytes that are not UTF-8 give none.
+/// Parses a file's bytes. Bytes that are not UTF-8 give no roster.
 CodeReplacements parseCodeReplacements(const QByteArray& bytes);
 
-/// Reads a roster from a file. Throws FileError, also for a file beyond any roster's size.
+/// Reads a roster from a file of at most 16 MiB. Throws FileError, with EFBIG for a larger one.
 CodeReplacements readCodeReplacements(const QString& path);
 
-/// Why the names of the roster will not be used, or may be missing: a sentence for the user, with what to do
-/// about it. Empty when all is well. Reads the file.
+/// Why the names of the roster will not be used, or may be missing: a sentence for the user, with a remedy if
+/// there is one. Empty when all is well. Reads the file.
 QString rosterProblem(const QString& path);
-/// The same of a roster that has been read, or could not be, from a file of that name.
+/// The same for a roster that was read from a file of that name, or could not be.
 QString rosterProblem(const CodeReplacements& replacements, const QString& name);
 QString rosterProblem(const FileError& error, const QString& name);
 
-/// What the log file says about the roster before the model is asked.
+/// The lines of the log file about the roster, before the model is asked.
 QStringList logLines(const CodeReplacements& replacements);
 
-/// What the console says when a roster that was cut goes into a prompt.
+/// The console line for a cut roster in a prompt.
 QString truncationWarning(const CodeReplacements& replacements);
 
-/// What the log file says when a roster that was cut goes into the prompt of one image.
+/// The line of the log file for a cut roster in the prompt of a single image.
 QString truncationLogLine(const CodeReplacements& replacements);
 
-/// The part of a prompt that holds the roster and tells how to use it; empty without a roster.
+/// The part of a prompt with the roster and how to use it; empty without a roster.
 QString codeReplacementsBlock(const CodeReplacements& replacements, PromptLibrary::Prompt prompt,
                               bool includeOffenseDefense);
 

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The roster's file and what is in it, from one visit to its folder.
+/// The roster's file and its contents, from one visit to its folder.
 struct FoundRoster {
     std::optional<CodeReplacementsFile> file;
     Attempt<CodeReplacements> replacements = Attempt<CodeReplacements>::success({});

@@ -12,18 +12,18 @@
 
 namespace ostrelle {
 
-/// Whether it is logged that a roster could not be read.
+/// Whether a roster that cannot be read is logged.
 enum class RosterFailure { logged, ignored };
 
 /// The roster of a run.
 struct RosterReading {
     CodeReplacements replacements;
-    QStringList warnings; ///< why its names are not used, if so: a sentence for the user
+    QStringList warnings; ///< why its names are not used, a sentence each; empty if they are
 };
 
-/// Finds the roster that the settings lead to, reads it on the thread of its folder and logs which one it is.
-/// Never throws: without a roster, or with one that cannot be read, the run goes on with none. All references
-/// have to outlive the task.
+/// Finds the roster by the settings, reads it on the thread of its folder and logs which one it is. Never
+/// throws: if there is none, or it cannot be read, the run goes on without. All references must outlive the
+/// task.
 QCoro::Task<RosterReading> readRoster(const SettingsStore& settings, FolderThreads& threads,
                                       FileAccess& access, AnalyzerLog& log,
                                       RosterFailure failure = RosterFailure::logged);

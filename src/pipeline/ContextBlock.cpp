@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace ostrelle {
 

@@ -17,7 +17,7 @@ struct TeamIdentity {
     QString jerseyColor;
 };
 
-/// All that is known of one image when its caption is asked for.
+/// The facts of one image for its caption request.
 struct CaptionFacts {
     XMPContext context;
     std::optional<QString> rights;
@@ -27,21 +27,21 @@ struct CaptionFacts {
     bool useTeamIdentification = false;
     TeamIdentity team1;
     TeamIdentity team2;
-    std::optional<QString> audioNote; ///< what the photographer said, in writing
+    std::optional<QString> audioNote; ///< the transcript
     QString defaultCaption;           ///< the caption that the image has now
 };
 
-/// The date in the style's own form, for the day that the instant has in the zone; nothing when the text is
-/// no full ISO 8601 date-time, and for the simple style. Month and weekday names are English throughout.
+/// The day of the instant in the zone, in the style's own form and in English. Nothing for the simple style,
+/// or if the text is not a full ISO 8601 date-time.
 std::optional<QString> dateText(const QString& dateISO8601, CaptionStyle style, const QTimeZone& zone);
 
-/// The fact sheet for the model: "Context:" and one labelled line for each fact.
+/// The fact sheet for the model: "Context:" and a labelled line for each fact.
 QString contextBlock(const CaptionFacts& facts, const QTimeZone& zone);
 
-/// The line that tells the model which caption the image has now.
+/// The line of a prompt with the image's present caption.
 QString existingCaptionLine(const CaptionFacts& facts);
 
-/// What goes with one image of a batch, whose rules all its images share: fact sheet and existing caption.
+/// The text beside one image of a batch: fact sheet and existing caption. All images share the rules.
 QString buildBatchContext(const CaptionFacts& facts, const QTimeZone& zone);
 
 } // namespace ostrelle

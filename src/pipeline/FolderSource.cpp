@@ -82,7 +82,7 @@ QCoro::Task<bool> FolderSource::hasRoster() {
 
 QCoro::Task<std::optional<RunImages>> FolderSource::find() {
     m_access = std::make_unique<ScopedAccess>(m_parts.access, m_folder);
-    const QDir directory(m_folder); // which may be given with a slash at its end
+    const QDir directory(m_folder); // copes with a trailing slash
     auto read = [folder = m_folder] { return listImages(folder); };
     const auto listing = co_await attempt(onThreadPool(m_parts.threads.of(m_folder), read));
     if (!listing) {

@@ -15,10 +15,11 @@ namespace ostrelle {
 /// Which images of a folder a run is to caption.
 enum class FolderImages {
     all,
-    onlyNew, ///< those that have not been captioned before
+    onlyNew, ///< those that are not in the manifest
 };
 
-/// The images of the folder that the settings name, and the words of a run over them.
+/// The images of the folder in the settings: the ingest folder or the remote source's destination. Requires a
+/// key, a folder and a roster. Runs that lose the key go on, image by image.
 class FolderSource : public RunSource {
 public:
     FolderSource(AnalyzerParts parts, FolderImages which) : m_parts(parts), m_which(which) {}
@@ -42,7 +43,7 @@ private:
     AnalyzerParts m_parts;
     FolderImages m_which;
     QString m_folder;
-    std::unique_ptr<ScopedAccess> m_access; ///< to the folder, as long as the run
+    std::unique_ptr<ScopedAccess> m_access; ///< to the folder, from find() on
 };
 
 } // namespace ostrelle

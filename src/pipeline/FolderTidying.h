@@ -9,9 +9,9 @@
 
 namespace ostrelle {
 
-/// Removes from the folder what a run that was killed has left there. The threads have to outlive the task.
+/// Removes the temporary files that a killed run has left in the folder. The threads must outlive the task.
 QCoro::Task<> tidyFolder(FolderThreads& threads, QString folder);
-/// The same for each folder of the files.
+/// Tidies each folder that holds any of the files.
 QCoro::Task<> tidyFoldersOf(FolderThreads& threads, QStringList files);
 
 } // namespace ostrelle

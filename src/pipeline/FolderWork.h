@@ -12,16 +12,17 @@
 #include <QString>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace ostrelle {
 
-/// Runs a function that looks at a file on the thread of the file's folder, see onThreadPool().
+/// Runs a function that uses a file on the thread of the file's folder, see onThreadPool().
 template <typename Function>
 auto onThreadOf(FolderThreads& threads, const QString& file, Function function) {
     return onThreadPool(threads.of(QFileInfo(file).path()), std::move(function));
 }
 
-/// The same of a function that writes log lines: they are said on the caller's thread, however it ends.
+/// The same for a function that logs: the lines are printed on the caller's thread, even if it throws.
 template <typename Function>
 QCoro::Task<std::invoke_result_t<Function, PlainLog&>> onThreadOf(FolderThreads& threads, QString file,
                                                                   PlainLog& log, Function function) {

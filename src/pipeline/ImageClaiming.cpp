@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How long to wait for other programs that caption the images, before the next look.
+/// How often to try again while other programs caption the images.
 constexpr std::chrono::milliseconds poll{500};
 
 HeldImage held(std::shared_ptr<const ImageClaim> claim) {

@@ -13,27 +13,27 @@
 
 namespace ostrelle {
 
-/// An image that no other program of the user captions while this lives.
+/// The result of a claim. If granted, no other program of the user captions the image while it lives.
 struct HeldImage {
-    std::shared_ptr<const ImageClaim> claim; ///< null when somebody else has the image
-    std::optional<QDateTime> lastDone;       ///< when it was last captioned, as far as that is known
+    std::shared_ptr<const ImageClaim> claim; ///< null when the image is already claimed
+    std::optional<QDateTime> lastDone;       ///< when it was last captioned, if known
 
     bool isHeld() const { return claim != nullptr; }
-    /// A moment that is still to come is none: the computer's clock has been set back.
+    /// Times in the future do not count: the computer's clock has been set back.
     bool isCaptionedSince(const QDateTime& time, const QDateTime& now) const {
         return lastDone && *lastDone > time && *lastDone <= now;
     }
 };
 
-/// Claims the image, if nobody has. All references have to outlive the task.
+/// Tries to claim the image, without waiting. All references must outlive the task.
 QCoro::Task<HeldImage> claimImage(ImageClaims& claims, FolderThreads& threads, AnalyzerLog& log,
                                   QString file);
 
-/// Claims all images of a batch, in their order, and waits for those that somebody else captions. Nothing
-/// when the program ends meanwhile.
+/// Claims all images of a batch, in their order, and waits while another program captions any of them.
+/// Nothing if the program ends first.
 QCoro::Task<std::optional<QList<HeldImage>>> claimImages(AnalyzerParts parts, QStringList files);
 
-/// Leaves word for whoever claims the image next that it was captioned at that time.
+/// Records for the next claimant of the image that it was captioned at that time. The image must be held.
 QCoro::Task<> recordCaptioned(HeldImage image, QDateTime time);
 
 } // namespace ostrelle

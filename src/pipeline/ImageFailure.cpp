@@ -17,13 +17,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the type of a failure tells.
+/// What the type of a failure reveals.
 struct FailureFacts {
     QString words;
     bool isRateLimit = false;
     bool isMissingKey = false;
     bool isUnwrittenMetadata = false;
-    bool isOfService = false; ///< whose words on permissions are not about files
+    bool isOfService = false; ///< its words about permissions do not mean files
 };
 
 FailureFacts factsOf(const std::exception_ptr& failure) {
@@ -54,7 +54,7 @@ bool holdsOneOf(const QString& text, const QStringList& words) {
                        [&text](const QString& word) { return text.contains(word); });
 }
 
-/// The words in lower case without the names of the image, its sidecar and their folder.
+/// The words in lower case, without the names of the image, its sidecar and their folder.
 QString searchedText(QString words, const QString& image) {
     const QFileInfo file(image);
     words.remove(file.path() + u'/' + file.completeBaseName());

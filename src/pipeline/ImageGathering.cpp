@@ -11,6 +11,8 @@
 #include "platform/FileError.h"
 
 #include <QFileInfo>
+#include <QThreadPool>
+#include <exception>
 #include <utility>
 
 namespace ostrelle {
@@ -19,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Stands for a caption that is not there, in the prompt and in comparisons.
+/// Stands for a missing caption, in the prompt and in comparisons.
 const QString noCaption = u"No caption"_s;
 
 } // namespace
@@ -92,7 +94,7 @@ QCoro::Task<> ImageGathering::takeFacts() {
     }
 }
 
-/// A sidecar that nobody may read is of no use to anybody: a new one takes its place, without a caption.
+/// A sidecar that may not be read is of no use: an empty one takes its place.
 QCoro::Task<> ImageGathering::recreateSidecar() {
     const ScopedAccess fileAccess(m_parts.access, sidecarPath(m_image.file));
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_image.file).path());

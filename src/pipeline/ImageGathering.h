@@ -15,49 +15,52 @@
 
 namespace ostrelle {
 
-/// Gathers what is known of one image, a step each: what a single image and a batch have in common. Steps
-/// throw what went wrong, after a line in the log. It lives on the frame that awaits its steps.
+/// Gathers the facts of one image step by step, for single images and batches alike. Unless stated otherwise,
+/// a step that fails logs a line and throws. Lives on the coroutine frame that awaits its steps.
 class ImageGathering {
 public:
-    /// With what was read of the image ahead.
+    /// `ahead` is what was read of the image ahead of its run, or null.
     ImageGathering(AnalyzerParts parts, QString file, Opening opening = {},
                    std::shared_ptr<const ImageAhead> ahead = nullptr);
     ImageGathering(const ImageGathering&) = delete;
     ImageGathering& operator=(const ImageGathering&) = delete;
 
-    /// Opens the image, once, for all steps below. Does not throw: what went wrong is left to them.
+    /// Opens the image for all steps below; a second call does nothing. Does not throw: the steps do.
     QCoro::Task<> open();
-    /// Of an opened image: why there is no sidecar and none could be made; empty when that went well.
+    /// Why no sidecar could be made for an opened image; empty if nothing went wrong.
     QString sidecarFailure() const { return m_opened->sidecar ? QString() : m_opened->sidecar.words(); }
-    /// Of an opened image: the caption as it was read; nothing when it could not be.
+    /// The caption of an opened image as read; nothing if it has none or could not be read.
     std::optional<QString> readCaption() const;
-    /// Of an opened image: whether it has no sidecar.
+    /// Whether an opened RAW image has no sidecar.
     bool isSidecarMissing() const;
 
+    /// Throws if a sidecar could not be made.
     void requireSidecar();
-    /// A sidecar that nobody may read is set aside, and a new one takes its place: the image has no caption
-    /// then.
+    /// Takes the facts from the metadata. If the sidecar may not be read and sidecars may be made, sets it
+    /// aside and puts a new one in its place; the image then has no caption.
     QCoro::Task<> takeFacts();
-    /// True when the image is to be left alone, which is logged: it has a caption, and captions are not to be
-    /// overwritten.
+    /// True when the image keeps its caption, which is logged: it has a real one, and the settings forbid
+    /// overwriting.
     bool isFinished();
     void logContext() { print(m_contextLines); }
     void logSidecar();
     void logRights() { print(m_rightsLines); }
-    /// A caption could be written.
+    /// Throws if no caption could be written.
     void requireEditable();
+    /// Renders the picture for the model, unless that was done ahead.
     QCoro::Task<> extractPreview();
-    /// A note that cannot be transcribed is left out.
+    /// Transcribes the audio note. Never throws: one that cannot be transcribed is left out.
     QCoro::Task<> gatherAudioNote();
 
     const PreparedImage& image() const { return m_image; }
     const ImageFacts& facts() const { return m_image.source.facts; }
-    /// The image file from before it was opened.
+    /// The stamp of the image file from before its metadata were read; nothing if they could not be.
     std::optional<FileStamp> imageStamp() const;
+    /// From before the metadata were read; nothing before open().
     std::optional<EditConditions> editConditions() const;
     const QString& name() const { return m_name; }
     bool isEmbedded() const;
-    /// Trimmed; nothing before takeFacts() and when there is none.
+    /// Trimmed; nothing before takeFacts(), or if there is none.
     const std::optional<QString>& caption() const { return m_caption; }
 
 private:

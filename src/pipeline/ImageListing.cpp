@@ -29,7 +29,7 @@ bool isFile(DIR* folder, const dirent& entry) {
         return entry.d_type == DT_REG;
     }
     struct stat status{};
-    // The check takes an error of dirfd() into account, which an open folder has none of.
+    // The check assumes that dirfd() may fail, which it cannot for an open folder.
     // NOLINTNEXTLINE(clang-analyzer-unix.StdCLibraryFunctions)
     return ::fstatat(::dirfd(folder), entry.d_name, &status, 0) == 0 && S_ISREG(status.st_mode);
 }
@@ -44,7 +44,7 @@ void take(DIR* folder, const dirent& entry, ImageListing& listing) {
     if (!isSupportedImage(name) || !isFile(folder, entry)) {
         return;
     }
-    if (QFile::encodeName(name) != bytes) { // the name would lead to another file, or to none
+    if (QFile::encodeName(name) != bytes) { // the decoded name is that of another file, or of none
         listing.illegible.append(name);
         return;
     }
@@ -64,7 +64,7 @@ ImageListing listImages(const QString& folder) {
         throw FileError(u"read"_s, folder, errno);
     }
     ImageListing listing;
-    errno = 0; // readdir() tells its end and its failure by the same result
+    errno = 0; // readdir() returns null at the end and on failure
     while (const dirent* entry = ::readdir(open.get())) {
         take(open.get(), *entry, listing);
         errno = 0;

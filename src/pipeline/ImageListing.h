@@ -10,15 +10,15 @@ namespace ostrelle {
 struct ImageListing {
     QStringList images; ///< file names, in the order of the folder
     qsizetype jpegCount = 0;
-    QStringList illegible;   ///< names of images that are not UTF-8, as well as they can be shown
-    qsizetype itemCount = 0; ///< of all that is in the folder and not hidden
+    QStringList illegible;   ///< names that are not UTF-8, decoded as well as possible
+    qsizetype itemCount = 0; ///< everything in the folder that is not hidden
 };
 
-/// What the user is told of an illegible name.
+/// The sentence shown for an illegible name.
 QString illegibleNameWords();
 
-/// Lists what has an image's extension and is a file, directly or through a link: to open anything else, such
-/// as a pipe, might take for ever. Hidden files are left out. Looks at the disk: for worker threads. Throws
+/// Lists the regular files, also through links, that have an image's extension: opening anything else, such
+/// as a pipe, might block for ever. Hidden files are left out. Reads the disk: for worker threads. Throws
 /// FileError.
 ImageListing listImages(const QString& folder);
 

@@ -13,43 +13,46 @@
 
 namespace ostrelle {
 
-/// What became of one image, from the write to the window and the line of a report.
+/// The outcome of one image, for the window, the manifest and the reports.
 struct ImageOutcome {
     enum class Kind {
-        notBegun,   ///< sent away before its turn: nothing was tried
+        notBegun,   ///< dismissed before its turn, or not reached when the program ended: no caption was
+                    ///< written
         captioned,  ///< a caption was written
         unchanged,  ///< the model returned the caption that the image has: nothing was written
         skipped,    ///< left alone on purpose: it has a caption, or another run captioned it meanwhile
-        edited,     ///< somebody else wrote a caption meanwhile: theirs stays
-        changed,    ///< somebody else changed the picture or the metadata meanwhile: nothing was written
-        refused,    ///< not admitted: no roster is set, files of its kind are not captioned, or it has no
-                    ///< sidecar
-        keyMissing, ///< no API key is stored
-        unwritable, ///< failed, and will fail until the rights on the file or its folder change
+        edited,     ///< another program wrote a caption meanwhile: it stays
+        changed,    ///< another program changed the picture or the metadata meanwhile: nothing was written
+        refused,    ///< not admitted, for example without a roster or sidecar, or for its kind or name
+        keyMissing, ///< no API key is stored; in a batch: failed
+        unwritable, ///< no caption can be written until the editConditions change; in a batch: failed
         failed,
     };
 
     QString file;
     Kind kind = Kind::notBegun;
     QString reason;                ///< why it has no new caption, a sentence
-    QStringList warnings;          ///< what its caption was made without, a sentence each
-    std::exception_ptr cause = {}; ///< the exception behind the reason; null where none was thrown
-    std::optional<QString> captionBefore;
+    QStringList warnings;          ///< sentences: why the roster was not used, why the service refuses images
+    std::exception_ptr cause = {}; ///< the exception behind the reason; null if there was none
+    std::optional<QString> captionBefore; ///< trimmed
     std::optional<QString> captionAfter;
-    std::optional<QString> previewPath;           ///< the copy of what the model saw
-    std::optional<double> cost;                   ///< the estimate for this image, in US dollars
-    std::optional<EditConditions> editConditions; ///< from before the model was asked
-    std::optional<FileStamp> imageStamp;          ///< the image file as captioned, or else as read
+
+    // Of single images only, not of those in a batch.
+
+    std::optional<QString> previewPath; ///< the copy of what the model saw
+    std::optional<double> cost;         ///< the estimate, in US dollars, if the service reported usage
+    std::optional<EditConditions> editConditions; ///< from before the metadata were read
+    std::optional<FileStamp> imageStamp;          ///< of the image file as captioned, or else as read
 };
 
 using OutcomeKind = ImageOutcome::Kind;
 
-/// The image needs no further attempt.
+/// True if the image needs no further attempt.
 bool isDone(OutcomeKind kind);
-/// The image should have got a caption and did not.
+/// True if the image should have been captioned and was not.
 bool isFailure(OutcomeKind kind);
 
-/// Hears of each image that is done with.
+/// Receives the outcome of an image once it is final.
 using OutcomeListener = std::function<void(const ImageOutcome& outcome)>;
 
 } // namespace ostrelle

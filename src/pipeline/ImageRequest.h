@@ -10,19 +10,19 @@
 
 namespace ostrelle {
 
-/// An image that is to be captioned, as it was when it was looked at.
+/// A request to caption an image, with its state when the sender looked at it.
 struct ImageRequest {
     enum class Sender {
         user,
-        autoMode, ///< has seen to the roster, and looks anew at an image that has changed
+        autoMode, ///< has checked for a roster, and tries a changed image again
     };
 
     QString file;
-    QDateTime seenAt;
+    QDateTime seenAt; ///< if the image was captioned after that, it is skipped
     Sender sender = Sender::user;
-    /// What its metadata said; nothing when they could not be read.
+    /// From its metadata; nothing if they were not read.
     std::optional<ImageFacts> facts = {};
-    std::optional<FileStamp> image = {}; ///< of the image file, with the facts
+    std::optional<FileStamp> image = {}; ///< stamp of the image file, with the facts
 };
 
 } // namespace ostrelle

@@ -76,7 +76,7 @@ QCoro::Task<> ImageRun::caption() {
 QCoro::Task<QString> ImageRun::composePrompt() {
     ImageGathering gathering(m_parts, m_request.file, {.makesSidecar = false});
     co_await gathering.open();
-    if (!gathering.isSidecarMissing()) { // an image that has no sidecar yet has no facts
+    if (!gathering.isSidecarMissing()) { // an image without a sidecar has no facts yet
         co_await gathering.takeFacts();
         gathering.logContext();
         gathering.logRights();
@@ -93,8 +93,8 @@ void ImageRun::requireKey() const {
     }
 }
 
-/// Since the scan. A JPEG that is another file may have another picture or another caption: the next scan
-/// will see.
+/// Unchanged since the scan, that is. A JPEG that is now another file may have another picture or caption;
+/// the next scan looks at it again.
 void ImageRun::requireUnchanged() const {
     if (m_request.image && m_gathering.imageStamp() != m_request.image) {
         throw OvertakenError(OvertakenError::Case::pictureReplaced);
@@ -184,7 +184,7 @@ QCoro::Task<> ImageRun::write(QString caption) {
     const auto written =
         co_await attempt(writeCaption(m_parts, CaptionPath::singleImage, m_gathering.image(), caption));
     if (!written) {
-        m_isUnwritable = true; // another attempt would be paid for, and fail likewise
+        m_isUnwritable = true; // another attempt would cost money and fail again
         written.rethrow();
     }
     m_outcome.kind = OutcomeKind::captioned;
@@ -213,8 +213,8 @@ OutcomeKind ImageRun::kindOf(const std::exception_ptr& failure) const {
     return m_isUnwritable ? OutcomeKind::unwritable : OutcomeKind::failed;
 }
 
-/// Before the model is asked, auto mode's scan judges a caption that came along with other metadata: these
-/// may be an ingest tool's preset, with a stub of a caption.
+/// If a caption and other facts have changed before the model is asked, auto mode leaves it to the next scan
+/// to judge that caption: it may be the stub of an ingest tool's preset.
 bool ImageRun::isCaptionEdited(const OvertakenError& error) const {
     using Case = OvertakenError::Case;
     const bool isUsers = m_request.sender == ImageRequest::Sender::user;

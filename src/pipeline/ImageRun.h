@@ -15,25 +15,24 @@
 
 namespace ostrelle {
 
-/// One image on its way through the pipeline, from the key to the written caption: the steps of
-/// Analyzer::analyzeImage() and what they hand on to each other. It lives on the frame that executes it.
+/// One image on its way through the pipeline, from the API key to the written caption: the steps of
+/// Analyzer::analyzeImage() and the state they share. Lives on the coroutine frame that executes it.
 class ImageRun {
 public:
-    /// With what a scan has seen of it, the image is captioned only if it is still that.
+    /// If the request has facts or a stamp, the image is captioned only while they still hold.
     ImageRun(AnalyzerParts parts, ImageRequest request);
     ImageRun(const ImageRun&) = delete;
     ImageRun& operator=(const ImageRun&) = delete;
 
-    /// Opens the image ahead of execute(). A RAW image has a sidecar from here on; why it has none otherwise
-    /// is what comes back.
+    /// Opens the image ahead of execute() and makes the missing sidecar of a RAW image. Returns why that
+    /// failed; empty if it did not.
     QCoro::Task<QString> openImage();
-    /// The caption of an image that was opened; nothing when its metadata could not be read.
+    /// The caption of an opened image; nothing if it has none or could not be read.
     std::optional<QString> readCaption() const { return m_gathering.readCaption(); }
 
-    /// Does not throw: the outcome has the exception.
+    /// Does not throw: the outcome holds the exception.
     QCoro::Task<ImageOutcome> execute();
-    /// The text that the model would be sent for the image as it is. Writes nothing and asks no model. Throws
-    /// what went wrong.
+    /// See Analyzer::promptFor().
     QCoro::Task<QString> composePrompt();
 
 private:

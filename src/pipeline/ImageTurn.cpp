@@ -16,7 +16,7 @@ using Sender = ImageRequest::Sender;
 
 namespace {
 
-/// How long to wait for another program that captions an image, before the next look.
+/// How often to try again while another program captions an image.
 constexpr std::chrono::seconds claimPoll{1};
 
 } // namespace
@@ -32,8 +32,7 @@ QCoro::Task<ImageOutcome> ImageTurn::execute() {
     if (ended.kind == OutcomeKind::captioned || ended.kind == OutcomeKind::unchanged) {
         co_await recordCaptioned(m_claim, m_parts.clock.now());
     }
-    // While the image is still claimed: another program's scan would take it for one that nobody has
-    // captioned.
+    // While the image is still claimed: otherwise another program's scan could caption it again.
     if (m_request.sender == Sender::autoMode && isDone(ended.kind)) {
         co_await attempt(m_parts.manifest.markProcessed(m_request.file, ended.imageStamp));
     }
@@ -67,7 +66,7 @@ QCoro::Task<bool> ImageTurn::admit() {
         if (m_claim.isHeld()) {
             break;
         }
-        m_turn.reset(); // for an image that can begin
+        m_turn.reset(); // another image may use it
         if (!std::exchange(isWaiting, true)) {
             m_parts.log.printAndAppend(
                 u"[Analyzer] %1 is being captioned by another program, waiting for it"_s.arg(m_name));
@@ -106,8 +105,8 @@ bool ImageTurn::hasRoster() {
     return false;
 }
 
-/// Whether there is a caption that stays. A scan that could not read the image leaves the judgement to this:
-/// it leaves no real caption to be overwritten.
+/// Whether the image keeps its caption. If auto mode's scan could not read it, a real caption is never
+/// overwritten, whatever the settings: the scan would have left it alone.
 bool ImageTurn::hasCaption(const ImageRun& run) {
     const bool isUnseen = m_request.sender == Sender::autoMode && !m_request.facts;
     if (m_parts.settings.alwaysOverwriteCaptions() && !isUnseen) {
@@ -129,7 +128,8 @@ ImageOutcome ImageTurn::outcome(OutcomeKind kind, const QString& reason) const {
     return ended;
 }
 
-/// An image that somebody replaces while the model thinks is captioned anew, a few times at most.
+/// An image that another program changes while the model is working is captioned again, a few times at most;
+/// auto mode leaves that to its next scan.
 QCoro::Task<ImageOutcome> ImageTurn::captionUntilSettled(std::unique_ptr<ImageRun> run) {
     constexpr int mostAttempts = 3;
     for (int attempts = 1;; ++attempts) {

@@ -14,25 +14,25 @@
 
 namespace ostrelle {
 
-/// A single image from the wait for its turn to its outcome: the gates before any work, the run, and another
-/// run where somebody has replaced the picture meanwhile. It lives on the frame that executes it and has the
-/// turn until it is destroyed.
+/// A single image from the wait for its turn to its outcome: the checks before any work, the run, and another
+/// run if the image has changed meanwhile. Lives on the coroutine frame that executes it and holds the turn
+/// until it is destroyed.
 class ImageTurn {
 public:
     ImageTurn(AnalyzerParts parts, ImageRequest request);
     ImageTurn(const ImageTurn&) = delete;
     ImageTurn& operator=(const ImageTurn&) = delete;
 
-    /// An image of auto mode that needs no further attempt is in the manifest then. Does not throw.
+    /// An image of auto mode that needs no further attempt is in the manifest afterwards. Does not throw.
     QCoro::Task<ImageOutcome> execute();
 
 private:
     QCoro::Task<ImageOutcome> caption();
 
     /// Waits for the turn in this program and for other programs that caption the image. False when the image
-    /// has been sent away.
+    /// is dismissed.
     QCoro::Task<bool> admit();
-    /// Nothing for an image that may go on.
+    /// The outcome of an image that is stopped before any work; nothing for one that may go on.
     QCoro::Task<std::optional<ImageOutcome>> stopAtGate(ImageRun* run);
     bool hasRoster();
     bool hasCaption(const ImageRun& run);

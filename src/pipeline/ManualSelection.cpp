@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QSet>
 #include <algorithm>
+#include <iterator>
 
 namespace ostrelle {
 
@@ -15,7 +16,7 @@ namespace {
 
 const QString sidecarExtension = u"xmp"_s;
 
-/// Fewer kinds than a watched folder takes: those for which photographers keep sidecars.
+/// Fewer kinds than in a watched folder: those for which photographers keep sidecars.
 const QStringList& rawExtensions() {
     static const QStringList extensions = {u"cr3"_s, u"cr2"_s, u"nef"_s, u"orf"_s, u"arw"_s, u"dng"_s};
     return extensions;
@@ -25,7 +26,7 @@ QString extensionOf(const QString& file) {
     return QFileInfo(file).suffix().toLower();
 }
 
-/// What an image and its sidecar have in common.
+/// The part of the name that an image and its sidecar share.
 QString stemOf(const QString& file) {
     return QFileInfo(file).completeBaseName().toLower();
 }

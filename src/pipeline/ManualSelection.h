@@ -11,32 +11,32 @@
 
 namespace ostrelle {
 
-/// The files that the user chose, sorted into what they are. Files of other kinds are left out.
+/// The files that the user chose, by kind. Files of other kinds are left out.
 struct ManualSelection {
-    QStringList images;   ///< each once, in the order in which they were chosen
+    QStringList images;   ///< each once, in the order chosen
     QStringList sidecars; ///< of RAW images
 
     static ManualSelection of(const QStringList& files);
 
     QStringList rawImages() const;
-    /// Whether the chosen sidecars include one for each RAW image, by its name. A sidecar that only lies
-    /// beside its image does not count: the user's choice grants the access to it.
+    /// Whether the chosen sidecars include one for each RAW image, by name. A sidecar that was not chosen
+    /// does not count, even if it exists: choosing it grants the access.
     bool hasAllSidecars() const;
 };
 
-/// True for a RAW image of a kind that can be chosen.
+/// True for the extension of a RAW image that can be chosen.
 bool isSelectableRaw(const QString& file);
 
-/// The folder that the source of the images works in, where the choice of images begins.
+/// The folder of the current source, where the file chooser starts.
 std::optional<QString> workingFolder(const SettingsStore& settings);
 
-/// What the user is asked when choosing images.
+/// The question of the file chooser for images.
 FileQuestion imageQuestion(const SettingsStore& settings);
 
-/// What the log says when that is asked; nothing without a folder.
+/// The log line for that question; nothing without a folder.
 std::optional<QString> imageQuestionLogLine(const SettingsStore& settings);
 
-/// What the user is told about a selection that is not captioned; nothing about one that is.
+/// The alerts for a selection that cannot be captioned; nothing if there is no reason to show one.
 std::optional<Alert> missingSidecarsAlert(const ManualSelection& selection);
 std::optional<Alert> missingImagesAlert(const ManualSelection& selection);
 

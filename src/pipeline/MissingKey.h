@@ -10,16 +10,16 @@
 
 namespace ostrelle {
 
-/// What is shown when captioning ends because no API key is stored.
+/// The alert when captioning ends because no API key is stored.
 Alert missingKeyAlert();
-/// What is shown when a run over a folder cannot begin without one.
+/// The alert when a run over a folder cannot begin for that reason.
 Alert keyForFolderAlert();
 
 /// The status line for it.
 QString missingKeyMessage();
 
-/// Shows one of these, opens the settings if the user wants to go there, and leaves word in the status. All
-/// references have to outlive the task.
+/// Shows one of these, opens the settings if the user chooses to, and leaves a message in the status. All
+/// references must outlive the task.
 QCoro::Task<> askForKey(Alert alert, Alerts& alerts, AppEvents& events, CaptionProgress& progress);
 
 } // namespace ostrelle

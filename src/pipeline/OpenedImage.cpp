@@ -26,14 +26,14 @@ QString beginningOf(const QString& sidecar, const QString& name) {
     if (decoder.hasError()) {
         text = u"<non-UTF8 XMP>"_s;
     }
-    // Counting characters looks at the whole text, and a sidecar can be very long.
+    // Counting characters scans the whole text, and a sidecar can be very long.
     const QStringView beginning = QStringView(text).first(std::min<qsizetype>(text.size(), 64 * 1024));
     const QString shown = firstCharacters(beginning, shownCharacters);
     return u"[Analyzer] XMP dump for %1 — size: %2 bytes; first %3 chars:\n%4"_s.arg(
         name, QString::number(bytes.size()), QString::number(characterCount(shown)), shown);
 }
 
-/// Also of a sidecar that lies beside a JPEG and is not used.
+/// Also for the unused sidecar of a JPEG.
 QString sidecarDump(const ImageMetadata& metadata, const QString& name) {
     const QString sidecar = metadata.sidecar();
     if (QFileInfo::exists(sidecar)) {

@@ -17,33 +17,35 @@ struct ImageAhead;
 
 /// How an image is opened.
 struct Opening {
-    bool makesSidecar = true;  ///< where a RAW image has none
-    bool dumpsSidecar = false; ///< its beginning is logged, for diagnosis
+    bool makesSidecar = true;  ///< for a RAW image that has none
+    bool dumpsSidecar = false; ///< provides a log line with its first 2000 characters, for diagnosis
 };
 
-/// What the files of an image say, from one opening.
+/// The contents of an image's files, from one opening.
 struct OpenedImage {
     EditConditions conditions; ///< from before the metadata were read
-    /// Whether a new sidecar was made for it.
+    /// Whether a sidecar was made for it, or why that failed.
     Attempt<bool> sidecar = Attempt<bool>::success(false);
     Attempt<EditableReading> metadata = Attempt<EditableReading>::failed(nullptr);
-    std::optional<SeenPicture> picture; ///< when it was made ahead, and is still that of the file
-    QStringList audioNotes;             ///< in the order in which they are to be tried
-    QString sidecarDump;                ///< the log line for it; empty without one
+    std::optional<SeenPicture> picture; ///< if rendered ahead and still that of the file
+    QStringList audioNotes;             ///< in the order to try them
+    QString sidecarDump;                ///< the log line about it; empty if there is none
 };
 
-/// What was read of an image before its run came to it.
+/// What was read of an image ahead of its run. Without a picture if it was not wanted or cannot be rendered.
 struct ImageAhead {
     OpenedImage opened;
     std::optional<SeenPicture> picture;
 };
 
-/// Reads the image's metadata and looks what lies beside it. What was read ahead counts where the files are
-/// still the same. Never throws; for worker threads.
+/// Makes the missing sidecar, if so asked, reads the metadata and lists the audio notes. Uses what was read
+/// ahead as far as the files are still the same. Never throws: each part holds its failure. For worker
+/// threads.
 OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening& opening,
                       const ImageAhead* ahead = nullptr);
 
-/// The picture as the model is to see it. Throws ExtractError.
+/// Renders the picture for the model: a JPEG of at most 1024 pixels on its longer side. Throws ExtractError.
+/// For worker threads.
 SeenPicture renderForModel(const QString& file);
 
 } // namespace ostrelle

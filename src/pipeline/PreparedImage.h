@@ -9,11 +9,11 @@
 
 namespace ostrelle {
 
-/// What was gathered of one image for the model.
+/// What was gathered about one image for the model.
 struct PreparedImage {
     QString file;
-    CaptionSource source;   ///< facts and picture, of which the caption is made
-    QString defaultCaption; ///< the caption that the image has now, trimmed, or "No caption"
+    CaptionSource source;   ///< the facts and the picture that the caption is made from
+    QString defaultCaption; ///< the present caption, trimmed, or "No caption"
     std::optional<QString> audioTranscription;
 
     const QByteArray& jpegData() const { return source.picture.rendition.jpeg; }

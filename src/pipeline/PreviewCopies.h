@@ -3,17 +3,18 @@
 
 #include <QByteArray>
 #include <QString>
+#include <utility>
 
 namespace ostrelle {
 
-/// The folder in which the JPEGs that went to the model are kept, to see what it saw.
+/// The folder with copies of the JPEGs sent to the model, to see what it saw.
 class PreviewCopies {
 public:
     explicit PreviewCopies(QString folder) : m_folder(std::move(folder)) {}
 
-    /// Where the copy for an image lies: named after the image without its extension.
+    /// The path of the copy for an image, named after it without its extension.
     QString path(const QString& imagePath) const;
-    /// Writes the copy over an earlier one of the same name. Safe on any thread. Throws FileError.
+    /// Writes the copy, over any earlier one of the same name. Safe on any thread. Throws FileError.
     void save(const QByteArray& jpeg, const QString& imagePath) const;
 
 private:

@@ -11,13 +11,13 @@
 
 namespace ostrelle {
 
-/// The text that goes to the model with one image: the facts, the roster and the rules of the templates,
-/// which came for the query, then the caption that the image has now.
+/// The prompt for a single image: the facts, the roster and the rules of the templates, which must be those
+/// for the query, then the present caption.
 QString buildPrompt(const CaptionFacts& facts, const PromptQuery& query, const PromptTemplates& templates,
                     const CodeReplacements& replacements, const QTimeZone& zone);
 
-/// The text that goes to the model once for all images of a batch: the roster and the built-in rules. What
-/// is known of each image goes beside it, see buildBatchContext().
+/// The prompt that all images of a batch share: the roster and the built-in rules. The facts of each image go
+/// beside it, see buildBatchContext().
 QString buildBatchPrompt(const PromptQuery& query, const CodeReplacements& replacements,
                          const QString& audioNote = {});
 

@@ -35,8 +35,8 @@ CaptionFacts captionFacts(const PreparedImage& image, const SettingsStore& setti
 QCoro::Task<QString> composeImagePrompt(const SettingsStore& settings, PromptService& prompts,
                                         AnalyzerLog& log, QTimeZone zone, PreparedImage image,
                                         CodeReplacements roster) {
-    // The settings of one moment: rules and facts are of the same sport, even if somebody changes it
-    // meanwhile.
+    // Read both settings before waiting, so that rules and facts are for the same sport even if the user
+    // changes it meanwhile.
     const PromptQuery query = promptQuery(settings);
     const CaptionFacts facts = captionFacts(image, settings);
     const PromptTemplates templates = co_await prompts.fetchPrompts(query);

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QtConcurrentRun>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {

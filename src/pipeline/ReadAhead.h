@@ -16,22 +16,23 @@
 
 namespace ostrelle {
 
-/// Reads a run's next images and makes their renditions while the run is busy with those before them, on the
-/// threads that decode pictures. Writes nothing. What is wrong with an image is left to its own turn.
+/// Reads a run's next images and renders them while the run is busy with earlier ones, on the threads that
+/// decode pictures. Writes nothing. Failures are left to the image's own turn.
 class ReadAhead {
 public:
-    /// So many images are ready or under way: those of the next batch, and the one after that.
+    /// How many images are read from the one being taken on: two batches of them.
     static constexpr qsizetype depth = 20;
 
-    /// Begins with the first images. With `skipsCaptioned`, one that has a real caption gets no rendition.
-    /// The threads have to outlive what is under way.
+    /// Starts with the first images. With `skipsCaptioned`, images that have a real caption are not rendered.
+    /// The threads must outlive the reading under way, which may go on after this object.
     ReadAhead(FolderThreads& threads, QStringList files, QTimeZone zone, bool skipsCaptioned);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
 
-    /// What was read of the image of that place among the files, once; null when nothing was. Waits for it if
-    /// it is under way. Images are taken in their order, but some may be passed over.
+    /// Returns what was read of the image at that index of the files, waiting for it if need be, and starts
+    /// to read further ones. Null for an image that was taken before. Take images in order; some may be left
+    /// out.
     QCoro::Task<std::shared_ptr<const ImageAhead>> take(qsizetype index);
 
     /// Begins nothing more, and resumes when nothing is under way. The object need not live that long.
@@ -47,7 +48,7 @@ private:
     QStringList m_files;
     QTimeZone m_zone;
     bool m_skipsCaptioned;
-    qsizetype m_next = 0; ///< the first that nobody has begun to read
+    qsizetype m_next = 0; ///< the first image whose reading has not started
     QHash<qsizetype, QFuture<Ahead>> m_ahead;
     std::shared_ptr<std::atomic_bool> m_isOver = std::make_shared<std::atomic_bool>(false);
 };

@@ -12,30 +12,30 @@
 
 namespace ostrelle {
 
-/// How much of what captioning needs has been set up.
+/// What captioning needs, and whether it is set up.
 struct Readiness {
     SourceType source = SourceType::local;
     bool hasKey = false;
-    bool hasFolder = false;           ///< the one that the source works in
+    bool hasFolder = false;           ///< the working folder of the source
     bool hasCodeReplacements = false; ///< a selected file, or one in the local source's folder
 
-    /// `folderHasRoster` says whether a roster lies in the watch folder, see RosterWatch.
+    /// `folderHasRoster`: whether there is a roster in the watch folder, see RosterWatch.
     static Readiness of(const DefaultsStore& defaults, const SettingsStore& settings, bool folderHasRoster);
 };
 
-/// What is missing, by the names that the user knows.
+/// What is missing, by the names that the user sees.
 QStringList missingConfiguration(const Readiness& readiness);
 
-/// Whether images can be captioned at the user's command.
+/// Whether the user can start captioning.
 bool canProcess(const Readiness& readiness);
 
-/// What the user is told who wants to caption without it. The list is not empty.
+/// The alert about what is missing when the user starts captioning. The list must not be empty.
 Alert configurationAlert(const QStringList& missing);
 
 /// Why auto mode cannot be turned on; nothing when it can.
 std::optional<Alert> autoModeRefusal(const Readiness& readiness);
 
-/// Turns auto mode on or off. What comes back is why it was not turned on: it is off then.
+/// Turns auto mode on or off. If it cannot be turned on, it is off and the alert says why.
 std::optional<Alert> switchAutoMode(SettingsStore& settings, const Readiness& readiness, bool on);
 
 /// The questions before all images of the source are captioned; the second button means yes.

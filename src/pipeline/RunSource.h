@@ -14,30 +14,35 @@ namespace ostrelle {
 /// The images that a run is to caption.
 struct RunImages {
     QStringList files;          ///< paths
-    QStringList illegible = {}; ///< paths as well as they can be shown: no file can be opened by them
+    QStringList illegible = {}; ///< paths with names that are not UTF-8: to be shown, not to be opened
 };
 
-/// Where the images of a run come from, and what is said about such runs.
+/// Where the images of a run come from, and what the user and the log see of such runs.
 class RunSource {
 public:
     virtual ~RunSource() = default;
 
-    /// Sees to what the run needs. False after the user has been told why there is no run.
+    /// Provides or checks what the run needs, before it waits for its turn. False if there is no run, once
+    /// the user has been shown why.
     virtual QCoro::Task<bool> admit() = 0;
-    /// The images, once the run has its turn; nothing after the user has been told why there is no run.
+    /// Finds the images, when the run has its turn. Nothing if there is no run, once the user has been shown
+    /// why.
     virtual QCoro::Task<std::optional<RunImages>> find() = 0;
-    /// Whether a run ends when the API key is gone, instead of failing image by image.
+    /// Whether a run ends when the API key is gone; otherwise it goes on and fails image by image.
     virtual bool needsKeyThroughout() const = 0;
-    /// Whether the status shows which batch of how many is in hand.
+    /// Whether the status shows the number of the batch under way, and of how many.
     virtual bool showsBatches() const = 0;
 
-    /// The first status line.
+    /// The first status line. The count includes illegible images and may be 0.
     virtual QString openingMessage(qsizetype imageCount) const = 0;
+    /// Logs how a run that has images is divided. The count excludes illegible images.
     virtual void logBatches(qsizetype imageCount, qsizetype batchCount) = 0;
+    /// Logs a batch that has ended.
     virtual void logBatch(const QList<ImageOutcome>& images) = 0;
-    /// Logs the end of a run that had images. Returns the last status line.
+    /// Ends a run that had images, while it still has its turn: logs it and returns the last status line.
     virtual QString close(const RunTally& tally) = 0;
-    /// What follows for the user when others may caption again.
+    /// Shows the user the result of a run that completed or ended for want of a key, also one without images.
+    /// Called after the turn has passed on.
     virtual QCoro::Task<> announce(RunTally tally) = 0;
 };
 

@@ -9,13 +9,14 @@
 
 namespace ostrelle {
 
-/// What became of the images of a run, in their order.
+/// The outcomes of the images of a run: first the illegible ones, then the others, each in the order of the
+/// source.
 struct RunTally {
     enum class Ending {
-        refused,     ///< it did not begin, and the user knows why
-        completed,   ///< also of a run without images
-        keyMissing,  ///< the API key is gone: the rest was not attempted
-        interrupted, ///< the program ends: the rest was not begun
+        refused,     ///< it did not begin, and the user has been shown why
+        completed,   ///< also for a run without images
+        keyMissing,  ///< the API key is gone: the rest was not begun
+        interrupted, ///< the program ends: the rest was not captioned
     };
 
     Ending ending = Ending::refused;
@@ -29,7 +30,7 @@ struct RunTally {
     qsizetype notBegun() const { return count(OutcomeKind::notBegun); }
 };
 
-/// The status line of a run that the program's end has stopped.
+/// The status line of a run that was stopped by the program's end.
 QString interruptionMessage(const RunTally& tally);
 
 } // namespace ostrelle

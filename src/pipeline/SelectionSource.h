@@ -11,19 +11,22 @@
 #include <QStringList>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace ostrelle {
 
 class SelectionTally;
 
-/// Grants that are held together.
+/// Access grants that are held together.
 using HeldAccess = std::vector<std::unique_ptr<ScopedAccess>>;
 
-/// The images that the user chose, and the words of a run over them.
+/// The images that the user chose. Requires a chosen sidecar for each RAW image, and a key throughout the
+/// run.
 class SelectionSource : public RunSource {
 public:
-    /// `access` was begun before the user chose and is held as long as the source.
+    /// `access` was begun before the choice and is held as long as the source lives. The workspace must
+    /// outlive the source.
     SelectionSource(AnalyzerParts parts, Workspace& workspace, const QStringList& files, HeldAccess access)
         : m_parts(parts)
         , m_workspace(workspace)
@@ -41,8 +44,9 @@ public:
     QCoro::Task<> announce(RunTally tally) override;
 
 private:
-    /// Writes the chosen sidecars that do not exist yet. Failures are left to the captioning.
+    /// Makes the missing sidecars of the RAW images. Failures are logged; the captioning tries again.
     QCoro::Task<> createSidecars(QStringList rawImages);
+    /// True if it made one.
     QCoro::Task<bool> createSidecar(QString rawImage);
     QCoro::Task<> notify(SelectionTally tally);
     QCoro::Task<> notifyPermissionErrors(SelectionTally tally);

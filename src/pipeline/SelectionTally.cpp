@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A failure that was not thrown is told apart by the words that all images of a batch fail with.
+/// The exception, or for a failure without one the error that stands for images of a batch.
 std::exception_ptr failureOf(const ImageOutcome& image) {
     return image.cause ? image.cause
                        : std::make_exception_ptr(
@@ -62,12 +62,12 @@ std::optional<QString> SelectionTally::hint() const {
 }
 
 QString SelectionTally::errorDetail() const {
-    constexpr qsizetype told = 3;
-    const QString words = m_permissionWords.mid(0, told).join(u"; "_s);
-    if (m_permissionWords.size() <= told) {
+    constexpr qsizetype listed = 3;
+    const QString words = m_permissionWords.mid(0, listed).join(u"; "_s);
+    if (m_permissionWords.size() <= listed) {
         return words;
     }
-    return words + u"... and %1 more"_s.arg(m_permissionWords.size() - told);
+    return words + u"... and %1 more"_s.arg(m_permissionWords.size() - listed);
 }
 
 Alert SelectionTally::permissionAlert() const {

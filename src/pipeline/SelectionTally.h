@@ -13,26 +13,27 @@
 
 namespace ostrelle {
 
-/// What has become of the images of a selection, and what the user is told about it.
+/// The outcome of a selection, and what the user is shown of it.
 class SelectionTally {
 public:
     static SelectionTally of(const QList<ImageOutcome>& images);
 
     qint64 success() const { return m_success; }
     qint64 failed() const { return m_failedImages.size(); }
-    /// How many of the failed could not be written.
+    /// How many of the failed images could not be written.
     qint64 permissionErrors() const { return m_permissionWords.size(); }
-    /// Whether one of these speaks of a rate limit, which then is what the user is told about.
+    /// Whether one of these errors mentions a rate limit, which the user is then notified of instead.
     bool mentionsRateLimit() const { return m_mentionsRateLimit; }
 
     QStringList failedNames() const;
-    /// Of these, the ones that the model service took no request for.
+    /// The failed images for which the model service accepted no request.
     QStringList rateLimitedNames() const { return m_rateLimitedNames; }
-    /// What is added to the notification of failures that have nothing to do with permissions.
+    /// An addition to the notification of failures without permission errors; nothing unless a RAW image
+    /// failed.
     std::optional<QString> hint() const;
-    /// The words of the first permission errors, and how many more there are.
+    /// The first permission errors, and how many more there are.
     QString errorDetail() const;
-    /// What is shown when there are permission errors; its first button leads to privacySettings().
+    /// The alert about permission errors; its first button opens privacySettings().
     Alert permissionAlert() const;
     /// The status line after the run.
     QString closingMessage() const;
@@ -47,7 +48,7 @@ private:
     bool m_mentionsRateLimit = false;
 };
 
-/// Where the desktop's user says what programs may write to.
+/// The desktop's settings for what programs may write to.
 QUrl privacySettings();
 
 } // namespace ostrelle

@@ -39,7 +39,7 @@ std::optional<ServiceRefusals::Cause> causeOf(const std::exception_ptr& failure)
 void ServiceRefusals::succeeded() {
     m_names.clear();
     m_inARow = 0;
-    m_isTold = false;
+    m_isReported = false;
 }
 
 std::optional<ServiceRefusals::Cause>
@@ -49,7 +49,7 @@ ServiceRefusals::failed(const QString& name, const std::exception_ptr& failure, 
         succeeded();
     }
     if (!cause) {
-        return std::nullopt; // a damaged picture says nothing about the service
+        return std::nullopt; // such as a damaged picture, which says nothing about the service
     }
     if (!m_names.contains(name)) {
         m_names.append(name);
@@ -58,7 +58,7 @@ ServiceRefusals::failed(const QString& name, const std::exception_ptr& failure, 
 }
 
 bool ServiceRefusals::takeIsNew() {
-    return !std::exchange(m_isTold, true);
+    return !std::exchange(m_isReported, true);
 }
 
 } // namespace ostrelle

@@ -8,34 +8,34 @@
 
 namespace ostrelle {
 
-/// Notices when the model service refuses one image after the other, for a key that it no longer takes or a
-/// quota that is spent, so that the photographer is notified once and not for each image.
+/// Detects that the model service refuses one image after another, for an invalid key, a spent quota or a
+/// rate limit, so that the photographer is notified once and not for each image.
 class ServiceRefusals {
 public:
     /// What is wrong with the service.
     struct Cause {
         QString words;            ///< a sentence
-        bool isRateLimit = false; ///< or a spent quota, in place of a key that is refused
+        bool isRateLimit = false; ///< or a spent quota; otherwise the key is refused
     };
 
-    /// So many images in a row that are refused call for a notification.
+    /// How many refusals in a row are worth a notification.
     static constexpr int patience = 3;
 
-    /// An image was answered: whatever was wrong is over.
+    /// The service answered a request: any trouble is over.
     void succeeded();
-    /// An image failed. The cause if it is the service's refusal and enough images in a row have met it;
-    /// a new `key`, the API key, starts the count anew.
+    /// An image failed. Returns the cause if the service refused it, after enough refusals in a row; a new
+    /// API key restarts the count, other failures do not touch it. `failure` may be null.
     std::optional<Cause> failed(const QString& name, const std::exception_ptr& failure, const QString& key);
-    /// True once for each time that a cause begins to hold, after failed() has given it.
+    /// True once for each series of refusals. Call it after failed() has returned a cause.
     bool takeIsNew();
-    /// The images that were refused in a row so far.
+    /// The images of the present series of refusals.
     const QStringList& names() const { return m_names; }
 
 private:
     QString m_key;
     QStringList m_names;
-    int m_inARow = 0; ///< one image may be refused again and again
-    bool m_isTold = false;
+    int m_inARow = 0; ///< counts an image again each time it is refused
+    bool m_isReported = false;
 };
 
 } // namespace ostrelle

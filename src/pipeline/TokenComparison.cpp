@@ -6,7 +6,7 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 QStringList tokenComparison(const Usage& usage, qsizetype imageCount) {
-    // The rules that a batch shares go with every single image: measured, two thirds more a request.
+    // A single image carries all the rules that a batch shares: two thirds more per image, as measured.
     constexpr double shareOfRules = 1.67;
     constexpr int ruleWidth = 60;
     const qint64 batchShare = usage.promptTokens / imageCount; // of whole tokens

@@ -7,8 +7,8 @@
 
 namespace ostrelle {
 
-/// What a batch of so many images, at least one, cost in tokens, beside an estimate of what its images would
-/// have cost with a request each: lines for the console.
+/// Console lines that compare the tokens of a batch with an estimate for one request per image. `imageCount`
+/// is at least 1.
 QStringList tokenComparison(const Usage& usage, qsizetype imageCount);
 
 } // namespace ostrelle

@@ -51,11 +51,11 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                 .threads = threads,
                 .clock = clock,
                 .log = given.console}) {
-    const auto tellOfManifest = [this] {
+    const auto showManifestFailure = [this] {
         const QString failure = manifest.savingFailure();
         status.setManifestFailure(failure.isEmpty() ? std::nullopt : std::optional(failure));
     };
-    QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, tellOfManifest);
+    QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, showManifestFailure);
 }
 
 AnalyzerParts CaptionProgram::analyzerParts() {
@@ -86,11 +86,11 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await prompts.finishPending();
     co_await endsWithin(settings.pathsSettled(), clock, sharePatience);
     co_await finishKeychain();
-    co_await m_given.defaults.finished(); // last: what ended above has changed counters
+    co_await m_given.defaults.finished(); // last, as the work above has changed counters
     co_await m_given.settingsDefaults.finished();
 }
 
-/// A keyring may ask the user first, who may have left: the program must end all the same.
+/// A keyring may ask the user first, who may have left; the program must end nevertheless.
 QCoro::Task<> CaptionProgram::finishKeychain() {
     if (!keychain.isSaving()) {
         co_return;

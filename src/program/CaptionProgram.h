@@ -16,13 +16,13 @@
 
 namespace ostrelle {
 
-/// What a program brings along: its way to talk to the user, and where its settings are kept. All of it has
-/// to outlive the program.
+/// What each program provides: its ways to reach the user, its stores and its clock. All of it must outlive
+/// the CaptionProgram.
 struct ProgramSurroundings {
     const AppFolders& folders;
     const ServiceEndpoints& endpoints;
-    DefaultsStore& defaults;         ///< of counters and the key
-    DefaultsStore& settingsDefaults; ///< of the settings
+    DefaultsStore& defaults;         ///< for the counters and the API key
+    DefaultsStore& settingsDefaults; ///< for the settings
     SecretStore& secrets;
     NotificationCenter& notificationCenter;
     Alerts& alerts;
@@ -32,12 +32,12 @@ struct ProgramSurroundings {
     Clock& clock;
     PlainLog& console;
     PlainLog& errors;
-    /// How long a finished image's progress stays to be seen.
+    /// How long a finished image's progress stays on show.
     std::chrono::milliseconds progressLinger = CaptionProgress::usualLinger;
 };
 
-/// The objects below the windows and the command line, each made once and handed on by reference: the
-/// composition of every program that captions.
+/// The composition of every program that captions: the objects below the windows and the command line, each
+/// made once and passed on by reference.
 class CaptionProgram {
 public:
     explicit CaptionProgram(const ProgramSurroundings& given);
@@ -47,7 +47,8 @@ public:
     /// What the analyzer works with.
     AnalyzerParts analyzerParts();
 
-    /// Lets no further image begin and resumes when those in the works are finished and all is saved.
+    /// Lets no further image begin. Resumes when those in the works are finished and all is saved, except
+    /// paths and the password if a network share or the keyring does not answer in time.
     QCoro::Task<> finishWork();
 
 private:
@@ -55,7 +56,7 @@ private:
 
 public:
     Clock& clock;
-    ImageClaims claims; // which a thread that hangs may still use
+    ImageClaims claims; // before the threads, as one that hangs may still use it
     FolderThreads threads;
     FileAccess& access;
     PathReferences references;
@@ -68,7 +69,7 @@ public:
     CaptionProgress progress;
     UsageTracker usage;
     ProcessedFilesManifest manifest;
-    std::optional<PromptServer> promptServer; ///< without a prompt service of somebody's own
+    std::optional<PromptServer> promptServer; ///< unless the endpoints name another prompt service
     PromptAccess promptAccess;
     PromptService prompts;
     OpenAIClient openAI;

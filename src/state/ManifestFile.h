@@ -30,9 +30,9 @@ public:
     /// All entries. Throws Error if the file cannot be read or any of them is invalid.
     QList<ProcessedFileEntry> load();
 
-    /// Adds the entries to what the file holds by now and replaces it. An invalid file is set aside under a
-    /// name with ".broken", unless there are five of those. Throws Error; the next call then writes these
-    /// entries too.
+    /// Adds the entries to the current contents of the file and replaces it. An invalid file is set aside
+    /// under a name with ".broken", unless there are five of those. Throws Error; the next call then writes
+    /// these entries too.
     Outcome append(const QList<ProcessedFileEntry>& entries);
 
     /// The entries that other processes have added since the file was last read. Throws Error; an invalid

@@ -41,7 +41,7 @@ struct ProcessedFilesManifest::State {
         entries.insert(entry);
         names.insert(entry.filename);
     }
-    /// For so many entries, and for more than one run adds: a hash that grows blocks the window meanwhile.
+    /// Reserves room for the entries and for more than one run adds, as a growing hash blocks the window.
     void makeRoom(qsizetype count) {
         constexpr qsizetype mostOfARun = 250'000;
         entries.reserve(count + mostOfARun);
@@ -139,7 +139,7 @@ QCoro::Task<> ProcessedFilesManifest::refresh() {
         }
     }
     if (state->nextSave) {
-        runSaves(state); // somebody has marked an image meanwhile
+        runSaves(state); // another image was marked meanwhile
     }
 }
 

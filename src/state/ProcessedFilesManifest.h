@@ -44,7 +44,7 @@ public:
     /// is logged; the next save writes this entry too.
     QCoro::Task<> markProcessed(QString file, std::optional<FileStamp> stamp = {});
 
-    /// Takes in what other programs have added to the file. Costs next to nothing if it has not changed.
+    /// Takes in what other programs have added to the file. Costs almost nothing if it has not changed.
     QCoro::Task<> refresh();
 
     /// How many entries there are.

@@ -21,7 +21,7 @@ struct ReferenceLook {
     QFuture<Attempt<ResolvedFile>> answer;
     std::shared_ptr<QSemaphore> isAnswered; ///< released once, for callers that cannot await
 
-    /// Blocks the thread until there is an answer, or the deadline. To be called once.
+    /// Blocks the thread until there is an answer or the deadline passes. Call it once only.
     std::optional<Attempt<ResolvedFile>> answerBy(const QDeadlineTimer& deadline) const;
 };
 
@@ -31,14 +31,14 @@ class ReferenceThreads {
 public:
     /// The argument must outlive it.
     explicit ReferenceThreads(const FileReferences& references);
-    /// Waits briefly for what is under way. A thread that hangs is left behind.
+    /// Waits a second at most for operations under way. A thread that hangs is left behind.
     ~ReferenceThreads();
     ReferenceThreads(const ReferenceThreads&) = delete;
     ReferenceThreads& operator=(const ReferenceThreads&) = delete;
 
     QFuture<Attempt<QByteArray>> make(const QString& path);
     ReferenceLook resolve(const QByteArray& reference);
-    /// The path that the reference names, without a look at the disk; nothing if it is damaged.
+    /// The path in the reference, without reading the disk; nothing if the reference is damaged.
     std::optional<QString> presumedPath(const QByteArray& reference) const;
 
 private:

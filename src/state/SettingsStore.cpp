@@ -60,7 +60,7 @@ void SettingsStore::load(std::chrono::milliseconds patience) {
 QCoro::Task<> SettingsStore::loadPassword(QPointer<SettingsStore> store) {
     std::optional<QString> password = co_await store->m_keychain.load(passwordAccount);
     bool isUnlocked = true;
-    while (store && !password && isUnlocked) { // as a locked keyring seems to have none
+    while (store && !password && isUnlocked) { // a locked keyring looks like one without the password
         isUnlocked = co_await store->m_keychain.unlocked(passwordAccount);
         if (store && isUnlocked) {
             password = co_await store->m_keychain.load(passwordAccount);
@@ -118,7 +118,7 @@ void SettingsStore::setPath(PathSetting setting, const Path& path) {
 }
 
 QCoro::Task<> SettingsStore::pathsSettled(TaskGroup looks) {
-    co_await QCoro::sleepFor(std::chrono::milliseconds(0)); // behind what waits for the next turn
+    co_await QCoro::sleepFor(std::chrono::milliseconds(0)); // after the saves queued for the next turn
     co_await looks.finished();
 }
 

@@ -75,12 +75,12 @@ class SettingsStore : public QObject {
     DefaultsStore& m_defaults; // first, as the settings are loaded from it where they are declared
 
 public:
-    /// How long a start waits for the file system to say whether the three paths are still there.
+    /// How long a start waits for the file system to answer whether the three paths still exist.
     static constexpr std::chrono::milliseconds startPatience{250};
 
     /// Loads everything; the other arguments must outlive the store. A path whose file system does not answer
     /// within the patience is taken as stored, and dropped later if it leads nowhere. The password arrives
-    /// with the keychain's answer, unless the user has set another one by then; that of a locked keyring
+    /// with the keychain's answer, unless the user has set another one meanwhile; that of a locked keyring
     /// arrives when it is unlocked.
     SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain, const FileReferences& references,
                   PlainLog& log, std::chrono::milliseconds patience = startPatience);

@@ -60,7 +60,7 @@ void StatusStore::recordImageFailed() {
     m_defaults.add({{totalFailedKey, qint64(1)}});
 }
 
-/// Adds to what is stored by now: another process may have counted too.
+/// Adds to the stored count, as another process may have counted too.
 void StatusStore::countOneMore(qint64& counter, const QString& key, void (StatusStore::*changed)()) {
     publish(this, counter, sumOf(storedCount(m_defaults, key), 1), changed);
 }

@@ -36,7 +36,7 @@ public:
     void recordImageProcessed();
     /// Counts one image that failed.
     void recordImageFailed();
-    /// Starts the timing of a run of so many images.
+    /// Starts to time a run over this number of images.
     void beginTimedRun(qint64 imageCount);
     /// Remembers the run's time and announces it with batchFinished(), if a run was timed and had images.
     void recordBatchFinished();

@@ -35,7 +35,7 @@ UsageTracker::UsageTracker(DefaultsStore& defaults, Clock& clock, PlainLog& log)
     }
 }
 
-/// Reads what is stored by now: another process may have added to it.
+/// Reads the stored totals again, as another process may have added to them.
 void UsageTracker::readTotals() {
     const bool isToday = isStoredDayToday();
     setToday(isToday ? m_defaults.get<double>(costKey).value_or(0) : 0,

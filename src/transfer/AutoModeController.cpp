@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QPointer>
+#include <algorithm>
 #include <chrono>
 
 namespace ostrelle {
@@ -104,7 +105,7 @@ QCoro::Task<> AutoModeController::startLocalAutoMode(QString folder) {
 }
 
 void AutoModeController::watchFolder(const QString& folder) {
-    say(u"Auto mode on - polling %1 every 10 seconds"_s.arg(folder));
+    print(u"Auto mode on - polling %1 every 10 seconds"_s.arg(folder));
     m_parts.status.setLastMessage(u"Auto mode: Watching "_s + QDir(folder).dirName());
     m_pollTimer = m_parts.clock.every(pollInterval, [this] { pollFolder(); });
     startCountdown();
@@ -113,7 +114,7 @@ void AutoModeController::watchFolder(const QString& folder) {
 
 void AutoModeController::startRemoteAutoMode() {
     m_isWaitingForPassword = isPasswordAwaited(m_parts.defaults, m_parts.settings);
-    if (m_isWaitingForPassword) { // which may take until the user has unlocked the keyring
+    if (m_isWaitingForPassword) { // perhaps until the user unlocks the keyring
         idle(u"Auto mode on - waiting for the keyring"_s, u"Auto mode: Waiting for the keyring..."_s);
         return;
     }
@@ -121,7 +122,7 @@ void AutoModeController::startRemoteAutoMode() {
         refuse(*missing);
         return;
     }
-    say(u"Auto mode on - watching FTP server "_s + m_parts.settings.ftpHost());
+    print(u"Auto mode on - watching FTP server "_s + m_parts.settings.ftpHost());
     m_parts.status.setLastMessage(u"Auto mode: Watching FTP server"_s);
     m_parts.remote.start();
     startCountdown();
@@ -129,7 +130,7 @@ void AutoModeController::startRemoteAutoMode() {
 
 void AutoModeController::refuse(const MissingRequirement& missing) {
     if (missing.logLine) {
-        say(*missing.logLine);
+        print(*missing.logLine);
     }
     m_parts.status.setLastMessage(missing.message);
     m_parts.status.setNextScanCountdown(std::nullopt);
@@ -144,7 +145,7 @@ void AutoModeController::pollFolder() {
     if (!folder) {
         return;
     }
-    say(u"Polling folder..."_s);
+    print(u"Polling folder..."_s);
     restartCountdown();
     m_parts.scan.startScan(*folder);
 }
@@ -168,12 +169,12 @@ void AutoModeController::setCountdown(qint64 seconds) {
 }
 
 void AutoModeController::idle(const QString& logLine, const QString& message) {
-    say(logLine);
+    print(logLine);
     m_parts.status.setLastMessage(message);
     m_parts.status.setNextScanCountdown(std::nullopt);
 }
 
-void AutoModeController::say(const QString& words) {
+void AutoModeController::print(const QString& words) {
     m_parts.log.print(u"[AppDelegate] "_s + words);
 }
 

@@ -22,7 +22,7 @@
 
 namespace ostrelle {
 
-/// What auto mode works with. All of it has to outlive the controller.
+/// What auto mode works with. All of it must outlive the controller.
 struct AutoModeParts {
     SettingsStore& settings;
     StatusStore& status;
@@ -35,25 +35,25 @@ struct AutoModeParts {
     PlainLog& log;
 };
 
-/// The program's unattended state: while auto mode is on, the ingest folder is scanned or the remote server
-/// polled every ten seconds. Checks what that requires, says why it cannot start, counts down to the next
-/// scan, and starts anew when a setting changes. Nothing happens any more once it is destroyed.
+/// The program's unattended state: while auto mode is on, scans the ingest folder or polls the remote server
+/// every ten seconds. Checks the requirements, shows why it cannot start, counts down to the next scan, and
+/// restarts when a setting changes. Destroying it stops everything.
 class AutoModeController : public QObject {
     Q_OBJECT
 
 public:
     explicit AutoModeController(AutoModeParts parts);
 
-    /// From now on half a second after the last of a burst of changes, and half a second from now, auto mode
-    /// is what the settings say. A change of the server's user, password, path or port does not restart it.
+    /// Follows the settings, half a second from now and half a second after the last of a burst of changes.
+    /// Changes of the server's user, password, path or port do not restart auto mode.
     void observeAutoModeSettings();
 
-    /// Stops everything and starts what the arguments call for. Images that are queued but not begun are
-    /// given back: somebody who turns auto mode off or chooses another folder expects that no further image
-    /// is sent to the model. The first scan of a restart finds them anew. Images in the works are finished.
+    /// Stops everything and starts what the arguments call for. Images queued but not begun are withdrawn: a
+    /// user who turns auto mode off or chooses another folder expects no further image to go to the model.
+    /// The first scan after a restart finds them again. Images in the works are finished.
     void updateAutoMode(bool autoMode, SourceType sourceType, std::optional<QString> ingestFolder);
 
-    /// A poll has ended: the countdown to the next begins.
+    /// Restarts the countdown when a poll has ended.
     void restartCountdown();
 
 private:
@@ -68,7 +68,7 @@ private:
     void tickCountdown();
     void setCountdown(qint64 seconds);
     void idle(const QString& logLine, const QString& message);
-    void say(const QString& words);
+    void print(const QString& words);
 
     AutoModeParts m_parts;
     TaskGroup m_tasks;
@@ -77,7 +77,7 @@ private:
     std::unique_ptr<Timer> m_countdownTimer;
     qint64 m_secondsUntilNextScan = 0;
     bool m_isWaitingForPassword = false;
-    quint64 m_starts = 0; // so that a start that waited sees whether it has been overtaken
+    quint64 m_starts = 0; // grows with each update, so that a start that waited can tell if it is out of date
 };
 
 } // namespace ostrelle

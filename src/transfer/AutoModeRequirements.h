@@ -12,21 +12,21 @@ namespace ostrelle {
 /// Why auto mode cannot start.
 struct MissingRequirement {
     QString message;                          ///< for the main panel
-    std::optional<QString> logLine = {};      ///< for the log, without its component
-    std::optional<QString> notification = {}; ///< what a user notification calls missing
+    std::optional<QString> logLine = {};      ///< without the component's name in brackets
+    std::optional<QString> notification = {}; ///< the name of what is missing, for a notification
 };
 
-/// The model service's key, which both sources require first.
+/// The model service's key, if missing; both sources require it first.
 std::optional<MissingRequirement> missingApiKey(const DefaultsStore& defaults);
 
-/// What the local source says when there is no roster, neither selected nor in the folder.
+/// For the local source when there is no roster, neither selected nor in the folder.
 MissingRequirement missingLocalRoster();
 
-/// The first that is missing for the remote source. No folder is searched for a roster: there is none yet.
+/// The first requirement that the remote source lacks. Searches no folder for a roster: there is none yet.
 std::optional<MissingRequirement> missingForRemote(const DefaultsStore& defaults,
                                                    const SettingsStore& settings);
 
-/// Whether it cannot be told yet what is missing: the password may still come.
+/// Whether it is too early to tell what is missing, as the password may still arrive.
 bool isPasswordAwaited(const DefaultsStore& defaults, const SettingsStore& settings);
 
 } // namespace ostrelle

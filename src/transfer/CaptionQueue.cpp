@@ -39,7 +39,7 @@ void CaptionQueue::add(const QString& folder, const QList<QueuedImage>& images,
         m_parts.tracker.begin(name);
         m_resting.insert(name);
         ++batch->started;
-        say(u"→ Task started for "_s + name);
+        print(u"→ Task started for "_s + name);
     }
     batch->tasks.spawn(rest(folder, images, batch));
 }
@@ -56,8 +56,7 @@ QCoro::Task<> CaptionQueue::rest(QString folder, QList<QueuedImage> images,
                                  std::shared_ptr<CaptionBatch> batch) {
     const quint64 round = m_round;
     co_await attempt(m_parts.clock.sleep(startDelay));
-    // One group after the other: thousands of images that have rested at the same moment would hold the event
-    // loop.
+    // One group at a time: thousands of images whose rest ends at the same moment would block the event loop.
     const auto turn = co_await batch->settling.enter();
     if (m_round != round) {
         co_return;
@@ -77,11 +76,11 @@ void CaptionQueue::begin(const QueuedImage& queued, const SeenImage& now,
     const QString& name = queued.image.name;
     m_resting.remove(name);
     if (now.entry != queued.image.entry) {
-        // A camera's or an ingest tool's half of an image would be captioned, or refused for a minute.
-        say(name + u": Still being written, left for the next scan"_s);
+        // Half an image from a camera or an ingest tool would be captioned, or left alone for a minute.
+        print(name + u": Still being written, left for the next scan"_s);
         m_parts.tracker.release(name);
     } else if (now.entry && m_parts.manifest.isProcessed(*now.entry)) {
-        say(name + u": Captioned by another run meanwhile"_s);
+        print(name + u": Captioned by another run meanwhile"_s);
         m_parts.tracker.release(name);
     } else {
         batch->tasks.spawn(run(queued.request, batch));
@@ -96,19 +95,19 @@ QCoro::Task<> CaptionQueue::run(ImageRequest request, std::shared_ptr<CaptionBat
         co_return;
     }
     if (outcome.kind == OutcomeKind::changed && !isRestless(name)) {
-        say(name + u": Changed by another program meanwhile, left for the next scan"_s);
+        print(name + u": Changed by another program meanwhile, left for the next scan"_s);
         m_parts.tracker.release(name);
         co_return;
     }
     m_changes.remove(name);
     const bool succeeded = isDone(outcome.kind);
-    say(u"→ analyzeSingle returned %1 for %2"_s.arg(succeeded ? u"true"_s : u"false"_s, name));
+    print(u"→ analyzeSingle returned %1 for %2"_s.arg(succeeded ? u"true"_s : u"false"_s, name));
     if (outcome.kind == OutcomeKind::unwritable && outcome.editConditions) {
         m_parts.tracker.setUnwritable(name, *outcome.editConditions);
     }
     m_parts.tracker.finish(name, succeeded);
     ++(succeeded ? batch->processed : batch->failed);
-    say(u"✓ Completed %1 - %2"_s.arg(name, succeeded ? u"SUCCESS"_s : u"FAILED"_s));
+    print(u"✓ Completed %1 - %2"_s.arg(name, succeeded ? u"SUCCESS"_s : u"FAILED"_s));
 }
 
 bool CaptionQueue::isRestless(const QString& name) {
@@ -121,7 +120,7 @@ QCoro::Task<ImageOutcome> CaptionQueue::caption(ImageRequest request) {
     if (const std::optional<QString> folder = m_parts.settings.ingestFolder()) {
         access.emplace(m_parts.access, *folder);
     }
-    say(u"→ Calling analyzeSingle for "_s + QFileInfo(request.file).fileName());
+    print(u"→ Calling analyzeSingle for "_s + QFileInfo(request.file).fileName());
     const auto outcome = co_await attempt(m_parts.captioning(request));
     if (!outcome) {
         ImageOutcome failed;
@@ -131,7 +130,7 @@ QCoro::Task<ImageOutcome> CaptionQueue::caption(ImageRequest request) {
     co_return *outcome;
 }
 
-void CaptionQueue::say(const QString& words) {
+void CaptionQueue::print(const QString& words) {
     m_parts.log.print(u"[AppDelegate]   "_s + words);
 }
 

@@ -12,10 +12,11 @@
 #include <QSet>
 #include <QString>
 #include <memory>
+#include <utility>
 
 namespace ostrelle {
 
-/// An image as a scan has seen it, and what is to be done with it.
+/// An image as a scan saw it, and the request to caption it.
 struct QueuedImage {
     SeenImage image;
     ImageRequest request;
@@ -32,36 +33,36 @@ struct CaptionBatch {
     int failed = 0;
 };
 
-/// The images on their way from a scan to their captions. Each rests for two seconds, in which whoever is
-/// still writing it gets on, and is captioned then. All images may be on their way at once: what limits the
-/// work is what captions them. For the thread of the event loop only.
+/// The images on their way from a scan to their captions. Each rests for two seconds, so that one still being
+/// written shows, and is then captioned. There is no limit on queued images: the captioning sets its own. For
+/// the thread of the event loop only.
 class CaptionQueue {
 public:
     explicit CaptionQueue(LocalScanParts parts) : m_parts(std::move(parts)) {}
 
-    /// Each image is in the works until its task, which belongs to the batch, has ended. All must have an
-    /// entry.
+    /// Queues images of the folder, all of which must have an entry. Each is in the works until its task,
+    /// which belongs to the batch, has ended.
     void add(const QString& folder, const QList<QueuedImage>& images,
              const std::shared_ptr<CaptionBatch>& batch);
 
-    /// Gives back all images that still rest, as if they had never been queued. Those that are being
-    /// captioned are finished.
+    /// Withdraws all images not being captioned yet, as if they had never been queued. Those being captioned
+    /// are finished.
     void withdraw();
-    /// Counts the withdrawals.
+    /// Grows with each withdrawal.
     quint64 round() const { return m_round; }
 
 private:
     QCoro::Task<> rest(QString folder, QList<QueuedImage> images, std::shared_ptr<CaptionBatch> batch);
     void begin(const QueuedImage& queued, const SeenImage& now, const std::shared_ptr<CaptionBatch>& batch);
     QCoro::Task<> run(ImageRequest request, std::shared_ptr<CaptionBatch> batch);
-    /// Whether the image was changed so often that another attempt has to wait.
+    /// Whether the image has changed so often in a row that the next attempt must wait.
     bool isRestless(const QString& name);
     QCoro::Task<ImageOutcome> caption(ImageRequest request);
-    void say(const QString& words);
+    void print(const QString& words);
 
     LocalScanParts m_parts;
     QSet<QString> m_resting;
-    QHash<QString, int> m_changes; ///< attempts in a row that ended as somebody had changed the image
+    QHash<QString, int> m_changes; ///< attempts in a row that ended because the image had changed
     quint64 m_round = 1;
 };
 

@@ -12,7 +12,7 @@ namespace ostrelle {
 
 namespace {
 
-/// False when there is no sidecar.
+/// False if a sidecar is missing and cannot be made.
 bool provideSidecar(const ImageMetadata& metadata, ImageCheck& check) {
     try {
         check.isSidecarNew = metadata.provideSidecar();
@@ -23,7 +23,7 @@ bool provideSidecar(const ImageMetadata& metadata, ImageCheck& check) {
     }
 }
 
-/// What cannot be read has no caption; the image's run says why.
+/// Metadata that cannot be read have no caption; the image's run logs the reason.
 MetadataReading readOrNothing(const ImageMetadata& metadata, const QTimeZone& zone, ImageCheck& check) {
     try {
         MetadataReading reading = metadata.read(zone);

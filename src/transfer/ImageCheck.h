@@ -12,34 +12,34 @@
 
 namespace ostrelle {
 
-/// What the caption of an image amounts to.
+/// What the caption of an image is worth.
 struct CaptionJudgement {
     enum class Verdict {
         missing,  ///< none, or nothing but blanks
         tooShort, ///< a preset's stub
-        present,  ///< somebody's
+        present,  ///< a person's, by its length
     };
 
     Verdict verdict = Verdict::missing;
-    qsizetype characters = 0; ///< that a person sees, without the blanks around them
+    qsizetype characters = 0; ///< user-perceived ones, once trimmed
 
     static CaptionJudgement of(const std::optional<QString>& caption);
 };
 
-/// What was found out about an image without a word to anybody.
+/// What a worker thread found out about an image; nothing is logged yet.
 struct ImageCheck {
     SeenImage image;
     bool isSidecarNew = false;
-    std::optional<QString> sidecarFailure; ///< why there is no sidecar, and none could be made
+    std::optional<QString> sidecarFailure; ///< why a missing sidecar could not be made
     CaptionJudgement caption;
-    /// What the metadata say; nothing when they could not be read.
+    /// From the metadata; nothing if they could not be read.
     std::optional<ImageFacts> facts;
-    std::optional<FileStamp> stamp; ///< of the image file, with the facts
-    QStringList readerLines;        ///< what the reader of the caption has for the log
+    std::optional<FileStamp> stamp; ///< of the image file, from just before the facts were read
+    QStringList readerLines;        ///< for the log, from reading the caption
 };
 
-/// Makes the missing sidecars of RAW images and reads the metadata. An image whose caption cannot be read has
-/// none. Dates that are days are those of the zone. Never throws; for worker threads.
+/// Makes the missing sidecars of RAW images and reads the metadata. An image whose caption cannot be read
+/// counts as having none. Dates become days in the zone. Never throws; for worker threads.
 QList<ImageCheck> checkImages(const QString& folder, const QList<SeenImage>& images, const QTimeZone& zone);
 
 } // namespace ostrelle

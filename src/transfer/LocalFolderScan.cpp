@@ -7,6 +7,8 @@
 #include "pipeline/ImageListing.h"
 
 #include <QDir>
+#include <QList>
+#include <QThreadPool>
 #include <chrono>
 #include <utility>
 
@@ -16,8 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How many images are read at a time: few enough that the first of them does not wait long for its caption,
-/// and the thread of the event loop not long for the decisions on them.
+/// How many images are read at a time: few enough that the first need not wait long for its caption, and that
+/// deciding on them does not block the event loop for long.
 constexpr qsizetype imagesAtATime = 64;
 
 struct ScanCounts {
@@ -32,8 +34,8 @@ struct ScanCounts {
 
 struct LocalFolderScan::Scan {
     QString folder;
-    quint64 round;      ///< the queue's when the scan began
-    quint64 departures; ///< the tracker's when the scan began
+    quint64 round;      ///< the queue's at the start of the scan
+    quint64 departures; ///< the tracker's at the start of the scan
     std::shared_ptr<CaptionBatch> batch;
     ScanCounts counts = {};
 };
@@ -41,7 +43,7 @@ struct LocalFolderScan::Scan {
 LocalFolderScan::LocalFolderScan(LocalScanParts parts)
     : m_parts(std::move(parts))
     , m_queue(m_parts)
-    , m_scans([this](const QString& words) { say(u"A scan failed: "_s + words); }) {}
+    , m_scans([this](const QString& words) { print(u"A scan failed: "_s + words); }) {}
 
 void LocalFolderScan::startScan(const QString& folder) {
     m_scans.spawn(scanFolder(folder));
@@ -54,7 +56,7 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
                                                   .departures = m_parts.tracker.departures(),
                                                   .batch = std::make_shared<CaptionBatch>(m_parts.log)});
     if (m_lookedThrough.value(folder) == scan->round) {
-        say(u"The last scan of %1 is still going on, no other is begun"_s.arg(QDir(folder).dirName()));
+        print(u"The last scan of %1 is still going on, no other is begun"_s.arg(QDir(folder).dirName()));
         co_return;
     }
     const ScopedAccess access(m_parts.access, folder);
@@ -65,7 +67,7 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
         m_lookedThrough.remove(folder);
     }
     if (!done) {
-        say(u"Error scanning directory: "_s + done.words());
+        print(u"Error scanning directory: "_s + done.words());
     } else {
         summarize(*scan);
     }
@@ -73,11 +75,12 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
         co_return;
     }
     co_await scan->batch->tasks.finished();
-    say(u"Auto-processing batch complete: %1 processed, %2 failed"_s.arg(scan->batch->processed)
-            .arg(scan->batch->failed));
+    print(u"Auto-processing batch complete: %1 processed, %2 failed"_s.arg(scan->batch->processed)
+              .arg(scan->batch->failed));
 }
 
-/// What other programs have captioned meanwhile, and what a killed one has left in the folder.
+/// Takes in what other programs have captioned meanwhile, and removes what a killed one has left in the
+/// folder.
 QCoro::Task<> LocalFolderScan::prepare(QString folder) {
     constexpr std::chrono::minutes tidyInterval{1};
     co_await m_parts.manifest.refresh();
@@ -96,12 +99,12 @@ QCoro::Task<> LocalFolderScan::lookThrough(std::shared_ptr<Scan> scan) {
         co_return;
     }
     const qsizetype total = listing.images.size();
-    say(u"Scanning directory: "_s + QDir(scan->folder).dirName());
-    say(u"Found %1 image files total (%2 RAW, %3 JPEG)"_s.arg(total)
-            .arg(total - listing.jpegCount)
-            .arg(listing.jpegCount));
+    print(u"Scanning directory: "_s + QDir(scan->folder).dirName());
+    print(u"Found %1 image files total (%2 RAW, %3 JPEG)"_s.arg(total)
+              .arg(total - listing.jpegCount)
+              .arg(listing.jpegCount));
     for (const QString& name : listing.illegible) {
-        sayOf(name, u"The file name is not UTF-8, skipping"_s);
+        printFor(name, u"The file name is not UTF-8, skipping"_s);
         fail(*scan, name, illegibleNameWords());
     }
     for (qsizetype first = 0; first < total && !isOvertaken(*scan); first += imagesAtATime) {
@@ -132,9 +135,9 @@ QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList name
     }
     QList<QueuedImage> queued;
     for (const ImageCheck& checked : checks) {
-        // Once more: since it was read, an image may have come into the works, or been through them.
+        // Again: since it was read, the image may have entered the works, or left them.
         if (!isLeftAlone(*scan, checked.image) && needsCaption(*scan, checked)) {
-            say(u"  ✓ Queuing %1 for processing"_s.arg(checked.image.name));
+            print(u"  ✓ Queuing %1 for processing"_s.arg(checked.image.name));
             ++scan->counts.toProcess;
             const QString file = scan->folder + u'/' + checked.image.name;
             queued.append(
@@ -159,20 +162,20 @@ bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {
         return true;
     }
     if (tracker.isProcessing(image.name) || tracker.hasLeftSince(image.name, scan.departures)) {
-        sayOf(image.name, u"Already processing"_s);
+        printFor(image.name, u"Already processing"_s);
         ++scan.counts.processing;
         return true;
     }
     if (tracker.hasRecentlyFailed(image.name)) {
-        sayOf(image.name, u"Recently failed, skipping"_s);
+        printFor(image.name, u"Recently failed, skipping"_s);
         return true;
     }
     if (image.conditions && tracker.isUnwritable(image.name, *image.conditions)) {
-        sayOf(image.name, u"Cannot be edited, left alone until it or its folder changes"_s);
+        printFor(image.name, u"Cannot be edited, left alone until it or its folder changes"_s);
         return true;
     }
-    if (!image.entry) { // no sidecar may be made for an image that is not there
-        sayOf(image.name, u"No longer there, skipping"_s);
+    if (!image.entry) { // a missing image must not get a sidecar
+        printFor(image.name, u"No longer there, skipping"_s);
         return true;
     }
     return false;
@@ -187,29 +190,29 @@ bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
     using Verdict = CaptionJudgement::Verdict;
     const QString& name = check.image.name;
     if (check.isSidecarNew) {
-        sayOf(name, u"Created XMP sidecar"_s);
+        printFor(name, u"Created XMP sidecar"_s);
     }
     for (const QString& line : check.readerLines) {
         m_parts.log.print(line);
     }
     if (check.sidecarFailure) {
-        sayOf(name, u"Failed to create XMP sidecar: "_s + *check.sidecarFailure);
+        printFor(name, u"Failed to create XMP sidecar: "_s + *check.sidecarFailure);
         ++scan.counts.noSidecar;
         fail(scan, name, *check.sidecarFailure);
         return false;
     }
     if (check.caption.verdict == Verdict::present) {
-        sayOf(name, u"Already has caption (%1 chars)"_s.arg(check.caption.characters));
+        printFor(name, u"Already has caption (%1 chars)"_s.arg(check.caption.characters));
         ++scan.counts.haveCaptions;
         return false;
     }
-    sayOf(name, check.caption.verdict == Verdict::tooShort
-                    ? u"Caption too short (%1 chars), needs processing"_s.arg(check.caption.characters)
-                    : u"No caption or caption was cleared, needs processing"_s);
+    printFor(name, check.caption.verdict == Verdict::tooShort
+                       ? u"Caption too short (%1 chars), needs processing"_s.arg(check.caption.characters)
+                       : u"No caption or caption was cleared, needs processing"_s);
     return true;
 }
 
-/// Once for each reason: the image is looked at again each ten seconds.
+/// Announces each reason once, as every scan finds the image again.
 void LocalFolderScan::fail(const Scan& scan, const QString& name, const QString& reason) {
     ImageOutcome image;
     image.file = scan.folder + u'/' + name;
@@ -224,11 +227,12 @@ void LocalFolderScan::fail(const Scan& scan, const QString& name, const QString&
 
 void LocalFolderScan::summarize(const Scan& scan) {
     if (isOvertaken(scan)) {
-        say(u"Scan stopped: "_s + QDir(scan.folder).dirName());
+        print(u"Scan stopped: "_s + QDir(scan.folder).dirName());
         return;
     }
     const ScanCounts& counts = scan.counts;
-    say(u"Scan complete: %1 to process, %2 processing, %3 previously processed, %4 have captions, %5 no XMP"_s
+    print(
+        u"Scan complete: %1 to process, %2 processing, %3 previously processed, %4 have captions, %5 no XMP"_s
             .arg(counts.toProcess)
             .arg(counts.processing)
             .arg(counts.previouslyProcessed)
@@ -236,12 +240,12 @@ void LocalFolderScan::summarize(const Scan& scan) {
             .arg(counts.noSidecar));
 }
 
-void LocalFolderScan::say(const QString& words) {
+void LocalFolderScan::print(const QString& words) {
     m_parts.log.print(u"[AppDelegate] "_s + words);
 }
 
-void LocalFolderScan::sayOf(const QString& name, const QString& words) {
-    say(u"  %1: %2"_s.arg(name, words));
+void LocalFolderScan::printFor(const QString& name, const QString& words) {
+    print(u"  %1: %2"_s.arg(name, words));
 }
 
 } // namespace ostrelle

@@ -16,9 +16,9 @@
 
 namespace ostrelle {
 
-/// Looks through the ingest folder for images without a caption and captions them. Files are read on the
-/// folder's own thread; here it is only decided. For the thread of the event loop only; await finished()
-/// before the scan is destroyed.
+/// Scans the ingest folder for images without a caption and captions them. Files are read on the folder's own
+/// thread; this class only decides. For the thread of the event loop only. Await finished() before destroying
+/// it.
 class LocalFolderScan {
 public:
     explicit LocalFolderScan(LocalScanParts parts);
@@ -28,15 +28,14 @@ public:
     /// scanFolder(), awaited by finished().
     void startScan(const QString& folder);
 
-    /// Looks at each image of the folder once, and resumes when those that need it are captioned. Scans may
-    /// overlap while images are captioned; while a folder is still being looked through, another scan of it
-    /// does nothing, since a network share may hang. Never throws.
+    /// Checks each image of the folder once, and resumes when those that need a caption are done. Scans may
+    /// overlap while images are captioned, but a folder that is still being checked is not scanned again, as
+    /// a network share may hang. Never throws.
     QCoro::Task<> scanFolder(QString folder);
 
-    /// No further image is begun by the scans so far. What is being captioned is finished.
+    /// The scans so far begin no further image. Those being captioned are finished.
     void stop() { m_queue.withdraw(); }
-    /// Resumes when no scan is under way that was begun by startScan(). While a network share hangs, it does
-    /// not.
+    /// Resumes when all scans begun by startScan() are over; never while a network share hangs.
     QCoro::Task<> finished() const { return m_scans.finished(); }
 
 private:
@@ -51,15 +50,15 @@ private:
     bool needsCaption(Scan& scan, const ImageCheck& check);
     void summarize(const Scan& scan);
     void fail(const Scan& scan, const QString& name, const QString& reason);
-    void say(const QString& words);
-    void sayOf(const QString& name, const QString& words);
+    void print(const QString& words);
+    void printFor(const QString& name, const QString& words);
 
     LocalScanParts m_parts;
     CaptionQueue m_queue;
     TaskGroup m_scans;
-    QSet<QString> m_failures;                // paths and reasons that the listener has heard of
-    QHash<QString, QDateTime> m_tidied;      // when each folder was
-    QHash<QString, quint64> m_lookedThrough; // folders now looked through, and the queue's round then
+    QSet<QString> m_failures;                // paths and reasons passed to the listener
+    QHash<QString, QDateTime> m_tidied;      // when each folder was tidied
+    QHash<QString, quint64> m_lookedThrough; // folders being checked, and the queue's round at the start
 };
 
 } // namespace ostrelle

@@ -18,10 +18,11 @@
 
 namespace ostrelle {
 
-/// Captions one image; one that is done is in the manifest then. Analyzer::captionWatched() in the program.
+/// Captions one image; if it is done, it is in the manifest afterwards. In the program, this is
+/// Analyzer::captionWatched().
 using Captioning = std::function<QCoro::Task<ImageOutcome>(ImageRequest request)>;
 
-/// What the local scan works with. All of it has to outlive the scan and its tasks.
+/// What the local scan works with. All of it must outlive the scan and its tasks.
 struct LocalScanParts {
     const SettingsStore& settings;
     ProcessedFilesManifest& manifest;
@@ -32,7 +33,7 @@ struct LocalScanParts {
     Clock& clock;
     PlainLog& log;
     Captioning captioning;
-    /// Hears of each image that fails before it can be captioned, once.
+    /// Called once for each image, and reason, that fails before it can be captioned.
     OutcomeListener onFailure = [](const ImageOutcome&) {};
 };
 

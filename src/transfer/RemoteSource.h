@@ -8,10 +8,10 @@ class RemoteSource {
 public:
     virtual ~RemoteSource() = default;
 
-    /// Begins to poll the server that the settings name at this moment. Tells the controller of each
-    /// completed poll by AutoModeController::restartCountdown().
+    /// Starts to poll the server currently in the settings. Calls AutoModeController::restartCountdown()
+    /// after each completed poll.
     virtual void start() = 0;
-    /// Ends the polling; nothing happens when there is none.
+    /// Stops polling, if it is under way.
     virtual void stop() = 0;
 };
 

@@ -6,6 +6,8 @@
 #include "state/Publish.h"
 
 #include <QFileInfo>
+#include <QThreadPool>
+#include <optional>
 
 namespace ostrelle {
 
@@ -40,7 +42,7 @@ void RosterWatch::lookAgain() {
 
 QCoro::Task<bool> RosterWatch::found() {
     if (!matters()) {
-        co_return m_isFound; // need not be waited for
+        co_return m_isFound; // makes no difference: no need to wait
     }
     const QPointer<RosterWatch> self(this);
     const Event answer = beginLook();
@@ -96,7 +98,7 @@ void RosterWatch::selectionChanged() {
     Q_EMIT useChanged();
 }
 
-/// What was found in the other folder is not true of this one.
+/// The result for the old folder does not hold for the new one.
 void RosterWatch::folderChanged() {
     publish(this, m_isFound, false, &RosterWatch::foundChanged);
     lookAgain();

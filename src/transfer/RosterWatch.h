@@ -15,47 +15,47 @@
 
 namespace ostrelle {
 
-/// Knows whether a roster lies in the watch folder, and whether the names of the one in use can be had, for a
-/// view that must not wait for a network share. It looks when the settings name another folder or roster, and
-/// whenever it is told to.
+/// Whether there is a roster in the watch folder, and whether the names of the one in use can be read, for a
+/// view that must not wait for a network share. Looks on the threads of the folders, when the folder or
+/// roster in the settings changes and whenever asked. For the thread of the event loop only.
 class RosterWatch : public QObject {
     Q_OBJECT
 
 public:
-    /// How long someone who wants to act waits for a folder's answer.
+    /// How long found() waits for a folder to answer.
     static constexpr std::chrono::milliseconds patience = std::chrono::seconds(2);
 
-    /// Looks at once. All arguments have to outlive the watch.
+    /// Looks at once. All arguments must outlive the watch.
     RosterWatch(const SettingsStore& settings, FolderThreads& threads, Clock& clock);
 
-    /// What the last look at the present folder found; false before its first has ended.
+    /// The result of the last look at the present folder; false before the first has ended.
     bool isFound() const { return m_isFound; }
-    /// Whether captions are made with the roster of the folder, as none is selected.
+    /// Whether captions use the roster of the folder, as none is selected.
     bool isUsed() const;
-    /// What is wrong with the roster in use, as a sentence; empty when nothing is known to be.
+    /// What is wrong with the roster in use, as a sentence; empty if nothing is known to be wrong.
     QString problem() const;
-    /// Looks again, as when the window becomes active: the user may have put a file there.
+    /// Looks again, for example when the window becomes active: the user may have put a file there.
     void lookAgain();
-    /// Looks again and resumes with what is found. Resumes with isFound() when the folder does not answer, or
-    /// does not matter, as another roster is selected.
+    /// Looks again and resumes with the result. Resumes with isFound() if the folder does not answer, or does
+    /// not matter because a roster is selected or the source is remote.
     QCoro::Task<bool> found();
 
 Q_SIGNALS:
     void foundChanged();
-    /// Something has changed that isUsed() or problem() depends on.
+    /// isUsed() or problem() may have changed.
     void useChanged();
 
 private:
-    /// A file that was looked at, and what is wrong with it.
+    /// A file that was examined, and what is wrong with it.
     struct Examined {
         QString path;
         QString problem;
-        quint64 number = 0; // answers may come in another order than they were asked for
+        quint64 number = 0; // answers may arrive out of order
     };
 
-    /// Whether a roster in the folder makes a difference.
+    /// Whether a roster in the folder would be used.
     bool matters() const;
-    /// The answer to come of a look that has begun.
+    /// Starts to look. The event happens when the answer is in.
     Event beginLook();
     static QCoro::Task<> look(QPointer<RosterWatch> watch, QString folder, Event answer);
     void examineSelected();

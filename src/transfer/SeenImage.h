@@ -12,15 +12,15 @@
 
 namespace ostrelle {
 
-/// An image as it was when it was looked at.
+/// The state of an image when a scan looked at it.
 struct SeenImage {
     QString name;
-    std::optional<ProcessedFileEntry> entry;       ///< nothing when it is gone or may not be looked at
-    std::optional<EditConditions> conditions = {}; ///< where they were asked for
+    std::optional<ProcessedFileEntry> entry;       ///< nothing if it is gone or its attributes cannot be read
+    std::optional<EditConditions> conditions = {}; ///< only if requested
 };
 
-/// Looks at each image once, and at those of `unwritable` for what keeps them from being edited. For worker
-/// threads.
+/// Looks at each image once; for those in `unwritable`, also at their edit conditions. Reads the disk: for
+/// worker threads.
 QList<SeenImage> seeImages(const QString& folder, const QStringList& names,
                            const QSet<QString>& unwritable = {});
 

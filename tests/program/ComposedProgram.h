@@ -10,14 +10,16 @@
 #include "support/VirtualClock.h"
 
 #include <QCoroFuture>
+#include <QCoroTask>
 #include <QList>
 #include <QPromise>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 namespace ostrelle {
 
-/// Alerts that a test answers beforehand, or leaves open until close().
+/// Alerts with an answer prepared by the test; with isOpen they stay open until close().
 class AnsweredAlerts : public Alerts {
 public:
     QCoro::Task<QString> show(Alert alert) override {
@@ -38,14 +40,14 @@ public:
     }
 
     QList<Alert> shown;
-    int answer = 0; ///< the index of the button that is pressed
+    int answer = 0; ///< the index of the button to press
     bool isOpen = false;
 
 private:
     QPromise<void> m_answered;
 };
 
-/// Sandbox grants that are counted.
+/// Counts the sandbox grants.
 class CountedAccess : public FileAccess {
 public:
     bool begin(const QString&) override {
@@ -65,9 +67,9 @@ public:
     void stop() override {}
 };
 
-/// The program below its windows, as it is composed, over stand-ins for the world outside.
+/// The real composition of the program below its windows, with stand-ins for the outside world.
 struct ComposedProgram {
-    /// With its files below `home`.
+    /// Keeps its files below `home`; `model` is the URL of the model service.
     ComposedProgram(const QString& home, const QUrl& model)
         : folders{.config = home + QStringLiteral("/config"),
                   .data = home + QStringLiteral("/data"),
@@ -77,7 +79,7 @@ struct ComposedProgram {
                   .runtime = {}}
         , endpoints{.model = model} {}
 
-    /// What a program works with that runs here. There may be several, over the same files.
+    /// The surroundings of a program that runs here. Several programs may share them, and so the files.
     ProgramSurroundings surroundings() {
         return {.folders = folders,
                 .endpoints = endpoints,

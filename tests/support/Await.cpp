@@ -12,7 +12,7 @@ namespace ostrelle {
 
 void waitUntil(const std::function<bool()>& condition) {
     const QDeadlineTimer deadline(std::chrono::seconds(60));
-    QTimer wakeUp; // so that the loop below sees the deadline when no event arrives
+    QTimer wakeUp; // so that the loop sees the deadline even if no event arrives
     wakeUp.start(std::chrono::milliseconds(20));
     while (!condition()) {
         if (deadline.hasExpired()) {

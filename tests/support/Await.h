@@ -6,8 +6,8 @@
 
 namespace ostrelle {
 
-/// Runs the event loop until the condition holds. Throws std::runtime_error when it does not within
-/// 60 seconds of real time, so that a test that hangs fails instead.
+/// Runs the event loop until the condition holds. Throws std::runtime_error after 60 seconds of real time, so
+/// that a test fails rather than hangs.
 void waitUntil(const std::function<bool()>& condition);
 
 /// Runs the event loop until the task has finished; returns its value or throws what it threw.

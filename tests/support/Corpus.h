@@ -14,7 +14,7 @@ QStringList corpusFiles(const QString& kind);
 
 } // namespace ostrelle
 
-/// Skips the current test, saying so, when there is no corpus.
+/// Skips the current test, with a message, when there is no corpus.
 #define SKIP_WITHOUT_CORPUS(files)                                                                           \
     if ((files).isEmpty()) {                                                                                 \
         GTEST_SKIP() << "no corpus of real files on this machine (OSTRELLE_CORPUS)";                         \

@@ -3,11 +3,13 @@
 
 #include "support/Await.h"
 
+#include <QCoroTask>
 #include <stdexcept>
+#include <utility>
 
 namespace ostrelle {
 
-/// What the function throws, which must be of this kind.
+/// The exception that the function throws. Throws std::runtime_error if there is none; others pass through.
 template <typename Failure, typename Function>
 Failure failureIn(const Function& function) {
     try {
@@ -18,7 +20,7 @@ Failure failureIn(const Function& function) {
     throw std::runtime_error("it has not failed");
 }
 
-/// The failure of a task, which must be of this kind.
+/// The same for a task.
 template <typename Failure, typename Result>
 Failure failureOf(QCoro::Task<Result> task) {
     return failureIn<Failure>([&task] { await(std::move(task)); });

@@ -7,17 +7,18 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QString>
 #include <QStringList>
 
 namespace ostrelle {
 
-/// The bytes of a file; none of one that is not there.
+/// The bytes of a file; none if it does not exist.
 inline QByteArray contentsOf(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The names of all that is in a folder, hidden or not.
+/// The names of everything in a folder that matches the pattern, hidden or not.
 inline QStringList filesIn(const QString& folder, const QString& pattern = QStringLiteral("*")) {
     return QDir(folder).entryList({pattern},
                                   QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);

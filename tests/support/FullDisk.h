@@ -9,8 +9,8 @@
 
 namespace ostrelle {
 
-/// For the length of a scope, this process cannot write beyond so many bytes of any file, much as if the disk
-/// were full from there on.
+/// Simulates a full disk for the length of a scope: this process cannot write past the first `bytes` of any
+/// file, and gets EFBIG.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes) : m_formerHandler(std::signal(SIGXFSZ, SIG_IGN)) {

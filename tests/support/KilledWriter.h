@@ -10,6 +10,8 @@
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QString>
+#include <QStringList>
 #include <csignal>
 #include <functional>
 
@@ -17,8 +19,8 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-/// Lets a child process write again and again, kills it at any instant of up to three rounds, and looks at
-/// what it leaves behind; so many times. `check` returns whether that is as it should be.
+/// Starts a child process that writes over and over, kills it at a random moment within about three rounds,
+/// and checks what it leaves behind; repeats that `kills` times. `check` returns true if all is well.
 inline void killWriters(int kills, const std::function<void()>& write, const std::function<bool()>& check) {
     QElapsedTimer timer;
     timer.start();
@@ -39,8 +41,8 @@ inline void killWriters(int kills, const std::function<void()>& write, const std
     }
 }
 
-/// killWriters() with a short and a long caption in turn. After each kill the file has to be one of the two
-/// that `write` leaves when nothing kills it; at the end both have to have been found.
+/// killWriters() with a short and a long caption in turn. After each kill, the file must be one of the two
+/// that an undisturbed `write` leaves; both must occur.
 inline void killCaptionWriters(int kills, const std::function<void(const QString& caption)>& write,
                                const std::function<QByteArray()>& bytes) {
     const QString oneCaption = u"One"_s;
@@ -65,7 +67,8 @@ inline void killCaptionWriters(int kills, const std::function<void(const QString
     EXPECT_EQ(bytes(), one) << "what was left behind is in nobody's way";
 }
 
-/// All that is in the folder but the file and what a kill right before a rename leaves of its successor.
+/// The names in the folder other than the file itself and the temporary file that a kill just before the
+/// rename leaves.
 inline QStringList strangersBeside(const QString& folder, const QString& name) {
     const QRegularExpression stranger(
         u"^(?!(%1|[.]%1[.]ostrelle-[0-9a-z]+)$)"_s.arg(QRegularExpression::escape(name)));

@@ -4,7 +4,10 @@
 #include "standins/MemorySecrets.h"
 
 #include <QCoroFuture>
+#include <QCoroTask>
 #include <QPromise>
+#include <QString>
+#include <optional>
 
 namespace ostrelle {
 

@@ -3,11 +3,12 @@
 
 #include "platform/PlainLog.h"
 
+#include <QString>
 #include <QStringList>
 
 namespace ostrelle {
 
-/// Log lines kept for a test to look at.
+/// Keeps the log lines for a test to check.
 class RecordingLog : public PlainLog {
 public:
     void print(const QString& line) override { lines.append(line); }

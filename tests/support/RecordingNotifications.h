@@ -3,11 +3,12 @@
 
 #include "platform/NotificationCenter.h"
 
+#include <QCoroTask>
 #include <QList>
 
 namespace ostrelle {
 
-/// A desktop that keeps the messages that it is given.
+/// A desktop that keeps the notifications posted to it.
 class RecordingNotifications : public NotificationCenter {
 public:
     QCoro::Task<bool> isAvailable() override { co_return true; }

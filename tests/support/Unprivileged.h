@@ -9,8 +9,9 @@
 
 namespace ostrelle {
 
-/// A folder of the user "nobody", who the whole process is for the length of a scope when it is root: root
-/// may read and write anything, so that no test of a refusal would mean anything.
+/// A temporary folder without root's privileges: if the process is root, it becomes the user "nobody", who
+/// owns the folder, for the length of a scope. Root may read and write anything, which no test of a refusal
+/// survives.
 class UnprivilegedFolder {
 public:
     UnprivilegedFolder() {

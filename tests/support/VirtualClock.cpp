@@ -3,6 +3,7 @@
 
 #include <QCoroFuture>
 #include <QPromise>
+#include <algorithm>
 
 namespace ostrelle {
 

@@ -3,8 +3,15 @@
 
 #include "platform/Clock.h"
 
+#include <QCoroTask>
+#include <QDateTime>
 #include <QPointer>
+#include <QTimeZone>
+#include <chrono>
+#include <functional>
 #include <map>
+#include <memory>
+#include <utility>
 
 namespace ostrelle {
 
@@ -20,15 +27,15 @@ public:
     std::unique_ptr<Timer> after(std::chrono::milliseconds delay, std::function<void()> function) override;
     std::unique_ptr<Timer> every(std::chrono::milliseconds period, std::function<void()> function) override;
 
-    /// Moves the time on and wakes all that falls due, in its order.
+    /// Moves the time on and fires everything that falls due, in order.
     void advance(std::chrono::milliseconds span);
     /// How many sleeps and timers are waiting.
     qsizetype waiting() const { return static_cast<qsizetype>(m_due->size()); }
-    /// The time until the next of them falls due; something has to be waiting.
+    /// The time until the next of them falls due. Something must be waiting.
     std::chrono::milliseconds untilNext() const {
         return std::chrono::milliseconds(m_now.msecsTo(m_due->begin()->first));
     }
-    /// Sets the time, as a machine's that slept or whose clock was set; nothing is woken before the next
+    /// Sets the time, as if the machine had slept or its clock had been set. Nothing fires before the next
     /// advance().
     void setNow(QDateTime moment) { m_now = std::move(moment); }
 
