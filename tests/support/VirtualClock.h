@@ -3,7 +3,6 @@
 
 #include "platform/Clock.h"
 
-#include <QPointer>
 #include <map>
 
 namespace ostrelle {
