@@ -93,9 +93,6 @@ QString standInBatchText(const QList<CheckedImage>& batch, BatchForm form) {
     case BatchForm::entryTooMany:
         entries.append(entries.last());
         break;
-    case BatchForm::numberDoubled:
-        renumberLast(entries.size() - 1);
-        break;
     case BatchForm::numberZero:
         renumberLast(0);
         break;
@@ -105,8 +102,6 @@ QString standInBatchText(const QList<CheckedImage>& batch, BatchForm form) {
     case BatchForm::numberAbove:
         renumberLast(entries.size() + 1);
         break;
-    case BatchForm::object:
-        return QString::fromUtf8(QJsonDocument(entries.first().toObject()).toJson());
     }
     return json(entries);
 }

@@ -20,11 +20,9 @@ enum class BatchForm {
     listInProse,
     entryMissing,   ///< the last one
     entryTooMany,   ///< the last one twice
-    numberDoubled,  ///< the last one has the number of the one before
     numberZero,     ///< the last one's
     numberNegative, ///< the last one's
     numberAbove,    ///< the last one's
-    object,         ///< only the first entry, not in a list
 };
 
 /// The model's text for a batch: for each image, a caption from its own context, with its file name.

@@ -27,6 +27,10 @@ public:
     void addText(std::uint16_t tag, const QByteArray& text) { add(tag, 2, text.size() + 1, text + '\0'); }
     /// Fractions of 10,000; `signedType` as DNG requires for matrices.
     void addRationals(std::uint16_t tag, const std::vector<float>& values, bool signedType);
+    /// A value whose bytes are already in the file's order.
+    void add(std::uint16_t tag, std::uint16_t type, qsizetype count, const QByteArray& value) {
+        m_entries.push_back({tag, type, static_cast<std::uint32_t>(count), value});
+    }
     /// An undefined value whose bytes are elsewhere in the file.
     void addElsewhere(std::uint16_t tag, qsizetype offset, qsizetype length) {
         add(tag, 7, length, number(static_cast<std::uint32_t>(offset)));
@@ -45,9 +49,6 @@ private:
         QByteArray value;
     };
 
-    void add(std::uint16_t tag, std::uint16_t type, qsizetype count, const QByteArray& value) {
-        m_entries.push_back({tag, type, static_cast<std::uint32_t>(count), value});
-    }
     template <typename Integer>
     void addAll(std::uint16_t tag, std::uint16_t type, const std::vector<Integer>& values) {
         QByteArray bytes;

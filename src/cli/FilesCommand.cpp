@@ -10,6 +10,7 @@
 #include "pipeline/FolderWork.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 #include <QFileInfo>
 
 namespace ostrelle {
@@ -59,7 +60,7 @@ private:
             print(image);
         } else if (m_program.options.command == Options::Command::showPrompt) {
             co_await showPrompt(path);
-        } else if (co_await m_program.captions.analyzer.analyzeSingle(path)) {
+        } else if (co_await m_program.captions.analyzer.analyzeSingle(path, m_begun)) {
             co_await m_program.captions.manifest.markProcessed(path);
         }
     }
@@ -85,6 +86,7 @@ private:
     }
 
     CommandProgram& m_program;
+    const QDateTime m_begun = m_program.captions.clock.now();
     ProgressBar m_bar{stderr, !m_program.options.verbose}; // log lines show the same
     bool m_hasFailure = false;
 };

@@ -17,8 +17,9 @@ using namespace Qt::StringLiterals;
 
 Analyzer::Analyzer(AnalyzerParts parts) : m_parts(parts) {}
 
-QCoro::Task<bool> Analyzer::analyzeSingle(QString file) {
-    const ImageOutcome image = co_await captionInTurn({.file = file, .seenAt = m_parts.clock.now()});
+QCoro::Task<bool> Analyzer::analyzeSingle(QString file, std::optional<QDateTime> begun) {
+    const ImageOutcome image =
+        co_await captionInTurn({.file = file, .seenAt = begun.value_or(m_parts.clock.now())});
     co_return isDone(image.kind);
 }
 

@@ -10,6 +10,7 @@
 #include "pipeline/ServiceRefusals.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -27,8 +28,9 @@ public:
 
     /// Captions the image if it needs a caption. True if no further attempt is needed: it was captioned, or
     /// left alone because it has a caption. Waits for its turn, and for other programs that are captioning
-    /// the same image. Never throws; imageFinished() has the details.
-    QCoro::Task<bool> analyzeSingle(QString file);
+    /// the same image; one that another has captioned since `begun`, by default since this call, is left
+    /// alone. Never throws; imageFinished() has the details.
+    QCoro::Task<bool> analyzeSingle(QString file, std::optional<QDateTime> begun = {});
     /// The same for an image from auto mode, which has checked for a roster itself. Captions it only if it is
     /// still as the scan saw it. An image that needs no further attempt is in the manifest afterwards.
     QCoro::Task<ImageOutcome> captionWatched(ImageRequest request);

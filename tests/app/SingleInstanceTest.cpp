@@ -3,12 +3,12 @@
 
 #include "app/EndingInstance.h"
 #include "support/Await.h"
+#include "support/FileFacts.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QFile>
 #include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -74,10 +74,7 @@ TEST(SingleInstance, AStartWaitsForAnEarlierOneThatIsAboutToEndButNotForEver) {
 
 TEST(SingleInstance, WhatAKilledProgramLeftIsNoInstance) {
     const QTemporaryDir folder;
-    QFile lock(folder.filePath(u"ostrelle-captions.lock"_s));
-    ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
-    lock.write("4194305\nostrelle-captions\nanother-host\n");
-    lock.close();
+    writeFile(folder.filePath(u"ostrelle-captions.lock"_s), "4194305\nostrelle-captions\nanother-host\n");
     SingleInstance instance(folder.path());
     EXPECT_EQ(instance.claim(), Standing::first);
 }

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "standins/DngBuilder.h"
+#include "support/FileFacts.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
@@ -33,10 +33,6 @@ protected:
         program.setWorkingDirectory(folder.path());
         program.start(QStringLiteral(CAPTION_PROGRAM), arguments);
     }
-    static Result resultOf(QProcess& program) {
-        return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
-                QString::fromUtf8(program.readAllStandardError())};
-    }
     Result run(const QStringList& arguments, const QByteArray& input = {}) const {
         QProcess program;
         start(program, arguments);
@@ -44,22 +40,20 @@ protected:
         program.closeWriteChannel();
         EXPECT_TRUE(program.waitForFinished(60'000));
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-        return resultOf(program);
+        return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
+                QString::fromUtf8(program.readAllStandardError())};
     }
     QString write(const QString& name, const QByteArray& bytes) const {
-        QFile file(folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        writeFile(folder.filePath(name), bytes);
         return name;
     }
     QString rawImage(const QString& name) const { return write(name, dngFile(SportsScene(300, 200, 1))); }
     QString roster() const { return write(QStringLiteral("roster.txt"), "12\tSam Abel\n"); }
     void storeKey() const { ASSERT_EQ(run({QStringLiteral("key")}, "demo-key\n").status, 0); }
-    QByteArray settingsFile() const {
-        QFile file(folder.filePath(QStringLiteral("config/com.tobinvasquel.OstrelleCaptions/defaults.json")));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
 
     QTemporaryDir folder;
+    const QString settings =
+        folder.filePath(QStringLiteral("config/com.tobinvasquel.OstrelleCaptions/defaults.json"));
 };
 
 } // namespace ostrelle

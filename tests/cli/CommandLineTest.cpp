@@ -3,7 +3,6 @@
 #include "metadata/XMPWriter.h"
 
 #include <QDir>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -60,15 +59,11 @@ TEST_F(CommandLineTest, TheKeyIsReadFromStandardInputAndNeverShown) {
     const Result stored = run({u"key"_s}, "  sk-secret-1 \nsecond line\n");
     EXPECT_EQ(stored.status, 0);
     EXPECT_FALSE((stored.output + stored.errors).contains(u"sk-secret"_s));
-    EXPECT_TRUE(settingsFile().contains("\"sk-secret-1\""));
-    EXPECT_EQ(
-        QFile::permissions(folder.filePath(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s)) &
-            (QFile::ReadGroup | QFile::ReadOther),
-        QFile::Permissions());
+    EXPECT_TRUE(contentsOf(settings).contains("\"sk-secret-1\""));
+    EXPECT_EQ(modeOf(settings), 0600U);
     EXPECT_EQ(run({u"key"_s, u"--clear"_s}).status, 0);
-    EXPECT_FALSE(settingsFile().contains("OPENAI_API_KEY"));
+    EXPECT_FALSE(contentsOf(settings).contains("OPENAI_API_KEY"));
 
-    write(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s, "");
     ASSERT_TRUE(QDir(folder.path()).rename(u"config"_s, u"elsewhere"_s));
     write(u"config"_s, "a file in the place of the folder");
     const Result uncleared = run({u"key"_s, u"--clear"_s});
@@ -108,20 +103,20 @@ TEST_F(CommandLineTest, TellsForEachFileWhatHappened) {
 }
 
 TEST_F(CommandLineTest, ARunLeavesTheSettingsOfTheDesktopProgramAlone) {
-    const QByteArray settings = R"({
+    const QByteArray before = R"({
         "OPENAI_API_KEY": {"text": "demo-key"}, "sourceType": {"text": "ftp"}, "transferProtocol": {"text": "sftp"},
         "ftpPort": {"integer": 22}, "ingestFolder": {"data": "eyJmb2xkZXIiOnRydWUsInBhdGgiOiIvbW50L2NhcmQifQ=="}})";
     ASSERT_TRUE(QDir(folder.path()).mkpath(u"config/com.tobinvasquel.OstrelleCaptions"_s));
-    write(u"config/com.tobinvasquel.OstrelleCaptions/defaults.json"_s, settings);
+    writeFile(settings, before);
     const QString image = rawImage(u"a.dng"_s);
     EXPECT_EQ(run({u"--sport"_s, u"soccer"_s, u"--keep"_s, u"--roster"_s, roster(), image}).status, 0);
-    QJsonObject after = QJsonDocument::fromJson(settingsFile()).object();
+    QJsonObject after = QJsonDocument::fromJson(contentsOf(settings)).object();
     for (const char* counter :
          {"UsageTracker_LastDate", "UsageTracker_TodaysCost", "UsageTracker_TodaysTokens",
           "UsageTracker_TotalCostAllTime", "lifetime_imagesProcessed", "stats_totalProcessed"}) {
         EXPECT_FALSE(after.take(QString::fromLatin1(counter)).isUndefined()) << counter;
     }
-    EXPECT_EQ(after, QJsonDocument::fromJson(settings).object());
+    EXPECT_EQ(after, QJsonDocument::fromJson(before).object());
 }
 
 TEST_F(CommandLineTest, ResultsThatNobodyCouldReadAreAFailure) {

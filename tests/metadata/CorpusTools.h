@@ -2,8 +2,8 @@
 #pragma once
 
 #include "core/Error.h"
-#include "platform/Files.h"
 #include "support/Corpus.h"
+#include "support/FileFacts.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -91,10 +91,6 @@ inline std::string differences(const Tags& before, const Tags& after, const IsOw
     return different.join(u'\n').toStdString();
 }
 
-inline QByteArray bytesOf(const QString& path) {
-    return readFile(path, qint64{128} << 20);
-}
-
 /// The corpus of one kind: the files that took a caption, beside their originals.
 class WrittenCorpus : public testing::Test {
 protected:
@@ -113,7 +109,7 @@ protected:
                 names.append(name);
             } catch (const Error& error) {
                 SCOPED_TRACE(path.toStdString());
-                EXPECT_TRUE(bytesOf(copy) == bytesOf(path));
+                EXPECT_TRUE(contentsOf(copy) == contentsOf(path));
                 expectRefusal(path, error);
                 QFile::remove(copy);
             }
@@ -125,12 +121,12 @@ protected:
 
     /// Whatever caption was in the file, a write comes to the same bytes.
     void expectTheSameOfAnyWrite(const QString& path) const {
-        const QByteArray once = bytesOf(path);
+        const QByteArray once = contentsOf(path);
         write(path, caption);
-        EXPECT_TRUE(bytesOf(path) == once) << "a second write of the same caption";
+        EXPECT_TRUE(contentsOf(path) == once) << "a second write of the same caption";
         write(path, u"Something else"_s);
         write(path, caption);
-        EXPECT_TRUE(bytesOf(path) == once) << "a write after another caption";
+        EXPECT_TRUE(contentsOf(path) == once) << "a write after another caption";
     }
 
     const QString caption = u"Auburn's Zoë O'Neil <12> & \"R\" \U0001F3C8 漢字 scores during the 2nd half."_s;

@@ -49,15 +49,6 @@ Parts partsOf(const QByteArray& jpeg) {
     return parts;
 }
 
-bool isDecodable(const QString& path) {
-    try {
-        decodeJpeg(path, 64);
-        return true;
-    } catch (const ExtractError&) {
-        return false;
-    }
-}
-
 /// What a caption write may change for another tool: the caption, its encoding, and places in the file. Texts
 /// in another encoding than UTF-8 are shown as they are stored by both tools.
 bool isOwnChange(const QString& tag, const QString& before, const QString& after) {
@@ -84,8 +75,12 @@ protected:
     }
     void expectRefusal(const QString& path, const Error& error) override {
         const bool isParse = dynamic_cast<const XMPError&>(error).kind() == XMPError::Case::parseFailed;
-        EXPECT_EQ(isParse, !isDecodable(path));
-        refused += isParse ? 0 : 1;
+        if (isParse) {
+            EXPECT_THROW(decodeJpeg(path, 64), ExtractError);
+        } else {
+            EXPECT_NO_THROW(decodeJpeg(path, 64));
+            ++refused;
+        }
     }
 
     int refused = 0;
@@ -96,8 +91,8 @@ protected:
 TEST_F(EmbeddedCorpus, AWriteKeepsThePictureAndEveryOtherSegment) {
     for (const QString& name : names) {
         SCOPED_TRACE(name.toStdString());
-        const Parts old = partsOf(bytesOf(before.filePath(name)));
-        const Parts written = partsOf(bytesOf(after.filePath(name)));
+        const Parts old = partsOf(contentsOf(before.filePath(name)));
+        const Parts written = partsOf(contentsOf(after.filePath(name)));
         EXPECT_EQ(written.segments, old.segments);
         EXPECT_TRUE(written.picture == old.picture);
         EXPECT_EQ(XMPWriter().readEmbedded(after.filePath(name), QTimeZone::utc()).facts.caption, caption);
@@ -133,7 +128,7 @@ TEST(EmbeddedComment, IsReadByOtherToolsInEveryScript) {
          {QByteArray("II*\0\x08\0\0\0\0\0\0\0\0\0", 14), QByteArray("MM\0*\0\0\0\x08\0\0\0\0\0\0", 14)}) {
         for (const QString& text : captions) {
             const QByteArray jpeg = jpegWith(segment(0xE1, QByteArray("Exif\0\0", 6) + block));
-            replaceFile(folder.filePath(text + u".jpg"_s), withEmbeddedCaption(jpeg, text));
+            writeFile(folder.filePath(text + u".jpg"_s), withEmbeddedCaption(jpeg, text));
         }
         const QMap<QString, Tags> readings = readWithExiftool(folder.path());
         for (const QString& text : captions) {

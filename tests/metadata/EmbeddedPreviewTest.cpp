@@ -3,7 +3,6 @@
 #include "standins/RawBuilder.h"
 
 #include <QtEndian>
-#include <algorithm>
 #include <random>
 
 namespace ostrelle {

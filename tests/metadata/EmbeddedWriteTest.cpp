@@ -10,7 +10,6 @@
 #include "support/Unprivileged.h"
 
 #include <QCryptographicHash>
-#include <functional>
 
 namespace ostrelle {
 
@@ -54,19 +53,6 @@ XMPError::Case refusalOf(const QByteArray& jpeg, RecordingLog& log, const QStrin
     EXPECT_EQ(filesIn(file.folder()).size(), 1);
     return kind;
 }
-
-/// A log that lets a test act when a line comes.
-class ActingLog : public RecordingLog {
-public:
-    explicit ActingLog(std::function<void(const QString&)> act) : m_act(std::move(act)) {}
-    void print(const QString& line) override {
-        RecordingLog::print(line);
-        m_act(line);
-    }
-
-private:
-    std::function<void(const QString&)> m_act;
-};
 
 } // namespace
 
@@ -297,27 +283,19 @@ TEST(EmbeddedWrite, TellsWhatTheSystemRefuses) {
     EXPECT_EQ(filesIn(folder.path()).size(), 1);
 }
 
-TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhileThreeTimes) {
-    for (const int changes : {1, 3}) {
-        ImageFile file(jpegWith(iptcSegment(iptc(90, "City"))));
-        int done = 0;
-        ActingLog log([&](const QString& line) {
-            if (done < changes && (line.contains(u"Preserving") || line.contains(u"reading it again"))) {
-                file.write(jpegWith(iptcSegment(iptc(90, "City") + iptc(105, QByteArray(++done, 'h')))));
-            }
-        });
-        const auto write = [&] { XMPWriter().writeEmbeddedCaption(caption, file.path(), log); };
-        if (changes == 1) {
-            write();
-            EXPECT_EQ(readBack(file.bytes()), caption);
-        } else {
-            EXPECT_EQ(failureIn<XMPError>(write).kind(), XMPError::Case::writeFailed);
-            EXPECT_TRUE(log.lines.last().contains(u"Could not keep up with another program's changes to "_s));
-            EXPECT_FALSE(file.bytes().contains(caption.toUtf8()));
+TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhile) {
+    ImageFile file(jpegWith(iptcSegment(iptc(90, "City"))));
+    const QByteArray theirs = iptc(90, "City") + iptc(105, "Headline");
+    RecordingLog log;
+    log.onLine = [&](const QString& line) {
+        if (line.contains(u"Preserving")) { // said once, before the write
+            file.write(jpegWith(iptcSegment(theirs)));
         }
-        EXPECT_EQ(done, changes);
-        EXPECT_TRUE(file.bytes().contains(iptc(90, "City") + iptc(105, QByteArray(changes, 'h'))));
-    }
+    };
+    XMPWriter().writeEmbeddedCaption(caption, file.path(), log);
+    EXPECT_EQ(readBack(file.bytes()), caption);
+    EXPECT_TRUE(file.bytes().contains(theirs));
+    EXPECT_TRUE(log.lines.last().contains(u"changed by another program, reading it again"_s));
 }
 
 } // namespace ostrelle

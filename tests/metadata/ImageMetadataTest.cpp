@@ -16,6 +16,7 @@
 #include "support/Unprivileged.h"
 
 #include <array>
+#include <ctime>
 #include <exception>
 #include <functional>
 
@@ -88,54 +89,44 @@ protected:
 
 } // namespace
 
-TEST_F(ImageMetadataTest, WritesIntoASidecarOnlyWhatItIsStillAbout) {
-    const auto sidecar = [this](const QByteArray& bytes) {
-        return [this, bytes] { write(u"IMG_1.xmp"_s, bytes); };
+TEST_F(ImageMetadataTest, WritesOnlyIntoWhatItIsStillAbout) {
+    const auto put = [this](const QString& name, const QByteArray& bytes) {
+        return std::function<void()>([this, name, bytes] { write(name, bytes); });
     };
-    const auto picture = [this](std::size_t number) {
-        return [this, number] { write(u"IMG_1.DNG"_s, rawPicture(number)); };
-    };
+    const auto sidecar = [&put](const QByteArray& bytes) { return put(u"IMG_1.xmp"_s, bytes); };
+    const auto picture = [&put](std::size_t number) { return put(u"IMG_1.DNG"_s, rawPicture(number)); };
+    const auto image = [&put](const QByteArray& bytes) { return put(u"IMG_2.JPG"_s, bytes); };
+    const QByteArray typed = described(item("x-default", "typed by hand"));
     const struct {
+        const QString& image;
         std::function<void()> meanwhile;
         std::optional<Case> expected;
     } rows[] = {
-        {[] {}, std::nullopt},
-        {sidecar(sidecarWith("stub", "Ghent", "<xmp:Rating>5</xmp:Rating>")), std::nullopt},
-        {sidecar(sidecarWith(" stub\n")), std::nullopt},
-        {picture(1), std::nullopt}, // copied once more
-        {sidecar(sidecarWith("typed by hand")), Case::captionEdited},
-        {sidecar(sidecarWith("stub", "Bruges")), Case::factsChanged},
-        {sidecar(sidecarWith("typed by hand", "Bruges")), Case::captionAndFactsEdited},
-        {sidecar(sidecarWith("stub").replace("</rdf:Alt>", item("en-US", "typed by hand") + "</rdf:Alt>")),
+        {raw, sidecar(sidecarWith("stub", "Ghent", "<xmp:Rating>5</xmp:Rating>")), std::nullopt},
+        {raw, sidecar(sidecarWith(" stub\n")), std::nullopt},
+        {raw, picture(1), std::nullopt}, // copied once more
+        {raw, sidecar(sidecarWith("typed by hand")), Case::captionEdited},
+        {raw, sidecar(sidecarWith("stub", "Bruges")), Case::factsChanged},
+        {raw, sidecar(sidecarWith("typed by hand", "Bruges")), Case::captionAndFactsEdited},
+        {raw,
+         sidecar(sidecarWith("stub").replace("</rdf:Alt>", item("en-US", "typed by hand") + "</rdf:Alt>")),
          Case::captionEdited},
-        {picture(2), Case::pictureReplaced},
-        {[this] { QFile::remove(raw); }, Case::pictureReplaced},
+        {raw, picture(2), Case::pictureReplaced},
+        {raw, [this] { QFile::remove(raw); }, Case::pictureReplaced},
+        {jpeg, image(jpegImage("stub")), std::nullopt}, // copied once more
+        {jpeg, image(withSegment(jpegImage("stub"), segment(0xFE, "rated"))), std::nullopt},
+        {jpeg, image(jpegImage("typed by hand")), Case::captionEdited},
+        {jpeg, image(withSegment(jpegImage("stub"), packetSegment(subject(typed)))), Case::captionEdited},
+        {jpeg, image(jpegImage("stub", "Bruges")), Case::factsChanged},
+        {jpeg, image(jpegImage("stub", "Ghent", 2)), Case::pictureReplaced},
     };
     for (std::size_t row = 0; row < std::size(rows); ++row) {
         SCOPED_TRACE(row);
         picture(1)();
         sidecar(sidecarWith("stub"))();
-        expectAfter(rows[row].meanwhile, raw, u"IMG_1.xmp"_s, rows[row].expected);
-    }
-}
-
-TEST_F(ImageMetadataTest, WritesIntoAJpegOnlyWhatItIsStillAbout) {
-    const struct {
-        QByteArray meanwhile;
-        std::optional<Case> expected;
-    } rows[] = {
-        {jpegImage("stub"), std::nullopt}, // copied once more
-        {withSegment(jpegImage("stub"), segment(0xFE, "rated")), std::nullopt},
-        {jpegImage("typed by hand"), Case::captionEdited},
-        {withSegment(jpegImage("stub"),
-                     packetSegment(subject(described(item("x-default", "typed by hand"))))),
-         Case::captionEdited},
-        {jpegImage("stub", "Bruges"), Case::factsChanged},
-        {jpegImage("stub", "Ghent", 2), Case::pictureReplaced},
-    };
-    for (const auto& row : rows) {
-        write(u"IMG_2.JPG"_s, jpegImage("stub"));
-        expectAfter([&] { write(u"IMG_2.JPG"_s, row.meanwhile); }, jpeg, u"IMG_2.JPG"_s, row.expected);
+        image(jpegImage("stub"))();
+        expectAfter(rows[row].meanwhile, rows[row].image,
+                    rows[row].image == raw ? u"IMG_1.xmp"_s : u"IMG_2.JPG"_s, rows[row].expected);
     }
 }
 
@@ -162,11 +153,7 @@ TEST_F(ImageMetadataTest, FillsASidecarThatAKilledProgramLeftEmpty) {
     write(u"IMG_1.DNG"_s, rawPicture(1));
     write(u"IMG_1.xmp"_s, {});
     EXPECT_FALSE(ImageMetadata(raw).provideSidecar()) << "somebody may be about to write it";
-    QFile sidecar(sidecarPath(raw));
-    ASSERT_TRUE(sidecar.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(
-        sidecar.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
-    sidecar.close();
+    setDate(sidecarPath(raw), {.tv_sec = ::time(nullptr) - 60, .tv_nsec = 0});
     EXPECT_TRUE(ImageMetadata(raw).provideSidecar());
     EXPECT_EQ(captionOf(raw), QString());
 }

@@ -63,21 +63,11 @@ struct TestEntry {
 
 /// A directory at the offset, with its values behind it.
 inline QByteArray tiffDirectory(const QList<TestEntry>& entries, quint32 offset) {
-    QByteArray table = bigEndian(static_cast<quint16>(entries.size()));
-    QByteArray values;
-    const auto valuesBegin = offset + 2 + 12 * static_cast<quint32>(entries.size()) + 4;
+    TiffDirectoryBuilder directory(true);
     for (const TestEntry& entry : entries) {
-        const bool isNumber = entry.type == 4;
-        table += bigEndian(entry.tag) + bigEndian(entry.type) +
-                 bigEndian(isNumber ? quint32{1} : static_cast<quint32>(entry.value.size()));
-        if (entry.value.size() <= 4) {
-            table += entry.value + QByteArray(4 - entry.value.size(), '\0');
-        } else {
-            table += bigEndian(valuesBegin + static_cast<quint32>(values.size()));
-            values += entry.value + QByteArray(entry.value.size() % 2, '\0');
-        }
+        directory.add(entry.tag, entry.type, entry.type == 4 ? 1 : entry.value.size(), entry.value);
     }
-    return table + QByteArray(4, '\0') + values;
+    return directory.written(offset, 0);
 }
 
 /// An EXIF segment; the second directory is left away when it has no entries.

@@ -6,10 +6,10 @@
 #include "standins/DngBuilder.h"
 #include "standins/JpegBuilder.h"
 #include "standins/SportsScene.h"
+#include "support/FileFacts.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <cstdlib>
 #include <optional>
@@ -49,10 +49,8 @@ class Renditions : public testing::Test {
 protected:
     QString file(const QByteArray& bytes, const QString& name = QStringLiteral("picture")) const {
         const QString path = m_folder.filePath(name);
-        QFile file(path);
-        file.remove(); // what is written over an old file is flushed to disk when it is closed
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(file.write(bytes), bytes.size());
+        QFile::remove(path); // what is written over an old file is flushed to disk when it is closed
+        writeFile(path, bytes);
         return path;
     }
     QImage picture(const QByteArray& bytes, double maxPixelSize = limit, double quality = 0.95) const {

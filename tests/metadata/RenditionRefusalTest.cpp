@@ -19,10 +19,7 @@ const JpegOptions restarts = with(&JpegOptions::restartRows, 1);
 
 TEST_F(Renditions, cannotOpenWhatIsNoImage) {
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
-    QByteArray noise(4000, '\0');
-    for (qsizetype i = 0; i < noise.size(); ++i) {
-        noise[i] = static_cast<char>(static_cast<int>(255 * sceneNoise(1, static_cast<int>(i), 0)));
-    }
+    const QByteArray noise = jpegFile(SportsScene(400, 300, 2).image()).mid(1000, 4000);
     for (const QString& wrong :
          {path(u"missing"_s), path(u"."_s), path(u"pipe"_s), file({}), file("A note.\n", u"note"_s),
           file(noise, u"noise"_s), file("\x89PNG\r\n\x1A\n and no more", u"png"_s)}) {
@@ -90,13 +87,6 @@ TEST_F(Renditions, refuseAPictureOfThousandsOfScans) {
     const QByteArray scan = jpeg.mid(lastScan).chopped(2);
     EXPECT_EQ(failure(file(jpeg.left(lastScan) + scan.repeated(10000) + jpeg.right(2))),
               Case::cannotCreateThumbnail);
-}
-
-TEST(ExtractErrorTest, saysWhatAndWhy) {
-    EXPECT_EQ(ExtractError(Case::cannotEncodeJPEG).localizedDescription(),
-              u"The reduced picture could not be encoded as JPEG."_s);
-    EXPECT_EQ(ExtractError(Case::cannotOpen, u"the file is empty"_s).localizedDescription(),
-              u"The image could not be opened: the file is empty."_s);
 }
 
 TEST(RenditionCorpus, jpegFilesGiveAPictureOrAnError) {

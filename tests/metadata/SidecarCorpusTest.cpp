@@ -116,7 +116,7 @@ protected:
         XMPWriter().writeDefaultCaption(text, path);
     }
     void expectRefusal(const QString& path, const Error& /*error*/) override {
-        EXPECT_FALSE(isWellFormed(bytesOf(path)));
+        EXPECT_FALSE(isWellFormed(contentsOf(path)));
     }
 };
 
@@ -126,16 +126,16 @@ TEST_F(SidecarCorpus, AWriteKeepsEveryForeignByteAndIsTheSameWhateverCameBefore)
     for (const QString& name : names) {
         SCOPED_TRACE(name.toStdString());
         const QString path = after.filePath(name);
-        const QByteArray original = bytesOf(before.filePath(name));
-        const QByteArray written = bytesOf(path);
+        const QByteArray original = contentsOf(before.filePath(name));
+        const QByteArray written = contentsOf(path);
         EXPECT_EQ(XMPWriter().readSidecar(path, QTimeZone::utc()).facts.caption, caption);
         const bool hadList = bool(captionList(XmlDocument::parse(original)));
         EXPECT_EQ(foreignText(original, hadList).toStdString(), foreignText(written, hadList).toStdString());
         expectTheSameOfAnyWrite(path);
-        replaceFile(path, original);
+        writeFile(path, original);
         write(path, u"Something else"_s);
         write(path, caption);
-        EXPECT_EQ(bytesOf(path), written) << "a write after another first one";
+        EXPECT_EQ(contentsOf(path), written) << "a write after another first one";
     }
     std::printf("%lld of %lld sidecars written\n", names.size(), files.size());
     EXPECT_GT(names.size(), files.size() * 8 / 10);

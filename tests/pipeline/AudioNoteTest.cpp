@@ -4,8 +4,6 @@
 #include "pipeline/PipelineFixture.h"
 #include "standins/StandInTranscription.h"
 
-#include <sys/stat.h>
-
 #include <QFileInfo>
 
 namespace ostrelle {
@@ -21,15 +19,6 @@ protected:
             settings.prioritizeAudioFiles() ? AudioWeight::priority : AudioWeight::context;
         return transcribeAudioNote(program.openAI, log, threads.of(folder.path()), weight,
                                    QFileInfo(image).fileName(), audioNotesOf(image));
-    }
-    /// An answer that the transcription gives in place of its own.
-    static StandInAnswer transcript(const QString& text) {
-        return {.body = QJsonDocument(QJsonObject{{u"text"_s, text}}).toJson()};
-    }
-    void clear(const QStringList& names) const {
-        for (const QString& name : names) {
-            QFile::remove(folder.filePath(name));
-        }
     }
 };
 
@@ -47,23 +36,23 @@ TEST_F(AudioNoteTest, NotesAreFoundByTheImagesNameInTheirOrder) {
         {{u"b.wav"_s, u"a.JPG.wav"_s, u"A.wav"_s, u"a.ogg"_s}, {}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.files.join(u' ').toStdString());
+        const QString place = u"with "_s + row.files.join(u' ');
+        SCOPED_TRACE(place.toStdString());
+        folderWith(place);
         for (const QString& name : row.files) {
-            write(name, "x");
+            write(place + u'/' + name, "x");
         }
         QStringList found;
-        for (const QString& note : audioNotesOf(folder.filePath(u"a.JPG"_s))) {
+        for (const QString& note : audioNotesOf(path(place + u"/a.JPG"_s))) {
             found.append(QFileInfo(note).fileName());
         }
         EXPECT_EQ(found, row.notes);
-        clear(row.files);
     }
-    ASSERT_TRUE(QDir(folder.path()).mkdir(u"a.wav"_s));
-    EXPECT_EQ(audioNotesOf(folder.filePath(u"a.JPG"_s)), QStringList()) << "a folder is no note";
+    folderWith(u"a.wav"_s);
+    EXPECT_EQ(audioNotesOf(path(u"a.JPG"_s)), QStringList()) << "a folder is no note";
 }
 
 TEST_F(AudioNoteTest, TheFirstNoteThatCanBeTranscribedCounts) {
-    const QString image = folder.filePath(u"a.JPG"_s);
     const struct {
         const char* what;
         QList<std::pair<QString, QByteArray>> files;
@@ -85,39 +74,22 @@ TEST_F(AudioNoteTest, TheFirstNoteThatCanBeTranscribedCounts) {
          std::nullopt,
          {u"Found audio file: a.m4a"_s, u"Failed to transcribe audio for a.JPG: "_s,
           u"Found audio file: a.aiff"_s, u"Failed to transcribe audio for a.JPG: "_s}},
+        {"silence, which ends the search",
+         {{u"a.wav"_s, voiceNote(u" \n"_s)}, {u"a.mp3"_s, "x"}},
+         std::nullopt,
+         {u"Found audio file: a.wav"_s, u"Audio transcription (CONTEXT): "_s}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         QFile::remove(log.path());
-        QStringList names;
+        const QString place = QString::fromUtf8(row.what);
+        folderWith(place);
         for (const auto& [name, bytes] : row.files) {
-            write(name, bytes);
-            names.append(name);
+            write(place + u'/' + name, bytes);
         }
-        EXPECT_EQ(await(transcribed(image)), row.words);
-        const QStringList lines = logFile().filter(u"Z [Analyzer] "_s);
-        ASSERT_EQ(lines.size(), row.lines.size()) << lines.join(u'\n').toStdString();
-        for (qsizetype index = 0; index < lines.size(); ++index) {
-            EXPECT_TRUE(lines[index].contains(u"Z [Analyzer] "_s + row.lines[index]))
-                << lines[index].toStdString();
-        }
-        clear(names);
+        EXPECT_EQ(await(transcribed(path(place + u"/a.JPG"_s))), row.words);
+        expectLogged(row.lines);
     }
-}
-
-TEST_F(AudioNoteTest, SilenceIsNoNoteAndEndsTheSearch) {
-    write(u"a.wav"_s, voiceNote(u" \n"_s));
-    write(u"a.mp3"_s, "x");
-    EXPECT_EQ(await(transcribed(folder.filePath(u"a.JPG"_s))), std::nullopt);
-    EXPECT_EQ(model.requests().size(), 1);
-}
-
-TEST_F(AudioNoteTest, ANoteThatNobodyMayReadIsPassedOver) {
-    const QString locked = write(u"a.wav"_s, voiceNote(u"Great catch"_s));
-    ASSERT_EQ(::chmod(QFile::encodeName(locked).constData(), 0), 0);
-    write(u"a.mp3"_s, "x");
-    EXPECT_EQ(await(transcribed(folder.filePath(u"a.JPG"_s))), u"Voice note a.mp3"_s);
-    EXPECT_EQ(model.requests().size(), 1);
 }
 
 TEST_F(AudioNoteTest, ThePromptTellsTheModelWhatWasSaid) {
@@ -129,12 +101,11 @@ TEST_F(AudioNoteTest, ThePromptTellsTheModelWhatWasSaid) {
     EXPECT_TRUE(hasLogged(u"[Analyzer] Audio transcription (PRIORITY): Number 12 caught it"_s));
     ASSERT_EQ(model.requests().size(), 2);
     EXPECT_TRUE(model.requests()[0].body.contains("filename=\"IMG_1.WAV\""));
-    EXPECT_TRUE(model.lastJson()[u"messages"_s][1][u"content"_s][0][u"text"_s].toString().contains(line));
+    EXPECT_TRUE(texts().value(0).contains(line));
 
     drive(captionBatch({image, jpegImage(u"IMG_2.JPG"_s)}));
-    const QJsonArray content = model.lastJson()[u"messages"_s][1][u"content"_s].toArray();
-    EXPECT_TRUE(content[1][u"text"_s].toString().contains(line));
-    EXPECT_FALSE(content[3][u"text"_s].toString().contains(u"Audio Note"_s)) << "that is the other image";
+    EXPECT_TRUE(texts().value(1).contains(line));
+    EXPECT_FALSE(texts().value(2).contains(u"Audio Note"_s)) << "that is the other image";
 }
 
 } // namespace ostrelle

@@ -15,11 +15,6 @@ namespace {
 /// A batch as part of a run over as many images, at its beginning.
 class BatchRunTest : public PipelineTest {
 protected:
-    BatchRunTest() {
-        QObject::connect(&status, &StatusStore::lastMessageChanged, &status,
-                         [this] { messages.append(status.lastMessage().value_or(QString())); });
-    }
-
     QList<ImageOutcome> runBatch(const QStringList& files) {
         status.setTotalFiles(files.size());
         status.setPending(files.size());
@@ -27,47 +22,21 @@ protected:
         return drive(captionBatch(files));
     }
     /// The model's answer to a batch: the captions with the number of their image.
-    static StandInAnswer batchReply(const QList<std::pair<int, QString>>& captions) {
-        QJsonArray list;
+    static QString list(const QList<std::pair<int, QString>>& captions) {
+        QJsonArray items;
         for (const auto& [number, caption] : captions) {
-            list.append(QJsonObject{{u"image"_s, number}, {u"caption"_s, caption}});
+            items.append(QJsonObject{{u"image"_s, number}, {u"caption"_s, caption}});
         }
-        return reply(QString::fromUtf8(QJsonDocument(list).toJson()));
+        return QString::fromUtf8(QJsonDocument(items).toJson());
     }
-    static StandInAnswer failure() { return {.status = 500, .body = "{}"}; }
-    QString folderWith(const QString& name) const {
-        EXPECT_TRUE(QDir(folder.path()).mkpath(name));
-        return folder.filePath(name);
-    }
-
-    QStringList messages;
 };
 
-/// The pieces of text that a batch request has, in their order.
-QStringList textsOf(const QJsonObject& request) {
-    QStringList texts;
-    for (const QJsonValue block : request[u"messages"_s][1][u"content"_s].toArray()) {
-        if (block[u"type"_s] == u"text"_s) {
-            texts.append(block[u"text"_s].toString());
-        }
-    }
-    return texts;
-}
-
-QList<bool> successesOf(const QList<ImageOutcome>& outcomes) {
-    QList<bool> successes;
+QList<Outcome> kindsOf(const QList<ImageOutcome>& outcomes) {
+    QList<Outcome> kinds;
     for (const ImageOutcome& image : outcomes) {
-        successes.append(image.kind == OutcomeKind::captioned);
+        kinds.append(image.kind);
     }
-    return successes;
-}
-
-QStringList failedNames(const QList<ImageOutcome>& outcomes) {
-    QStringList names;
-    for (const ImageOutcome& image : outcomes) {
-        names.append(isFailure(image.kind) ? QStringList{QFileInfo(image.file).fileName()} : QStringList());
-    }
-    return names;
+    return kinds;
 }
 
 } // namespace
@@ -75,24 +44,22 @@ QStringList failedNames(const QList<ImageOutcome>& outcomes) {
 TEST_F(BatchRunTest, ImagesAreAskedForTogetherAndWrittenAsTheyCome) {
     sidecar("Stub");
     const QStringList files{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
-    model.enqueue(batchReply({{2, u"Second."_s}, {1, u"First.\nAnd more."_s}}));
+    model.enqueue(reply(list({{2, u"Second."_s}, {1, u"First.\nAnd more."_s}})));
 
     const QList<ImageOutcome> outcome = runBatch(files);
 
     EXPECT_EQ(captionOf(files[0]), u"First.\nAnd more."_s) << "as it came: no credit, all lines";
     EXPECT_EQ(captionOf(files[1]), u"Second."_s);
-    EXPECT_EQ(successesOf(outcome), (QList<bool>{true, true}));
-    EXPECT_EQ(failedNames(outcome), QStringList());
+    EXPECT_EQ(kindsOf(outcome), QList<Outcome>(2, Outcome::captioned));
 
     ASSERT_EQ(model.requests().size(), 1);
     EXPECT_EQ(model.lastJson()[u"max_tokens"_s], 2000);
-    const QStringList texts = textsOf(model.lastJson());
-    ASSERT_EQ(texts.size(), 4);
-    EXPECT_TRUE(texts[0].contains(u"\nCode Replacements:\n12\tSam Abel\n"_s));
+    ASSERT_EQ(texts().size(), 4);
+    EXPECT_TRUE(texts()[0].contains(u"\nCode Replacements:\n12\tSam Abel\n"_s));
     EXPECT_TRUE(
-        texts[1].startsWith(u"\n\n--- IMAGE 1: IMG_1.DNG ---\nContext:\n- Event: Herons vs. Foxes\n"_s));
-    EXPECT_TRUE(texts[1].endsWith(u"\n\nExisting caption (may be minimal): Stub"_s));
-    EXPECT_TRUE(texts[2].endsWith(u"\n\nExisting caption (may be minimal): No caption"_s));
+        texts()[1].startsWith(u"\n\n--- IMAGE 1: IMG_1.DNG ---\nContext:\n- Event: Herons vs. Foxes\n"_s));
+    EXPECT_TRUE(texts()[1].endsWith(u"\n\nExisting caption (may be minimal): Stub"_s));
+    EXPECT_TRUE(texts()[2].endsWith(u"\n\nExisting caption (may be minimal): No caption"_s));
 
     EXPECT_EQ(
         messages,
@@ -108,15 +75,13 @@ TEST_F(BatchRunTest, ImagesAreAskedForTogetherAndWrittenAsTheyCome) {
     EXPECT_TRUE(console.lines.contains(u"[Analyzer] Batch Size: 2 images"_s));
     EXPECT_TRUE(await(manifest.isProcessed(files[0])) && await(manifest.isProcessed(files[1])))
         << "a JPEG is known as it is after the write";
-    EXPECT_EQ(access.begun, access.ended);
-    EXPECT_FALSE(QFileInfo::exists(folder.filePath(u"data/OpenAI_Previews"_s)));
+    EXPECT_TRUE(access.held.isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(path(u"data/OpenAI_Previews"_s)));
 }
 
 TEST_F(BatchRunTest, WhileTheModelThinksTheStatusSaysSo) {
     const QStringList files{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
-    StandInAnswer slow = batchReply({{1, u"First."_s}, {2, u"Second."_s}});
-    slow.delivery = StandInAnswer::Delivery::held;
-    model.enqueue(slow);
+    model.enqueue(held(list({{1, u"First."_s}, {2, u"Second."_s}})));
     status.setTotalFiles(12);
     auto task = captionBatch(files, 10);
     EXPECT_EQ(status.currentFileIndex(), 11);
@@ -147,9 +112,8 @@ TEST_F(BatchRunTest, TheOneImageOfTenThatNeedsACaptionIsAskedForAlone) {
     EXPECT_EQ(model.lastJson()[u"max_tokens"_s], 180);
     EXPECT_EQ(captionOf(files[7]), u"Abel\nscores. (A. Photographer)"_s);
     EXPECT_EQ(captionOf(files[6]), QString::fromLatin1(longCaption));
-    EXPECT_EQ(successesOf(outcome).count(true), 1);
     EXPECT_EQ(outcome[7].kind, Outcome::captioned);
-    EXPECT_EQ(failedNames(outcome), QStringList());
+    EXPECT_EQ(kindsOf(outcome).count(Outcome::skipped), 9);
     EXPECT_EQ(messages.last(), u"Processed: IMG_7.DNG"_s);
     EXPECT_EQ(status.pending(), 9) << "an image that is left alone counts nowhere";
     EXPECT_EQ(status.processed() + status.failed(), 1);
@@ -162,8 +126,8 @@ TEST_F(BatchRunTest, TheOneImageOfTenThatNeedsACaptionIsAskedForAlone) {
 
 TEST_F(BatchRunTest, ASingleImageThatFailsIsToldByItself) {
     const QString image = rawImage();
-    model.enqueue(failure());
-    EXPECT_EQ(failedNames(runBatch({image})), QStringList{u"IMG_1.DNG"_s});
+    model.enqueue(refusal());
+    EXPECT_EQ(runBatch({image})[0].kind, Outcome::failed);
     EXPECT_EQ(messages.last(), u"Failed: IMG_1.DNG"_s);
     EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to process single image IMG_1.DNG: OpenAI HTTP 500: {}"_s));
     EXPECT_EQ(manifest.count(), 0);
@@ -171,180 +135,96 @@ TEST_F(BatchRunTest, ASingleImageThatFailsIsToldByItself) {
 }
 
 TEST_F(BatchRunTest, NothingIsAskedWhenNoImageCanBePrepared) {
-    const QString brokenSidecar = rawImage();
-    write(u"IMG_1.xmp"_s, "<broken");
-    const QStringList files{write(u"IMG_0.JPG"_s, "no picture"), brokenSidecar,
-                            write(u"IMG_2.DNG"_s, "no picture")};
-    const QList<ImageOutcome> outcome = runBatch(files);
-    EXPECT_TRUE(model.requests().isEmpty());
-    EXPECT_EQ(successesOf(outcome), (QList<bool>{false, false, false}));
-    EXPECT_EQ(failedNames(outcome), (QStringList{u"IMG_0.JPG"_s, u"IMG_1.DNG"_s, u"IMG_2.DNG"_s}));
-    EXPECT_EQ(messages.last(), u"Failed: IMG_2.DNG"_s);
-    EXPECT_EQ(status.failed(), 3);
-    EXPECT_EQ(status.pending(), 0);
-    EXPECT_EQ(status.totalFailedAllTime(), 3);
-    for (const ImageOutcome& image : outcome) {
-        EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare %1: "_s.arg(QFileInfo(image.file).fileName())));
-    }
-    EXPECT_EQ(access.begun, access.ended);
-}
-
-TEST_F(BatchRunTest, ABatchThatFailsIsAskedForOneByOne) {
-    const struct {
-        const char* what;
-        StandInAnswer answer;
-    } rows[] = {
-        {"refused", failure()},
-        {"no list", reply(u"I see a goal."_s)},
-        {"a caption too few", batchReply({{1, u"First."_s}, {2, u"Second."_s}})},
-        {"a number of no image", batchReply({{1, u"First."_s}, {2, u"Second."_s}, {4, u"Third."_s}})},
-        {"the number 0", batchReply({{0, u"First."_s}, {1, u"Second."_s}, {2, u"Third."_s}})},
-        {"a caption too many",
-         batchReply({{1, u"First."_s}, {2, u"Second."_s}, {3, u"Third."_s}, {3, u"More."_s}})},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        QFile::remove(log.path());
-        status.setProcessed(0);
-        status.setFailed(0);
-        sidecar("Stub");
-        const QStringList files{rawImage(), rawImage(u"IMG_2.DNG"_s), jpegImage(u"IMG_3.JPG"_s)};
-        const qsizetype before = model.requests().size();
-        model.enqueue(row.answer);
-        model.enqueue(reply(u"Abel\nscores."_s));
-        model.enqueue(failure());
-        model.enqueue(reply(u"Foxes cheer."_s));
-
-        const QList<ImageOutcome> outcome = runBatch(files);
-
-        EXPECT_EQ(successesOf(outcome), (QList<bool>{true, false, true}));
-        EXPECT_EQ(failedNames(outcome), QStringList{u"IMG_2.DNG"_s});
-        EXPECT_EQ(captionOf(files[0]), u"Abel\nscores. (A. Photographer)"_s);
-        EXPECT_EQ(captionOf(files[2]), u"Foxes cheer."_s) << "it has no rights";
-        ASSERT_EQ(model.requests().size() - before, 4);
-        const QJsonObject second = requestOf(before + 2);
-        EXPECT_EQ(second[u"max_tokens"_s], 180);
-        EXPECT_TRUE(textsOf(second).value(0).contains(u"\nCode Replacements:\n12\tSam Abel\n"_s));
-        EXPECT_EQ(messages.last(3), (QStringList{u"✓ IMG_1.DNG (1/3)"_s, u"✗ Failed: IMG_2.DNG (2/3)"_s,
-                                                 u"✓ IMG_3.JPG (3/3)"_s}));
-        EXPECT_EQ(status.processed(), 2);
-        EXPECT_EQ(status.failed(), 1);
-        EXPECT_EQ(status.pending(), 0);
-        EXPECT_FALSE(status.isWaitingForAPI());
-        EXPECT_TRUE(await(manifest.isProcessed(files[0])));
-        EXPECT_FALSE(await(manifest.isProcessed(files[1]))) << "what has failed stays new";
-        EXPECT_TRUE(hasLogged(u"[Analyzer] Batch API failed, falling back to individual processing: "_s));
-        EXPECT_TRUE(hasLogged(u"[Analyzer] Individual fallback failed for IMG_2.DNG: OpenAI HTTP 500: {}"_s));
-    }
-    EXPECT_TRUE(console.lines.contains(u"[Analyzer] Batch API failed (error: OpenAI HTTP 500: {}), "
-                                       "falling back to individual processing"_s));
-}
-
-TEST_F(BatchRunTest, ACaptionOnlyEverGoesToItsOwnImage) {
-    const struct {
-        const char* what;
-        QList<std::pair<int, QString>> captions;
-        QList<std::optional<QString>> written;
-    } rows[] = {
-        {"in another order",
-         {{3, u"Third."_s}, {1, u"First."_s}, {2, u"Second."_s}},
-         {u"First."_s, u"Second."_s, u"Third."_s}},
-        {"a number twice",
-         {{1, u"First."_s}, {2, u"Second."_s}, {2, u"Third."_s}},
-         {u"First."_s, u"Second."_s, std::nullopt}},
-        {"a number twice and one of no image",
-         {{1, u"First."_s}, {1, u"More."_s}, {9, u"Ninth."_s}, {3, u"Third."_s}},
-         {u"First."_s, std::nullopt, u"Third."_s}},
-        {"an empty caption",
-         {{1, u"First."_s}, {2, u"  "_s}, {3, u"Third."_s}},
-         {u"First."_s, u""_s, u"Third."_s}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        QFile::remove(log.path());
-        QStringList files;
-        for (int number = 1; number <= 3; ++number) {
-            files.append(rawImage(u"IMG_%1.DNG"_s.arg(number)));
-            sidecar("Stub", u"IMG_%1.xmp"_s.arg(number));
-        }
-        model.enqueue(batchReply(row.captions));
-        const QList<ImageOutcome> outcome = runBatch(files);
-        for (qsizetype index = 0; index < files.size(); ++index) {
-            EXPECT_EQ(captionOf(files[index]).value_or(QString()), row.written[index].value_or(u"Stub"_s));
-            EXPECT_EQ(outcome[index].kind == Outcome::captioned, row.written[index].has_value());
-            EXPECT_EQ(hasLogged(u"[Analyzer] No caption returned for IMG_%1.DNG in batch response"_s.arg(
-                          index + 1)),
-                      !row.written[index]);
-        }
-        EXPECT_EQ(failedNames(outcome).size(), row.written.count(std::nullopt));
-    }
-}
-
-TEST_F(BatchRunTest, ImagesOfTheSameNameGetTheirOwnCaptions) {
-    folderWith(u"morning"_s);
-    folderWith(u"evening"_s);
-    const QStringList files{rawImage(u"morning/IMG_1.DNG"_s), rawImage(u"evening/IMG_1.DNG"_s),
-                            jpegImage(u"evening/IMG_2.JPG"_s)};
-    sidecar("Sunrise", u"morning/IMG_1.xmp"_s);
-    sidecar("Sunset", u"evening/IMG_1.xmp"_s);
-    model.enqueue(batchReply({{1, u"Morning."_s}, {2, u"Evening."_s}, {2, u"Whose is it?"_s}}));
-    const QList<ImageOutcome> outcome = runBatch(files);
-    EXPECT_EQ(captionOf(files[0]), u"Morning."_s);
-    EXPECT_EQ(captionOf(files[1]), u"Evening."_s);
-    EXPECT_EQ(successesOf(outcome), (QList<bool>{true, true, false}));
-    EXPECT_EQ(outcome[2].reason, u"The model returned no caption for it."_s);
-}
-
-TEST_F(BatchRunTest, AFolderThatCannotBeWrittenFailsItsImagesAlone) {
     const QString locked = folderWith(u"locked"_s);
-    const QStringList files{rawImage(), rawImage(u"locked/IMG_2.DNG"_s), rawImage(u"locked/IMG_3.DNG"_s),
-                            jpegImage(u"locked/IMG_4.JPG"_s)};
-    sidecar("Stub", u"locked/IMG_3.xmp"_s);
+    sidecar("Stub", u"locked/IMG_4.xmp"_s);
+    write(u"IMG_1.xmp"_s, "<broken");
+    const QStringList files{write(u"IMG_0.JPG"_s, "no picture"), rawImage(),
+                            write(u"IMG_2.DNG"_s, "no picture"), rawImage(u"locked/IMG_3.DNG"_s),
+                            rawImage(u"locked/IMG_4.DNG"_s)};
     setMode(locked, 0555);
     const QList<ImageOutcome> outcome = runBatch(files);
     setMode(locked, 0755);
-    EXPECT_EQ(successesOf(outcome), (QList<bool>{true, false, false, false}));
-    EXPECT_FALSE(captionOf(files[0]).value_or(QString()).isEmpty());
-    EXPECT_EQ(captionOf(files[2]), u"Stub"_s);
+    EXPECT_TRUE(model.requests().isEmpty());
+    EXPECT_EQ(kindsOf(outcome), QList<Outcome>(5, Outcome::failed));
+    EXPECT_EQ(messages.last(), u"Failed: IMG_4.DNG"_s);
+    EXPECT_EQ(status.failed(), 5);
+    EXPECT_EQ(status.pending(), 0);
+    EXPECT_EQ(status.totalFailedAllTime(), 5);
+    for (const ImageOutcome& image : outcome) {
+        EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare %1: "_s.arg(QFileInfo(image.file).fileName())));
+    }
+    EXPECT_TRUE(hasLogged(u"[Analyzer] Could not read metadata for IMG_1.DNG: The XML is not well formed"_s));
     EXPECT_TRUE(
-        hasLogged(u"[Analyzer] Failed to create XMP sidecar for RAW file IMG_2.DNG in folder: "_s + locked));
-    EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare IMG_2.DNG: Could not "_s));
-    EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare IMG_3.DNG: Could not "_s));
-    EXPECT_TRUE(hasLogged(u"[Analyzer] Failed to prepare IMG_4.JPG: "_s));
-    EXPECT_EQ(manifest.count(), 1) << "what has failed stays new";
-    EXPECT_EQ(status.failed(), 3);
+        hasLogged(u"[Analyzer] Failed to create XMP sidecar for RAW file IMG_3.DNG in folder: "_s + locked));
+    EXPECT_EQ(read(u"IMG_1.xmp"_s), "<broken");
+    EXPECT_EQ(captionOf(files[4]), u"Stub"_s);
+    EXPECT_TRUE(access.held.isEmpty());
 }
 
-TEST_F(BatchRunTest, ASidecarThatNobodyMayReadIsMadeAnew) {
-    const QString image = rawImage();
-    sidecar("Nobody knows");
-    setMode(folder.filePath(u"IMG_1.xmp"_s), 0);
-    EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)})[0].kind == Outcome::captioned);
-    EXPECT_TRUE(console.lines.contains(u"[Analyzer] Recreated unreadable XMP sidecar for IMG_1.DNG"_s));
-    EXPECT_TRUE(textsOf(model.lastJson()).value(1).endsWith(u"No caption"_s));
+TEST_F(BatchRunTest, ABatchThatFailsIsAskedForOneByOne) {
+    sidecar("Stub");
+    const QStringList files{rawImage(), rawImage(u"IMG_2.DNG"_s), jpegImage(u"IMG_3.JPG"_s)};
+    model.enqueue(reply(u"I see a goal."_s));
+    model.enqueue(reply(u"Abel\nscores."_s));
+    model.enqueue(reply(u"Foxes cheer."_s));
+    model.enqueue(refusal());
+
+    const QList<ImageOutcome> outcome = runBatch(files);
+
+    EXPECT_EQ(kindsOf(outcome), (QList<Outcome>{Outcome::captioned, Outcome::captioned, Outcome::failed}));
+    EXPECT_EQ(captionOf(files[0]), u"Abel\nscores. (A. Photographer)"_s);
+    EXPECT_EQ(captionOf(files[1]), u"Foxes cheer."_s) << "it has no rights";
+    EXPECT_EQ(requestSizes(), (QList<std::pair<qsizetype, int>>{{3, 2000}, {1, 180}, {1, 180}, {1, 180}}));
+    EXPECT_TRUE(texts().value(0).contains(u"\nCode Replacements:\n12\tSam Abel\n"_s));
+    EXPECT_EQ(messages.last(3),
+              (QStringList{u"✓ IMG_1.DNG (1/3)"_s, u"✓ IMG_2.DNG (2/3)"_s, u"✗ Failed: IMG_3.JPG (3/3)"_s}));
+    EXPECT_EQ(status.processed(), 2);
+    EXPECT_EQ(status.failed(), 1);
+    EXPECT_EQ(status.pending(), 0);
+    EXPECT_FALSE(status.isWaitingForAPI());
+    EXPECT_TRUE(await(manifest.isProcessed(files[0])));
+    EXPECT_FALSE(await(manifest.isProcessed(files[2]))) << "what has failed stays new";
+    EXPECT_TRUE(hasLogged(u"[Analyzer] Batch API failed, falling back to individual processing: "_s));
+    EXPECT_TRUE(hasLogged(u"[Analyzer] Individual fallback failed for IMG_3.JPG: OpenAI HTTP 500: {}"_s));
+    EXPECT_EQ(console.count(u"[Analyzer] Batch API failed (error: "_s), 1);
+}
+
+TEST_F(BatchRunTest, ACaptionOnlyEverGoesToItsOwnImage) {
+    QStringList files;
+    for (const QString& name : {u"morning"_s, u"noon"_s, u"evening"_s, u"night"_s}) {
+        folderWith(name);
+        files.append(rawImage(name + u"/IMG_1.DNG"_s));
+        sidecar("Stub", name + u"/IMG_1.xmp"_s);
+    }
+    model.enqueue(
+        reply(list({{4, u"  "_s}, {3, u"Evening."_s}, {1, u"Morning."_s}, {1, u"Whose is it?"_s}})));
+    const QList<ImageOutcome> outcome = runBatch(files);
+    EXPECT_EQ(captionOf(files[0]), u"Morning."_s);
+    EXPECT_EQ(captionOf(files[1]), u"Stub"_s);
+    EXPECT_EQ(captionOf(files[2]), u"Evening."_s);
+    EXPECT_EQ(captionOf(files[3]).value_or(QString()), QString());
+    EXPECT_EQ(kindsOf(outcome),
+              (QList<Outcome>{Outcome::captioned, Outcome::failed, Outcome::captioned, Outcome::captioned}));
+    EXPECT_EQ(outcome[1].reason, u"The model returned no caption for it."_s);
+    EXPECT_TRUE(hasLogged(u"[Analyzer] No caption returned for IMG_1.DNG in batch response"_s));
 }
 
 TEST_F(BatchRunTest, ARosterThatCannotBeReadIsToldOfInABatchOnly) {
-    const QString roster = folder.filePath(u"roster.txt"_s);
-    setMode(roster, 0);
+    setMode(path(u"roster.txt"_s), 0);
     const QString line = u"[Analyzer] Failed to read Code Replacements file: "_s;
-    const QString image = rawImage();
-    EXPECT_TRUE(runBatch({image})[0].kind == Outcome::captioned);
-    EXPECT_FALSE(hasLogged(line));
-    EXPECT_EQ(reports.last().warnings,
+    const QStringList files{rawImage(), jpegImage(u"IMG_2.JPG"_s)};
+    EXPECT_EQ(runBatch({files[0]})[0].warnings,
               QStringList(u"The names in roster.txt will not be used: it cannot be read "
                           "(Permission denied)."_s));
-    EXPECT_TRUE(runBatch({image, jpegImage(u"IMG_2.JPG"_s)})[0].kind == Outcome::captioned);
+    EXPECT_FALSE(hasLogged(line));
+    EXPECT_EQ(kindsOf(runBatch(files)), QList<Outcome>(2, Outcome::captioned));
     EXPECT_TRUE(hasLogged(line));
-    EXPECT_FALSE(textsOf(model.lastJson()).value(0).contains(u"Code Replacements:"_s));
-    setMode(roster, 0644);
+    EXPECT_FALSE(texts().value(0).contains(u"Code Replacements:"_s));
+    setMode(path(u"roster.txt"_s), 0644);
 
     write(u"roster.txt"_s, "1\tSam\n" + QByteArray(20'000, 'x'));
-    runBatch({image, jpegImage(u"IMG_2.JPG"_s)});
-    EXPECT_EQ(console.lines
-                  .filter(u"[Analyzer] WARNING: Code Replacements file is very large (20006 chars). "
-                          "Truncated to 5 chars"_s)
-                  .size(),
+    runBatch(files);
+    EXPECT_EQ(console.count(u"[Analyzer] WARNING: Code Replacements file is very large (20006 chars). "_s),
               1);
     EXPECT_FALSE(hasLogged(u"Code Replacements truncated"_s)) << "that is said of single images";
 }

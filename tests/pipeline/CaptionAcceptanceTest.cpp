@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "pipeline/CaptionAcceptance.h"
-
+#include "pipeline/CaptionWriting.h"
 #include "pipeline/PipelineFixture.h"
 
 namespace ostrelle {
@@ -19,6 +18,49 @@ TEST(CaptionAcceptance, ACaptionIsTheFirstLineThatSaysSomething) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(firstNonEmptyLine(row.text), row.line) << row.text.toStdString();
+    }
+}
+
+TEST(CaptionAcceptance, ARealCaptionHas51CharactersThatAPersonSees) {
+    const QString family = u"👨‍👩‍👧‍👦"_s;
+    EXPECT_FALSE(isRealCaption({}));
+    for (const QString& character : {u"x"_s, family, u"e\u0301"_s, u"👍🏽"_s}) {
+        EXPECT_FALSE(isRealCaption(u" \t\n\u00A0"_s + character.repeated(50) + u" \n"_s));
+        EXPECT_TRUE(isRealCaption(character.repeated(51)));
+    }
+}
+
+TEST_F(PipelineTest, AReplyBecomesACaptionByTheRulesOfItsPath) {
+    settings.setAppendCreditToCaption(true);
+    const QString kept = u"Model returned default caption unchanged"_s;
+    const QString warned = u"Model returned caption with placeholders unchanged"_s;
+    const struct {
+        CaptionPath path;
+        QString before;
+        QString reply;
+        std::optional<QString> caption;
+        QString line;
+    } rows[] = {
+        {CaptionPath::singleImage, u"Stub"_s, u"\n One. \nTwo"_s, u"One."_s, {}},
+        {CaptionPath::singleImage, u"Stub"_s, u"New in City,State"_s, u"New in City,State"_s, {}},
+        {CaptionPath::singleImage, u"Same"_s, u" Same \n"_s, std::nullopt, kept},
+        {CaptionPath::singleImage, u"Zoë"_s, u"Zoe\u0308"_s, std::nullopt, kept},
+        {CaptionPath::singleImage, u"In city, state"_s, u"In city, state"_s, u"In city, state"_s, warned},
+        {CaptionPath::singleImage, u"CITY,STATE"_s, u"CITY,STATE"_s, u"CITY,STATE"_s, warned},
+        {CaptionPath::batchReply, u"Same"_s, u"Same"_s, u"Same"_s, {}},
+        {CaptionPath::batchReply, u"Stub"_s, u"One.\nTwo "_s, u"One.\nTwo "_s, {}},
+        {CaptionPath::oneOfBatch, u"Same"_s, u"Same"_s, u"Same (Desk)"_s, {}},
+        {CaptionPath::oneOfBatch, u"Stub"_s, u"One.\nTwo"_s, u"One.\nTwo (Desk)"_s, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.reply.toStdString());
+        QFile::remove(log.path());
+        PreparedImage image{
+            .file = u"IMG_1.DNG"_s, .source = {}, .defaultCaption = row.before, .audioTranscription = {}};
+        image.source.facts.rights = u"(Desk)"_s;
+        EXPECT_EQ(acceptReply(row.path, row.reply, image, settings, log), row.caption);
+        EXPECT_EQ(logFile().size(), row.line.isEmpty() ? 0 : 1);
+        EXPECT_TRUE(row.line.isEmpty() || hasLogged(row.line));
     }
 }
 

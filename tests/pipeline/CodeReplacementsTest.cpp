@@ -5,17 +5,11 @@
 #include "pipeline/CodeReplacementsReading.h"
 #include "pipeline/PipelineFixture.h"
 
-#include <gtest/gtest.h>
-
-#include <QTemporaryDir>
-
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-TEST(CodeReplacements, ARosterWhoseNamesAreOfNoUseSaysWhy) {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"roster.txt"_s);
+TEST_F(PipelineTest, ARosterWhoseNamesAreOfNoUseSaysWhy) {
     const struct {
         QByteArray bytes;
         QString problem;
@@ -30,65 +24,36 @@ TEST(CodeReplacements, ARosterWhoseNamesAreOfNoUseSaysWhy) {
          u"The names in roster.txt will not be used: it is larger than 16 MB."_s},
     };
     for (const auto& row : rows) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(row.bytes);
-        file.close();
-        EXPECT_EQ(rosterProblem(path), row.problem);
+        EXPECT_EQ(rosterProblem(write(u"roster.txt"_s, row.bytes)), row.problem);
     }
-    QFile::remove(path);
-    EXPECT_EQ(rosterProblem(path),
-              u"The names in roster.txt will not be used: it cannot be read (No such file or directory)."_s);
+    EXPECT_EQ(rosterProblem(path(u"gone.txt"_s)),
+              u"The names in gone.txt will not be used: it cannot be read (No such file or directory)."_s);
 }
 
 TEST(CodeReplacements, CountsLinesAndKeys) {
     const struct {
         QByteArray bytes;
-        qsizetype lines;
-        qsizetype characters;
-        qsizetype keys;
-        QStringList samples;
+        QString summary; ///< lines, characters, keys; then samples of these
     } rows[] = {
-        {"", 0, 0, 0, {}},
-        {"12\tJohn Smith", 1, 13, 1, {u"12"_s}},
-        {"\xEF\xBB\xBF"
+        {"", u"0 0 0;"_s},
+        {"12\tJohn Smith", u"1 13 1; 12"_s},
+        {"\xEF\xBB\xBF" // a byte-order mark
          "12\tA\r\n\r\n13\tB\r\n",
-         2,
-         11,
-         2,
-         {u"12"_s, u"13"_s}}, // after a byte-order mark
-        {"a comment\n\tno key\n \t \n", 3, 22, 0, {}},
-        {" 44 \tA\n44\tB\tC\n", 2, 14, 1, {u"44"_s}},
-        {"1\t\v2\t\f3\t\r4\t\xC2\x85"
-         "5\t\xE2\x80\xA8"
-         "6\t\xE2\x80\xA9"
-         "7\t\n8\t",
-         8,
-         23,
-         8,
-         {u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s}},
-        {"7\te\xCC\x81\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD\n",
-         1,
-         5,
-         1,
-         {u"7"_s}},                    // é and a thumb with a skin tone
-        {"J\xF8rgen\tX", 0, 0, 0, {}}, // Latin-1
-        {QByteArray("\xFF\xFE"
-                    "1\0\t\0",
-                    6),
-         0,
-         0,
-         0,
-         {}},                               // UTF-16
-        {"12\tJohn \xE2\x80", 0, 0, 0, {}}, // cut short
+         u"2 11 2; 12 13"_s},
+        {"a comment\n\tno key\n \t \n", u"3 22 0;"_s},
+        {" 44 \tA\n44\tB\tC\n", u"2 14 1; 44"_s},
+        {"1\t\v2\t\f3\t\r4\t\xC2\x85 5\t\xE2\x80\xA8 6\t\xE2\x80\xA9 7\t\n8\t", u"8 26 8; 1 2 3 4 5 6"_s},
+        {"7\te\xCC\x81\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD\n", u"1 5 1; 7"_s}, // é and a thumb with a skin tone
+        {"J\xF8rgen\tX", u"0 0 0;"_s},                                     // Latin-1
+        {QByteArray("\xFF\xFE\61\0\t\0", 6), u"0 0 0;"_s},                 // UTF-16
+        {"12\tJohn \xE2\x80", u"0 0 0;"_s},                                // cut short
     };
     for (const auto& row : rows) {
-        const CodeReplacements replacements = parseCodeReplacements(row.bytes);
-        const std::string name = row.bytes.toStdString();
-        EXPECT_EQ(replacements.lineCount, row.lines) << name;
-        EXPECT_EQ(replacements.characterCount, row.characters) << name;
-        EXPECT_EQ(replacements.uniqueKeyCount, row.keys) << name;
-        EXPECT_EQ(replacements.sampleKeys, row.samples) << name;
+        const CodeReplacements roster = parseCodeReplacements(row.bytes);
+        const QString counts =
+            u"%1 %2 %3;"_s.arg(roster.lineCount).arg(roster.characterCount).arg(roster.uniqueKeyCount);
+        EXPECT_EQ((QStringList{counts} + roster.sampleKeys).join(u' '), row.summary)
+            << row.bytes.toStdString();
     }
 }
 
@@ -142,28 +107,21 @@ TEST(CodeReplacements, SaysInTheLogWhatTheModelGets) {
                       QString(477, u'x')}));
 }
 
-TEST(CodeReplacements, AreDiscoveredUnderThreeNames) {
-    const QTemporaryDir folder;
-    const QTemporaryDir other;
-    const auto path = [&folder](const QString& name) { return folder.filePath(name); };
-    const auto make = [&path](const QString& name) {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    };
-    make(u"roster.txt"_s);
-    EXPECT_TRUE(QDir(folder.path()).mkpath(u"deeper"_s));
-    make(u"deeper/code-replacements.txt"_s);
+TEST_F(PipelineTest, ARosterIsDiscoveredUnderThreeNames) {
+    const QString other = folderWith(u"other"_s);
+    folderWith(u"deeper"_s);
+    write(u"deeper/code-replacements.txt"_s, "");
     EXPECT_EQ(findCodeReplacementsFile(folder.path()), std::nullopt);
     EXPECT_FALSE(hasCodeReplacementsFile(std::nullopt, folder.path()));
     EXPECT_TRUE(hasCodeReplacementsFile(path(u"gone.txt"_s), folder.path())) << "selected is enough";
     // From the last choice to the first.
     for (const QString& name :
          {u"codereplacements.txt"_s, u"code_replacements.txt"_s, u"code-replacements.txt"_s}) {
-        make(name);
+        write(name, "");
         EXPECT_EQ(findCodeReplacementsFile(folder.path()), path(name));
         EXPECT_TRUE(hasCodeReplacementsFile(std::nullopt, folder.path()));
     }
-    EXPECT_FALSE(hasCodeReplacementsFile(std::nullopt, other.path()));
+    EXPECT_FALSE(hasCodeReplacementsFile(std::nullopt, other));
     EXPECT_FALSE(resolveCodeReplacementsFile(std::nullopt, std::nullopt));
     const auto discovered = resolveCodeReplacementsFile(std::nullopt, folder.path());
     ASSERT_TRUE(discovered);
@@ -183,13 +141,13 @@ TEST_F(RosterTest, IsReadFromTheSelectedFileAndElseFromTheIngestFolder) {
     settings.setIngestFolder(folder.path());
     const QString discovered = write(u"code_replacements.txt"_s, "9\tDana Cole\n");
     EXPECT_EQ(read().sampleKeys, QStringList{u"12"_s});
-    EXPECT_TRUE(hasLogged(u"[Analyzer] Using manually selected code replacements file: "_s +
-                          folder.filePath(u"roster.txt"_s)));
+    EXPECT_TRUE(
+        hasLogged(u"[Analyzer] Using manually selected code replacements file: "_s + path(u"roster.txt"_s)));
     settings.setCodeReplacementsFile(std::nullopt);
     EXPECT_EQ(read().sampleKeys, QStringList{u"9"_s});
     EXPECT_TRUE(hasLogged(u"[Analyzer] Using auto-discovered code replacements file: "_s + discovered));
-    EXPECT_EQ(access.begun, 2);
-    EXPECT_EQ(access.ended, 2);
+    EXPECT_EQ(access.all.size(), 2);
+    EXPECT_EQ(access.held, QStringList());
     EXPECT_EQ(console.lines.filter(u"[Analyzer]"_s), QStringList());
 }
 
@@ -197,7 +155,7 @@ TEST_F(RosterTest, IsEmptyWhenThereIsNoneOrItCannotBeRead) {
     write(u"roster.txt"_s, "J\xF8rgen\tX");
     EXPECT_EQ(read().characterCount, 0);
     EXPECT_EQ(logFile().size(), 1) << "bytes that are no text are not worth a line";
-    settings.setCodeReplacementsFile(folder.filePath(u"gone.txt"_s));
+    settings.setCodeReplacementsFile(path(u"gone.txt"_s));
     EXPECT_EQ(read().characterCount, 0);
     const QStringList told = console.lines.filter(u"[Analyzer]"_s);
     ASSERT_EQ(told.size(), 1);
@@ -207,7 +165,7 @@ TEST_F(RosterTest, IsEmptyWhenThereIsNoneOrItCannotBeRead) {
     EXPECT_EQ(read().characterCount, 0);
     EXPECT_TRUE(hasLogged(u"[Analyzer] No code replacements file found (neither manually selected nor "
                           "auto-discovered)"_s));
-    EXPECT_EQ(access.begun, access.ended);
+    EXPECT_EQ(access.held, QStringList());
 }
 
 } // namespace ostrelle

@@ -1,32 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ManualSelection.h"
 
-#include "platform/PathReferences.h"
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
-#include "support/RecordingLog.h"
-
-#include <gtest/gtest.h>
+#include "pipeline/PipelineFixture.h"
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-class ManualSelectionTest : public testing::Test {
-protected:
-    MemoryDefaults defaults;
-    MemorySecrets secrets;
-    PathReferences references;
-    RecordingLog console;
-    KeychainHelper keychain{secrets, console};
-    SettingsStore settings{defaults, keychain, references, console};
-};
-
-} // namespace
-
-TEST_F(ManualSelectionTest, FilesAreSortedIntoWhatTheyAre) {
+TEST(ManualSelection, FilesAreSortedIntoWhatTheyAre) {
     const ManualSelection selection = ManualSelection::of(
         {u"/g/b.JPG"_s, u"/g/a.CR3"_s, u"/g/a.XMP"_s, u"/g/notes.txt"_s, u"/g/b.JPG"_s, u"/h/b.JPG"_s,
          u"/g/clip.mp4"_s, u"/g/c.jpeg"_s, u"/g/d.dng.part"_s, u"/g/e.raf"_s, u"/g/jpg"_s});
@@ -35,7 +16,7 @@ TEST_F(ManualSelectionTest, FilesAreSortedIntoWhatTheyAre) {
     EXPECT_EQ(selection.rawImages(), QStringList{u"/g/a.CR3"_s});
 }
 
-TEST_F(ManualSelectionTest, EachRawImageNeedsItsSidecarInTheSelection) {
+TEST(ManualSelection, EachRawImageNeedsItsSidecarInTheSelection) {
     const struct {
         QStringList files;
         bool isComplete;
@@ -54,7 +35,7 @@ TEST_F(ManualSelectionTest, EachRawImageNeedsItsSidecarInTheSelection) {
     }
 }
 
-TEST_F(ManualSelectionTest, WhatIsNotCaptionedIsExplained) {
+TEST(ManualSelection, WhatIsNotCaptionedIsExplained) {
     const auto sidecars = missingSidecarsAlert(ManualSelection::of({u"/g/a.dng"_s}));
     ASSERT_TRUE(sidecars);
     EXPECT_EQ(sidecars->title, u"RAW files selected without XMP sidecars");
@@ -69,7 +50,7 @@ TEST_F(ManualSelectionTest, WhatIsNotCaptionedIsExplained) {
     EXPECT_FALSE(missingImagesAlert(ManualSelection::of({u"/g/a.jpg"_s})));
 }
 
-TEST_F(ManualSelectionTest, TheChoiceBeginsInTheFolderOfTheSource) {
+TEST_F(PipelineTest, TheChoiceBeginsInTheFolderOfTheSource) {
     settings.setIngestFolder(u"/g/ingest"_s);
     settings.setDestinationFolder(u"/g/arrived"_s);
     EXPECT_EQ(imageQuestion(settings).startFolder, u"/g/ingest");
@@ -83,7 +64,7 @@ TEST_F(ManualSelectionTest, TheChoiceBeginsInTheFolderOfTheSource) {
     EXPECT_EQ(imageQuestionLogLine(settings), std::nullopt);
 }
 
-TEST_F(ManualSelectionTest, WhatIsOfferedIsWhatIsTaken) {
+TEST_F(PipelineTest, WhatIsOfferedIsWhatIsTaken) {
     QStringList files;
     for (const QString& extension : imageQuestion(settings).extensions) {
         files.append(u"/g/a."_s + extension);

@@ -24,6 +24,15 @@
 
 namespace ostrelle {
 
+/// A desktop that keeps the links that it is to open.
+class LinkRecorder : public Workspace {
+public:
+    void openLink(const QUrl& link) override { opened.append(link); }
+    void bringToFront() override {}
+
+    QList<QUrl> opened;
+};
+
 /// A folder, and the stand-in for the model.
 struct ModelAndFolder {
     UnprivilegedFolder folder;
@@ -39,17 +48,24 @@ protected:
         settings.setCodeReplacementsFile(folder.filePath(QStringLiteral("roster.txt")));
         QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer,
                          [this](const ImageOutcome& image) { reports.append(image); });
+        QObject::connect(&status, &StatusStore::lastMessageChanged, &status,
+                         [this] { messages.append(status.lastMessage().value_or(QString())); });
     }
 
+    /// What is still being saved would be in the way of the folder's removal.
+    ~PipelineTest() override { await(prompts.finishPending()); }
+
+    QString path(const QString& name) const { return folder.filePath(name); }
+    QString folderWith(const QString& name) const {
+        EXPECT_TRUE(QDir(folder.path()).mkpath(name));
+        return path(name);
+    }
     QString write(const QString& name, const QByteArray& bytes) const {
-        QFile file(folder.filePath(name));
+        QFile file(path(name));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
         return file.fileName();
     }
-    QByteArray read(const QString& name) const {
-        QFile file(folder.filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray read(const QString& name) const { return contentsOf(path(name)); }
     /// A RAW image with a picture.
     QString rawImage(const QString& name = QStringLiteral("IMG_1.DNG")) const {
         static const QByteArray picture = dngFile(SportsScene(320, 200, 1));
@@ -74,7 +90,7 @@ protected:
                         caption +
                         "</rdf:li></rdf:Alt></dc:description></rdf:Description></rdf:RDF></x:xmpmeta>");
     }
-    std::optional<QString> caption() const { return captionOf(folder.filePath(QStringLiteral("IMG_1.DNG"))); }
+    std::optional<QString> caption() const { return captionOf(path(QStringLiteral("IMG_1.DNG"))); }
     /// The caption of an image in any folder.
     static std::optional<QString> captionOf(const QString& image) {
         return ImageMetadata(image).read(QTimeZone::utc()).facts.caption;
@@ -92,28 +108,41 @@ protected:
                        [&analyzer](const ImageOutcome& image) { Q_EMIT analyzer.imageFinished(image); });
         co_return co_await batch.execute();
     }
-    /// A request that the model got.
-    QJsonObject requestOf(qsizetype index) const {
-        return QJsonDocument::fromJson(model.requests().at(index).body).object();
+    /// The pieces of text in the last request to the model, in their order.
+    QStringList texts() const {
+        QStringList texts;
+        for (const QJsonValue block : model.lastJson()[u"messages"][1][u"content"].toArray()) {
+            if (block[u"type"] == QStringLiteral("text")) {
+                texts.append(block[u"text"].toString());
+            }
+        }
+        return texts;
+    }
+    /// How many pictures each request to the model had, and the most tokens that it asked for.
+    QList<std::pair<qsizetype, int>> requestSizes() const {
+        QList<std::pair<qsizetype, int>> sizes;
+        for (const HttpRequest& request : model.requests()) {
+            sizes.append({request.body.count("\"image_url\":{"),
+                          QJsonDocument::fromJson(request.body)[u"max_tokens"].toInt()});
+        }
+        return sizes;
     }
     /// A reply of the model with this content.
     static StandInAnswer reply(const QString& content, bool hasUsage = true) {
-        QJsonObject body{
-            {QStringLiteral("id"), QStringLiteral("chatcmpl-1")},
-            {QStringLiteral("choices"),
-             QJsonArray{QJsonObject{{QStringLiteral("index"), 0},
-                                    {QStringLiteral("message"),
-                                     QJsonObject{{QStringLiteral("role"), QStringLiteral("assistant")},
-                                                 {QStringLiteral("content"), content}}}}}}};
-        if (hasUsage) {
-            body.insert(QStringLiteral("usage"), QJsonObject{{QStringLiteral("prompt_tokens"), 1'000'000},
-                                                             {QStringLiteral("completion_tokens"), 500'000},
-                                                             {QStringLiteral("total_tokens"), 1'500'000}});
-        }
-        StandInAnswer answer;
-        answer.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
+        const QByteArray list = QJsonDocument(QJsonArray{content}).toJson(QJsonDocument::Compact);
+        return {.body = R"({"id":"c","choices":[{"index":0,"message":{"role":"assistant","content":)" +
+                        list.sliced(1).chopped(1) + "}}]" +
+                        (hasUsage ? R"(,"usage":{"prompt_tokens":1000000,"completion_tokens":500000,)"
+                                    R"("total_tokens":1500000}})"
+                                  : "}")};
+    }
+    /// A reply that the model keeps for a while.
+    static StandInAnswer held(const QString& content) {
+        StandInAnswer answer = reply(content);
+        answer.delivery = StandInAnswer::Delivery::held;
         return answer;
     }
+    static StandInAnswer refusal(int httpStatus = 500) { return {.status = httpStatus, .body = "{}"}; }
 
     /// Runs the image to its end; the time in which its progress stays to be seen passes then.
     bool run(const QString& file) {
@@ -128,10 +157,11 @@ protected:
         driveUntil([&task] { return task.isReady(); });
         return task.operator co_await().await_resume();
     }
-    void driveUntil(const std::function<bool()>& condition) {
-        waitUntil([this, &condition] {
+    void driveUntil(const std::function<bool()>& condition,
+                    std::chrono::milliseconds step = std::chrono::milliseconds(20)) {
+        waitUntil([this, &condition, step] {
             if (!condition() && clock.waiting() > 0) {
-                clock.advance(std::chrono::milliseconds(20));
+                clock.advance(step);
             }
             return condition();
         });
@@ -139,9 +169,30 @@ protected:
     QStringList logFile() const {
         return QString::fromUtf8(read(QStringLiteral("data/Analyzer.log"))).split(u'\n', Qt::SkipEmptyParts);
     }
+    /// The lines of the file have to begin so, behind their moment.
+    void expectLogged(const QStringList& beginnings) const {
+        const QStringList lines = logFile().filter(QStringLiteral("Z [Analyzer] "));
+        ASSERT_EQ(lines.size(), beginnings.size()) << lines.join(u'\n').toStdString();
+        for (qsizetype index = 0; index < lines.size(); ++index) {
+            EXPECT_TRUE(lines[index].startsWith(QStringLiteral("2024-10-26T12:00:00Z [Analyzer] ") +
+                                                beginnings[index]))
+                << lines[index].toStdString();
+        }
+    }
     bool hasLogged(const QString& words) const { return logFile().filter(words).size() == 1; }
 
+    /// What the desktop was given to show.
+    QStringList notified() const {
+        QStringList bodies;
+        for (const DesktopNotification& notification : notificationCenter.posted) {
+            bodies.append(notification.body);
+        }
+        return bodies;
+    }
+
+    LinkRecorder workspace;
     QList<ImageOutcome> reports;
+    QStringList messages; ///< of the status
 };
 
 } // namespace ostrelle

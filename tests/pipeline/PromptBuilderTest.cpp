@@ -36,56 +36,28 @@ PromptTemplates namedTemplates() {
 TEST(PromptBuilder, JoinsThePromptOfABatchFromTheBuiltInTexts) {
     const struct {
         CaptionStyle style;
+        Sport sport;
         bool includeOffenseDefense;
-        QString recipe;
-        QString recipeWithBibs;
-    } styles[] = {
-        {CaptionStyle::apSports, false, u"apHead apIdentify | apBody"_s,
+        QString sportRules;
+        QString styleRules;
+    } rows[] = {
+        {CaptionStyle::apSports, Sport::crossCountry, false, u"sportCrossCountry"_s,
          u"apHead apIdentify | apBibRule apBody"_s},
-        {CaptionStyle::apSports, true, u"apHead apIdentifyOffenseDefense | apBody apExampleOffenseDefense"_s,
-         u"apHead apIdentifyOffenseDefense | apBibRule apBody apExampleOffenseDefense"_s},
-        {CaptionStyle::gettySports, false, u"gettyHead gettyIdentify | gettyBody"_s,
-         u"gettyHead gettyIdentify | gettyBibRule gettyBody"_s},
-        {CaptionStyle::gettySports, true,
-         u"gettyHead gettyIdentifyOffenseDefense | gettyBody gettyExampleOffenseDefense"_s,
-         u"gettyHead gettyIdentifyOffenseDefense | gettyBibRule gettyBody gettyExampleOffenseDefense"_s},
-        {CaptionStyle::imagnImages, false, u"imagnHead imagnIdentify | imagnBody"_s,
-         u"imagnHead imagnIdentify | imagnBibRule imagnBody"_s},
-        {CaptionStyle::imagnImages, true,
-         u"imagnHead imagnIdentifyOffenseDefense | imagnBody imagnExampleOffenseDefense"_s,
+        {CaptionStyle::gettySports, Sport::football, true, u"sportFootball"_s,
+         u"gettyHead gettyIdentifyOffenseDefense | gettyBody gettyExampleOffenseDefense"_s},
+        {CaptionStyle::imagnImages, Sport::trackAndField, true, u"sportTrackAndField"_s,
          u"imagnHead imagnIdentifyOffenseDefense | imagnBibRule imagnBody imagnExampleOffenseDefense"_s},
-        {CaptionStyle::simple, false, u"simpleHead simpleIdentify simpleBody"_s,
-         u"simpleHead simpleIdentify simpleBody"_s},
-        {CaptionStyle::simple, true,
-         u"simpleHead simpleIdentifyOffenseDefense simpleBody simpleExampleOffenseDefense"_s,
+        {CaptionStyle::simple, Sport::horseRacing, true, u"sportHorseRacing"_s,
          u"simpleHead simpleIdentifyOffenseDefense simpleBody simpleExampleOffenseDefense"_s},
     };
-    const struct {
-        Sport sport;
-        QString recipe;
-        bool hasBibs = false;
-    } sports[] = {
-        {Sport::baseball, u"sportBaseball"_s},
-        {Sport::basketball, u"sportBasketball"_s},
-        {Sport::crossCountry, u"sportCrossCountry"_s, true},
-        {Sport::football, u"sportFootball"_s},
-        {Sport::horseRacing, u"sportHorseRacing"_s},
-        {Sport::lacrosse, u"sportLacrosse"_s},
-        {Sport::soccer, u"sportSoccer"_s},
-        {Sport::softball, u"sportSoftball"_s},
-        {Sport::trackAndField, u"sportTrackAndField"_s, true},
-        {Sport::volleyball, u"sportVolleyball"_s},
-    };
-    for (const auto& style : styles) {
-        for (const auto& sport : sports) {
-            const PromptQuery query{.style = style.style,
-                                    .sport = sport.sport,
-                                    .fallback = FallbackBehavior::omitCaption,
-                                    .includeOffenseDefense = style.includeOffenseDefense};
-            EXPECT_EQ(buildBatchPrompt(query, {}),
-                      spelledOut(u"commonHead %1 | | | fallbackOmit commonData | %2"_s.arg(
-                          sport.recipe, sport.hasBibs ? style.recipeWithBibs : style.recipe)));
-        }
+    for (const auto& row : rows) {
+        const PromptQuery query{.style = row.style,
+                                .sport = row.sport,
+                                .fallback = FallbackBehavior::omitCaption,
+                                .includeOffenseDefense = row.includeOffenseDefense};
+        EXPECT_EQ(buildBatchPrompt(query, {}),
+                  spelledOut(u"commonHead %1 | | | fallbackOmit commonData | %2"_s.arg(row.sportRules,
+                                                                                       row.styleRules)));
     }
 }
 

@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ReadinessRules.h"
 
-#include "platform/PathReferences.h"
-#include "product/ApiKey.h"
-#include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
-#include "support/RecordingLog.h"
-
-#include <gtest/gtest.h>
+#include "pipeline/PipelineFixture.h"
 
 namespace ostrelle {
 
@@ -18,24 +12,16 @@ namespace {
 constexpr SourceType local = SourceType::local;
 constexpr SourceType ftp = SourceType::ftp;
 
-class ReadinessRulesTest : public testing::Test {
-protected:
-    MemoryDefaults defaults;
-    MemorySecrets secrets;
-    PathReferences references;
-    RecordingLog console;
-    KeychainHelper keychain{secrets, console};
-    SettingsStore settings{defaults, keychain, references, console};
-};
-
 QString configurationText(const Readiness& readiness) {
     return configurationAlert(missingConfiguration(readiness)).text;
 }
 
 } // namespace
 
-TEST_F(ReadinessRulesTest, EachSourceNeedsItsOwnFolderAndRoster) {
+TEST_F(PipelineTest, EachSourceNeedsItsOwnFolderAndRoster) {
     const bool inFolder = true;
+    defaults.remove(apiKeyName);
+    settings.setCodeReplacementsFile(std::nullopt);
     EXPECT_EQ(missingConfiguration(Readiness::of(defaults, settings, inFolder)),
               (QStringList{u"OpenAI API Key"_s, u"Watch Folder"_s, u"Code Replacements File"_s}));
     defaults.set(apiKeyName, u"key"_s);
@@ -58,7 +44,7 @@ TEST_F(ReadinessRulesTest, EachSourceNeedsItsOwnFolderAndRoster) {
     EXPECT_FALSE(Readiness::of(defaults, settings, false).hasKey);
 }
 
-TEST_F(ReadinessRulesTest, WhatIsMissingIsAskedFor) {
+TEST(ReadinessRules, WhatIsMissingIsAskedFor) {
     const struct {
         Readiness readiness;
         const char16_t* text;
@@ -87,39 +73,32 @@ TEST_F(ReadinessRulesTest, WhatIsMissingIsAskedFor) {
     EXPECT_EQ(alert.style, Alert::Style::warning);
 }
 
-TEST_F(ReadinessRulesTest, AutoModeIsOnlyTurnedOnWhenAllIsThere) {
+TEST_F(PipelineTest, AutoModeIsOnlyTurnedOnWhenAllIsThere) {
     const struct {
         Readiness readiness;
-        const char16_t* title;
-        const char16_t* text;
+        const char16_t* words;
     } rows[] = {
         {{local, false, false, false},
-         u"OpenAI API Key Required",
-         u"Please add your OpenAI API key in Settings before enabling auto-processing. You need your own API "
-         "key to use Ostrelle Captions."},
+         u"OpenAI API Key Required: Please add your OpenAI API key in Settings before enabling "
+         "auto-processing. You need your own API key to use Ostrelle Captions."},
         {{local, true, false, false},
-         u"Configuration Required",
-         u"Please set both the Watch Folder and Code Replacements File before enabling auto-processing. You "
-         "can also place a 'code-replacements.txt' file in the watch folder."},
+         u"Configuration Required: Please set both the Watch Folder and Code Replacements File before "
+         "enabling auto-processing. You can also place a 'code-replacements.txt' file in the watch folder."},
         {{ftp, true, false, false},
-         u"Configuration Required",
-         u"Please set both the Destination Folder and Code Replacements File before enabling "
-         "auto-processing."},
+         u"Configuration Required: Please set both the Destination Folder and Code Replacements File before "
+         "enabling auto-processing."},
         {{local, true, false, true},
-         u"Watch Folder Required",
-         u"Please select a Watch Folder before enabling auto-processing."},
+         u"Watch Folder Required: Please select a Watch Folder before enabling auto-processing."},
         {{ftp, true, false, true},
-         u"Destination Folder Required",
-         u"Please select a Destination Folder before enabling auto-processing."},
+         u"Destination Folder Required: Please select a Destination Folder before enabling auto-processing."},
         {{ftp, true, true, false},
-         u"Code Replacements File Required",
-         u"Please select a Code Replacements File before enabling auto-processing."},
+         u"Code Replacements File Required: Please select a Code Replacements File before enabling "
+         "auto-processing."},
     };
     for (const auto& row : rows) {
         const std::optional<Alert> refusal = switchAutoMode(settings, row.readiness, true);
         ASSERT_TRUE(refusal);
-        EXPECT_EQ(refusal->title, row.title);
-        EXPECT_EQ(refusal->text, row.text);
+        EXPECT_EQ(refusal->title + u": "_s + refusal->text, row.words);
         EXPECT_EQ(refusal->buttons, QStringList{u"OK"_s});
         EXPECT_FALSE(settings.autoMode());
     }

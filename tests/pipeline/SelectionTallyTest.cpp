@@ -95,6 +95,7 @@ TEST(SelectionTallyTest, TheClosingMessageNamesBothCounts) {
         for (int index = row.failed; index < images.size(); ++index) {
             images[index].kind = OutcomeKind::captioned;
         }
+        images.emplace_back().kind = OutcomeKind::skipped; // which counts nowhere
         EXPECT_EQ(tallyOf(images).closingMessage(), row.message);
     }
 }

@@ -70,7 +70,6 @@ TEST_F(WithBus, AnAnswerThatIsNotOneOfTheTwoIsNoPreference) {
         {"in one variant", answering({inVariant(1U)}), ColorScheme::dark},
         {"none", answeringNumber(0), ColorScheme::noPreference},
         {"unknown number", answeringNumber(3), ColorScheme::noPreference},
-        {"largest number", answeringNumber(~0U), ColorScheme::noPreference},
         {"text", answering({inVariant(inVariant(u"1"_s))}), ColorScheme::noPreference},
         {"signed", answering({inVariant(inVariant(1))}), ColorScheme::noPreference},
         {"list", answering({inVariant(QVariantList{1U})}), ColorScheme::noPreference},
@@ -110,19 +109,15 @@ TEST_F(WithBus, OnlyAnotherPreferenceIsAChange) {
     EXPECT_EQ(seen, (QList{ColorScheme::light, ColorScheme::noPreference, ColorScheme::dark}));
 }
 
-TEST_F(WithBus, AChangeIsHeardBeforeTheAnswerAndWithoutIt) {
-    Portal portal(nullptr);
-    DesktopColorScheme scheme(std::chrono::milliseconds(200));
-    waitUntil([&] { return !portal.asked.isEmpty(); });
-    portal.tell(appearance, u"color-scheme"_s, inVariant(1U));
-    waitUntil([&] { return scheme.isSettled(); });
-    EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "that no answer came does not undo it";
-}
-
-TEST_F(WithBus, APortalThatNeverAnswersIsNotWaitedForInVain) {
+TEST_F(WithBus, APortalThatNeverAnswersIsNotWaitedForInVainAndItsChangesAreHeard) {
     Portal portal(nullptr);
     expectNoPreference(std::chrono::milliseconds(50));
     EXPECT_EQ(portal.asked.size(), 1);
+    DesktopColorScheme scheme(std::chrono::milliseconds(200));
+    waitUntil([&] { return portal.asked.size() == 2; });
+    portal.tell(appearance, u"color-scheme"_s, inVariant(1U));
+    waitUntil([&] { return scheme.isSettled(); });
+    EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "that no answer came does not undo it";
 }
 
 TEST_F(WithBus, ItMayGoBeforeTheAnswerComes) {

@@ -7,7 +7,6 @@
 #include "support/FullDisk.h"
 #include "support/KilledWriter.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 
 #include <QFileInfo>
@@ -15,6 +14,8 @@
 #include <ctime>
 
 namespace ostrelle {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -30,9 +31,7 @@ const QByteArray one = "One";
 const QByteArray other(20'000, 'x');
 
 void setAge(const QString& path, int seconds) {
-    const timespec then{.tv_sec = ::time(nullptr) - seconds, .tv_nsec = 0};
-    const timespec times[] = {then, then};
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
+    setDate(path, {.tv_sec = ::time(nullptr) - seconds, .tv_nsec = 0});
 }
 
 } // namespace

@@ -92,11 +92,7 @@ TEST(Files, SaysWhyAFileCannotBeReadOrWritten) {
 TEST(Files, AnEditTakesInWhatAnotherProgramWritesMeanwhile) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"a.xmp"_s);
-    const auto inPlace = [&path](const QByteArray& bytes) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    };
+    const auto inPlace = [&path](const QByteArray& bytes) { writeFile(path, bytes); };
     const auto byRename = [&path](const QByteArray& bytes) { replaceFile(path, bytes); };
     for (const FileWrite& write : {FileWrite(inPlace), FileWrite(byRename)}) {
         replaceFile(path, "old");

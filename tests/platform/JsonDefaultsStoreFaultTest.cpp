@@ -3,14 +3,8 @@
 #include "platform/JsonDefaultsStoreFixture.h"
 #include "platform/TaggedJson.h"
 #include "support/FullDisk.h"
-#include "support/KilledWriter.h"
-
-#include <fcntl.h>
-#include <sys/mman.h>
 
 #include <QJsonDocument>
-#include <array>
-#include <atomic>
 #include <optional>
 
 namespace ostrelle {
@@ -36,10 +30,8 @@ TEST_F(JsonDefaultsStoreFaultTest, ADamagedFileIsSetAsideAndTheStoreGoesOn) {
     for (const QByteArray& bytes : damaged) {
         SCOPED_TRACE(bytes.left(60).constData());
         log.lines.clear();
-        writeFile(bytes);
-        constexpr timespec same{.tv_sec = 1'700'000'000, .tv_nsec = 0};
-        constexpr std::array sameMoment = {same, same};
-        ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), sameMoment.data(), 0), 0);
+        write(bytes);
+        setDate(path, {.tv_sec = 1'700'000'000, .tv_nsec = 0}); // the same each time
         JsonDefaultsStore store(path, log);
         EXPECT_FALSE(store.exists(u"sport"_s));
         const QString number = namesAside.isEmpty() ? QString() : u"-%1"_s.arg(namesAside.size() + 1);
@@ -58,12 +50,12 @@ TEST_F(JsonDefaultsStoreFaultTest, ADamagedFileIsSetAsideAndTheStoreGoesOn) {
 }
 
 TEST_F(JsonDefaultsStoreFaultTest, AFileThatAnEditorIsJustWritingIsNotSetAside) {
-    writeFile(R"({"sport": {"text": "soccer"}})");
+    write(R"({"sport": {"text": "soccer"}})");
     JsonDefaultsStore store(path, log);
     EXPECT_EQ(store.value(u"sport"_s), u"soccer"_s);
-    writeFile(R"({"sport": )");
+    write(R"({"sport": )");
     EXPECT_EQ(store.value(u"sport"_s), u"soccer"_s);
-    writeFile(R"({"sport": {"text": "football"}})");
+    write(R"({"sport": {"text": "football"}})");
     EXPECT_EQ(store.value(u"sport"_s), u"football"_s);
     EXPECT_EQ(files(u"*.broken-*"_s), QStringList());
 }
@@ -87,7 +79,7 @@ TEST_F(JsonDefaultsStoreFaultTest, AnEntryThatIsNotUnderstoodIsNoValueAndStays) 
     for (const QByteArray& entry : entries) {
         SCOPED_TRACE(entry.left(60).constData());
         const QByteArray bytes = R"({"sport": )" + entry + R"(, "on": {"bool": true}})";
-        writeFile(bytes);
+        write(bytes);
         JsonDefaultsStore store(path, log);
         EXPECT_FALSE(store.exists(u"sport"_s));
         EXPECT_EQ(store.value(u"on"_s), true);
@@ -101,7 +93,7 @@ TEST_F(JsonDefaultsStoreFaultTest, AnEntryThatIsNotUnderstoodIsNoValueAndStays) 
 
 TEST_F(JsonDefaultsStoreFaultTest, AFileThatCannotBeReadIsLeftAloneAndSaidOnce) {
     const QByteArray secret = R"({"sport": {"text": "soccer"}})";
-    writeFile(secret);
+    write(secret);
     setMode(path, 0);
     {
         JsonDefaultsStore store(path, log);
@@ -174,28 +166,6 @@ TEST_F(JsonDefaultsStoreFaultTest, AFileThatWouldBeTooLargeToReadIsNotWritten) {
     file.apply({{u"sport"_s, taggedValue(u"soccer"_s)}});
     EXPECT_THROW(file.apply({{u"data"_s, taggedValue(QByteArray(4'000'000, 'x'))}}), FileError);
     EXPECT_EQ(DefaultsFile(path).load().keys(), QStringList(u"sport"_s));
-}
-
-/// A number that a child process writes and its parent reads.
-std::atomic<qint64>& sharedNumber() {
-    return *static_cast<std::atomic<qint64>*>(
-        ::mmap(nullptr, sizeof(qint64), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-}
-
-TEST_F(JsonDefaultsStoreFaultTest, AKilledProcessLeavesAWholeFileWithAllThatWasAcknowledged) {
-    std::atomic<qint64>& acknowledged = sharedNumber();
-    DefaultsFile file(path);
-    const auto write = [&] {
-        file.apply({{u"number"_s, taggedValue(qint64(acknowledged + 1))}});
-        ++acknowledged;
-    };
-    const auto check = [&] {
-        const qint64 told = acknowledged.exchange(afterRestart(u"number"_s).toLongLong());
-        return (told == acknowledged || told + 1 == acknowledged) && log.lines.isEmpty();
-    };
-    do {
-        killWriters(300, write, check);
-    } while (acknowledged <= 300 && !HasFailure()); // a busy machine lets a writer do little
 }
 
 } // namespace

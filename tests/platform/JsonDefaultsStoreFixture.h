@@ -14,11 +14,7 @@ namespace ostrelle {
 /// A store over a file in a folder of its own, by a user who is not root.
 class JsonDefaultsStoreTest : public testing::Test {
 protected:
-    void writeFile(const QByteArray& bytes) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
+    void write(const QByteArray& bytes) const { writeFile(path, bytes); }
     QStringList files(const QString& pattern = QStringLiteral("*")) const {
         return filesIn(folder.path(), pattern);
     }

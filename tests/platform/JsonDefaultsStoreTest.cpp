@@ -6,7 +6,6 @@
 #include <QDateTime>
 #include <QTimeZone>
 #include <chrono>
-#include <functional>
 #include <limits>
 #include <memory>
 

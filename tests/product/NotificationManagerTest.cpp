@@ -107,6 +107,7 @@ TEST_F(NotificationManagerTest, FailuresNameThreeFilesAndAddTheDetail) {
     const Post permissions = &NotificationManager::postPermissionFailure;
     const QString resumes = u" Processing will resume automatically when the limit resets."_s;
     const QString grant = u" Please grant folder access permissions."_s;
+    const QString check = u" Check permissions and try again."_s;
     const struct {
         Post post;
         qint64 count;
@@ -114,15 +115,11 @@ TEST_F(NotificationManagerTest, FailuresNameThreeFilesAndAddTheDetail) {
         Text detail;
         QString body;
     } rows[] = {
-        {failures, 1, {}, {}, u"Failed to caption 1 image. Check permissions and try again."_s},
+        {failures, 1, {}, {}, u"Failed to caption 1 image."_s + check},
         {failures, 3, u"a b c"_s, u""_s, u"Failed to caption 3 images. Files: a, b, c."_s},
         {failures, 9, u"a b %1 d %2 f g"_s, {}, u"Failed to caption 9 images. Files: a, b, %1 and 4 more."_s},
         {failures, 2, u"a"_s, u"Full."_s, u"Failed to caption 2 images. Files: a. Full."_s},
-        {failures,
-         2,
-         {},
-         u"Full."_s,
-         u"Failed to caption 2 images. Check permissions and try again. Full."_s},
+        {failures, 2, {}, u"Full."_s, u"Failed to caption 2 images."_s + check + u" Full."_s},
         {rateLimit, 1, u"a"_s, u"429"_s,
          u"OpenAI API rate limit reached. 1 image failed: a."_s + resumes + u" Details: 429"_s},
         {rateLimit, 5, u"a b c d"_s, u""_s,

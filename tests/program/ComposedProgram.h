@@ -9,6 +9,8 @@
 #include "support/RecordingNotifications.h"
 #include "support/VirtualClock.h"
 
+#include <gtest/gtest.h>
+
 #include <QCoroFuture>
 #include <QCoroTask>
 #include <QList>
@@ -47,24 +49,34 @@ private:
     QPromise<void> m_answered;
 };
 
-/// Counts the sandbox grants.
-class CountedAccess : public FileAccess {
+/// Sandbox grants that have to be given back.
+class RecordingAccess : public FileAccess {
 public:
-    bool begin(const QString&) override {
-        ++begun;
+    bool begin(const QString& path) override {
+        if (isGranting) {
+            held.append(path);
+            all.append(path);
+        }
         return isGranting;
     }
-    void end(const QString&) override { ++ended; }
+    void end(const QString& path) override { EXPECT_TRUE(held.removeOne(path)); }
 
-    int begun = 0;
-    int ended = 0;
+    QStringList held;
+    QStringList all;
     bool isGranting = true;
 };
 
-class AbsentRemote : public RemoteSource {
+class RecordingRemote : public RemoteSource {
 public:
-    void start() override {}
-    void stop() override {}
+    void start() override {
+        EXPECT_FALSE(isRunning);
+        isRunning = true;
+        ++starts;
+    }
+    void stop() override { isRunning = false; }
+
+    bool isRunning = false;
+    int starts = 0;
 };
 
 /// The real composition of the program below its windows, with stand-ins for the outside world.
@@ -102,23 +114,21 @@ struct ComposedProgram {
     RecordingLog console;
     MemoryDefaults defaults;
     MemorySecrets secrets;
-    CountedAccess access;
+    RecordingAccess access;
     AnsweredAlerts alerts;
     AppEvents events;
     RecordingNotifications notificationCenter;
-    AbsentRemote remote;
+    RecordingRemote remote;
     CaptionProgram program{surroundings()};
     SettingsStore& settings = program.settings;
     StatusStore& status = program.status;
     CaptionProgress& progress = program.progress;
     UsageTracker& usage = program.usage;
     AnalyzerLog& log = program.log;
-    PreviewCopies& previews = program.previews;
     ProcessedFilesManifest& manifest = program.manifest;
     PromptService& prompts = program.prompts;
     NotificationManager& notifications = program.notifications;
     CaptionTurns& turns = program.turns;
-    ImageClaims& claims = program.claims;
     FolderThreads& threads = program.threads;
     Analyzer& analyzer = program.analyzer;
 };

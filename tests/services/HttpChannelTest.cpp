@@ -5,6 +5,7 @@
 #include "services/TransportError.h"
 #include "standins/StandInTranscription.h"
 #include "support/FileInFolder.h"
+#include "support/HangingThreads.h"
 
 #include <sys/socket.h>
 
@@ -143,17 +144,6 @@ TEST_F(HttpChannelTest, ARequestThatWaitsItsTurnHasItsWholeTimeStillBeforeIt) {
     }
 }
 
-TEST_F(HttpChannelTest, KeepsCallsInFlightApart) {
-    const auto startWith = [this](const QString& event) {
-        return client.generateCaption(smallJpeg(), u"Context:\n- Event: "_s + event, u"gpt-4o-mini"_s, 180,
-                                      0.2);
-    };
-    QCoro::Task<CaptionReply> first = startWith(u"Harbor Classic"_s);
-    QCoro::Task<CaptionReply> second = startWith(u"Hill Cup"_s);
-    EXPECT_TRUE(await(std::move(second)).text.contains(u"Hill Cup"));
-    EXPECT_TRUE(await(std::move(first)).text.contains(u"Harbor Classic"));
-}
-
 TEST_F(HttpChannelTest, FailsWhatIsInFlightAndInLineWhenItIsDestroyed) {
     // Each goes on to the next image after a failure, as a batch does.
     const auto failuresOfTwoCalls = [](OpenAIClient* asked) -> QCoro::Task<int> {
@@ -188,13 +178,13 @@ TEST_F(HttpChannelTest, FailsWhatIsInFlightAndInLineWhenItIsDestroyed) {
 TEST_F(HttpChannelTest, FailsWhatIsBeingEncodedOrReadWhenTheClientIsDestroyed) {
     const FileInFolder note(u"A001.WAV"_s, voiceNote(u"Number 12."_s));
     auto dying = std::make_unique<OpenAIClient>(standIn.url(), defaults, log, clock);
-    auto busy = std::make_unique<BusyWorkers>();
+    HangingThreads workers(QThreadPool::globalInstance());
     auto caption = start(*dying);
     auto batch = dying->generateBatchCaptions({{}, {}}, captionPrompt, u"gpt-4o-mini"_s, 2000, 0.2);
     auto words = dying->transcribeAudio(note.path());
     log.lines.clear();
     dying.reset();
-    busy.reset();
+    workers.recover();
     const auto codeOf = [](auto task) { return failureOf<TransportError>(std::move(task)).code(); };
     EXPECT_EQ(codeOf(std::move(caption)), QNetworkReply::OperationCanceledError);
     EXPECT_EQ(codeOf(std::move(batch)), QNetworkReply::OperationCanceledError);

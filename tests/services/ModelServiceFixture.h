@@ -16,29 +16,9 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QJsonValue>
-#include <QSemaphore>
-#include <QThreadPool>
 #include <memory>
 
 namespace ostrelle {
-
-/// Keeps all worker threads from their work for the length of a scope.
-class BusyWorkers {
-public:
-    BusyWorkers() : m_count(QThreadPool::globalInstance()->maxThreadCount()) {
-        for (int worker = 0; worker < m_count; ++worker) {
-            QThreadPool::globalInstance()->start([end = m_end] { end->acquire(); });
-        }
-    }
-    ~BusyWorkers() { m_end->release(m_count); }
-    BusyWorkers(const BusyWorkers&) = delete;
-    BusyWorkers& operator=(const BusyWorkers&) = delete;
-
-private:
-    int m_count;
-    std::shared_ptr<QSemaphore> m_end = std::make_shared<QSemaphore>();
-};
 
 inline const QString captionPrompt =
     QStringLiteral("Context:\n- Event: Harbor Classic\n- Sport: Soccer\n\nUse “AP” style.");
@@ -70,6 +50,12 @@ protected:
         return asked.generateCaption(smallJpeg(), captionPrompt, QStringLiteral("gpt-4o-mini"), 180, 0.2);
     }
     CaptionReply ask() { return await(start(client)); }
+    template <typename Function>
+    OpenAIError refusal(StandInAnswer answer, const Function& call) {
+        log.lines.clear();
+        standIn.enqueue(std::move(answer));
+        return failureIn<OpenAIError>(call);
+    }
     CaptionReply askWith(StandInAnswer answer) {
         standIn.enqueue(std::move(answer));
         return ask();

@@ -44,21 +44,6 @@ protected:
     }
 };
 
-TEST_F(ModelStandInTest, AnswersInTheFormOfTheService) {
-    ask();
-    const Response response = answerTo(lastRequest());
-    EXPECT_TRUE(response.bytes.startsWith("HTTP/1.1 200 "));
-    EXPECT_TRUE(response.bytes.contains("\r\nServer: ostrelle-model-stand-in\r\n"));
-    EXPECT_EQ(response.json[u"model"].toString(), u"gpt-4o-mini");
-    EXPECT_EQ(response.json[u"id"].toString(), u"chatcmpl-standin-2");
-    EXPECT_GT(response.json[u"created"].toInteger(), 1'700'000'000);
-    const QJsonObject usage = response.json[u"usage"].toObject();
-    EXPECT_EQ(usage[u"prompt_tokens"].toInteger(), 9 + 17 + 2833);
-    EXPECT_EQ(usage[u"total_tokens"].toInteger(), 2859 + usage[u"completion_tokens"].toInteger());
-    EXPECT_EQ(response.json[u"choices"][0][u"message"][u"content"].toString(),
-              u"Soccer during Harbor Classic. (caption by the stand-in model, which sees no picture)");
-}
-
 TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
     ask();
     const QByteArray caption = lastRequest();
@@ -79,7 +64,6 @@ TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
         {caption, "POST", "GET", 405},
         {caption, "/v1/chat/", "/v1/", 404},
         {caption, "HTTP/1.1", "HTTP/1.0"},
-        {caption, "Authorization: ", "Other: ", 401},
         {caption, "Bearer ", "Bearer x", 401},
         {caption, "application/json", "text/plain"},
         {caption, "LENGTH", "-1", 411},
@@ -92,9 +76,6 @@ TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
         {caption, R"("max_tokens":180)", R"("max_tokens":180.5)", 400, "max_tokens"},
         {caption, R"("messages":[)", R"("messages":[1,)", 400, "messages"},
         {caption, R"("role":"system")", R"("role":"user")", 400, "messages[0].role"},
-        {caption, R"("Return one factual sports caption.")", "7", 400, "messages[0].content[0].text"},
-        {caption, R"("text"},{"image)", R"("txt"},{"image)", 400, "messages[1].content[0].type"},
-        {caption, R"("detail")", R"("alt")", 400, "messages[1].content[1].image_url.alt"},
         {caption, R"("low")", R"("tiny")", 400, "messages[1].content[1].image_url.detail"},
         {caption, "image/jpeg", "image/png", 400, "messages[1].content[1].image_url.url"},
         {caption, base64, '%' + base64.mid(1), 400, "messages[1].content[1].image_url.url"},
@@ -105,7 +86,6 @@ TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
         {batch, R"("low")", R"("high")", 400, "messages[1].content[2].image_url.detail"},
         {batch, "  ...", " ...", 400, "messages[1].content[5]"},
         {batch, R"("max_tokens":2000,)", "", 400, "max_tokens"},
-        {upload, "Bearer ", "Bearer x", 401},
         {upload, "multipart/form-data", "multipart/mixed"},
         {upload, "\r\n--Boundary", "\n--Boundary"},
         {upload, "audio/WAV", "audio/wav"},
@@ -127,7 +107,6 @@ TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
 
 TEST_F(ModelStandInTest, FailsAsOftenAsItIsToldTo) {
     standIn.failEvery(3, 429);
-    standIn.setDelay(std::chrono::milliseconds(1));
     standIn.setKeepsBodies(false);
     QList<int> failures;
     for (int number = 1; number <= 7; ++number) {

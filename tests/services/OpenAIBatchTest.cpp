@@ -42,9 +42,7 @@ protected:
         return await(start(images(3))).results;
     }
     OpenAIError refusal(StandInAnswer answer) {
-        log.lines.clear();
-        standIn.enqueue(std::move(answer));
-        return failureOf<OpenAIError>(start(images(3)));
+        return ModelServiceTest::refusal(std::move(answer), [this] { await(start(images(3))); });
     }
     static QString decodingWords(const QString& text) {
         return u"Failed to decode OpenAI response: "_s + text;

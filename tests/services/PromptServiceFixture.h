@@ -106,10 +106,8 @@ protected:
     QString cacheFile() const { return folder.filePath(QStringLiteral("made/on demand/prompt-cache.json")); }
     void putCacheFile(const QByteArray& bytes) const {
         QDir(folder.path()).mkpath(QStringLiteral("made/on demand"));
-        QFile file(cacheFile());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        writeFile(cacheFile(), bytes);
     }
-    QStringList linesWith(const QString& part) const { return log.lines.filter(part); }
 
     QTemporaryDir folder;
     RecordingLog log;

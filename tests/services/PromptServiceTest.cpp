@@ -79,8 +79,6 @@ TEST_F(PromptServiceTest, AReplyThatIsNotAsPromisedIsAnErrorAndIsNotStored) {
          u"❌ Unauthorized - API key rejected"_s},
         {"201 Created", goodReply(), Case::serverError, u"Server error: HTTP 201: {"_s,
          u"❌ Server error HTTP 201: {"_s},
-        {"204 Nothing", "", Case::serverError, u"Server error: HTTP 204: "_s,
-         u"❌ Server error HTTP 204: "_s},
         {"302 Found", "", Case::serverError, u"HTTP 302: "_s, u"📨 Response: HTTP 302"_s},
         {"500 Oh", "\xff\xfe", Case::serverError, u"HTTP 500: Unknown error"_s,
          u"❌ Server error HTTP 500: Unknown error"_s},
@@ -103,7 +101,7 @@ TEST_F(PromptServiceTest, AReplyThatIsNotAsPromisedIsAnErrorAndIsNotStored) {
         const PromptError error = failureOf<PromptError>(service->fetchPrompts(query()));
         EXPECT_EQ(error.kind(), row.kind) << row.status.toStdString() << row.body.left(80).toStdString();
         EXPECT_TRUE(error.localizedDescription().contains(row.words)) << error.what();
-        EXPECT_FALSE(linesWith(u"[PromptService] "_s + row.line).isEmpty()) << row.line.toStdString();
+        EXPECT_FALSE(log.lines.filter(u"[PromptService] "_s + row.line).isEmpty()) << row.line.toStdString();
         EXPECT_THAT(log.lines,
                     Contains(u"[PromptService] ❌ PromptError: "_s + error.localizedDescription()));
         EXPECT_EQ(log.lines.last(),
@@ -122,27 +120,19 @@ TEST_F(PromptServiceTest, WhereThereIsNoServerThereIsAnError) {
         EXPECT_THAT(log.lines, Contains(u"[PromptService] ❌ Failed to build URL from base: "_s +
                                         QUrl(base).toString()));
     }
-    QUrl nobody;
-    {
-        const CannedServer server;
-        nobody = server.url();
-    }
-    const auto service = serviceAt(nobody);
-    const PromptError error = failureOf<PromptError>(service->fetchPrompts(query()));
-    EXPECT_EQ(error.kind(), PromptError::Case::networkError);
-    EXPECT_TRUE(error.localizedDescription().startsWith(u"Network error: "_s));
-    EXPECT_FALSE(linesWith(u"[PromptService] ❌ Network error: "_s).isEmpty());
 }
 
 TEST_F(PromptServiceTest, AServerHasThirtySeconds) {
     CannedServer silent;
     const auto service = serviceAt(silent.url());
-    const QCoro::Task<PromptTemplates> fetch = service->fetchPrompts(query());
+    QCoro::Task<PromptTemplates> fetch = service->fetchPrompts(query());
     waitUntil([&] { return silent.heads.size() == 1; });
     clock.advance(30s - 1ms);
     EXPECT_FALSE(fetch.isReady());
     clock.advance(1ms);
-    waitUntil([&] { return fetch.isReady(); });
+    const auto error = failureOf<PromptError>(std::move(fetch));
+    EXPECT_EQ(error.kind(), PromptError::Case::networkError);
+    EXPECT_EQ(error.localizedDescription(), u"Network error: The request timed out."_s);
     EXPECT_THAT(log.lines, Contains(u"[PromptService] ❌ Network error: The request timed out."_s));
 }
 
@@ -172,8 +162,8 @@ TEST_F(PromptServiceTest, TheKeyIsInNoLine) {
         const PromptError error = failureOf<PromptError>(service->fetchPrompts(query()));
         EXPECT_FALSE(error.localizedDescription().contains(promptKey));
     }
-    EXPECT_THAT(linesWith(u"the key [API key] is unknown"_s), Not(IsEmpty()));
-    EXPECT_THAT(linesWith(promptKey), IsEmpty());
+    EXPECT_THAT(log.lines.filter(u"the key [API key] is unknown"_s), Not(IsEmpty()));
+    EXPECT_THAT(log.lines.filter(promptKey), IsEmpty());
 
     for (const QString& shortKey : {u""_s, u"abcdefghij"_s}) { // the first ten of it would be all of it
         log.lines.clear();

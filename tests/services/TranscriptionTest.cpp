@@ -74,7 +74,6 @@ TEST_F(TranscriptionTest, LeavesTheKindsOfFilesToTheService) {
         const OpenAIError error = refusalOf({name, "FORM"});
         EXPECT_EQ(error.statusCode(), 400);
         EXPECT_TRUE(error.localizedDescription().contains(u"Invalid file format. Supported formats: "));
-        EXPECT_EQ(log.lines.last(), u"[OpenAIClient] Transcription HTTP 400 body:\n"_s + error.body());
     }
     EXPECT_EQ(refusalOf({u"A.wav"_s, ""}).statusCode(), 400);
 }
@@ -85,17 +84,9 @@ TEST_F(TranscriptionTest, TellsWhichReplyIsNoTranscription) {
               u"Failed to decode OpenAI response: The field \"text\" is missing.");
 }
 
-TEST_F(TranscriptionTest, AsksNothingWithoutAFileOrAKey) {
-    const auto codeOf = [this](const QString& file) {
-        return failureOf<FileError>(client.transcribeAudio(file)).code();
-    };
-    EXPECT_EQ(codeOf(note.path() + u".wav"_s), ENOENT);
-    EXPECT_EQ(codeOf(note.folder()), EISDIR);
-    EXPECT_EQ(codeOf(u"/dev/zero"_s), EINVAL);
-    QFile huge(note.path()); // a sparse one
-    ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(largestAudioFile + 1));
-    EXPECT_EQ(codeOf(huge.fileName()), EFBIG);
-
+TEST_F(TranscriptionTest, AsksNothingWithoutAKeyOrAboutTooLargeAFile) {
+    ASSERT_TRUE(QFile(note.path()).resize(largestAudioFile + 1)); // a sparse one
+    EXPECT_EQ(failureOf<FileError>(client.transcribeAudio(note.path())).code(), EFBIG);
     log.lines.clear();
     defaults.remove(apiKeyName);
     EXPECT_EQ(failureOf<OpenAIError>(client.transcribeAudio(u"none.wav"_s)).kind(),

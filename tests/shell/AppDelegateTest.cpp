@@ -5,10 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <QAction>
-#include <QApplication>
 #include <QKeyEvent>
-#include <QMenuBar>
 #include <QScreen>
 #include <QTest>
 #include <QToolBar>

@@ -23,10 +23,8 @@ TEST(DesktopAlerts, EscapeNeverDoesWhatWasOnlyAskedAbout) {
         {{u"Cancel"_s, u"Caption All"_s}, std::nullopt, u"Cancel"_s},
         {{u"Cancel"_s, u"Caption All"_s}, 1, u"Caption All"_s},
         {{u"Clear"_s, u"Cancel"_s}, std::nullopt, u"Cancel"_s},
-        {{u"Clear"_s, u"Cancel"_s}, 0, u"Clear"_s},
         {{u"OK"_s}, std::nullopt, u"OK"_s},
         {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, std::nullopt, u""_s},
-        {{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s}, 1, u"Use Watch Folder Instead"_s},
     };
     const auto box = [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); };
     DesktopAlerts alerts;

@@ -3,8 +3,7 @@
 
 #include "shell/ViewTest.h"
 #include "shell/panel/MenuContentView.h"
-
-#include <QFile>
+#include "support/FileFacts.h"
 
 namespace ostrelle {
 
@@ -21,9 +20,8 @@ protected:
                                                       : std::nullopt);
     }
     QString touch(const QString& name) {
-        QFile file(world.folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        return file.fileName();
+        writeFile(world.folder.filePath(name), {});
+        return world.folder.filePath(name);
     }
 };
 

@@ -4,10 +4,10 @@
 #include "pipeline/ReadinessRules.h"
 #include "shell/toolkit/ColorSwatchPicker.h"
 #include "shell/toolkit/InfoButton.h"
+#include "support/FileFacts.h"
 
 #include <QComboBox>
 #include <QDialog>
-#include <QFile>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QScrollArea>
@@ -46,11 +46,8 @@ GameWorld::~GameWorld() {
 }
 
 void GameWorld::useRoster(const QString& name, const QByteArray& bytes) {
-    QFile file(folder.filePath(name));
-    file.open(QIODevice::WriteOnly);
-    file.write(bytes);
-    file.close();
-    settings.setCodeReplacementsFile(file.fileName());
+    writeFile(folder.filePath(name), bytes);
+    settings.setCodeReplacementsFile(folder.filePath(name));
 }
 
 void GameWorld::setRun(qint64 batches) {

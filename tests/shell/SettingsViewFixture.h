@@ -14,13 +14,6 @@ protected:
     SettingsViewTest() : ViewTest(QSize(550, 575)) {}
 
     void showTab(int index) { find<QTabBar>(QStringLiteral("settingsTabs"))->setCurrentIndex(index); }
-    QStringList titlesOfAlerts() const {
-        QStringList titles;
-        for (const Alert& alert : world.alerts.shown) {
-            titles.append(alert.title);
-        }
-        return titles;
-    }
 };
 
 } // namespace ostrelle

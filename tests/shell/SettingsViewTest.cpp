@@ -7,6 +7,8 @@
 
 #include <QAction>
 #include <QLineEdit>
+#include <QLocale>
+#include <QScopeGuard>
 #include <QSignalSpy>
 
 namespace ostrelle {
@@ -44,7 +46,8 @@ TEST_F(SettingsViewTest, AKeyIsSavedAndAfterAYesCleared) {
     click(u"clearKey"_s);
     EXPECT_FALSE(world.defaults.exists(keyName));
     EXPECT_TRUE(field->isVisible());
-    EXPECT_EQ(titlesOfAlerts(), QStringList({u"API Key Saved"_s, u"Clear API Key?"_s, u"Clear API Key?"_s}));
+    EXPECT_EQ(world.alerts.titles(),
+              QStringList({u"API Key Saved"_s, u"Clear API Key?"_s, u"Clear API Key?"_s}));
 }
 
 TEST_F(SettingsViewTest, TheFocusIsWhereAKeyIsEnteredAndElseOnNothingThatActs) {
@@ -63,7 +66,7 @@ TEST_F(SettingsViewTest, AKeyThatTheDiskDidNotTakeIsNotSaidToBeSaved) {
     find<QLineEdit>(u"apiKey"_s)->setText(u"sk-typed"_s);
     click(u"saveKey"_s);
     click(u"clearKey"_s);
-    EXPECT_EQ(titlesOfAlerts(),
+    EXPECT_EQ(world.alerts.titles(),
               QStringList({u"API Key Not Saved"_s, u"Clear API Key?"_s, u"API Key Not Removed"_s}));
 }
 
@@ -123,28 +126,30 @@ TEST_F(SettingsViewTest, StyleFallbackAndCreditFollowTheSettingsAndSetThem) {
     EXPECT_TRUE(check->isVisible());
 }
 
-TEST_F(SettingsViewTest, ClearedStatisticsLeaveTheLifetimeCountAndTheCosts) {
+TEST_F(SettingsViewTest, StatisticsLookTheSameInEveryLanguageAndAreClearedButForLifetimeCountAndCosts) {
+    const auto restored = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
+    QLocale::setDefault(QLocale::German);
     showTab(3);
-    world.status.beginTimedRun(2);
-    world.clock.advance(std::chrono::seconds(5));
+    world.status.beginTimedRun(4);
+    world.clock.advance(std::chrono::milliseconds(9200));
     world.status.recordBatchFinished();
-    world.status.setLifetimeImagesProcessed(1240);
-    world.status.setTotalProcessedAllTime(3);
+    world.status.setLifetimeImagesProcessed(12'345);
+    world.status.setTotalProcessedAllTime(2);
     world.status.setTotalFailedAllTime(1);
-    world.usage.recordUsage(1'000'000, 100'000);
+    world.usage.recordUsage(1'000'000, 500'000);
     const auto figures = [this] {
         return QStringList{textOf(u"successRate"_s),    textOf(u"successCounts"_s), textOf(u"averageTime"_s),
                            textOf(u"lifetimeImages"_s), textOf(u"todaysCost"_s),    textOf(u"totalCost"_s)}
             .join(u' ');
     };
-    const QString full = u"75.0% (3 processed, 1 failed) 2.5s 1240 $0.2100 $0.21"_s;
+    const QString full = u"66.7% (2 processed, 1 failed) 2.3s 12345 $0.4500 $0.45"_s;
     EXPECT_EQ(figures(), full);
     click(u"clearStatistics"_s); // and cancel
     EXPECT_EQ(figures(), full);
     world.alerts.answer = 1;
     click(u"clearStatistics"_s);
-    EXPECT_EQ(figures(), u"0.0% (0 processed, 0 failed) 0.0s 1240 $0.2100 $0.21"_s);
-    EXPECT_EQ(titlesOfAlerts(),
+    EXPECT_EQ(figures(), u"0.0% (0 processed, 0 failed) 0.0s 12345 $0.4500 $0.45"_s);
+    EXPECT_EQ(world.alerts.titles(),
               QStringList({u"Clear All Statistics?"_s, u"Clear All Statistics?"_s, u"Statistics Cleared"_s}));
 }
 

@@ -3,15 +3,14 @@
 
 #include "platform/FileError.h"
 #include "platform/Files.h"
+#include "support/FileFacts.h"
 #include "support/FullDisk.h"
 #include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QFile>
 #include <QSet>
 #include <QTemporaryDir>
@@ -46,10 +45,7 @@ class ManifestFileTest : public testing::Test {
 protected:
     Entries stored() const { return ManifestFile(path).load(); }
     void write(const QByteArray& bytes) const { replaceFile(path, bytes); }
-    QByteArray bytes() const { return readFile(path, ManifestFile::largestFile); }
-    QByteArray bytesOf(const QString& suffix) const {
-        return QFile::exists(path + suffix) ? readFile(path + suffix, 1'000'000) : "(none)";
-    }
+    QByteArray bytes(const QString& suffix = {}) const { return contentsOf(path + suffix); }
 
     QTemporaryDir folder;
     QString path = folder.filePath(u"processed_files.json"_s);
@@ -169,14 +165,14 @@ TEST_F(ManifestFileTest, ADamagedFileIsSetAsideWhenItIsReplaced) {
         EXPECT_THROW(fresh.load(), Error);
         EXPECT_EQ(bytes(), QByteArray("damaged ") + suffix);
         EXPECT_TRUE(fresh.append(entries(0, 1)).isNothingLost);
-        EXPECT_EQ(bytesOf(QLatin1StringView(suffix)), QByteArray("damaged ") + suffix);
+        EXPECT_EQ(bytes(QLatin1StringView(suffix)), QByteArray("damaged ") + suffix);
         EXPECT_EQ(stored(), entries(0, 1));
     }
     write("damaged once more");
     EXPECT_FALSE(file.append(entries(0, 1)).isNothingLost);
     EXPECT_EQ(stored(), entries(0, 1));
-    EXPECT_EQ(bytesOf(u".broken"_s), "damaged .broken");
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 7); // with the lock file
+    EXPECT_EQ(bytes(u".broken"_s), "damaged .broken");
+    EXPECT_EQ(filesIn(folder.path()).size(), 7); // with the lock file
 }
 
 TEST_F(ManifestFileTest, AFileThatIsDamagedMeanwhileIsReplacedByAllThatIsKnown) {
@@ -187,30 +183,27 @@ TEST_F(ManifestFileTest, AFileThatIsDamagedMeanwhileIsReplacedByAllThatIsKnown) 
         EXPECT_EQ(file.append({}).foreign, Entries());
         EXPECT_EQ(stored(), entries(0, 3)) << contents.right(20).constData();
     }
-    EXPECT_EQ(bytesOf(u".broken.2"_s), whole.chopped(1));
+    EXPECT_EQ(bytes(u".broken.2"_s), whole.chopped(1));
 }
 
 TEST(ManifestFile, AFileThatMayNotBeReadIsSetAsideUnlessItCanBeReadByThen) {
-    const auto allow = [](const QString& path, mode_t mode) {
-        ASSERT_EQ(::chmod(path.toLocal8Bit().constData(), mode), 0);
-    };
     for (const bool canBeRead : {false, true}) {
         const UnprivilegedFolder folder;
         const QString path = folder.filePath(u"processed_files.json"_s);
         ManifestFile(path).append(entries(0, 3));
-        allow(path, 0);
+        setMode(path, 0);
         ManifestFile file(path);
         EXPECT_THROW(file.load(), FileError);
-        allow(folder.path(), 0555);
+        setMode(folder.path(), 0555);
         EXPECT_THROW(file.append(entries(3, 1)), FileError);
-        allow(folder.path(), 0755);
-        allow(path, canBeRead ? 0600 : 0);
+        setMode(folder.path(), 0755);
+        setMode(path, canBeRead ? 0600 : 0);
         EXPECT_EQ(file.append(entries(4, 1)).foreign, canBeRead ? entries(0, 3) : Entries());
         EXPECT_EQ(ManifestFile(path).load(), entries(canBeRead ? 0 : 3, canBeRead ? 5 : 2));
         const QString aside = path + u".broken"_s;
         ASSERT_EQ(QFile::exists(aside), !canBeRead);
         if (!canBeRead) {
-            allow(aside, 0600);
+            setMode(aside, 0600);
             EXPECT_EQ(ManifestFile(aside).load(), entries(0, 3));
         }
     }

@@ -2,7 +2,6 @@
 #include "state/PanelProgress.h"
 
 #include "standins/MemoryDefaults.h"
-#include "standins/MemorySecrets.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>

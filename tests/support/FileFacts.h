@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -18,10 +19,22 @@ inline QByteArray contentsOf(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The names of everything in a folder that matches the pattern, hidden or not.
+/// Writes in place, as another program may.
+inline void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+/// The names of all that is in a folder, hidden or not.
 inline QStringList filesIn(const QString& folder, const QString& pattern = QStringLiteral("*")) {
     return QDir(folder).entryList({pattern},
                                   QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+/// Sets when the file, or the link itself, was changed last.
+inline void setDate(const QString& path, timespec date) {
+    const timespec times[] = {date, date};
+    EXPECT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, AT_SYMLINK_NOFOLLOW), 0);
 }
 
 inline mode_t modeOf(const QString& path) {

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
+#include "support/FileFacts.h"
 
-#include <QByteArray>
-#include <QFile>
-#include <QString>
 #include <QTemporaryDir>
 #include <utility>
 
@@ -18,15 +15,8 @@ public:
 
     QString path() const { return m_folder.filePath(m_name); }
     QString folder() const { return m_folder.path(); }
-    QByteArray bytes() const {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    void write(const QByteArray& bytes) {
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes), bytes.size());
-    }
+    QByteArray bytes() const { return contentsOf(path()); }
+    void write(const QByteArray& bytes) { writeFile(path(), bytes); }
 
 private:
     QTemporaryDir m_folder;

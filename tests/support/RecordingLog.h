@@ -5,15 +5,24 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace ostrelle {
 
-/// Keeps the log lines for a test to check.
+/// Log lines kept for a test to look at, which can also step in when a line is logged.
 class RecordingLog : public PlainLog {
 public:
-    void print(const QString& line) override { lines.append(line); }
+    void print(const QString& line) override {
+        lines.append(line);
+        if (onLine) {
+            onLine(line);
+        }
+    }
+    bool has(const QString& line) const { return lines.contains(line); }
+    qsizetype count(const QString& words) const { return lines.filter(words).size(); }
 
     QStringList lines;
+    std::function<void(const QString&)> onLine;
 };
 
 } // namespace ostrelle

@@ -3,12 +3,6 @@
 
 #include "platform/Clock.h"
 
-#include <QCoroTask>
-#include <QDateTime>
-#include <QPointer>
-#include <QTimeZone>
-#include <chrono>
-#include <functional>
 #include <map>
 #include <memory>
 #include <utility>

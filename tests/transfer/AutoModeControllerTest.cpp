@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/AutoModeController.h"
 
-#include "product/ApiKey.h"
 #include "support/LockedSecrets.h"
 #include "transfer/LocalScanFixture.h"
 
@@ -15,36 +14,10 @@ constexpr std::chrono::milliseconds debounce{500};
 constexpr std::chrono::seconds second{1};
 constexpr std::chrono::seconds pollInterval{10};
 
-class RemoteStandIn : public RemoteSource {
-public:
-    void start() override {
-        EXPECT_FALSE(isRunning);
-        isRunning = true;
-        ++starts;
-    }
-    void stop() override { isRunning = false; }
-
-    bool isRunning = false;
-    int starts = 0;
-};
-
-class RecordingCenter : public NotificationCenter {
-public:
-    QCoro::Task<bool> isAvailable() override { co_return true; }
-    QCoro::Task<> post(DesktopNotification notification) override {
-        bodies.append(notification.body);
-        co_return;
-    }
-
-    QStringList bodies;
-};
-
 /// Everything that auto mode requires is there, and auto mode is on, unless the test takes it away.
 class AutoModeTest : public LocalScanTest {
 protected:
     AutoModeTest() {
-        defaults.set(apiKeyName, u"test-key"_s);
-        settings.setCodeReplacementsFile(path(u"roster.txt"_s));
         settings.setFtpHost(u"ftp.example.org"_s);
         settings.setFtpUsername(u"sam"_s);
         settings.setFtpPassword(u"secret"_s);
@@ -58,136 +31,117 @@ protected:
     /// Waits for the start of the local source, which looks at the folder first.
     void startLocal() {
         start();
-        waitUntil([this] { return log.count(u"Scan complete"_s) == 1; });
+        waitUntil([this] { return console.count(u"Scan complete"_s) == 1; });
     }
-    qsizetype startCount() const { return log.count(u"Auto mode on - "_s); }
+    qsizetype startCount() const { return console.count(u"Auto mode on - "_s); }
+    std::unique_ptr<AutoModeController> controllerOf(SettingsStore& itsSettings) {
+        return std::make_unique<AutoModeController>(AutoModeParts{.settings = itsSettings,
+                                                                  .status = status,
+                                                                  .defaults = defaults,
+                                                                  .scan = scan,
+                                                                  .remote = remote,
+                                                                  .notifications = notifications,
+                                                                  .threads = threads,
+                                                                  .clock = clock,
+                                                                  .log = console});
+    }
 
-    StatusStore status{defaults, clock};
-    RemoteStandIn remote;
-    RecordingCenter center;
-    NotificationManager notifications{center, log};
-    std::unique_ptr<AutoModeController> controller =
-        std::make_unique<AutoModeController>(AutoModeParts{.settings = settings,
-                                                           .status = status,
-                                                           .defaults = defaults,
-                                                           .scan = scan,
-                                                           .remote = remote,
-                                                           .notifications = notifications,
-                                                           .threads = threads,
-                                                           .clock = clock,
-                                                           .log = log});
+    std::unique_ptr<AutoModeController> controller = controllerOf(settings);
 };
 
-TEST_F(AutoModeTest, BeginsHalfASecondAfterTheStartWithAScanAtOnce) {
+TEST_F(AutoModeTest, ScansHalfASecondAfterTheStartAndThenEveryTenSeconds) {
     controller->observeAutoModeSettings();
     clock.advance(std::chrono::milliseconds(499));
     EXPECT_EQ(startCount(), 0);
     clock.advance(std::chrono::milliseconds(1));
-    waitUntil([this] { return log.count(u"Scan complete"_s) == 1; });
+    waitUntil([this] { return console.count(u"Scan complete"_s) == 1; });
 
-    EXPECT_TRUE(log.has(u"[AppDelegate] Auto mode on - polling %1 every 10 seconds"_s.arg(ingest)));
+    EXPECT_TRUE(isPrinted(u"Auto mode on - polling %1 every 10 seconds"_s.arg(ingest)));
     EXPECT_EQ(status.lastMessage(), u"Auto mode: Watching ingest"_s);
     EXPECT_EQ(status.nextScanCountdown(), 9);
-    EXPECT_EQ(log.count(u"Polling folder..."_s), 0);
-}
-
-TEST_F(AutoModeTest, ScansEveryTenSecondsAndCountsDown) {
-    startLocal();
-    clock.advance(second * 8);
-    EXPECT_EQ(status.nextScanCountdown(), 1);
-    clock.advance(second);
+    clock.advance(second * 9);
     EXPECT_EQ(status.nextScanCountdown(), 0);
-    EXPECT_EQ(log.count(u"Polling folder..."_s), 0);
+    EXPECT_EQ(console.count(u"Polling folder..."_s), 0);
     clock.advance(second);
-    EXPECT_TRUE(log.has(u"[AppDelegate] Polling folder..."_s));
-    waitUntil([this] { return log.count(u"Scan complete"_s) == 2; });
+    EXPECT_TRUE(isPrinted(u"Polling folder..."_s));
+    waitUntil([this] { return console.count(u"Scan complete"_s) == 2; });
 }
 
 TEST_F(AutoModeTest, TheCountdownOfTheRemoteSourceStaysAtZeroUntilAPollEnds) {
     settings.setSourceType(SourceType::ftp);
     start();
-    EXPECT_TRUE(log.has(u"[AppDelegate] Auto mode on - watching FTP server ftp.example.org"_s));
+    EXPECT_TRUE(isPrinted(u"Auto mode on - watching FTP server ftp.example.org"_s));
     EXPECT_EQ(status.lastMessage(), u"Auto mode: Watching FTP server"_s);
     EXPECT_EQ(status.nextScanCountdown(), 9);
     clock.advance(second * 30);
     EXPECT_EQ(status.nextScanCountdown(), 0);
     controller->restartCountdown();
     EXPECT_EQ(status.nextScanCountdown(), 9);
-    EXPECT_EQ(log.count(u"Polling folder..."_s), 0) << "the watcher has its own timer";
+    EXPECT_EQ(console.count(u"Polling folder..."_s), 0) << "the watcher has its own timer";
 }
 
-TEST_F(AutoModeTest, AnHourSleptThroughIsOneScan) {
-    startLocal();
-    clock.setNow(clock.now().addSecs(3600));
-    clock.advance(std::chrono::seconds(0));
-    EXPECT_EQ(log.count(u"Polling folder..."_s), 1);
-    EXPECT_EQ(status.nextScanCountdown(), 9);
-}
-
+/// What auto mode says when it cannot start.
 struct Refusal {
-    const char* name;
-    SourceType source;
-    std::function<void(SettingsStore&, DefaultsStore&)> takeAway;
     QString message;
     QString logLine;
     QString missing; ///< what the notification calls it
 };
 
-void PrintTo(const Refusal& refusal, std::ostream* stream) {
-    *stream << refusal.name;
+struct RefusalCase {
+    const char* name;
+    SourceType source;
+    void (*takeAway)(SettingsStore&, DefaultsStore&);
+    Refusal refusal;
+};
+
+void PrintTo(const RefusalCase& row, std::ostream* stream) {
+    *stream << row.name;
 }
 
-const QString keyMessage = u"Auto mode: OpenAI API key required"_s;
-const QString rosterMessage = u"Auto mode: Code Replacements File required"_s;
-const QString ftpMessage = u"Auto mode: FTP configuration incomplete"_s;
-const QString ftpLine = u"[AppDelegate] Auto mode on but FTP configuration incomplete"_s;
-const auto noKey = [](SettingsStore&, DefaultsStore& defaults) { defaults.remove(apiKeyName); };
-const auto emptyKey = [](SettingsStore&, DefaultsStore& defaults) { defaults.set(apiKeyName, u""_s); };
-const auto noRoster = [](SettingsStore& settings, DefaultsStore&) { settings.setCodeReplacementsFile({}); };
-const auto nothing = [](SettingsStore& settings, DefaultsStore& defaults) {
+const Refusal keyMissing{u"Auto mode: OpenAI API key required"_s, {}, u"OpenAI API Key"_s};
+const Refusal ftpIncomplete{
+    u"Auto mode: FTP configuration incomplete"_s, u"Auto mode on but FTP configuration incomplete"_s, {}};
+const Refusal localRosterMissing{u"Auto mode: Code Replacements File required"_s,
+                                 u"Auto mode: No code replacements file found (manual or auto-discovered)"_s,
+                                 u"Code Replacements File"_s};
+const Refusal remoteRosterMissing{u"Auto mode: Code Replacements File required"_s,
+                                  u"Auto mode: Code Replacements File required for FTP"_s,
+                                  u"Code Replacements File"_s};
+
+void emptyKey(SettingsStore&, DefaultsStore& defaults) {
+    defaults.set(apiKeyName, u""_s);
+}
+void noRoster(SettingsStore& settings, DefaultsStore&) {
+    settings.setCodeReplacementsFile({});
+}
+void nothing(SettingsStore& settings, DefaultsStore& defaults) {
     defaults.remove(apiKeyName);
     settings.setFtpHost(u""_s);
     settings.setCodeReplacementsFile({});
+}
+
+const RefusalCase refusals[] = {
+    {"local, empty key", SourceType::local, emptyKey, keyMissing},
+    {"local, nothing", SourceType::local, nothing, keyMissing},
+    {"local, no roster", SourceType::local, noRoster, localRosterMissing},
+    {"remote, empty key", SourceType::ftp, emptyKey, keyMissing},
+    {"remote, nothing", SourceType::ftp, nothing, keyMissing},
+    {"remote, no host", SourceType::ftp, [](auto& settings, auto&) { settings.setFtpHost(u""_s); },
+     ftpIncomplete},
+    {"remote, no user", SourceType::ftp, [](auto& settings, auto&) { settings.setFtpUsername(u""_s); },
+     ftpIncomplete},
+    {"remote, no password", SourceType::ftp, [](auto& settings, auto&) { settings.setFtpPassword(u""_s); },
+     ftpIncomplete},
+    {"remote, no roster", SourceType::ftp, noRoster, remoteRosterMissing},
 };
 
-const Refusal refusals[] = {
-    {"local, no key", SourceType::local, noKey, keyMessage, {}, u"OpenAI API Key"_s},
-    {"local, empty key", SourceType::local, emptyKey, keyMessage, {}, u"OpenAI API Key"_s},
-    {"local, nothing", SourceType::local, nothing, keyMessage, {}, u"OpenAI API Key"_s},
-    {"local, no roster", SourceType::local, noRoster, rosterMessage,
-     u"[AppDelegate] Auto mode: No code replacements file found (manual or auto-discovered)"_s,
-     u"Code Replacements File"_s},
-    {"remote, empty key", SourceType::ftp, emptyKey, keyMessage, {}, u"OpenAI API Key"_s},
-    {"remote, nothing", SourceType::ftp, nothing, keyMessage, {}, u"OpenAI API Key"_s},
-    {"remote, no host",
-     SourceType::ftp,
-     [](auto& settings, auto&) { settings.setFtpHost(u""_s); },
-     ftpMessage,
-     ftpLine,
-     {}},
-    {"remote, no user",
-     SourceType::ftp,
-     [](auto& settings, auto&) { settings.setFtpUsername(u""_s); },
-     ftpMessage,
-     ftpLine,
-     {}},
-    {"remote, no password",
-     SourceType::ftp,
-     [](auto& settings, auto&) { settings.setFtpPassword(u""_s); },
-     ftpMessage,
-     ftpLine,
-     {}},
-    {"remote, no roster", SourceType::ftp, noRoster, rosterMessage,
-     u"[AppDelegate] Auto mode: Code Replacements File required for FTP"_s, u"Code Replacements File"_s},
-};
-
-class AutoModeRefusalTest : public AutoModeTest, public testing::WithParamInterface<Refusal> {};
+class AutoModeRefusalTest : public AutoModeTest, public testing::WithParamInterface<RefusalCase> {};
 
 TEST_P(AutoModeRefusalTest, SaysWhyAndTurnsItselfOff) {
-    const Refusal& refusal = GetParam();
-    settings.setSourceType(refusal.source);
-    refusal.takeAway(settings, defaults);
-    if (refusal.source == SourceType::ftp) {
+    const auto& [name, source, takeAway, refusal] = GetParam();
+    settings.setSourceType(source);
+    takeAway(settings, defaults);
+    if (source == SourceType::ftp) {
         write(u"code_replacements.txt"_s); // of no help to the remote source
     }
     start();
@@ -195,11 +149,10 @@ TEST_P(AutoModeRefusalTest, SaysWhyAndTurnsItselfOff) {
 
     EXPECT_EQ(status.lastMessage(), refusal.message);
     EXPECT_EQ(status.nextScanCountdown(), std::nullopt);
-    EXPECT_EQ(log.lines.filter(u"[AppDelegate]"_s),
-              refusal.logLine.isEmpty() ? QStringList() : QStringList(refusal.logLine));
-    const QString body =
-        refusal.missing + u" is missing. Please configure it in Settings to enable auto-processing."_s;
-    EXPECT_EQ(center.bodies, refusal.missing.isEmpty() ? QStringList() : QStringList(body));
+    EXPECT_EQ(printed().join(u'\n'),
+              refusal.logLine.isEmpty() ? QString() : u"[AppDelegate] "_s + refusal.logLine);
+    const QString body = u" is missing. Please configure it in Settings to enable auto-processing."_s;
+    EXPECT_EQ(notified().join(u'\n'), refusal.missing.isEmpty() ? QString() : refusal.missing + body);
     EXPECT_EQ(remote.starts, 0);
 
     clock.advance(debounce);
@@ -210,22 +163,17 @@ TEST_P(AutoModeRefusalTest, SaysWhyAndTurnsItselfOff) {
 INSTANTIATE_TEST_SUITE_P(Table, AutoModeRefusalTest, testing::ValuesIn(refusals));
 
 TEST_F(AutoModeTest, ARosterInTheFolderServesTheLocalSource) {
-    for (const char16_t* name :
-         {u"code-replacements.txt", u"code_replacements.txt", u"codereplacements.txt"}) {
-        settings.setCodeReplacementsFile({});
-        write(QString::fromUtf16(name));
-        const qsizetype before = startCount();
-        controller->updateAutoMode(true, SourceType::local, ingest);
-        waitUntil([&] { return startCount() > before; });
-        QFile::remove(path(QString::fromUtf16(name)));
-    }
+    settings.setCodeReplacementsFile({});
+    write(u"code_replacements.txt"_s);
+    start();
+    waitUntil([this] { return startCount() == 1; });
     EXPECT_TRUE(settings.autoMode());
 }
 
 TEST_F(AutoModeTest, WaitsForAFolder) {
     settings.setIngestFolder({});
     start();
-    EXPECT_TRUE(log.has(u"[AppDelegate] Auto mode on but no folder selected"_s));
+    EXPECT_TRUE(isPrinted(u"Auto mode on but no folder selected"_s));
     EXPECT_EQ(status.lastMessage(), u"Auto mode: No folder selected"_s);
     EXPECT_TRUE(settings.autoMode());
     EXPECT_EQ(clock.waiting(), 0);
@@ -238,20 +186,12 @@ TEST_F(AutoModeTest, WaitsForAFolder) {
 TEST_F(AutoModeTest, ALockedKeyringIsWaitedForAndTurnsNothingOff) {
     LockedSecrets locked;
     locked.secrets.insert(u"com.tobinvasquel.OstrelleCaptions/FTPPassword"_s, u"secret"_s);
-    KeychainHelper lockedKeychain(locked, log);
+    KeychainHelper lockedKeychain(locked, console);
     settings.setSourceType(SourceType::ftp);
-    SettingsStore lockedSettings(defaults, lockedKeychain, references, log);
-    lockedSettings.setCodeReplacementsFile(path(u"roster.txt"_s));
-    AutoModeController waiting({.settings = lockedSettings,
-                                .status = status,
-                                .defaults = defaults,
-                                .scan = scan,
-                                .remote = remote,
-                                .notifications = notifications,
-                                .threads = threads,
-                                .clock = clock,
-                                .log = log});
-    waiting.observeAutoModeSettings();
+    SettingsStore lockedSettings(defaults, lockedKeychain, program.references, console);
+    lockedSettings.setCodeReplacementsFile(folder.filePath(u"roster.txt"_s));
+    const auto waiting = controllerOf(lockedSettings);
+    waiting->observeAutoModeSettings();
     clock.advance(debounce);
     clock.advance(std::chrono::hours(1));
     EXPECT_EQ(status.lastMessage(), u"Auto mode: Waiting for the keyring..."_s);
@@ -261,23 +201,7 @@ TEST_F(AutoModeTest, ALockedKeyringIsWaitedForAndTurnsNothingOff) {
     EXPECT_EQ(status.lastMessage(), u"Auto mode: Watching FTP server"_s);
 }
 
-TEST_F(AutoModeTest, ABurstOfChangesIsOneRestartWithTheLatestValues) {
-    settings.setSourceType(SourceType::ftp);
-    start();
-    const std::chrono::milliseconds step{200};
-    for (const char16_t* host : {u"a.example.org", u"b.example.org", u"c.example.org"}) {
-        settings.setFtpHost(QString::fromUtf16(host));
-        clock.advance(step);
-    }
-    EXPECT_EQ(remote.starts, 1);
-    clock.advance(debounce - step);
-    EXPECT_EQ(remote.starts, 2);
-    EXPECT_TRUE(log.has(u"[AppDelegate] Auto mode on - watching FTP server c.example.org"_s));
-    clock.advance(second * 5);
-    EXPECT_EQ(remote.starts, 2);
-}
-
-TEST_F(AutoModeTest, OnlySixSettingsRestartIt) {
+TEST_F(AutoModeTest, ABurstOfChangesOfSixSettingsIsOneRestartWithTheLatestValues) {
     settings.setSourceType(SourceType::ftp);
     start();
     settings.setFtpPassword(u"other"_s);
@@ -288,12 +212,23 @@ TEST_F(AutoModeTest, OnlySixSettingsRestartIt) {
     clock.advance(debounce);
     EXPECT_EQ(remote.starts, 1);
 
+    const std::chrono::milliseconds step{200};
+    settings.setFtpHost(u"a.example.org"_s);
+    clock.advance(step);
+    settings.setFtpHost(u"b.example.org"_s);
+    clock.advance(debounce - step);
+    EXPECT_EQ(remote.starts, 1);
+    clock.advance(step);
+    EXPECT_EQ(remote.starts, 2);
+    EXPECT_TRUE(isPrinted(u"Auto mode on - watching FTP server b.example.org"_s));
     settings.setDestinationFolder(ingest);
     clock.advance(debounce);
-    EXPECT_EQ(remote.starts, 2);
+    EXPECT_EQ(remote.starts, 3);
     settings.setCodeReplacementsFile(path(u"other.txt"_s));
     clock.advance(debounce);
-    EXPECT_EQ(remote.starts, 3);
+    EXPECT_EQ(remote.starts, 4);
+    clock.advance(second * 5);
+    EXPECT_EQ(remote.starts, 4);
 }
 
 TEST_F(AutoModeTest, AChangeOfSourceLeavesNothingOfTheOther) {
@@ -302,7 +237,7 @@ TEST_F(AutoModeTest, AChangeOfSourceLeavesNothingOfTheOther) {
     clock.advance(debounce);
     EXPECT_TRUE(remote.isRunning);
     clock.advance(pollInterval * 2);
-    EXPECT_EQ(log.count(u"Polling folder..."_s), 0);
+    EXPECT_EQ(console.count(u"Polling folder..."_s), 0);
 
     status.setFtpStatusMessage(u"Downloading"_s);
     status.setFtpIsChecking(true);
@@ -316,20 +251,7 @@ TEST_F(AutoModeTest, AChangeOfSourceLeavesNothingOfTheOther) {
     EXPECT_FALSE(status.ftpIsChecking() || status.ftpIsDownloading());
     EXPECT_EQ(status.ftpFilesFound() + status.ftpFilesDownloaded(), 0);
     clock.advance(pollInterval);
-    EXPECT_EQ(log.count(u"Polling folder..."_s), 1);
-}
-
-TEST_F(AutoModeTest, TurningItOffBeginsNoFurtherImage) {
-    write(u"a.JPG"_s);
-    startLocal();
-    EXPECT_TRUE(tracker.isProcessing(u"a.JPG"_s));
-    settings.setAutoMode(false);
-    clock.advance(debounce);
-    EXPECT_TRUE(log.has(u"[AppDelegate] Auto mode off - stopped watching"_s));
-    EXPECT_EQ(status.lastMessage(), u"Auto mode: Off"_s);
-    finishAll();
-    EXPECT_TRUE(captioning.begun.isEmpty());
-    EXPECT_FALSE(tracker.isProcessing(u"a.JPG"_s));
+    EXPECT_EQ(console.count(u"Polling folder..."_s), 1);
 }
 
 TEST_F(AutoModeTest, SwitchedOffItSendsAwayWhatWaitsForItsTurn) {
@@ -337,35 +259,25 @@ TEST_F(AutoModeTest, SwitchedOffItSendsAwayWhatWaitsForItsTurn) {
         write(u"%1.JPG"_s.arg(image));
     }
     startLocal();
-    captioning.duration = std::chrono::seconds(60);
+    duration = std::chrono::seconds(60);
     rest(CaptionTurns::imagesAtOnce);
     settings.setAutoMode(false);
     clock.advance(debounce);
+    EXPECT_TRUE(isPrinted(u"Auto mode off - stopped watching"_s));
+    EXPECT_EQ(status.lastMessage(), u"Auto mode: Off"_s);
     finishAll();
-    EXPECT_EQ(captioning.ended.size(), CaptionTurns::imagesAtOnce);
-    EXPECT_EQ(log.count(u"SUCCESS"_s), CaptionTurns::imagesAtOnce);
-    EXPECT_EQ(log.count(u"FAILED"_s), 0);
+    EXPECT_EQ(ended.size(), CaptionTurns::imagesAtOnce);
+    EXPECT_EQ(console.count(u"SUCCESS"_s), CaptionTurns::imagesAtOnce);
+    EXPECT_EQ(console.count(u"FAILED"_s), 0);
     for (int image = 0; image < 30; ++image) {
         EXPECT_FALSE(tracker.isProcessing(u"%1.JPG"_s.arg(image)));
         EXPECT_FALSE(tracker.timeSinceFailure(u"%1.JPG"_s.arg(image)));
     }
 }
 
-TEST_F(AutoModeTest, AnotherFolderTakesTheOldOnesQueueAway) {
-    write(u"a.JPG"_s);
-    startLocal();
-    const QString other = folder.filePath(u"other"_s);
-    QDir().mkpath(other);
-    QFile::copy(path(u"a.JPG"_s), other + u"/b.JPG"_s);
-    settings.setIngestFolder(other);
-    clock.advance(debounce);
-    finishAll();
-    EXPECT_EQ(captioning.begun, QStringList(u"b.JPG"_s));
-}
-
 TEST_F(AutoModeTest, AStartThatAHangingShareHoldsUpIsOvertaken) {
     settings.setCodeReplacementsFile({});
-    HangingFolder share(threads, ingest);
+    HangingThreads share(threads.of(ingest));
     start();
     settings.setAutoMode(false);
     clock.advance(debounce);
@@ -375,12 +287,12 @@ TEST_F(AutoModeTest, AStartThatAHangingShareHoldsUpIsOvertaken) {
     QCoreApplication::processEvents();
     EXPECT_EQ(startCount(), 0);
     EXPECT_EQ(status.lastMessage(), u"Auto mode: Off"_s);
-    EXPECT_TRUE(center.bodies.isEmpty());
+    EXPECT_TRUE(notified().isEmpty());
 }
 
 TEST_F(AutoModeTest, NothingHappensOnceItIsDestroyed) {
     settings.setCodeReplacementsFile({});
-    HangingFolder share(threads, ingest);
+    HangingThreads share(threads.of(ingest));
     start();
     settings.setFtpHost(u"other.example.org"_s);
     controller.reset();

@@ -33,17 +33,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class SilentWorkspace : public Workspace {
-public:
-    void openLink(const QUrl&) override {}
-    void bringToFront() override {}
-};
-
 /// The whole middle of the program over the folder "shoot".
 class MainThreadTest : public PipelineTest {
 protected:
     MainThreadTest() {
-        EXPECT_TRUE(QDir(folder.path()).mkdir(u"shoot"_s));
         write(u"shoot/code-replacements.txt"_s, "12\tSam Abel\n");
         settings.setCodeReplacementsFile(std::nullopt);
         settings.setIngestFolder(shoot);
@@ -61,17 +54,12 @@ protected:
         const QByteArray path = QFile::encodeName(shoot);
         touches.clear();
         watchedFolder = path.constData();
-        waitUntil([&] {
-            if (!condition() && clock.waiting() > 0) {
-                clock.advance(std::chrono::seconds(1));
-            }
-            return condition();
-        });
+        driveUntil(condition, std::chrono::seconds(1));
         watchedFolder = nullptr;
         return touches;
     }
 
-    const QString shoot = folder.filePath(u"shoot"_s);
+    const QString shoot = folderWith(u"shoot"_s);
 };
 
 } // namespace
@@ -82,7 +70,6 @@ TEST_F(MainThreadTest, TouchesNothingInARunOverAFolderOrASelection) {
     EXPECT_EQ(touchesUntil([&] { return run.isReady(); }), QStringList());
     EXPECT_EQ(reports.size(), 3);
 
-    SilentWorkspace workspace;
     const auto selected = analyzer.captionSelection(
         files + QStringList{shoot + u"/IMG_1.xmp"_s, shoot + u"/IMG_3.xmp"_s}, {}, workspace);
     EXPECT_EQ(touchesUntil([&] { return selected.isReady(); }), QStringList());
