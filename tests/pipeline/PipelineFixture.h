@@ -24,15 +24,6 @@
 
 namespace ostrelle {
 
-/// A desktop that keeps the links that it is to open.
-class LinkRecorder : public Workspace {
-public:
-    void openLink(const QUrl& link) override { opened.append(link); }
-    void bringToFront() override {}
-
-    QList<QUrl> opened;
-};
-
 /// A folder, and the stand-in for the model.
 struct ModelAndFolder {
     UnprivilegedFolder folder;
@@ -190,7 +181,7 @@ protected:
         return bodies;
     }
 
-    LinkRecorder workspace;
+    RecordingWorkspace workspace;
     QList<ImageOutcome> reports;
     QStringList messages; ///< of the status
 };

@@ -97,7 +97,7 @@ TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess
     ASSERT_EQ(alerts.titles(), QStringList{u"Permission Error — Cannot Write to Folder"_s});
     EXPECT_TRUE(alerts.shown.first().text.endsWith(u"\n\nLocation: "_s + locked));
     EXPECT_EQ(
-        workspace.opened,
+        workspace.links,
         QList<QUrl>{QUrl(u"x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles"_s)});
     EXPECT_EQ(status.lastMessage(), u"Captioned 1 image, failed 2");
     expectIdle();
@@ -105,7 +105,7 @@ TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess
     alerts.answer = 1; // another watch folder
     caption({jpeg});
     setMode(locked, 0755);
-    EXPECT_EQ(workspace.opened.size(), 1);
+    EXPECT_EQ(workspace.links.size(), 1);
     EXPECT_EQ(settingsShown.size(), 1);
     EXPECT_EQ(status.lastMessage(), u"Failed to caption 1 image");
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Alerts.h"
+#include "platform/Workspace.h"
 #include "program/CaptionProgram.h"
 #include "standins/MemoryDefaults.h"
 #include "standins/MemorySecrets.h"
@@ -77,6 +78,15 @@ public:
 
     bool isRunning = false;
     int starts = 0;
+};
+
+/// A desktop that keeps what it is asked.
+class RecordingWorkspace : public Workspace {
+public:
+    void openLink(const QUrl& link) override { links.append(link); }
+    void bringToFront() override {}
+
+    QList<QUrl> links;
 };
 
 /// The real composition of the program below its windows, with stand-ins for the outside world.

@@ -28,15 +28,6 @@ private:
     }
 };
 
-/// A desktop that keeps what it is asked.
-class RecordingWorkspace : public Workspace {
-public:
-    void openLink(const QUrl& link) override { links.append(link); }
-    void bringToFront() override {}
-
-    QList<QUrl> links;
-};
-
 struct ShellFolder {
     QTemporaryDir folder;
 };
