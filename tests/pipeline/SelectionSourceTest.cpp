@@ -3,7 +3,6 @@
 
 #include "pipeline/PipelineFixture.h"
 
-#include <QFileInfo>
 #include <QSignalSpy>
 
 namespace ostrelle {

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
-#include <QTcpServer>
 #include <atomic>
 #include <optional>
 #include <thread>

@@ -3,7 +3,6 @@
 #include "standins/StandInTranscription.h"
 #include "support/FileInFolder.h"
 
-#include <QJsonArray>
 #include <QTcpSocket>
 
 namespace ostrelle {
