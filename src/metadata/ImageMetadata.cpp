@@ -3,6 +3,7 @@
 
 #include "metadata/XMPWriter.h"
 #include "metadata/facts/ImageKind.h"
+#include "metadata/jpeg/EmbeddedCaptionWrite.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
@@ -89,8 +90,8 @@ MetadataReading ImageMetadata::read(const QTimeZone& zone) const {
 
 EditableReading ImageMetadata::readEditable(const QTimeZone& zone) const {
     const std::optional<FileStamp> image = FileStamp::at(m_image);
-    EditableReading editable = m_isEmbedded ? XMPWriter().readEditableEmbedded(m_image, zone)
-                                            : XMPWriter().readEditableSidecar(sidecar(), zone);
+    EditableReading editable =
+        m_isEmbedded ? readEditableJpeg(m_image, zone) : XMPWriter().readEditableSidecar(sidecar(), zone);
     editable.reading.image = image;
     return editable;
 }

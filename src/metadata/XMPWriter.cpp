@@ -130,10 +130,6 @@ void XMPWriter::fillEmptySidecar(const QString& sidecar) const {
     });
 }
 
-EditableReading XMPWriter::readEditableEmbedded(const QString& image, const QTimeZone& zone) const {
-    return readEditableJpeg(image, zone);
-}
-
 MetadataReading XMPWriter::readEmbedded(const QString& image, const QTimeZone& zone) const {
     const std::optional<EmbeddedMetadata> metadata = readEmbeddedMetadata(image);
     return metadata ? embeddedReading(*metadata, zone) : MetadataReading();

@@ -44,9 +44,6 @@ public:
     // The same for a JPEG image, which holds its metadata itself. XMPError::fileMissing for an image that
     // cannot be opened; a file that is not a JPEG has no metadata.
 
-    /// readEmbedded(), and whether a caption could be written into the image. Changes nothing.
-    EditableReading readEditableEmbedded(const QString& image, const QTimeZone& zone) const;
-
     /// All that is known of the image, from one opening. Dates become days in the given zone.
     MetadataReading readEmbedded(const QString& image, const QTimeZone& zone) const;
 

@@ -98,7 +98,7 @@ QCoro::Task<ImageOutcome> Analyzer::analyzeImage(QString file) {
 }
 
 QCoro::Task<QString> Analyzer::promptFor(QString file) {
-    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()});
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()}, {.makesSidecar = false});
     co_return co_await run.composePrompt();
 }
 

@@ -78,7 +78,7 @@ QCoro::Task<> BatchRun::prepareAll() {
     }
 }
 
-QCoro::Task<> BatchRun::prepareOne(qsizetype index, std::shared_ptr<const ImageAhead> ahead) {
+QCoro::Task<> BatchRun::prepareOne(qsizetype index, std::shared_ptr<const OpenedImage> ahead) {
     const auto image = co_await attempt(prepare(&m_outcomes[index], ahead));
     if (!image) {
         fail(index, u"[Analyzer] Failed to prepare %1: %2"_s.arg(nameOf(index), image.words()),
@@ -91,7 +91,7 @@ QCoro::Task<> BatchRun::prepareOne(qsizetype index, std::shared_ptr<const ImageA
 }
 
 QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(ImageOutcome* image,
-                                                            std::shared_ptr<const ImageAhead> ahead) {
+                                                            std::shared_ptr<const OpenedImage> ahead) {
     const QString file = image->file;
     ImageGathering gathering(m_parts, file, {}, std::move(ahead));
     const ScopedAccess fileAccess(m_parts.access, file);

@@ -55,10 +55,10 @@ private:
     };
 
     QCoro::Task<> prepareAll();
-    QCoro::Task<> prepareOne(qsizetype index, std::shared_ptr<const ImageAhead> ahead);
+    QCoro::Task<> prepareOne(qsizetype index, std::shared_ptr<const OpenedImage> ahead);
     /// Nothing for an image that keeps its caption. Throws the failure.
     QCoro::Task<std::optional<PreparedImage>> prepare(ImageOutcome* image,
-                                                      std::shared_ptr<const ImageAhead> ahead);
+                                                      std::shared_ptr<const OpenedImage> ahead);
     QCoro::Task<> captionPrepared();
     QCoro::Task<> captionTogether();
     QCoro::Task<> writeReply(BatchCaptionReply reply);

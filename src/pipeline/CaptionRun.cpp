@@ -66,13 +66,7 @@ QCoro::Task<RunTally> CaptionRun::captionInTurn(RunSource* source) {
 }
 
 QCoro::Task<RunTally::Ending> CaptionRun::captionAll(RunSource* source, QStringList files, QDateTime begun) {
-    constexpr qsizetype size = BatchRun::mostImages;
-    const qsizetype batchCount = (files.size() + size - 1) / size;
-    source->logBatches(files.size(), batchCount);
     co_await tidyFoldersOf(m_parts.threads, files);
-    for (const QString& file : std::as_const(files)) {
-        m_tally.images.emplace_back().file = file;
-    }
     ReadAhead ahead(m_parts.threads, files, m_parts.clock.timeZone(),
                     !m_parts.settings.alwaysOverwriteCaptions());
     const Ending ending = co_await captionBatches(source, files, begun, &ahead);
@@ -85,7 +79,11 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionBatches(RunSource* source, QStr
                                                          QDateTime begun, ReadAhead* ahead) {
     constexpr qsizetype size = BatchRun::mostImages;
     const qsizetype batchCount = (files.size() + size - 1) / size;
-    const qsizetype first = m_tally.images.size() - files.size();
+    source->logBatches(files.size(), batchCount);
+    const qsizetype first = m_tally.images.size(); // after the illegible ones
+    for (const QString& file : std::as_const(files)) {
+        m_tally.images.emplace_back().file = file;
+    }
     for (qsizetype start = 0; start < files.size(); start += size) {
         if (m_parts.turns.isClosed()) {
             co_return Ending::interrupted;

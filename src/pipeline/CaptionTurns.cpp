@@ -30,7 +30,6 @@ void admit(const Waiting& waiting) {
 struct CaptionTurns::State {
     int places;
     int free;
-    bool hasRun = false;
     quint64 dismissals = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
@@ -38,13 +37,8 @@ struct CaptionTurns::State {
 
     bool isIdle() const { return free == places; }
     bool isRun(int wanted) const { return wanted == places; }
-    void take(int wanted) {
-        free -= wanted;
-        hasRun = isRun(wanted);
-    }
     void give(int given) {
         free += given;
-        hasRun = false;
         admitNext();
         if (isIdle() && idle) {
             std::exchange(idle, std::nullopt)->happen();
@@ -54,7 +48,7 @@ struct CaptionTurns::State {
         while (!waiting.empty() && waiting.front().places <= free) {
             const Waiting next = waiting.front();
             waiting.pop_front();
-            take(next.places);
+            free -= next.places;
             admit(next);
         }
     }
@@ -107,10 +101,6 @@ QCoro::Task<> CaptionTurns::idle() const {
         }
         co_await state->idle->happened();
     }
-}
-
-bool CaptionTurns::hasRun() const {
-    return m_state->hasRun;
 }
 
 quint64 CaptionTurns::dismissals() const {

@@ -38,8 +38,6 @@ public:
     QCoro::Task<std::unique_ptr<Turn>> imageTurn();
     /// Resumes when the run may begin, or with null when the turns are closed.
     QCoro::Task<std::unique_ptr<Turn>> runTurn();
-    /// True while a run has its turn.
-    bool hasRun() const;
     /// How often images were dismissed: an image that waits for something else must not begin if this has
     /// grown.
     quint64 dismissals() const;

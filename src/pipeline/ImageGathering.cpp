@@ -27,7 +27,7 @@ const QString noCaption = u"No caption"_s;
 } // namespace
 
 ImageGathering::ImageGathering(AnalyzerParts parts, QString file, Opening opening,
-                               std::shared_ptr<const ImageAhead> ahead)
+                               std::shared_ptr<const OpenedImage> ahead)
     : m_parts(parts), m_name(QFileInfo(file).fileName()), m_opening(opening), m_ahead(std::move(ahead)) {
     m_image.file = std::move(file);
     m_image.source.zone = parts.clock.timeZone();
@@ -86,7 +86,7 @@ QCoro::Task<> ImageGathering::takeFacts() {
             u"[Analyzer] Could not read metadata for %1: %2"_s.arg(m_name, m_opened->metadata.words()));
         m_opened->metadata.rethrow();
     }
-    take(m_opened->metadata->reading);
+    m_image.source.facts = m_opened->metadata->reading.facts;
     if (!isRecreated) {
         const std::optional<QString>& caption = facts().caption;
         m_caption = caption ? std::optional(caption->trimmed()) : std::nullopt;
@@ -111,12 +111,6 @@ QCoro::Task<> ImageGathering::recreateSidecar() {
     if (m_opened->metadata) {
         m_parts.log.print(u"[Analyzer] Recreated unreadable XMP sidecar for "_s + m_name);
     }
-}
-
-void ImageGathering::take(const MetadataReading& reading) {
-    m_contextLines = reading.contextLines;
-    m_rightsLines = reading.rightsLines;
-    m_image.source.facts = reading.facts;
 }
 
 bool ImageGathering::isUnreadableSidecar() const {

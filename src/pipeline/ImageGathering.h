@@ -21,7 +21,7 @@ class ImageGathering {
 public:
     /// `ahead` is what was read of the image ahead of its run, or null.
     ImageGathering(AnalyzerParts parts, QString file, Opening opening = {},
-                   std::shared_ptr<const ImageAhead> ahead = nullptr);
+                   std::shared_ptr<const OpenedImage> ahead = nullptr);
     ImageGathering(const ImageGathering&) = delete;
     ImageGathering& operator=(const ImageGathering&) = delete;
 
@@ -42,9 +42,9 @@ public:
     /// True when the image keeps its caption, which is logged: it has a real one, and the settings forbid
     /// overwriting.
     bool isFinished();
-    void logContext() { print(m_contextLines); }
+    void logContext() { print(m_opened->metadata->reading.contextLines); }
     void logSidecar();
-    void logRights() { print(m_rightsLines); }
+    void logRights() { print(m_opened->metadata->reading.rightsLines); }
     /// Throws if no caption could be written.
     void requireEditable();
     /// Renders the picture for the model, unless that was done ahead.
@@ -66,19 +66,16 @@ public:
 private:
     bool isUnreadableSidecar() const;
     QCoro::Task<> recreateSidecar();
-    void take(const MetadataReading& reading);
     void print(const QStringList& lines);
     void logPreview(const Rendition& rendition);
 
     AnalyzerParts m_parts;
     QString m_name;
     Opening m_opening;
-    std::shared_ptr<const ImageAhead> m_ahead;
+    std::shared_ptr<const OpenedImage> m_ahead;
     std::optional<OpenedImage> m_opened;
     PreparedImage m_image;
     std::optional<QString> m_caption;
-    QStringList m_contextLines;
-    QStringList m_rightsLines;
 };
 
 } // namespace ostrelle

@@ -15,10 +15,8 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-ImageRun::ImageRun(AnalyzerParts parts, ImageRequest request)
-    : m_parts(parts)
-    , m_request(std::move(request))
-    , m_gathering(parts, m_request.file, {.dumpsSidecar = true}) {
+ImageRun::ImageRun(AnalyzerParts parts, ImageRequest request, Opening opening)
+    : m_parts(parts), m_request(std::move(request)), m_gathering(parts, m_request.file, opening) {
     m_outcome.file = m_request.file;
 }
 
@@ -74,16 +72,14 @@ QCoro::Task<> ImageRun::caption() {
 }
 
 QCoro::Task<QString> ImageRun::composePrompt() {
-    ImageGathering gathering(m_parts, m_request.file, {.makesSidecar = false});
-    co_await gathering.open();
-    if (!gathering.isSidecarMissing()) { // an image without a sidecar has no facts yet
-        co_await gathering.takeFacts();
-        gathering.logContext();
-        gathering.logRights();
+    co_await m_gathering.open();
+    if (!m_gathering.isSidecarMissing()) { // an image without a sidecar has no facts yet
+        co_await m_gathering.takeFacts();
+        m_gathering.logContext();
+        m_gathering.logRights();
     }
     const RosterReading roster = co_await readItsRoster();
-    co_return co_await composeImagePrompt(m_parts.settings, m_parts.prompts, m_parts.log,
-                                          m_parts.clock.timeZone(), gathering.image(), roster.replacements);
+    co_return co_await composePromptWith(roster.replacements);
 }
 
 void ImageRun::requireKey() const {

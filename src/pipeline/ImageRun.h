@@ -20,7 +20,7 @@ namespace ostrelle {
 class ImageRun {
 public:
     /// If the request has facts or a stamp, the image is captioned only while they still hold.
-    ImageRun(AnalyzerParts parts, ImageRequest request);
+    ImageRun(AnalyzerParts parts, ImageRequest request, Opening opening = {.dumpsSidecar = true});
     ImageRun(const ImageRun&) = delete;
     ImageRun& operator=(const ImageRun&) = delete;
 

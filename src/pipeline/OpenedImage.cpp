@@ -48,16 +48,15 @@ QString sidecarDump(const ImageMetadata& metadata, const QString& name) {
 } // namespace
 
 OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening& opening,
-                      const ImageAhead* ahead) {
+                      const OpenedImage* ahead) {
     const ImageMetadata metadata(file);
     OpenedImage opened;
     opened.sidecar = attemptNow([&] { return opening.makesSidecar && metadata.provideSidecar(); });
     opened.conditions = EditConditions::of(file);
     // What went wrong may be over.
-    const bool wentWell = ahead && ahead->opened.metadata && !ahead->opened.metadata->refusal;
-    const bool isKnown = wentWell && ahead->opened.conditions == opened.conditions;
-    opened.metadata =
-        isKnown ? ahead->opened.metadata : attemptNow([&] { return metadata.readEditable(zone); });
+    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal;
+    const bool isKnown = wentWell && ahead->conditions == opened.conditions;
+    opened.metadata = isKnown ? ahead->metadata : attemptNow([&] { return metadata.readEditable(zone); });
     if (ahead && ahead->picture && ahead->picture->stamp == opened.conditions.image) {
         opened.picture = ahead->picture;
     }

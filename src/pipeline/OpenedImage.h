@@ -13,8 +13,6 @@
 
 namespace ostrelle {
 
-struct ImageAhead;
-
 /// How an image is opened.
 struct Opening {
     bool makesSidecar = true;  ///< for a RAW image that has none
@@ -27,22 +25,16 @@ struct OpenedImage {
     /// Whether a sidecar was made for it, or why that failed.
     Attempt<bool> sidecar = Attempt<bool>::success(false);
     Attempt<EditableReading> metadata = Attempt<EditableReading>::failed(nullptr);
-    std::optional<SeenPicture> picture; ///< if rendered ahead and still that of the file
+    std::optional<SeenPicture> picture; ///< if it was rendered ahead
     QStringList audioNotes;             ///< in the order to try them
     QString sidecarDump;                ///< the log line about it; empty if there is none
 };
 
-/// What was read of an image ahead of its run. Without a picture if it was not wanted or cannot be rendered.
-struct ImageAhead {
-    OpenedImage opened;
-    std::optional<SeenPicture> picture;
-};
-
 /// Makes the missing sidecar, if so asked, reads the metadata and lists the audio notes. Uses what was read
-/// ahead as far as the files are still the same. Never throws: each part holds its failure. For worker
+/// `ahead` as far as the files are still the same. Never throws: each part holds its failure. For worker
 /// threads.
 OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening& opening,
-                      const ImageAhead* ahead = nullptr);
+                      const OpenedImage* ahead = nullptr);
 
 /// Renders the picture for the model: a JPEG of at most 1024 pixels on its longer side. Throws ExtractError.
 /// For worker threads.

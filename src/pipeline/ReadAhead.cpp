@@ -18,10 +18,10 @@ bool hasRealCaption(const OpenedImage& opened) {
     return opened.metadata && isRealCaption(opened.metadata->reading.facts.caption.value_or(QString()));
 }
 
-std::shared_ptr<const ImageAhead> readAhead(const QString& file, const QTimeZone& zone, bool skipsCaptioned) {
-    auto ahead = std::make_shared<ImageAhead>();
-    ahead->opened = openImage(file, zone, {.makesSidecar = false});
-    if (!skipsCaptioned || !hasRealCaption(ahead->opened)) {
+std::shared_ptr<const OpenedImage> readAhead(const QString& file, const QTimeZone& zone,
+                                             bool skipsCaptioned) {
+    auto ahead = std::make_shared<OpenedImage>(openImage(file, zone, {.makesSidecar = false}));
+    if (!skipsCaptioned || !hasRealCaption(*ahead)) {
         const auto picture = attemptNow([&file] { return renderForModel(file); });
         ahead->picture = picture ? std::optional(*picture) : std::nullopt;
     }
@@ -53,7 +53,7 @@ QCoro::Task<> ReadAhead::awaitAll(QList<QFuture<Ahead>> reads) {
     }
 }
 
-QCoro::Task<std::shared_ptr<const ImageAhead>> ReadAhead::take(qsizetype index) {
+QCoro::Task<std::shared_ptr<const OpenedImage>> ReadAhead::take(qsizetype index) {
     // Images that another program captions are passed over: nobody will ask for them.
     m_next = std::max(m_next, index);
     m_ahead.removeIf([index](const auto& entry) { return entry.key() < index; });

@@ -33,13 +33,13 @@ public:
     /// Returns what was read of the image at that index of the files, waiting for it if need be, and starts
     /// to read further ones. Null for an image that was taken before. Take images in order; some may be left
     /// out.
-    QCoro::Task<std::shared_ptr<const ImageAhead>> take(qsizetype index);
+    QCoro::Task<std::shared_ptr<const OpenedImage>> take(qsizetype index);
 
     /// Begins nothing more, and resumes when nothing is under way. The object need not live that long.
     QCoro::Task<> stop();
 
 private:
-    using Ahead = std::shared_ptr<const ImageAhead>;
+    using Ahead = std::shared_ptr<const OpenedImage>;
 
     void readUpTo(qsizetype end);
     static QCoro::Task<> awaitAll(QList<QFuture<Ahead>> reads);

@@ -11,7 +11,6 @@
 #include "standins/SportsScene.h"
 #include "support/Await.h"
 #include "support/FileFacts.h"
-#include "support/RecordingLog.h"
 #include "support/Unprivileged.h"
 
 #include <gtest/gtest.h>

@@ -16,7 +16,7 @@ class ReadAheadTest : public PipelineTest {
 protected:
     QThreadPool* decoders() { return threads.renderersOf(folder.path()); }
     /// What is read ahead of one image.
-    ImageAhead readAhead(const QString& image, bool skipsCaptioned = false) {
+    OpenedImage readAhead(const QString& image, bool skipsCaptioned = false) {
         ReadAhead ahead(threads, {image}, utc, skipsCaptioned);
         return *await(ahead.take(0));
     }
@@ -38,14 +38,16 @@ TEST_F(ReadAheadTest, ARunUsesThePictureThatWasMadeAheadAndNothingIsWrittenBefor
 TEST_F(ReadAheadTest, WhatHasChangedSinceIsReadAgain) {
     const QString image = rawImage();
     sidecar("Stub");
-    ImageAhead ahead = readAhead(image);
-    ASSERT_TRUE(ahead.opened.metadata);
-    EditableReading known = *ahead.opened.metadata;
+    OpenedImage ahead = readAhead(image);
+    ASSERT_TRUE(ahead.metadata);
+    EditableReading known = *ahead.metadata;
     known.reading.facts.caption = u"As it was read ahead"_s;
-    ahead.opened.metadata = Attempt<EditableReading>::success(known);
+    ahead.metadata = Attempt<EditableReading>::success(known);
     const auto open = [&] { return openImage(image, utc, {}, &ahead); };
     EXPECT_EQ(open().metadata->reading.facts.caption, u"As it was read ahead"_s);
     EXPECT_EQ(open().picture->rendition.jpeg, ahead.picture->rendition.jpeg);
+    ahead.metadata = Attempt<EditableReading>::failed(nullptr);
+    EXPECT_TRUE(open().metadata) << "what went wrong may be over";
 
     sidecar("Typed meanwhile");
     EXPECT_EQ(open().metadata->reading.facts.caption, u"Typed meanwhile"_s);
@@ -74,6 +76,12 @@ TEST_F(ReadAheadTest, ImagesBehindTheNextTwentyAreNotBegun) {
     jpegImage(u"IMG_20.JPG"_s);
     EXPECT_FALSE(await(ahead.take(19))->picture) << "it was read before it was there";
     EXPECT_TRUE(await(ahead.take(20))->picture);
+}
+
+TEST_F(ReadAheadTest, ImagesThatARunPassesOverAreNotRead) {
+    ReadAhead ahead(threads, QStringList(100, path(u"IMG_1.JPG"_s)), utc, false);
+    EXPECT_TRUE(await(ahead.take(80)));
+    EXPECT_FALSE(await(ahead.take(19)) || await(ahead.take(50)));
 }
 
 } // namespace ostrelle

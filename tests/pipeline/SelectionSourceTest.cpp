@@ -27,12 +27,12 @@ protected:
         }
         return images;
     }
-    void expectIdle() const {
+    void expectIdle() {
         EXPECT_FALSE(status.isProcessing() || status.isWaitingForAPI() || status.currentFileName());
         EXPECT_EQ(status.currentFileIndex(), 0);
         EXPECT_EQ(status.totalFiles(), 0);
         EXPECT_EQ(status.currentBatchSize(), 0);
-        EXPECT_FALSE(turns.hasRun());
+        await(turns.idle());
         EXPECT_FALSE(access.all.isEmpty());
         EXPECT_EQ(access.held, QStringList());
     }

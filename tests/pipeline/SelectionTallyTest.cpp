@@ -34,10 +34,6 @@ ImageOutcome failedImage(const QString& file, const QString& words = u"It is dam
     return outcome;
 }
 
-SelectionTally tallyOf(const QList<ImageOutcome>& images) {
-    return SelectionTally::of(images);
-}
-
 } // namespace
 
 TEST(ImageFailureTest, TypeAndWordsTellWhatItMeans) {
@@ -96,7 +92,7 @@ TEST(SelectionTallyTest, TheClosingMessageNamesBothCounts) {
             images[index].kind = OutcomeKind::captioned;
         }
         images.emplace_back().kind = OutcomeKind::skipped; // which counts nowhere
-        EXPECT_EQ(tallyOf(images).closingMessage(), row.message);
+        EXPECT_EQ(SelectionTally::of(images).closingMessage(), row.message);
     }
 }
 
@@ -105,25 +101,25 @@ TEST(SelectionTallyTest, TheFirstThreePermissionErrorsAreTold) {
     for (const QString& letter : {u"a"_s, u"b"_s, u"c"_s}) {
         images.append(failedImage(u"/g/y.jpg"_s, u"permission "_s + letter));
     }
-    EXPECT_EQ(tallyOf(images).errorDetail(), u"permission a; permission b; permission c");
+    EXPECT_EQ(SelectionTally::of(images).errorDetail(), u"permission a; permission b; permission c");
     images += {failedImage(u"/g/z.jpg"_s, u"permission d"_s), failedImage(u"/g/z.jpg"_s, u"permission e"_s)};
-    const SelectionTally tally = tallyOf(images);
+    const SelectionTally tally = SelectionTally::of(images);
     EXPECT_EQ(tally.errorDetail(), u"permission a; permission b; permission c... and 2 more");
     EXPECT_EQ(tally.failed(), 6);
     EXPECT_EQ(tally.permissionErrors(), 5);
 }
 
 TEST(SelectionTallyTest, OnlyAPermissionErrorBringsUpTheRateLimit) {
-    const SelectionTally tally = tallyOf({failedImage(image, u"429"_s)});
+    const SelectionTally tally = SelectionTally::of({failedImage(image, u"429"_s)});
     EXPECT_FALSE(tally.mentionsRateLimit());
     EXPECT_EQ(tally.permissionErrors(), 0);
     EXPECT_EQ(tally.rateLimitedNames(), QStringList{u"IMG_4290.CR3"_s});
-    EXPECT_TRUE(tallyOf({failedImage(image, u"429: no permission"_s)}).mentionsRateLimit());
+    EXPECT_TRUE(SelectionTally::of({failedImage(image, u"429: no permission"_s)}).mentionsRateLimit());
 }
 
 TEST(SelectionTallyTest, TheHintIsForRawImages) {
-    EXPECT_FALSE(tallyOf({failedImage(u"/g/a.jpg"_s)}).hint());
-    const SelectionTally tally = tallyOf({failedImage(u"/g/a.jpg"_s), failedImage(u"/g/b.Nef"_s)});
+    EXPECT_FALSE(SelectionTally::of({failedImage(u"/g/a.jpg"_s)}).hint());
+    const SelectionTally tally = SelectionTally::of({failedImage(u"/g/a.jpg"_s), failedImage(u"/g/b.Nef"_s)});
     EXPECT_EQ(tally.hint(), u"When manually captioning RAW files, also select the matching .xmp sidecar(s).");
     EXPECT_EQ(tally.failedNames(), (QStringList{u"a.jpg"_s, u"b.Nef"_s}));
 }

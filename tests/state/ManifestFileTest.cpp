@@ -14,7 +14,6 @@
 #include <QFile>
 #include <QSet>
 #include <QTemporaryDir>
-#include <cmath>
 #include <limits>
 
 namespace ostrelle {

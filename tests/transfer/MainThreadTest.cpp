@@ -6,7 +6,6 @@
 #include "transfer/RosterWatch.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 
 #include <cstdarg>
 #include <cstring>
