@@ -103,8 +103,9 @@ void OnboardingPage::offerRoster() {
     auto* problem = new StatusMark;
     problem->setObjectName(u"onboardingRosterProblem"_s);
     problem->setFont(typeFont(TypeSize::small));
+    problem->setWordWrap(true);
     m_layout->addSpacing(4);
-    m_layout->addWidget(problem, 0, Qt::AlignHCenter);
+    m_layout->addWidget(problem);
     const auto showFound = [this, chosen, problem] {
         const RosterWatch& watch = m_actions.roster();
         if (!m_parts.settings.codeReplacementsFile()) {
