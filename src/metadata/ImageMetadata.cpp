@@ -53,8 +53,16 @@ bool isAbandoned(const QString& sidecar) {
 
 ImageMetadata::ImageMetadata(QString image) : m_image(std::move(image)), m_isEmbedded(isJpegImage(m_image)) {}
 
+QString ImageMetadata::usualPlace() const {
+    return m_isEmbedded ? m_image : sidecarPath(m_image);
+}
+
 QString ImageMetadata::sidecar() const {
     return findSidecar(m_image);
+}
+
+bool ImageMetadata::lacksSidecar() const {
+    return !m_isEmbedded && !QFileInfo::exists(sidecar());
 }
 
 bool ImageMetadata::provideSidecar() const {
@@ -88,11 +96,10 @@ MetadataReading ImageMetadata::read(const QTimeZone& zone) const {
     return reading;
 }
 
-EditableReading ImageMetadata::readEditable(const QTimeZone& zone) const {
-    const std::optional<FileStamp> image = FileStamp::at(m_image);
+EditableReading ImageMetadata::readEditable(ImageFile& image, const QTimeZone& zone) const {
     EditableReading editable =
-        m_isEmbedded ? readEditableJpeg(m_image, zone) : XMPWriter().readEditableSidecar(sidecar(), zone);
-    editable.reading.image = image;
+        m_isEmbedded ? readEditableJpeg(image, zone) : XMPWriter().readEditableSidecar(sidecar(), zone);
+    editable.reading.image = image.stamp();
     return editable;
 }
 

@@ -89,7 +89,8 @@ QCoro::Task<> Analyzer::stopForKey() {
 }
 
 QCoro::Task<ImageOutcome> Analyzer::analyzeImage(QString file) {
-    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()});
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()},
+                 {.keepsCaptions = !m_parts.settings.alwaysOverwriteCaptions(), .dumpsSidecar = true});
     const ImageOutcome image = co_await run.execute();
     if (image.cause) {
         std::rethrow_exception(image.cause);
@@ -98,7 +99,8 @@ QCoro::Task<ImageOutcome> Analyzer::analyzeImage(QString file) {
 }
 
 QCoro::Task<QString> Analyzer::promptFor(QString file) {
-    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()}, {.makesSidecar = false});
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()},
+                 {.makesSidecar = false, .rendersPicture = false});
     co_return co_await run.composePrompt();
 }
 

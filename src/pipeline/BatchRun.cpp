@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/BatchRun.h"
 
-#include "metadata/facts/ImageKind.h"
+#include "metadata/ImageMetadata.h"
 #include "metadata/facts/OvertakenError.h"
-#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/CaptionWriting.h"
 #include "pipeline/ImageFailure.h"
 #include "pipeline/ImageGathering.h"
@@ -93,13 +92,11 @@ QCoro::Task<> BatchRun::prepareOne(qsizetype index, std::shared_ptr<const Opened
 QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(ImageOutcome* image,
                                                             std::shared_ptr<const OpenedImage> ahead) {
     const QString file = image->file;
-    ImageGathering gathering(m_parts, file, {}, std::move(ahead));
+    ImageGathering gathering(m_parts, file, {.keepsCaptions = !m_parts.settings.alwaysOverwriteCaptions()},
+                             std::move(ahead));
     const ScopedAccess fileAccess(m_parts.access, file);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
-    std::optional<ScopedAccess> sidecarAccess;
-    if (!isJpegImage(file)) {
-        sidecarAccess.emplace(m_parts.access, sidecarPath(file));
-    }
+    const ScopedAccess metadataAccess(m_parts.access, ImageMetadata(file).usualPlace());
     co_await gathering.open();
     gathering.requireSidecar();
     co_await gathering.takeFacts();
@@ -110,7 +107,7 @@ QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(ImageOutcome* image,
     gathering.logContext();
     gathering.logRights();
     gathering.requireEditable();
-    co_await gathering.extractPreview();
+    gathering.takePicture();
     co_await gathering.gatherAudioNote();
     co_return gathering.image();
 }

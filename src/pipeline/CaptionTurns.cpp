@@ -30,7 +30,6 @@ void admit(const Waiting& waiting) {
 struct CaptionTurns::State {
     int places;
     int free;
-    quint64 dismissals = 0;
     bool isClosed = false;
     std::deque<Waiting> waiting = {};
     std::optional<Event> idle = {}; ///< for idle(), once called: happens when all places are free
@@ -103,12 +102,8 @@ QCoro::Task<> CaptionTurns::idle() const {
     }
 }
 
-quint64 CaptionTurns::dismissals() const {
-    return m_state->dismissals;
-}
-
 void CaptionTurns::dismissImages() {
-    ++m_state->dismissals;
+    m_dismissals.overtake();
     std::deque<Waiting> runs;
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
         if (m_state->isRun(waiting.places)) {
@@ -121,7 +116,7 @@ void CaptionTurns::dismissImages() {
 }
 
 void CaptionTurns::close() {
-    ++m_state->dismissals;
+    m_dismissals.overtake();
     m_state->isClosed = true;
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
         waiting.answered.happen();

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Overtaking.h"
+
 #include <QCoroTask>
-#include <QtGlobal>
 #include <memory>
 #include <utility>
 
@@ -38,9 +39,8 @@ public:
     QCoro::Task<std::unique_ptr<Turn>> imageTurn();
     /// Resumes when the run may begin, or with null when the turns are closed.
     QCoro::Task<std::unique_ptr<Turn>> runTurn();
-    /// How often images were dismissed: an image that waits for something else must not begin if this has
-    /// grown.
-    quint64 dismissals() const;
+    /// For an image that waits for something else: once dismissed, it must not begin.
+    Overtaking::Mark imageMark() const { return m_dismissals.mark(); }
 
     /// Dismisses the waiting images: they do not begin. Those that have a turn finish.
     void dismissImages();
@@ -55,6 +55,7 @@ private:
     static QCoro::Task<std::unique_ptr<Turn>> wait(std::shared_ptr<State> state, int places);
 
     std::shared_ptr<State> m_state;
+    Overtaking m_dismissals;
 };
 
 } // namespace ostrelle

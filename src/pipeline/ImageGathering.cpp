@@ -2,8 +2,6 @@
 #include "pipeline/ImageGathering.h"
 
 #include "metadata/ImageMetadata.h"
-#include "metadata/facts/ImageKind.h"
-#include "metadata/facts/XMPError.h"
 #include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/AudioNote.h"
 #include "pipeline/CaptionAcceptance.h"
@@ -43,23 +41,13 @@ QCoro::Task<> ImageGathering::open() {
     auto read = [file = m_image.file, zone = m_image.source.zone, opening = m_opening, ahead = m_ahead] {
         return openImage(file, zone, opening, ahead.get());
     };
-    m_opened = co_await onThreadOf(m_parts.threads, m_image.file, read);
+    m_opened = co_await onThreadPool(reader(), read);
     if (m_opened->sidecar && *m_opened->sidecar) {
         m_parts.log.print(u"[Analyzer] Created XMP sidecar for "_s + m_name);
     }
     if (m_opened->metadata) {
         print(m_opened->metadata->reading.captionLines);
     }
-    m_image.source.picture = m_opened->picture.value_or(SeenPicture());
-}
-
-std::optional<QString> ImageGathering::readCaption() const {
-    return m_opened->metadata ? m_opened->metadata->reading.facts.caption : std::nullopt;
-}
-
-bool ImageGathering::isSidecarMissing() const {
-    const auto error = m_opened->metadata.failureAs<XMPError>();
-    return !isEmbedded() && error && error->kind() == XMPError::Case::fileMissing;
 }
 
 void ImageGathering::requireSidecar() {
@@ -94,6 +82,12 @@ QCoro::Task<> ImageGathering::takeFacts() {
     }
 }
 
+/// What was read ahead need not wait behind pictures that are being rendered.
+QThreadPool* ImageGathering::reader() const {
+    const QString folder = QFileInfo(m_image.file).path();
+    return m_ahead ? m_parts.threads.of(folder) : m_parts.threads.renderersOf(folder);
+}
+
 /// A sidecar that may not be read is of no use: an empty one takes its place.
 QCoro::Task<> ImageGathering::recreateSidecar() {
     const ScopedAccess fileAccess(m_parts.access, sidecarPath(m_image.file));
@@ -102,7 +96,7 @@ QCoro::Task<> ImageGathering::recreateSidecar() {
         ImageMetadata(file).replaceUnreadableSidecar();
         return openImage(file, zone, opening);
     };
-    const auto recreated = co_await attempt(onThreadOf(m_parts.threads, m_image.file, recreate));
+    const auto recreated = co_await attempt(onThreadPool(reader(), recreate));
     if (recreated) {
         m_opened = *recreated;
     } else {
@@ -115,11 +109,11 @@ QCoro::Task<> ImageGathering::recreateSidecar() {
 
 bool ImageGathering::isUnreadableSidecar() const {
     const auto error = m_opened->metadata.failureAs<FileError>();
-    return !isEmbedded() && error && error->isPermissionDenied();
+    return error && error->isPermissionDenied();
 }
 
 bool ImageGathering::isFinished() {
-    if (m_parts.settings.alwaysOverwriteCaptions() || !isRealCaption(m_caption.value_or(QString()))) {
+    if (!m_opening.keepsCaptions || !isRealCaption(m_caption.value_or(QString()))) {
         return false;
     }
     m_parts.log.printAndAppend(
@@ -146,19 +140,15 @@ void ImageGathering::requireEditable() {
     }
 }
 
-QCoro::Task<> ImageGathering::extractPreview() {
-    if (!m_opened->picture) {
-        QThreadPool* renderers = m_parts.threads.renderersOf(QFileInfo(m_image.file).path());
-        auto render = [file = m_image.file] { return renderForModel(file); };
-        const auto picture = co_await attempt(onThreadPool(renderers, render));
-        if (!picture) {
-            m_parts.log.printAndAppend(
-                u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
-            picture.rethrow();
-        }
-        m_image.source.picture = *picture;
+void ImageGathering::takePicture() {
+    const Attempt<SeenPicture>& picture = m_opened->picture;
+    if (!picture) {
+        m_parts.log.printAndAppend(
+            u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
+        picture.rethrow();
     }
-    logPreview(m_image.source.picture.rendition);
+    m_image.source.picture = *picture;
+    logPreview(picture->rendition);
 }
 
 void ImageGathering::logPreview(const Rendition& rendition) {
@@ -184,10 +174,6 @@ std::optional<FileStamp> ImageGathering::imageStamp() const {
 
 std::optional<EditConditions> ImageGathering::editConditions() const {
     return m_opened ? std::optional(m_opened->conditions) : std::nullopt;
-}
-
-bool ImageGathering::isEmbedded() const {
-    return isJpegImage(m_image.file);
 }
 
 void ImageGathering::print(const QStringList& lines) {

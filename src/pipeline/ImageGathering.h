@@ -10,6 +10,7 @@
 #include <QCoroTask>
 #include <QString>
 #include <QStringList>
+#include <QThreadPool>
 #include <memory>
 #include <optional>
 
@@ -29,26 +30,23 @@ public:
     QCoro::Task<> open();
     /// Why no sidecar could be made for an opened image; empty if nothing went wrong.
     QString sidecarFailure() const { return m_opened->sidecar ? QString() : m_opened->sidecar.words(); }
-    /// The caption of an opened image as read; nothing if it has none or could not be read.
-    std::optional<QString> readCaption() const;
-    /// Whether an opened RAW image has no sidecar.
-    bool isSidecarMissing() const;
+    /// Whether an opened image has a real caption and keeps it.
+    bool keepsCaption() const { return m_opened->keepsCaption(m_opening); }
 
     /// Throws if a sidecar could not be made.
     void requireSidecar();
     /// Takes the facts from the metadata. If the sidecar may not be read and sidecars may be made, sets it
     /// aside and puts a new one in its place; the image then has no caption.
     QCoro::Task<> takeFacts();
-    /// True when the image keeps its caption, which is logged: it has a real one, and the settings forbid
-    /// overwriting.
+    /// True when the image keeps its caption, which is logged.
     bool isFinished();
     void logContext() { print(m_opened->metadata->reading.contextLines); }
     void logSidecar();
     void logRights() { print(m_opened->metadata->reading.rightsLines); }
     /// Throws if no caption could be written.
     void requireEditable();
-    /// Renders the picture for the model, unless that was done ahead.
-    QCoro::Task<> extractPreview();
+    /// Throws if the picture could not be rendered.
+    void takePicture();
     /// Transcribes the audio note. Never throws: one that cannot be transcribed is left out.
     QCoro::Task<> gatherAudioNote();
 
@@ -59,11 +57,11 @@ public:
     /// From before the metadata were read; nothing before open().
     std::optional<EditConditions> editConditions() const;
     const QString& name() const { return m_name; }
-    bool isEmbedded() const;
     /// Trimmed; nothing before takeFacts(), or if there is none.
     const std::optional<QString>& caption() const { return m_caption; }
 
 private:
+    QThreadPool* reader() const;
     bool isUnreadableSidecar() const;
     QCoro::Task<> recreateSidecar();
     void print(const QStringList& lines);

@@ -55,7 +55,7 @@ QCoro::Task<> ImageRun::caption() {
     requireEditable();
     const RosterReading roster = co_await readItsRoster();
     m_outcome.warnings = roster.warnings;
-    co_await m_gathering.extractPreview();
+    m_gathering.takePicture();
     co_await savePreview();
     co_await m_gathering.gatherAudioNote();
     const QString prompt = co_await composePromptWith(roster.replacements);
@@ -73,11 +73,9 @@ QCoro::Task<> ImageRun::caption() {
 
 QCoro::Task<QString> ImageRun::composePrompt() {
     co_await m_gathering.open();
-    if (!m_gathering.isSidecarMissing()) { // an image without a sidecar has no facts yet
-        co_await m_gathering.takeFacts();
-        m_gathering.logContext();
-        m_gathering.logRights();
-    }
+    co_await m_gathering.takeFacts();
+    m_gathering.logContext();
+    m_gathering.logRights();
     const RosterReading roster = co_await readItsRoster();
     co_return co_await composePromptWith(roster.replacements);
 }

@@ -3,7 +3,6 @@
 
 #include "core/Attempt.h"
 #include "metadata/facts/ImageKind.h"
-#include "pipeline/CaptionAcceptance.h"
 
 #include <QFileInfo>
 #include <chrono>
@@ -43,7 +42,7 @@ QCoro::Task<ImageOutcome> ImageTurn::caption() {
     if (m_claim.isCaptionedSince(m_request.seenAt, m_parts.clock.now())) {
         co_return outcome(OutcomeKind::skipped, u"It was captioned by another run meanwhile."_s);
     }
-    auto run = std::make_unique<ImageRun>(m_parts, m_request);
+    auto run = std::make_unique<ImageRun>(m_parts, m_request, opening());
     if (const std::optional<ImageOutcome> stopped = co_await stopAtGate(run.get())) {
         co_return *stopped;
     }
@@ -55,9 +54,9 @@ QCoro::Task<ImageOutcome> ImageTurn::caption() {
 }
 
 QCoro::Task<bool> ImageTurn::admit() {
-    const quint64 dismissals = m_parts.turns.dismissals();
+    const Overtaking::Mark mark = m_parts.turns.imageMark();
     bool isWaiting = false;
-    while (m_parts.turns.dismissals() == dismissals) {
+    while (!mark.isOvertaken()) {
         m_turn = co_await m_parts.turns.imageTurn();
         if (!m_turn) {
             co_return false;
@@ -73,7 +72,7 @@ QCoro::Task<bool> ImageTurn::admit() {
         }
         co_await m_parts.clock.sleep(claimPoll);
     }
-    co_return m_parts.turns.dismissals() == dismissals;
+    co_return !mark.isOvertaken();
 }
 
 QCoro::Task<std::optional<ImageOutcome>> ImageTurn::stopAtGate(ImageRun* run) {
@@ -105,14 +104,15 @@ bool ImageTurn::hasRoster() {
     return false;
 }
 
-/// Whether the image keeps its caption. If auto mode's scan could not read it, a real caption is never
-/// overwritten, whatever the settings: the scan would have left it alone.
-bool ImageTurn::hasCaption(const ImageRun& run) {
+/// If auto mode's scan could not read the image, a real caption is never overwritten, whatever the settings:
+/// the scan would have left it alone.
+Opening ImageTurn::opening() const {
     const bool isUnseen = m_request.sender == Sender::autoMode && !m_request.facts;
-    if (m_parts.settings.alwaysOverwriteCaptions() && !isUnseen) {
-        return false;
-    }
-    if (!isRealCaption(run.readCaption().value_or(QString()))) {
+    return {.keepsCaptions = isUnseen || !m_parts.settings.alwaysOverwriteCaptions(), .dumpsSidecar = true};
+}
+
+bool ImageTurn::hasCaption(const ImageRun& run) {
+    if (!run.keepsCaption()) {
         return false;
     }
     m_parts.log.printAndAppend(
@@ -141,8 +141,8 @@ QCoro::Task<ImageOutcome> ImageTurn::captionUntilSettled(std::unique_ptr<ImageRu
             ended.kind = OutcomeKind::failed;
             co_return ended;
         }
-        run = std::make_unique<ImageRun>(m_parts,
-                                         ImageRequest{.file = m_request.file, .seenAt = m_request.seenAt});
+        const ImageRequest again{.file = m_request.file, .seenAt = m_request.seenAt};
+        run = std::make_unique<ImageRun>(m_parts, again, opening());
     }
 }
 

@@ -3,9 +3,9 @@
 
 #include "core/Text.h"
 #include "metadata/ImageMetadata.h"
-#include "metadata/facts/ImageKind.h"
 #include "metadata/xml/XmlDocument.h"
 #include "pipeline/AudioNote.h"
+#include "pipeline/CaptionAcceptance.h"
 #include "platform/Files.h"
 
 #include <QFileInfo>
@@ -45,7 +45,33 @@ QString sidecarDump(const ImageMetadata& metadata, const QString& name) {
                : QString();
 }
 
+EditableReading readMetadata(const ImageMetadata& metadata, ImageFile& image, const QTimeZone& zone,
+                             const Opening& opening) {
+    if (!opening.makesSidecar && metadata.lacksSidecar()) {
+        EditableReading nothing;
+        nothing.reading.image = image.stamp();
+        return nothing;
+    }
+    return metadata.readEditable(image, zone);
+}
+
+Attempt<EditableReading> knownMetadata(const OpenedImage* ahead, const EditConditions& conditions) {
+    // What went wrong may be over.
+    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal;
+    return wentWell && ahead->conditions == conditions ? ahead->metadata
+                                                       : Attempt<EditableReading>::failed(nullptr);
+}
+
+bool mayBeCaptioned(const OpenedImage& opened, const Opening& opening) {
+    return opened.sidecar && opened.metadata && !opened.metadata->refusal && !opened.keepsCaption(opening);
+}
+
 } // namespace
+
+bool OpenedImage::keepsCaption(const Opening& opening) const {
+    return opening.keepsCaptions && metadata &&
+           isRealCaption(metadata->reading.facts.caption.value_or(QString()));
+}
 
 OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening& opening,
                       const OpenedImage* ahead) {
@@ -53,25 +79,20 @@ OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening&
     OpenedImage opened;
     opened.sidecar = attemptNow([&] { return opening.makesSidecar && metadata.provideSidecar(); });
     opened.conditions = EditConditions::of(file);
-    // What went wrong may be over.
-    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal;
-    const bool isKnown = wentWell && ahead->conditions == opened.conditions;
-    opened.metadata = isKnown ? ahead->metadata : attemptNow([&] { return metadata.readEditable(zone); });
-    if (ahead && ahead->picture && ahead->picture->stamp == opened.conditions.image) {
-        opened.picture = ahead->picture;
+    ImageFile image(file);
+    opened.metadata = knownMetadata(ahead, opened.conditions);
+    if (!opened.metadata) {
+        opened.metadata = attemptNow([&] { return readMetadata(metadata, image, zone, opening); });
+    }
+    if (opening.rendersPicture && mayBeCaptioned(opened, opening)) {
+        const bool isSeen = ahead && ahead->picture && ahead->picture->stamp == image.stamp();
+        opened.picture = isSeen ? ahead->picture : attemptNow([&] { return seePicture(image); });
     }
     opened.audioNotes = audioNotesOf(file);
     if (opening.dumpsSidecar) {
         opened.sidecarDump = sidecarDump(metadata, QFileInfo(file).fileName());
     }
     return opened;
-}
-
-SeenPicture renderForModel(const QString& file) {
-    constexpr double longestSide = 1024; // pixels
-    constexpr double jpegQuality = 0.6;
-    constexpr double rawQuality = 0.85;
-    return seePicture(file, longestSide, isJpegImage(file) ? jpegQuality : rawQuality);
 }
 
 } // namespace ostrelle

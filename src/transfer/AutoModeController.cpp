@@ -5,7 +5,6 @@
 #include "pipeline/CodeReplacements.h"
 
 #include <QDir>
-#include <QPointer>
 #include <algorithm>
 #include <chrono>
 
@@ -69,7 +68,7 @@ void AutoModeController::updateAutoMode(bool autoMode, SourceType sourceType,
 }
 
 void AutoModeController::stop() {
-    ++m_starts;
+    m_starts.overtake();
     m_isWaitingForPassword = false;
     m_pollTimer.reset();
     m_countdownTimer.reset();
@@ -89,11 +88,10 @@ QCoro::Task<> AutoModeController::startLocalAutoMode(QString folder) {
         co_return;
     }
     if (!m_parts.settings.codeReplacementsFile()) {
-        const QPointer<AutoModeController> self(this);
-        const quint64 start = m_starts;
+        const Overtaking::Mark mark = m_starts.mark();
         auto search = [folder] { return findCodeReplacementsFile(folder).has_value(); };
         const bool isFound = co_await onThreadPool(m_parts.threads.of(folder), search);
-        if (!self || m_starts != start) {
+        if (mark.isOvertaken()) {
             co_return;
         }
         if (!isFound) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Overtaking.h"
 #include "core/SourceType.h"
 #include "core/TaskGroup.h"
 #include "platform/Clock.h"
@@ -77,7 +78,7 @@ private:
     std::unique_ptr<Timer> m_countdownTimer;
     qint64 m_secondsUntilNextScan = 0;
     bool m_isWaitingForPassword = false;
-    quint64 m_starts = 0; // grows with each update, so that a start that waited can tell if it is out of date
+    Overtaking m_starts; // by each update
 };
 
 } // namespace ostrelle

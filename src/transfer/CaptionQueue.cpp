@@ -45,7 +45,7 @@ void CaptionQueue::add(const QString& folder, const QList<QueuedImage>& images,
 }
 
 void CaptionQueue::withdraw() {
-    ++m_round;
+    m_withdrawals.overtake();
     for (const QString& name : std::exchange(m_resting, {})) {
         m_parts.tracker.release(name);
     }
@@ -54,16 +54,16 @@ void CaptionQueue::withdraw() {
 
 QCoro::Task<> CaptionQueue::rest(QString folder, QList<QueuedImage> images,
                                  std::shared_ptr<CaptionBatch> batch) {
-    const quint64 round = m_round;
+    const Overtaking::Mark mark = m_withdrawals.mark();
     co_await attempt(m_parts.clock.sleep(startDelay));
     // One group at a time: thousands of images whose rest ends at the same moment would block the event loop.
     const auto turn = co_await batch->settling.enter();
-    if (m_round != round) {
+    if (mark.isOvertaken()) {
         co_return;
     }
     auto look = [folder, images] { return seeAgain(folder, images); };
     const QList<SeenImage> now = co_await onThreadPool(m_parts.threads.of(folder), look);
-    if (m_round != round) {
+    if (mark.isOvertaken()) {
         co_return;
     }
     for (qsizetype index = 0; index < images.size(); ++index) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Gate.h"
+#include "core/Overtaking.h"
 #include "core/TaskGroup.h"
 #include "transfer/LocalScanParts.h"
 #include "transfer/SeenImage.h"
@@ -48,8 +49,8 @@ public:
     /// Withdraws all images not being captioned yet, as if they had never been queued. Those being captioned
     /// are finished.
     void withdraw();
-    /// Grows with each withdrawal.
-    quint64 round() const { return m_round; }
+    /// For a scan: once overtaken by a withdrawal, it must queue nothing more.
+    Overtaking::Mark mark() const { return m_withdrawals.mark(); }
 
 private:
     QCoro::Task<> rest(QString folder, QList<QueuedImage> images, std::shared_ptr<CaptionBatch> batch);
@@ -63,7 +64,7 @@ private:
     LocalScanParts m_parts;
     QSet<QString> m_resting;
     QHash<QString, int> m_changes; ///< attempts in a row that ended because the image had changed
-    quint64 m_round = 1;
+    Overtaking m_withdrawals;
 };
 
 } // namespace ostrelle

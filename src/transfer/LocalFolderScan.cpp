@@ -34,8 +34,8 @@ struct ScanCounts {
 
 struct LocalFolderScan::Scan {
     QString folder;
-    quint64 round;      ///< the queue's at the start of the scan
-    quint64 departures; ///< the tracker's at the start of the scan
+    Overtaking::Mark mark; ///< the queue's at the start of the scan
+    quint64 departures;    ///< the tracker's at the start of the scan
     std::shared_ptr<CaptionBatch> batch;
     ScanCounts counts = {};
 };
@@ -52,18 +52,18 @@ void LocalFolderScan::startScan(const QString& folder) {
 QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
     folder = QDir::cleanPath(folder);
     const auto scan = std::make_shared<Scan>(Scan{.folder = folder,
-                                                  .round = m_queue.round(),
+                                                  .mark = m_queue.mark(),
                                                   .departures = m_parts.tracker.departures(),
                                                   .batch = std::make_shared<CaptionBatch>(m_parts.log)});
-    if (m_lookedThrough.value(folder) == scan->round) {
+    if (!m_lookedThrough.value(folder).isOvertaken()) {
         print(u"The last scan of %1 is still going on, no other is begun"_s.arg(QDir(folder).dirName()));
         co_return;
     }
     const ScopedAccess access(m_parts.access, folder);
-    m_lookedThrough.insert(folder, scan->round);
+    m_lookedThrough.insert(folder, scan->mark);
     co_await prepare(folder);
     const auto done = co_await attempt(lookThrough(scan));
-    if (m_lookedThrough.value(folder) == scan->round) {
+    if (m_lookedThrough.value(folder) == scan->mark) {
         m_lookedThrough.remove(folder);
     }
     if (!done) {
@@ -152,7 +152,7 @@ QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList name
 }
 
 bool LocalFolderScan::isOvertaken(const Scan& scan) const {
-    return m_queue.round() != scan.round;
+    return scan.mark.isOvertaken();
 }
 
 bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {

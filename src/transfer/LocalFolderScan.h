@@ -56,9 +56,9 @@ private:
     LocalScanParts m_parts;
     CaptionQueue m_queue;
     TaskGroup m_scans;
-    QSet<QString> m_failures;                // paths and reasons passed to the listener
-    QHash<QString, QDateTime> m_tidied;      // when each folder was tidied
-    QHash<QString, quint64> m_lookedThrough; // folders being checked, and the queue's round at the start
+    QSet<QString> m_failures;                         // paths and reasons passed to the listener
+    QHash<QString, QDateTime> m_tidied;               // when each folder was tidied
+    QHash<QString, Overtaking::Mark> m_lookedThrough; // folders being checked, and by which scans
 };
 
 } // namespace ostrelle

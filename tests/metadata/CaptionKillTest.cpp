@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 TEST(CaptionKill, AKilledWriterLeavesTheOldFilesOrTheNewOnes) {
     // Large enough that their bytes are not written in one go.
     const SidecarFile sidecar(subject("<odd:field>&#65;</odd:field>" + QByteArray(50'000, ' ')));
-    const ImageFile image(jpegFile(SportsScene(900, 600, 1).image()));
+    const TemporaryImage image(jpegFile(SportsScene(900, 600, 1).image()));
     RecordingLog log;
     const auto write = [&](const QString& caption) {
         XMPWriter().writeDefaultCaption(caption, sidecar.path());

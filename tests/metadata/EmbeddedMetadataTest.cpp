@@ -220,7 +220,7 @@ TEST(EmbeddedRights, AndCreatorAreTheFirstThatIsNotBlank) {
 }
 
 TEST(EmbeddedMetadata, AFileThatCannotBeOpenedIsMissingAndOneThatIsNoJpegHasNone) {
-    const ImageFile file("no picture at all");
+    const TemporaryImage file("no picture at all");
     const MetadataReading none = XMPWriter().readEmbedded(file.path(), QTimeZone::utc());
     EXPECT_EQ(none.facts, ImageFacts());
     EXPECT_TRUE(none.captionLines.isEmpty());

@@ -25,7 +25,7 @@ QByteArray pictureOf(const QByteArray& jpeg) {
 }
 
 QByteArray written(const QByteArray& jpeg, const QString& text, RecordingLog& log) {
-    const ImageFile file(jpeg);
+    const TemporaryImage file(jpeg);
     XMPWriter().writeEmbeddedCaption(text, file.path(), log);
     return file.bytes();
 }
@@ -48,7 +48,7 @@ XMPError::Case refusalOf(const QString& path, RecordingLog& log, const QString& 
 }
 
 XMPError::Case refusalOf(const QByteArray& jpeg, RecordingLog& log, const QString& text = caption) {
-    const ImageFile file(jpeg);
+    const TemporaryImage file(jpeg);
     const XMPError::Case kind = refusalOf(file.path(), log, text);
     EXPECT_EQ(filesIn(file.folder()).size(), 1);
     return kind;
@@ -284,7 +284,7 @@ TEST(EmbeddedWrite, TellsWhatTheSystemRefuses) {
 }
 
 TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhile) {
-    ImageFile file(jpegWith(iptcSegment(iptc(90, "City"))));
+    TemporaryImage file(jpegWith(iptcSegment(iptc(90, "City"))));
     const QByteArray theirs = iptc(90, "City") + iptc(105, "Headline");
     RecordingLog log;
     log.onLine = [&](const QString& line) {

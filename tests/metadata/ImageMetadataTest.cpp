@@ -64,7 +64,8 @@ protected:
     void expectAfter(const std::function<void()>& meanwhile, const QString& image, const QString& file,
                      std::optional<Case> expected) {
         CaptionSource source{.facts = ImageMetadata(image).read(zone).facts, .zone = zone, .picture = {}};
-        source.picture = seePicture(image, 128, 0.6);
+        ImageFile seen(image);
+        source.picture = seePicture(seen);
         meanwhile();
         const QByteArray left = read(file);
         std::optional<Case> overtaken;
@@ -163,7 +164,8 @@ TEST_F(ImageMetadataTest, FindsOutBeforehandWhatCannotBeWritten) {
     write(u"IMG_1.xmp"_s, sidecarWith("stub"));
     write(u"IMG_2.JPG"_s, jpegImage("stub"));
     const auto refusal = [this](const QString& image) -> std::exception_ptr {
-        const EditableReading reading = ImageMetadata(image).readEditable(zone);
+        ImageFile file(image);
+        const EditableReading reading = ImageMetadata(image).readEditable(file, zone);
         log.lines = reading.refusalLines;
         return reading.refusal;
     };

@@ -12,9 +12,9 @@
 namespace ostrelle {
 
 /// A JPEG image in a folder of its own, for one test.
-class ImageFile : public FileInFolder {
+class TemporaryImage : public FileInFolder {
 public:
-    explicit ImageFile(const QByteArray& bytes) : FileInFolder(QStringLiteral("IMG_0001.JPG"), bytes) {}
+    explicit TemporaryImage(const QByteArray& bytes) : FileInFolder(QStringLiteral("IMG_0001.JPG"), bytes) {}
 };
 
 inline QByteArray bigEndian(auto value) {
@@ -100,7 +100,7 @@ inline QByteArray jpegWith(const QByteArray& segments) {
 }
 
 inline MetadataReading readEmbedded(const QByteArray& jpeg) {
-    const ImageFile file(jpeg);
+    const TemporaryImage file(jpeg);
     return XMPWriter().readEmbedded(file.path(), QTimeZone::utc());
 }
 

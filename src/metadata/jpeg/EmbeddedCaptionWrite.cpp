@@ -14,7 +14,6 @@
 #include "platform/KeptLines.h"
 #include "platform/WriteCheck.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 #include <cerrno>
@@ -34,13 +33,9 @@ struct FrontAndTrailer {
     qint64 fileSize = 0;
 };
 
-FrontAndTrailer readFrontAndTrailer(const QString& path) {
+FrontAndTrailer readFrontAndTrailer(ImageFile& image) {
     constexpr qint64 trailerSize = 64;
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw XMPError(XMPError::Case::fileMissing,
-                       u"Could not read the image: %1."_s.arg(file.errorString()));
-    }
+    QFile& file = openForReading(image);
     FrontAndTrailer read{.bytes = readJpegFront(file), .fileSize = file.size()};
     file.seek(std::max(read.fileSize - trailerSize, qint64{read.bytes.size()}));
     read.bytes += file.read(trailerSize);
@@ -192,15 +187,15 @@ WrittenCaption writeCaptionIntoJpeg(const QString& path, const QString& caption,
     return EmbeddedCaptionWrite(path, caption, log, source).run();
 }
 
-EditableReading readEditableJpeg(const QString& path, const QTimeZone& zone) {
+EditableReading readEditableJpeg(ImageFile& image, const QTimeZone& zone) {
     const QString longCaption(400, QChar(0x00E9)); // cannot be stored as ASCII
-    const FrontAndTrailer file = readFrontAndTrailer(path);
+    const FrontAndTrailer file = readFrontAndTrailer(image);
     const std::optional<EmbeddedMetadata> metadata = parseEmbeddedMetadata(file.bytes);
     EditableReading editable;
     editable.reading = metadata ? embeddedReading(*metadata, zone) : MetadataReading();
     KeptLines lines;
     try {
-        EmbeddedCaptionWrite(path, longCaption, lines, std::nullopt).tryOut(file);
+        EmbeddedCaptionWrite(image.path(), longCaption, lines, std::nullopt).tryOut(file);
     } catch (const XMPError&) {
         editable.refusal = std::current_exception();
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/bytes/ImageFile.h"
 #include "metadata/facts/ImageFacts.h"
 #include "metadata/source/CaptionSource.h"
 #include "platform/PlainLog.h"
@@ -21,6 +22,6 @@ WrittenCaption writeCaptionIntoJpeg(const QString& path, const QString& caption,
 /// Reads the file's metadata and checks whether a caption could be written into it, without changing
 /// anything. The refusal is XMPError::writeFailed. Dates become days in the given zone. Throws
 /// XMPError::fileMissing when the file cannot be opened.
-EditableReading readEditableJpeg(const QString& path, const QTimeZone& zone);
+EditableReading readEditableJpeg(ImageFile& image, const QTimeZone& zone);
 
 } // namespace ostrelle

@@ -13,8 +13,6 @@
 #include "metadata/xml/XmlError.h"
 #include "metadata/xml/XmpNamespaces.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <algorithm>
 #include <array>
 
@@ -217,12 +215,17 @@ std::optional<EmbeddedMetadata> parseEmbeddedMetadata(QByteArrayView file) {
 }
 
 std::optional<EmbeddedMetadata> readEmbeddedMetadata(const QString& path) {
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    ImageFile image(path);
+    return parseEmbeddedMetadata(readJpegFront(openForReading(image)));
+}
+
+QFile& openForReading(ImageFile& image) {
+    QFile& file = image.bytes();
+    if (!image.open() || !file.seek(0)) {
         throw XMPError(XMPError::Case::fileMissing,
                        u"Could not read the image: %1."_s.arg(file.errorString()));
     }
-    return parseEmbeddedMetadata(readJpegFront(file));
+    return file;
 }
 
 } // namespace ostrelle

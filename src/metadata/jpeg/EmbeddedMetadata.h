@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/bytes/ImageFile.h"
+
 #include <QByteArrayView>
 #include <QMap>
 #include <QString>
@@ -40,5 +42,8 @@ std::optional<EmbeddedMetadata> parseEmbeddedMetadata(QByteArrayView file);
 
 /// The same for a file; reads only its front. Throws XMPError::fileMissing when it cannot be opened.
 std::optional<EmbeddedMetadata> readEmbeddedMetadata(const QString& path);
+
+/// The file at its start. Throws XMPError::fileMissing when it cannot be opened.
+QFile& openForReading(ImageFile& image);
 
 } // namespace ostrelle

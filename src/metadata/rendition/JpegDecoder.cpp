@@ -6,6 +6,7 @@
 #include "metadata/rendition/JpegErrors.h"
 #include "metadata/rendition/JpegSource.h"
 
+#include <fcntl.h>
 #include <jerror.h>
 
 #include <QFile>
@@ -57,6 +58,16 @@ File openFile(const QString& path) {
     File file(std::fopen(QFile::encodeName(path).constData(), "rbe"));
     if (!file) {
         throw ExtractError(ExtractError::Case::cannotOpen, qt_error_string());
+    }
+    return file;
+}
+
+/// The file for the library, without another opening.
+File reopened(ImageFile& image) {
+    const int descriptor = image.open() ? ::fcntl(image.bytes().handle(), F_DUPFD_CLOEXEC, 0) : -1;
+    File file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "rb"));
+    if (!file) {
+        throw ExtractError(ExtractError::Case::cannotOpen, image.bytes().errorString());
     }
     return file;
 }
@@ -311,12 +322,11 @@ JpegPicture decodeJpeg(const QString& path, int limit) {
     return JpegReader(std::move(file), range).read(limit);
 }
 
-std::optional<JpegPicture> decodeIfJpeg(const QString& path, int limit) {
-    // Opening a pipe would wait for its writer.
-    if (!QFileInfo(path).isFile()) {
+std::optional<JpegPicture> decodeIfJpeg(ImageFile& image, int limit) {
+    if (!QFileInfo(image.path()).isFile()) {
         throw ExtractError(ExtractError::Case::cannotOpen, u"there is no such file"_s);
     }
-    File file = openFile(path);
+    File file = reopened(image);
     const ByteRange range = wholeRange(file.get());
     if (range.size() == 0) {
         throw ExtractError(ExtractError::Case::cannotOpen, u"the file is empty"_s);

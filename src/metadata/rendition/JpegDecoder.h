@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/bytes/ByteSplice.h"
+#include "metadata/bytes/ImageFile.h"
 #include "metadata/rendition/ColorConversion.h"
 #include "metadata/rendition/PictureTurn.h"
 #include "metadata/rendition/Raster.h"
@@ -29,9 +30,9 @@ JpegPicture decodeJpeg(const QString& path, int limit);
 /// The same for a JPEG in a range of another file.
 JpegPicture decodeJpeg(const QString& path, ByteRange range, int limit);
 
-/// Decodes a file of any kind in one opening; nothing unless it starts as a JPEG does. Also throws
-/// ExtractError::cannotOpen for a file that does not exist or is empty.
-std::optional<JpegPicture> decodeIfJpeg(const QString& path, int limit);
+/// Decodes a file of any kind; nothing unless it starts as a JPEG does. Also throws ExtractError::cannotOpen
+/// for a file that does not exist or is empty.
+std::optional<JpegPicture> decodeIfJpeg(ImageFile& file, int limit);
 
 /// The full size of that picture from its header. Throws ExtractError when it is not a decodable JPEG.
 PixelSize jpegSize(const QString& path, ByteRange range);

@@ -75,18 +75,24 @@ Decoded decodeRawFile(const QString& path, int limit) {
     }
 }
 
-Decoded decode(const QString& path, int limit) {
-    std::optional<JpegPicture> jpeg = decodeIfJpeg(path, limit);
-    return jpeg ? decoded(std::move(*jpeg), {}) : decodeRawFile(path, limit);
+Decoded decode(ImageFile& file, int limit) {
+    std::optional<JpegPicture> jpeg = decodeIfJpeg(file, limit);
+    return jpeg ? decoded(std::move(*jpeg), {}) : decodeRawFile(file.path(), limit);
 }
 
 } // namespace
 
 Rendition RAWPreviewExtractor::extractPreview(const QString& path, double maxPixelSize, double quality,
                                               Orientation orientation) const {
+    ImageFile file(path);
+    return extractPreview(file, maxPixelSize, quality, orientation);
+}
+
+Rendition RAWPreviewExtractor::extractPreview(ImageFile& file, double maxPixelSize, double quality,
+                                              Orientation orientation) const {
     const int limit = pixelLimit(maxPixelSize);
     try {
-        Decoded picture = decode(path, limit);
+        Decoded picture = decode(file, limit);
         if (orientation == Orientation::upright) {
             picture.pixels = turned(std::move(picture.pixels), picture.turn);
         }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/bytes/ImageFile.h"
 #include "metadata/rendition/PictureTurn.h"
 #include "metadata/rendition/Raster.h"
 
@@ -29,6 +30,8 @@ public:
     /// cannot decode, uses the camera's largest embedded JPEG, if it has at least 1,000 pixels. `quality`
     /// runs from 0 to 1. Thread-safe. Throws ExtractError.
     Rendition extractPreview(const QString& path, double maxPixelSize, double quality,
+                             Orientation orientation = Orientation::asStored) const;
+    Rendition extractPreview(ImageFile& file, double maxPixelSize, double quality,
                              Orientation orientation = Orientation::asStored) const;
 };
 

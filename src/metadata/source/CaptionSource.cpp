@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/source/CaptionSource.h"
 
+#include "metadata/facts/ImageKind.h"
 #include "metadata/facts/OvertakenError.h"
 #include "metadata/rendition/ExtractError.h"
 
@@ -18,7 +19,8 @@ bool isSamePicture(const QString& image, const SeenPicture& seen) {
         return true;
     }
     try {
-        return seePicture(image, seen.maxPixelSize, seen.quality).rendition.jpeg == seen.rendition.jpeg;
+        ImageFile file(image);
+        return seePicture(file).rendition.jpeg == seen.rendition.jpeg;
     } catch (const ExtractError&) {
         return false;
     }
@@ -26,14 +28,14 @@ bool isSamePicture(const QString& image, const SeenPicture& seen) {
 
 } // namespace
 
-SeenPicture seePicture(const QString& image, double maxPixelSize, double quality) {
-    SeenPicture picture{.stamp = FileStamp::at(image), // from before the picture is read
-                        .rendition = {},
-                        .maxPixelSize = maxPixelSize,
-                        .quality = quality};
-    picture.rendition =
-        RAWPreviewExtractor().extractPreview(image, maxPixelSize, quality, Orientation::upright);
-    return picture;
+SeenPicture seePicture(ImageFile& image) {
+    constexpr double longestSide = 1024; // pixels
+    constexpr double jpegQuality = 0.6;
+    constexpr double rawQuality = 0.85;
+    const double quality = isJpegImage(image.path()) ? jpegQuality : rawQuality;
+    return {.stamp = image.stamp(),
+            .rendition =
+                RAWPreviewExtractor().extractPreview(image, longestSide, quality, Orientation::upright)};
 }
 
 void requireSameFacts(const ImageFacts& now, const ImageFacts& source) {

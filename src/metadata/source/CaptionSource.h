@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "metadata/bytes/ImageFile.h"
 #include "metadata/facts/ImageFacts.h"
 #include "metadata/rendition/RAWPreviewExtractor.h"
 #include "platform/FileStamp.h"
@@ -14,9 +15,7 @@ namespace ostrelle {
 /// The picture that the model saw.
 struct SeenPicture {
     std::optional<FileStamp> stamp; ///< of the image file, from before the rendition was made
-    Rendition rendition;            ///< upright
-    double maxPixelSize = 0;        ///< of the rendition
-    double quality = 0;             ///< of the rendition
+    Rendition rendition;
 };
 
 /// What a caption was made from. The caption is written only while all of this still holds.
@@ -26,8 +25,8 @@ struct CaptionSource {
     SeenPicture picture;
 };
 
-/// Makes the upright rendition of an image. Throws ExtractError.
-SeenPicture seePicture(const QString& image, double maxPixelSize, double quality);
+/// Makes the rendition for the model: upright, at most 1024 pixels on its longer side. Throws ExtractError.
+SeenPicture seePicture(ImageFile& image);
 
 /// Throws OvertakenError unless the facts still match the source. Captions that differ only in how they are
 /// blank, or in Unicode composition, match.

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/FileStamp.h"
+
+#include <QFile>
+#include <QString>
+#include <optional>
+
+namespace ostrelle {
+
+/// An image file, opened once for all that is read of it: its metadata and its picture then belong together,
+/// even if another program puts a new file in its place meanwhile.
+class ImageFile {
+public:
+    explicit ImageFile(const QString& path) : m_file(path), m_stamp(FileStamp::at(path)) {}
+
+    QString path() const { return m_file.fileName(); }
+    /// From before the file was opened; nothing if there is none.
+    const std::optional<FileStamp>& stamp() const { return m_stamp; }
+
+    /// Opens the file, unbuffered, unless that was done. False if it is not a regular file or cannot be
+    /// opened; bytes() has the reason.
+    bool open();
+    /// At any position.
+    QFile& bytes() { return m_file; }
+
+private:
+    QFile m_file;
+    std::optional<FileStamp> m_stamp;
+};
+
+} // namespace ostrelle
