@@ -11,6 +11,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <QByteArrayView>
 #include <QFile>
 #include <algorithm>
 #include <cerrno>
@@ -70,12 +71,27 @@ std::optional<QByteArray> readAll(int descriptor, qint64 sizeHint, qint64 limit)
     return bytes;
 }
 
+/// Compares block by block: memory for the whole of a large file costs as much time as reading it.
 bool readsBack(int descriptor, const QByteArray& bytes) {
+    constexpr std::size_t blockSize = 256 << 10;
     if (::lseek(descriptor, 0, SEEK_SET) != 0) {
         return false;
     }
-    const std::optional<QByteArray> stored = readAll(descriptor, bytes.size(), bytes.size());
-    return stored == bytes;
+    std::vector<char> block(blockSize);
+    QByteArrayView expected = bytes;
+    for (;;) {
+        const ssize_t got = ::read(descriptor, block.data(), block.size());
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            return got == 0 && expected.isEmpty();
+        }
+        if (!expected.startsWith(QByteArrayView(block.data(), got))) {
+            return false;
+        }
+        expected = expected.sliced(got);
+    }
 }
 
 /// Copies owner, extended attributes (including the access list) and mode. What the process may not set is

@@ -8,6 +8,7 @@
 #include "metadata/rendition/JpegEncoder.h"
 #include "metadata/rendition/RawContents.h"
 #include "metadata/rendition/RawDecoder.h"
+#include "metadata/rendition/VectorRegisters.h"
 
 #include <algorithm>
 #include <cmath>
@@ -91,6 +92,7 @@ Rendition RAWPreviewExtractor::extractPreview(const QString& path, double maxPix
 Rendition RAWPreviewExtractor::extractPreview(ImageFile& file, double maxPixelSize, double quality,
                                               Orientation orientation) const {
     const int limit = pixelLimit(maxPixelSize);
+    tidyVectorRegisters();
     try {
         Decoded picture = decode(file, limit);
         if (orientation == Orientation::upright) {
