@@ -53,7 +53,7 @@ bool isAbandoned(const QString& sidecar) {
 
 ImageMetadata::ImageMetadata(QString image) : m_image(std::move(image)), m_isEmbedded(isJpegImage(m_image)) {}
 
-QString ImageMetadata::usualPlace() const {
+QString ImageMetadata::expectedPlace() const {
     return m_isEmbedded ? m_image : sidecarPath(m_image);
 }
 
@@ -78,6 +78,9 @@ bool ImageMetadata::provideSidecar() const {
 }
 
 void ImageMetadata::replaceUnreadableSidecar() const {
+    if (m_isEmbedded) {
+        return;
+    }
     const QString place = sidecar();
     const QString copy = setAside(place);
     try {

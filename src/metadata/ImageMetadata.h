@@ -20,8 +20,8 @@ public:
 
     /// True for a JPEG.
     bool isEmbedded() const { return m_isEmbedded; }
-    /// The file that holds the metadata if the sidecar has its usual name. Does not look at the disk.
-    QString usualPlace() const;
+    /// The file that holds the metadata, if a sidecar has its usual name. Does not look at the disk.
+    QString expectedPlace() const;
     /// The path of the existing sidecar, or of the one to be made; for a JPEG too. Looks at the disk.
     QString sidecar() const;
 
@@ -30,7 +30,7 @@ public:
     /// Makes the sidecar of an image that needs one and has none. True when it made one.
     bool provideSidecar() const;
     /// Replaces a sidecar that cannot be read with a new one. The old one stays beside it under a name with
-    /// ".unreadable" added, and a number if needed.
+    /// ".unreadable" added, and a number if needed. Does nothing for a JPEG.
     void replaceUnreadableSidecar() const;
 
     /// All facts from one opening. Dates become days in the zone.

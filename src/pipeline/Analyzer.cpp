@@ -89,8 +89,7 @@ QCoro::Task<> Analyzer::stopForKey() {
 }
 
 QCoro::Task<ImageOutcome> Analyzer::analyzeImage(QString file) {
-    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()},
-                 {.keepsCaptions = !m_parts.settings.alwaysOverwriteCaptions(), .dumpsSidecar = true});
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()});
     const ImageOutcome image = co_await run.execute();
     if (image.cause) {
         std::rethrow_exception(image.cause);
@@ -99,8 +98,7 @@ QCoro::Task<ImageOutcome> Analyzer::analyzeImage(QString file) {
 }
 
 QCoro::Task<QString> Analyzer::promptFor(QString file) {
-    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()},
-                 {.makesSidecar = false, .rendersPicture = false});
+    ImageRun run(m_parts, {.file = file, .seenAt = m_parts.clock.now()}, {.makesSidecar = false});
     co_return co_await run.composePrompt();
 }
 

@@ -92,11 +92,10 @@ QCoro::Task<> BatchRun::prepareOne(qsizetype index, std::shared_ptr<const Opened
 QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(ImageOutcome* image,
                                                             std::shared_ptr<const OpenedImage> ahead) {
     const QString file = image->file;
-    ImageGathering gathering(m_parts, file, {.keepsCaptions = !m_parts.settings.alwaysOverwriteCaptions()},
-                             std::move(ahead));
+    ImageGathering gathering(m_parts, file, {}, std::move(ahead));
     const ScopedAccess fileAccess(m_parts.access, file);
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(file).path());
-    const ScopedAccess metadataAccess(m_parts.access, ImageMetadata(file).usualPlace());
+    const ScopedAccess metadataAccess(m_parts.access, ImageMetadata(file).expectedPlace());
     co_await gathering.open();
     gathering.requireSidecar();
     co_await gathering.takeFacts();
@@ -107,7 +106,7 @@ QCoro::Task<std::optional<PreparedImage>> BatchRun::prepare(ImageOutcome* image,
     gathering.logContext();
     gathering.logRights();
     gathering.requireEditable();
-    gathering.takePicture();
+    co_await gathering.extractPreview();
     co_await gathering.gatherAudioNote();
     co_return gathering.image();
 }

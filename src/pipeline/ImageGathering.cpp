@@ -2,7 +2,6 @@
 #include "pipeline/ImageGathering.h"
 
 #include "metadata/ImageMetadata.h"
-#include "metadata/sidecar/SidecarPath.h"
 #include "pipeline/AudioNote.h"
 #include "pipeline/CaptionAcceptance.h"
 #include "pipeline/FolderWork.h"
@@ -32,6 +31,15 @@ ImageGathering::ImageGathering(AnalyzerParts parts, QString file, Opening openin
     m_image.defaultCaption = noCaption;
 }
 
+/// Closing a file may wait for its network share, too.
+ImageGathering::~ImageGathering() {
+    if (m_opened && m_opened->image) {
+        m_parts.threads.of(QFileInfo(m_image.file).path())->start([image = m_opened->image]() mutable {
+            image.reset();
+        });
+    }
+}
+
 QCoro::Task<> ImageGathering::open() {
     if (m_opened) {
         co_return;
@@ -41,13 +49,18 @@ QCoro::Task<> ImageGathering::open() {
     auto read = [file = m_image.file, zone = m_image.source.zone, opening = m_opening, ahead = m_ahead] {
         return openImage(file, zone, opening, ahead.get());
     };
-    m_opened = co_await onThreadPool(reader(), read);
+    m_opened = co_await onThreadOf(m_parts.threads, m_image.file, read);
     if (m_opened->sidecar && *m_opened->sidecar) {
         m_parts.log.print(u"[Analyzer] Created XMP sidecar for "_s + m_name);
     }
     if (m_opened->metadata) {
         print(m_opened->metadata->reading.captionLines);
     }
+    m_image.source.picture = m_opened->picture.value_or(SeenPicture());
+}
+
+std::optional<QString> ImageGathering::readCaption() const {
+    return m_opened->metadata ? m_opened->metadata->reading.facts.caption : std::nullopt;
 }
 
 void ImageGathering::requireSidecar() {
@@ -82,21 +95,15 @@ QCoro::Task<> ImageGathering::takeFacts() {
     }
 }
 
-/// What was read ahead need not wait behind pictures that are being rendered.
-QThreadPool* ImageGathering::reader() const {
-    const QString folder = QFileInfo(m_image.file).path();
-    return m_ahead ? m_parts.threads.of(folder) : m_parts.threads.renderersOf(folder);
-}
-
 /// A sidecar that may not be read is of no use: an empty one takes its place.
 QCoro::Task<> ImageGathering::recreateSidecar() {
-    const ScopedAccess fileAccess(m_parts.access, sidecarPath(m_image.file));
+    const ScopedAccess fileAccess(m_parts.access, ImageMetadata(m_image.file).expectedPlace());
     const ScopedAccess folderAccess(m_parts.access, QFileInfo(m_image.file).path());
     auto recreate = [file = m_image.file, zone = m_image.source.zone, opening = m_opening] {
         ImageMetadata(file).replaceUnreadableSidecar();
         return openImage(file, zone, opening);
     };
-    const auto recreated = co_await attempt(onThreadPool(reader(), recreate));
+    const auto recreated = co_await attempt(onThreadOf(m_parts.threads, m_image.file, recreate));
     if (recreated) {
         m_opened = *recreated;
     } else {
@@ -113,7 +120,7 @@ bool ImageGathering::isUnreadableSidecar() const {
 }
 
 bool ImageGathering::isFinished() {
-    if (!m_opening.keepsCaptions || !isRealCaption(m_caption.value_or(QString()))) {
+    if (m_parts.settings.alwaysOverwriteCaptions() || !isRealCaption(m_caption.value_or(QString()))) {
         return false;
     }
     m_parts.log.printAndAppend(
@@ -140,15 +147,19 @@ void ImageGathering::requireEditable() {
     }
 }
 
-void ImageGathering::takePicture() {
-    const Attempt<SeenPicture>& picture = m_opened->picture;
-    if (!picture) {
-        m_parts.log.printAndAppend(
-            u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
-        picture.rethrow();
+QCoro::Task<> ImageGathering::extractPreview() {
+    if (!m_opened->picture) {
+        QThreadPool* renderers = m_parts.threads.renderersOf(QFileInfo(m_image.file).path());
+        auto render = [image = std::exchange(m_opened->image, nullptr)] { return seePicture(*image); };
+        const auto picture = co_await attempt(onThreadPool(renderers, render));
+        if (!picture) {
+            m_parts.log.printAndAppend(
+                u"[Analyzer] Failed to extract preview for %1: %2"_s.arg(m_name, picture.words()));
+            picture.rethrow();
+        }
+        m_image.source.picture = *picture;
     }
-    m_image.source.picture = *picture;
-    logPreview(picture->rendition);
+    logPreview(m_image.source.picture.rendition);
 }
 
 void ImageGathering::logPreview(const Rendition& rendition) {

@@ -10,7 +10,6 @@
 #include <QCoroTask>
 #include <QString>
 #include <QStringList>
-#include <QThreadPool>
 #include <memory>
 #include <optional>
 
@@ -23,6 +22,7 @@ public:
     /// `ahead` is what was read of the image ahead of its run, or null.
     ImageGathering(AnalyzerParts parts, QString file, Opening opening = {},
                    std::shared_ptr<const OpenedImage> ahead = nullptr);
+    ~ImageGathering();
     ImageGathering(const ImageGathering&) = delete;
     ImageGathering& operator=(const ImageGathering&) = delete;
 
@@ -30,23 +30,24 @@ public:
     QCoro::Task<> open();
     /// Why no sidecar could be made for an opened image; empty if nothing went wrong.
     QString sidecarFailure() const { return m_opened->sidecar ? QString() : m_opened->sidecar.words(); }
-    /// Whether an opened image has a real caption and keeps it.
-    bool keepsCaption() const { return m_opened->keepsCaption(m_opening); }
+    /// The caption of an opened image as read; nothing if it has none or could not be read.
+    std::optional<QString> readCaption() const;
 
     /// Throws if a sidecar could not be made.
     void requireSidecar();
     /// Takes the facts from the metadata. If the sidecar may not be read and sidecars may be made, sets it
     /// aside and puts a new one in its place; the image then has no caption.
     QCoro::Task<> takeFacts();
-    /// True when the image keeps its caption, which is logged.
+    /// True when the image keeps its caption, which is logged: it has a real one, and the settings forbid
+    /// overwriting.
     bool isFinished();
     void logContext() { print(m_opened->metadata->reading.contextLines); }
     void logSidecar();
     void logRights() { print(m_opened->metadata->reading.rightsLines); }
     /// Throws if no caption could be written.
     void requireEditable();
-    /// Throws if the picture could not be rendered.
-    void takePicture();
+    /// Renders the picture for the model, unless that was done ahead.
+    QCoro::Task<> extractPreview();
     /// Transcribes the audio note. Never throws: one that cannot be transcribed is left out.
     QCoro::Task<> gatherAudioNote();
 
@@ -61,7 +62,6 @@ public:
     const std::optional<QString>& caption() const { return m_caption; }
 
 private:
-    QThreadPool* reader() const;
     bool isUnreadableSidecar() const;
     QCoro::Task<> recreateSidecar();
     void print(const QStringList& lines);

@@ -55,7 +55,7 @@ QCoro::Task<> ImageRun::caption() {
     requireEditable();
     const RosterReading roster = co_await readItsRoster();
     m_outcome.warnings = roster.warnings;
-    m_gathering.takePicture();
+    co_await m_gathering.extractPreview();
     co_await savePreview();
     co_await m_gathering.gatherAudioNote();
     const QString prompt = co_await composePromptWith(roster.replacements);

@@ -20,15 +20,15 @@ namespace ostrelle {
 class ImageRun {
 public:
     /// If the request has facts or a stamp, the image is captioned only while they still hold.
-    ImageRun(AnalyzerParts parts, ImageRequest request, Opening opening);
+    ImageRun(AnalyzerParts parts, ImageRequest request, Opening opening = {.dumpsSidecar = true});
     ImageRun(const ImageRun&) = delete;
     ImageRun& operator=(const ImageRun&) = delete;
 
-    /// Opens the image before execute() does. Returns why the missing sidecar of a RAW image could not be
-    /// made; empty if nothing went wrong.
+    /// Opens the image ahead of execute() and makes the missing sidecar of a RAW image. Returns why that
+    /// failed; empty if it did not.
     QCoro::Task<QString> openImage();
-    /// Whether an opened image has a real caption and keeps it.
-    bool keepsCaption() const { return m_gathering.keepsCaption(); }
+    /// The caption of an opened image; nothing if it has none or could not be read.
+    std::optional<QString> readCaption() const { return m_gathering.readCaption(); }
 
     /// Does not throw: the outcome holds the exception.
     QCoro::Task<ImageOutcome> execute();

@@ -3,6 +3,7 @@
 
 #include "core/Attempt.h"
 #include "metadata/facts/ImageKind.h"
+#include "pipeline/CaptionAcceptance.h"
 
 #include <QFileInfo>
 #include <chrono>
@@ -42,7 +43,7 @@ QCoro::Task<ImageOutcome> ImageTurn::caption() {
     if (m_claim.isCaptionedSince(m_request.seenAt, m_parts.clock.now())) {
         co_return outcome(OutcomeKind::skipped, u"It was captioned by another run meanwhile."_s);
     }
-    auto run = std::make_unique<ImageRun>(m_parts, m_request, opening());
+    auto run = std::make_unique<ImageRun>(m_parts, m_request);
     if (const std::optional<ImageOutcome> stopped = co_await stopAtGate(run.get())) {
         co_return *stopped;
     }
@@ -104,15 +105,14 @@ bool ImageTurn::hasRoster() {
     return false;
 }
 
-/// If auto mode's scan could not read the image, a real caption is never overwritten, whatever the settings:
-/// the scan would have left it alone.
-Opening ImageTurn::opening() const {
-    const bool isUnseen = m_request.sender == Sender::autoMode && !m_request.facts;
-    return {.keepsCaptions = isUnseen || !m_parts.settings.alwaysOverwriteCaptions(), .dumpsSidecar = true};
-}
-
+/// Whether the image keeps its caption. If auto mode's scan could not read it, a real caption is never
+/// overwritten, whatever the settings: the scan would have left it alone.
 bool ImageTurn::hasCaption(const ImageRun& run) {
-    if (!run.keepsCaption()) {
+    const bool isUnseen = m_request.sender == Sender::autoMode && !m_request.facts;
+    if (m_parts.settings.alwaysOverwriteCaptions() && !isUnseen) {
+        return false;
+    }
+    if (!isRealCaption(run.readCaption().value_or(QString()))) {
         return false;
     }
     m_parts.log.printAndAppend(
@@ -141,8 +141,8 @@ QCoro::Task<ImageOutcome> ImageTurn::captionUntilSettled(std::unique_ptr<ImageRu
             ended.kind = OutcomeKind::failed;
             co_return ended;
         }
-        const ImageRequest again{.file = m_request.file, .seenAt = m_request.seenAt};
-        run = std::make_unique<ImageRun>(m_parts, again, opening());
+        run = std::make_unique<ImageRun>(m_parts,
+                                         ImageRequest{.file = m_request.file, .seenAt = m_request.seenAt});
     }
 }
 

@@ -35,7 +35,6 @@ private:
     /// The outcome of an image that is stopped before any work; nothing for one that may go on.
     QCoro::Task<std::optional<ImageOutcome>> stopAtGate(ImageRun* run);
     bool hasRoster();
-    Opening opening() const;
     bool hasCaption(const ImageRun& run);
     ImageOutcome outcome(OutcomeKind kind, const QString& reason = {}) const;
     QCoro::Task<ImageOutcome> captionUntilSettled(std::unique_ptr<ImageRun> run);

@@ -5,7 +5,6 @@
 #include "metadata/ImageMetadata.h"
 #include "metadata/xml/XmlDocument.h"
 #include "pipeline/AudioNote.h"
-#include "pipeline/CaptionAcceptance.h"
 #include "platform/Files.h"
 
 #include <QFileInfo>
@@ -55,23 +54,7 @@ EditableReading readMetadata(const ImageMetadata& metadata, ImageFile& image, co
     return metadata.readEditable(image, zone);
 }
 
-Attempt<EditableReading> knownMetadata(const OpenedImage* ahead, const EditConditions& conditions) {
-    // What went wrong may be over.
-    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal;
-    return wentWell && ahead->conditions == conditions ? ahead->metadata
-                                                       : Attempt<EditableReading>::failed(nullptr);
-}
-
-bool mayBeCaptioned(const OpenedImage& opened, const Opening& opening) {
-    return opened.sidecar && opened.metadata && !opened.metadata->refusal && !opened.keepsCaption(opening);
-}
-
 } // namespace
-
-bool OpenedImage::keepsCaption(const Opening& opening) const {
-    return opening.keepsCaptions && metadata &&
-           isRealCaption(metadata->reading.facts.caption.value_or(QString()));
-}
 
 OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening& opening,
                       const OpenedImage* ahead) {
@@ -79,14 +62,15 @@ OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening&
     OpenedImage opened;
     opened.sidecar = attemptNow([&] { return opening.makesSidecar && metadata.provideSidecar(); });
     opened.conditions = EditConditions::of(file);
-    ImageFile image(file);
-    opened.metadata = knownMetadata(ahead, opened.conditions);
-    if (!opened.metadata) {
-        opened.metadata = attemptNow([&] { return readMetadata(metadata, image, zone, opening); });
-    }
-    if (opening.rendersPicture && mayBeCaptioned(opened, opening)) {
-        const bool isSeen = ahead && ahead->picture && ahead->picture->stamp == image.stamp();
-        opened.picture = isSeen ? ahead->picture : attemptNow([&] { return seePicture(image); });
+    opened.image = std::make_shared<ImageFile>(file);
+    // What went wrong may be over.
+    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal;
+    const bool isKnown = wentWell && ahead->conditions == opened.conditions;
+    opened.metadata = isKnown
+                          ? ahead->metadata
+                          : attemptNow([&] { return readMetadata(metadata, *opened.image, zone, opening); });
+    if (ahead && ahead->picture && ahead->picture->stamp == opened.conditions.image) {
+        opened.picture = ahead->picture;
     }
     opened.audioNotes = audioNotesOf(file);
     if (opening.dumpsSidecar) {

@@ -1,16 +1,41 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ReadAhead.h"
 
+#include "pipeline/CaptionAcceptance.h"
+
 #include <QCoroFuture>
 #include <QFileInfo>
 #include <QtConcurrentRun>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace ostrelle {
 
-ReadAhead::ReadAhead(FolderThreads& threads, QStringList files, QTimeZone zone, bool keepsCaptions)
-    : m_threads(threads), m_files(std::move(files)), m_zone(std::move(zone)), m_keepsCaptions(keepsCaptions) {
+namespace {
+
+bool hasRealCaption(const OpenedImage& opened) {
+    return opened.metadata && isRealCaption(opened.metadata->reading.facts.caption.value_or(QString()));
+}
+
+std::shared_ptr<const OpenedImage> readAhead(const QString& file, const QTimeZone& zone,
+                                             bool skipsCaptioned) {
+    auto ahead = std::make_shared<OpenedImage>(openImage(file, zone, {.makesSidecar = false}));
+    if (!skipsCaptioned || !hasRealCaption(*ahead)) {
+        const auto picture = attemptNow([&ahead] { return seePicture(*ahead->image); });
+        ahead->picture = picture ? std::optional(*picture) : std::nullopt;
+    }
+    ahead->image.reset(); // many images wait for their turn
+    return ahead;
+}
+
+} // namespace
+
+ReadAhead::ReadAhead(FolderThreads& threads, QStringList files, QTimeZone zone, bool skipsCaptioned)
+    : m_threads(threads)
+    , m_files(std::move(files))
+    , m_zone(std::move(zone))
+    , m_skipsCaptioned(skipsCaptioned) {
     readUpTo(depth);
 }
 
@@ -45,9 +70,8 @@ QCoro::Task<std::shared_ptr<const OpenedImage>> ReadAhead::take(qsizetype index)
 void ReadAhead::readUpTo(qsizetype end) {
     for (; m_next < std::min(end, m_files.size()); ++m_next) {
         const QString& file = m_files.at(m_next);
-        auto read = [file, zone = m_zone, keepsCaptions = m_keepsCaptions, isOver = m_isOver]() -> Ahead {
-            const Opening opening{.makesSidecar = false, .keepsCaptions = keepsCaptions};
-            return *isOver ? nullptr : std::make_shared<OpenedImage>(openImage(file, zone, opening));
+        auto read = [file, zone = m_zone, skips = m_skipsCaptioned, isOver = m_isOver] {
+            return *isOver ? nullptr : readAhead(file, zone, skips);
         };
         m_ahead.insert(m_next, QtConcurrent::run(m_threads.renderersOf(QFileInfo(file).path()), read));
     }

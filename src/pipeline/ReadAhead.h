@@ -23,9 +23,9 @@ public:
     /// How many images are read from the one being taken on: two batches of them.
     static constexpr qsizetype depth = 20;
 
-    /// Starts with the first images. With `keepsCaptions`, images that have a real caption are not rendered.
+    /// Starts with the first images. With `skipsCaptioned`, images that have a real caption are not rendered.
     /// The threads must outlive the reading under way, which may go on after this object.
-    ReadAhead(FolderThreads& threads, QStringList files, QTimeZone zone, bool keepsCaptions);
+    ReadAhead(FolderThreads& threads, QStringList files, QTimeZone zone, bool skipsCaptioned);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
@@ -47,7 +47,7 @@ private:
     FolderThreads& m_threads;
     QStringList m_files;
     QTimeZone m_zone;
-    bool m_keepsCaptions;
+    bool m_skipsCaptioned;
     qsizetype m_next = 0; ///< the first image whose reading has not started
     QHash<qsizetype, QFuture<Ahead>> m_ahead;
     std::shared_ptr<std::atomic_bool> m_isOver = std::make_shared<std::atomic_bool>(false);

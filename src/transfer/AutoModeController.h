@@ -78,7 +78,7 @@ private:
     std::unique_ptr<Timer> m_countdownTimer;
     qint64 m_secondsUntilNextScan = 0;
     bool m_isWaitingForPassword = false;
-    Overtaking m_starts; // by each update
+    Overtaking m_starts; // overtaken by each update: a start that has waited then gives up
 };
 
 } // namespace ostrelle

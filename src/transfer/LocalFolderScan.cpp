@@ -95,7 +95,7 @@ QCoro::Task<> LocalFolderScan::prepare(QString folder) {
 QCoro::Task<> LocalFolderScan::lookThrough(std::shared_ptr<Scan> scan) {
     auto list = [folder = scan->folder] { return listImages(folder); };
     const ImageListing listing = co_await onThreadPool(m_parts.threads.of(scan->folder), list);
-    if (isOvertaken(*scan)) {
+    if (scan->mark.isOvertaken()) {
         co_return;
     }
     const qsizetype total = listing.images.size();
@@ -107,7 +107,7 @@ QCoro::Task<> LocalFolderScan::lookThrough(std::shared_ptr<Scan> scan) {
         printFor(name, u"The file name is not UTF-8, skipping"_s);
         fail(*scan, name, illegibleNameWords());
     }
-    for (qsizetype first = 0; first < total && !isOvertaken(*scan); first += imagesAtATime) {
+    for (qsizetype first = 0; first < total && !scan->mark.isOvertaken(); first += imagesAtATime) {
         co_await look(scan, listing.images.mid(first, imagesAtATime));
     }
 }
@@ -119,7 +119,7 @@ QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList name
         return seeImages(folder, names, unwritable);
     };
     QList<SeenImage> images = co_await onThreadPool(thread, see);
-    if (isOvertaken(*scan)) {
+    if (scan->mark.isOvertaken()) {
         co_return;
     }
     images.removeIf([&](const SeenImage& image) { return isLeftAlone(*scan, image); });
@@ -130,7 +130,7 @@ QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList name
         return checkImages(folder, images, zone);
     };
     const QList<ImageCheck> checks = co_await onThreadPool(thread, check);
-    if (isOvertaken(*scan)) {
+    if (scan->mark.isOvertaken()) {
         co_return;
     }
     QList<QueuedImage> queued;
@@ -149,10 +149,6 @@ QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList name
     if (!queued.isEmpty()) {
         m_queue.add(scan->folder, queued, scan->batch);
     }
-}
-
-bool LocalFolderScan::isOvertaken(const Scan& scan) const {
-    return scan.mark.isOvertaken();
 }
 
 bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {
@@ -226,7 +222,7 @@ void LocalFolderScan::fail(const Scan& scan, const QString& name, const QString&
 }
 
 void LocalFolderScan::summarize(const Scan& scan) {
-    if (isOvertaken(scan)) {
+    if (scan.mark.isOvertaken()) {
         print(u"Scan stopped: "_s + QDir(scan.folder).dirName());
         return;
     }

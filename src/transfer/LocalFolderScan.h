@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Overtaking.h"
 #include "core/TaskGroup.h"
 #include "transfer/CaptionQueue.h"
 #include "transfer/ImageCheck.h"
@@ -44,7 +45,6 @@ private:
     QCoro::Task<> prepare(QString folder);
     QCoro::Task<> lookThrough(std::shared_ptr<Scan> scan);
     QCoro::Task<> look(std::shared_ptr<Scan> scan, QStringList names);
-    bool isOvertaken(const Scan& scan) const;
     bool isLeftAlone(Scan& scan, const SeenImage& image);
     bool isKnown(const SeenImage& image) const;
     bool needsCaption(Scan& scan, const ImageCheck& check);
@@ -58,7 +58,7 @@ private:
     TaskGroup m_scans;
     QSet<QString> m_failures;                         // paths and reasons passed to the listener
     QHash<QString, QDateTime> m_tidied;               // when each folder was tidied
-    QHash<QString, Overtaking::Mark> m_lookedThrough; // folders being checked, and by which scans
+    QHash<QString, Overtaking::Mark> m_lookedThrough; // folders being checked, and the queue's mark then
 };
 
 } // namespace ostrelle

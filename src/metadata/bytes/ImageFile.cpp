@@ -5,10 +5,20 @@
 
 namespace ostrelle {
 
+using namespace Qt::StringLiterals;
+
 bool ImageFile::open() {
+    if (m_file.isOpen()) {
+        return true;
+    }
     // Opening a pipe would wait for its writer.
-    return m_file.isOpen() ||
-           (QFileInfo(m_file).isFile() && m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    if (!QFileInfo(m_file).isFile()) {
+        m_reason = u"there is no such file"_s;
+        return false;
+    }
+    const bool isOpen = m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    m_reason = isOpen ? QString() : m_file.errorString();
+    return isOpen;
 }
 
 } // namespace ostrelle

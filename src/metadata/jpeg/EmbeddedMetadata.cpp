@@ -221,9 +221,10 @@ std::optional<EmbeddedMetadata> readEmbeddedMetadata(const QString& path) {
 
 QFile& openForReading(ImageFile& image) {
     QFile& file = image.bytes();
-    if (!image.open() || !file.seek(0)) {
+    const bool isOpen = image.open();
+    if (!isOpen || !file.seek(0)) {
         throw XMPError(XMPError::Case::fileMissing,
-                       u"Could not read the image: %1."_s.arg(file.errorString()));
+                       u"Could not read the image: %1."_s.arg(isOpen ? file.errorString() : image.reason()));
     }
     return file;
 }

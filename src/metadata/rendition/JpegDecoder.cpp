@@ -8,9 +8,9 @@
 
 #include <fcntl.h>
 #include <jerror.h>
+#include <unistd.h>
 
 #include <QFile>
-#include <QFileInfo>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -62,12 +62,19 @@ File openFile(const QString& path) {
     return file;
 }
 
-/// The file for the library, without another opening.
-File reopened(ImageFile& image) {
-    const int descriptor = image.open() ? ::fcntl(image.bytes().handle(), F_DUPFD_CLOEXEC, 0) : -1;
+/// The opened file as the library reads it.
+File duplicateOf(ImageFile& image) {
+    if (!image.open()) {
+        throw ExtractError(ExtractError::Case::cannotOpen, image.reason());
+    }
+    const int descriptor = ::fcntl(image.bytes().handle(), F_DUPFD_CLOEXEC, 0);
     File file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "rb"));
     if (!file) {
-        throw ExtractError(ExtractError::Case::cannotOpen, image.bytes().errorString());
+        const QString reason = qt_error_string();
+        if (descriptor >= 0) {
+            ::close(descriptor);
+        }
+        throw ExtractError(ExtractError::Case::cannotOpen, reason);
     }
     return file;
 }
@@ -323,10 +330,7 @@ JpegPicture decodeJpeg(const QString& path, int limit) {
 }
 
 std::optional<JpegPicture> decodeIfJpeg(ImageFile& image, int limit) {
-    if (!QFileInfo(image.path()).isFile()) {
-        throw ExtractError(ExtractError::Case::cannotOpen, u"there is no such file"_s);
-    }
-    File file = reopened(image);
+    File file = duplicateOf(image);
     const ByteRange range = wholeRange(file.get());
     if (range.size() == 0) {
         throw ExtractError(ExtractError::Case::cannotOpen, u"the file is empty"_s);

@@ -92,7 +92,7 @@ Rendition RAWPreviewExtractor::extractPreview(const QString& path, double maxPix
 Rendition RAWPreviewExtractor::extractPreview(ImageFile& file, double maxPixelSize, double quality,
                                               Orientation orientation) const {
     const int limit = pixelLimit(maxPixelSize);
-    tidyVectorRegisters();
+    clearUpperVectorHalves(); // metadata may have been read on this thread
     try {
         Decoded picture = decode(file, limit);
         if (orientation == Orientation::upright) {

@@ -4,17 +4,18 @@
 namespace ostrelle {
 
 #if defined(__x86_64__)
-[[gnu::target("avx")]] inline void clearUpperHalves() {
+[[gnu::target("avx")]] inline void clearWithAvx() {
     __builtin_ia32_vzeroupper();
 }
 #endif
 
-/// Clears the upper halves of the processor's AVX registers, which some library functions leave in use. Until
-/// they are cleared, the thread's SSE code is slow: the tone curve of a RAW picture took eight times as long.
-inline void tidyVectorRegisters() {
+/// Clears the upper halves of the processor's AVX registers, if it has any. Reading an image's metadata
+/// leaves them in use, and until they are cleared, all SSE code of the thread is slow: the tone curve of a
+/// RAW picture took eight times as long.
+inline void clearUpperVectorHalves() {
 #if defined(__x86_64__)
     if (__builtin_cpu_supports("avx")) {
-        clearUpperHalves();
+        clearWithAvx();
     }
 #endif
 }
