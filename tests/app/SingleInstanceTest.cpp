@@ -23,7 +23,7 @@ namespace {
 
 using Standing = SingleInstance::Standing;
 
-/// claim() waits for an answer from the other instance, which has the event loop of this thread.
+/// Claims on another thread: claim() blocks until the first instance answers from this event loop.
 Standing claimElsewhere(const QString& folder) {
     QFuture<Standing> claim = QtConcurrent::run([folder] { return SingleInstance(folder).claim(); });
     waitUntil([&claim] { return claim.isFinished(); });

@@ -12,17 +12,17 @@
 
 namespace ostrelle {
 
-/// What a program that has ended left.
+/// The result of a finished program.
 struct Result {
     int status = -1;
     QString output;
     QString errors;
 };
 
-/// The program as a user of its own runs it.
+/// Runs the command-line program as a process.
 class CommandLineTest : public testing::Test {
 protected:
-    /// A home and a desktop of its own: nothing of the tester's is touched.
+    /// Gives it its own home and desktop, so that the tester's stay untouched.
     void start(QProcess& program, const QStringList& arguments) const {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder.filePath(QStringLiteral("config")));

@@ -28,7 +28,7 @@ protected:
         return QFile::exists(sidecar) ? XMPWriter().readSidecar(sidecar, QTimeZone::utc()).facts.caption
                                       : std::nullopt;
     }
-    /// The lines of standard output so far, once there are so many.
+    /// The lines of standard output so far, once there are `count`.
     static QStringList readLines(QProcess& program, qsizetype count) {
         QByteArray output;
         while (output.count('\n') < count && program.waitForReadyRead(60'000)) {
@@ -48,7 +48,7 @@ TEST_F(FolderCommandTest, CaptionsAFolderAndRemembersIt) {
     }
     write(u"in/broken.dng"_s, "no picture");
     const Result all = run({u"--folder"_s, u"in"_s, u"--json"_s});
-    EXPECT_EQ(all.status, 1); // for the broken one
+    EXPECT_EQ(all.status, 1); // because of the broken file
     EXPECT_EQ(all.output.count(u"\"result\":\"captioned\""_s), 12) << all.output.toStdString();
     EXPECT_TRUE(all.errors.contains(u"Done. Processed: 12, Failed: 1."_s)) << all.errors.toStdString();
     EXPECT_TRUE(caption(u"IMG_7"_s).value_or(QString()).contains(u"IMG_7.dng"_s));

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The whole algorithm, one character after the other.
+/// The plain algorithm, one character at a time.
 CharacterSpan knownSpan(const QString& text, qsizetype most) {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     CharacterSpan span;
@@ -45,7 +45,7 @@ TEST(CharacterSpan, EndsBetweenCharacters) {
         {u"\U0001F1FA\U0001F1F8\U0001F1E9\U0001F1EA"_s, 1, {1, 4}},    // two flags
         {u"\U0001F468\u200D\U0001F469\u200D\U0001F467x"_s, 1, {1, 8}}, // a family of three
         {u"\uD55C\uAD6D"_s, 9, {2, 2}},                                // Hangul syllables
-        {u"\u1112\u1161\u11ABx"_s, 1, {1, 3}},                         // one, in its parts
+        {u"\u1112\u1161\u11ABx"_s, 1, {1, 3}},                         // one syllable, in parts
     };
     for (const auto& row : rows) {
         EXPECT_EQ(spanOfCharacters(row.text, row.most), row.span) << row.text.toStdString();
@@ -72,7 +72,7 @@ TEST(CharacterSpan, AgreesWithTheWholeAlgorithmOnAnyMixture) {
 }
 
 TEST(CharacterSpan, TakesEachCodePointForWhatItIs) {
-    constexpr char32_t end = 0x1FC00; // behind the pictographs
+    constexpr char32_t end = 0x1FC00; // just past the pictographs
     for (char32_t point = 0; point < end; ++point) {
         const bool isHalf = point >= 0xD800 && point <= 0xDFFF;
         const QString character =

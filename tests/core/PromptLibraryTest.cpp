@@ -11,7 +11,7 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-// The texts are what the model is told, and were tried as they are: whoever changes one says so here.
+// The model gets these texts, and they were tried as they are. Update the digest when you change one.
 TEST(PromptLibrary, HoldsEachTextAsItWasWritten) {
     QCryptographicHash digest(QCryptographicHash::Sha256);
     for (const PromptLiteral& literal : promptLiterals()) {

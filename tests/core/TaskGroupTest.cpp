@@ -25,7 +25,7 @@ protected:
         co_await clock->sleep(std::chrono::seconds(1));
         throw Error(u"The disk is full."_s);
     }
-    /// Begins a task that begins another one in the group at its end.
+    /// A task that starts another one in the group when it ends.
     static QCoro::Task<> chain(VirtualClock* clock, TaskGroup* tasks, QStringList* ended) {
         co_await clock->sleep(std::chrono::seconds(1));
         tasks->spawn(work(clock, std::chrono::seconds(2), ended));

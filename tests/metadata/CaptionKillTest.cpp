@@ -9,7 +9,7 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 TEST(CaptionKill, AKilledWriterLeavesTheOldFilesOrTheNewOnes) {
-    // Large enough that their bytes are not written in one go.
+    // Too large to be written in one go.
     const SidecarFile sidecar(subject("<odd:field>&#65;</odd:field>" + QByteArray(50'000, ' ')));
     const TemporaryImage image(jpegFile(SportsScene(900, 600, 1).image()));
     RecordingLog log;
@@ -33,9 +33,9 @@ TEST(CaptionKill, AKilledWriterLeavesTheOldFilesOrTheNewOnes) {
         return (found.first == one.first || found.first == other.first) &&
                (found.second == one.second || found.second == other.second);
     });
-    EXPECT_GT(ones, 0) << "the writer never got to write";
-    EXPECT_LT(ones, kills) << "the writer never got to write";
-    EXPECT_EQ(write(longCaption), other) << "what was left behind is in nobody's way";
+    EXPECT_GT(ones, 0) << "no kill left the short caption";
+    EXPECT_LT(ones, kills) << "every kill left the short caption";
+    EXPECT_EQ(write(longCaption), other) << "leftovers do not get in the way";
 }
 
 } // namespace ostrelle

@@ -15,7 +15,7 @@
 #include <QTemporaryDir>
 #include <functional>
 
-// What other tools read in a file before and after a caption is written into it.
+// What other tools read from a file before and after a caption is written into it.
 
 namespace ostrelle {
 
@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 using Tags = QMap<QString, QString>;
 
 inline QByteArray output(const QString& program, const QStringList& arguments, const QString& folder) {
-    qputenv("PERL_HASH_SEED", "0"); // or exiftool's choice among doubled tags varies
+    qputenv("PERL_HASH_SEED", "0"); // else exiftool's choice among duplicate tags varies
     QProcess process;
     process.setWorkingDirectory(folder);
     process.setStandardErrorFile(QProcess::nullDevice());
@@ -33,7 +33,7 @@ inline QByteArray output(const QString& program, const QStringList& arguments, c
     return process.readAllStandardOutput();
 }
 
-/// All that exiftool reads in each file of a folder, thumbnails and other pictures in full.
+/// All that exiftool reads from each file of a folder, thumbnails and other pictures in full.
 inline QMap<QString, Tags> readWithExiftool(const QString& folder) {
     const QByteArray json =
         output(u"exiftool"_s, {u"-j"_s, u"-a"_s, u"-u"_s, u"-G1:4"_s, u"-b"_s, u"."_s}, folder);
@@ -50,9 +50,8 @@ inline QMap<QString, Tags> readWithExiftool(const QString& folder) {
     return readings;
 }
 
-/// What exiv2 reads in a file, of its EXIF, IPTC and XMP unless it is told otherwise; from the XMP of a
-/// sidecar it makes up the others. Each line of its output is "key  type  value"; a value may run over
-/// several lines.
+/// What exiv2 reads from a file: EXIF, IPTC and XMP unless `kinds` says otherwise. It derives EXIF and IPTC
+/// from a sidecar's XMP. Each line of its output is "key  type  value"; a value may span several lines.
 inline Tags readWithExiv2(const QString& folder, const QString& name, const QString& kinds = u"-PEIXkyv"_s) {
     static const QRegularExpression line(u"^((?:Exif|Iptc|Xmp)\\.\\S+)\\s+\\S+\\s*(.*)$"_s);
     Tags tags;
@@ -76,7 +75,7 @@ inline Tags readWithExiv2(const QString& folder, const QString& name, const QStr
 
 using IsOwnChange = std::function<bool(const QString& tag, const QString& before, const QString& after)>;
 
-/// The tags that a write changed and that are not its own to change, a line each.
+/// The tags that a write changed but must not change, one per line.
 inline std::string differences(const Tags& before, const Tags& after, const IsOwnChange& isOwn) {
     QStringList different;
     for (const QString& tag : (before.keys() + after.keys())) {
@@ -91,7 +90,7 @@ inline std::string differences(const Tags& before, const Tags& after, const IsOw
     return different.join(u'\n').toStdString();
 }
 
-/// The corpus of one kind: the files that took a caption, beside their originals.
+/// The corpus files of one kind that took a caption, with their originals.
 class WrittenCorpus : public testing::Test {
 protected:
     explicit WrittenCorpus(const QString& kind) : files(corpusFiles(kind)) {}
@@ -119,7 +118,7 @@ protected:
     virtual void write(const QString& path, const QString& text) const = 0;
     virtual void expectRefusal(const QString& path, const Error& error) = 0;
 
-    /// Whatever caption was in the file, a write comes to the same bytes.
+    /// Whatever caption was there before, a write results in the same bytes.
     void expectTheSameOfAnyWrite(const QString& path) const {
         const QByteArray once = contentsOf(path);
         write(path, caption);

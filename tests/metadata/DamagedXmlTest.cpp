@@ -25,10 +25,10 @@ const QString dc = u"http://purl.org/dc/elements/1.1/"_s;
 
 struct Reading {
     QStringList captions; ///< the x-default texts
-    QStringList foreign;  ///< what else there is, but for what a write may add
+    QStringList foreign;  ///< everything else, except what a write may add
 };
 
-/// What a parser other than ours reads; nothing when it finds the bytes not well formed.
+/// What another parser reads; nothing if the bytes are not well formed.
 std::optional<Reading> readWithOtherParser(const QByteArray& bytes) {
     QXmlStreamReader reader(bytes);
     Reading reading;
@@ -53,7 +53,7 @@ std::optional<Reading> readWithOtherParser(const QByteArray& bytes) {
     return reader.hasError() ? std::nullopt : std::optional(reading);
 }
 
-/// Cuts of the bytes and copies with some of them changed, the same in each run.
+/// Truncated copies of the bytes and copies with a few bytes changed, the same in each run.
 QByteArrayList damaged(const QByteArray& bytes) {
     std::mt19937 random(static_cast<unsigned>(bytes.size()));
     const auto below = [&random](qsizetype limit) { return static_cast<qsizetype>(random()) % limit; };
@@ -69,7 +69,7 @@ QByteArrayList damaged(const QByteArray& bytes) {
     return all;
 }
 
-/// Nothing when our edit refuses the bytes.
+/// The sidecar after our edit; nothing if the edit refuses it.
 std::optional<QByteArray> edited(const QByteArray& sidecar) {
     try {
         const XmlDocument document = XmlDocument::parse(sidecar);

@@ -13,9 +13,9 @@ namespace ostrelle {
 
 namespace {
 
-/// A file taken apart by a walk of the test's own.
+/// The parts of a file, as the test's own walk finds them.
 struct Parts {
-    QList<QByteArray> segments; ///< with the stray bytes in front of each, without those that hold captions
+    QList<QByteArray> segments; ///< each with the stray bytes before it; none that may hold a caption
     QByteArray picture;
 };
 
@@ -49,8 +49,8 @@ Parts partsOf(const QByteArray& jpeg) {
     return parts;
 }
 
-/// What a caption write may change for another tool: the caption, its encoding, and places in the file. Texts
-/// in another encoding than UTF-8 are shown as they are stored by both tools.
+/// What a write may change in another tool's reading: the caption, its encoding, and positions in the file.
+/// Both tools show texts that are not UTF-8 as they are stored.
 bool isOwnChange(const QString& tag, const QString& before, const QString& after) {
     static const QRegularExpression own(
         u"^(System:|Composite:|ExifTool:|SourceFile|File:CurrentIPTCDigest|Photoshop:IPTCDigest|File:"
@@ -133,7 +133,7 @@ TEST(EmbeddedComment, IsReadByOtherToolsInEveryScript) {
         const QMap<QString, Tags> readings = readWithExiftool(folder.path());
         for (const QString& text : captions) {
             EXPECT_EQ(readings[text + u".jpg"_s][u"ExifIFD:UserComment"_s], text);
-            if (text.toUcs4().size() == text.size()) { // exiv2 knows no characters beyond the basic plane
+            if (text.toUcs4().size() == text.size()) { // exiv2 knows only the basic plane
                 EXPECT_TRUE(
                     readWithExiv2(folder.path(), text + u".jpg"_s)[u"Exif.Photo.UserComment0"_s].endsWith(
                         text));

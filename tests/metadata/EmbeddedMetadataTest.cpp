@@ -20,7 +20,7 @@ QByteArray ascii(const QByteArray& text) {
     return QByteArray("ASCII\0\0\0", 8) + text;
 }
 
-/// The lines as the log has them.
+/// The lines with the log's tag.
 QStringList tagged(QStringList words) {
     return words.replaceInStrings(QRegularExpression(u"^"_s), u"[XMPWriter] "_s);
 }
@@ -133,14 +133,14 @@ TEST(EmbeddedCaption, RecordsAreFoundWhereverTheyAre) {
     const QByteArray all = big + photoshopResource(0x0404, iptc(120, "Behind"));
     EXPECT_EQ(captionOf(photoshopSegment(all.first(60'000)) + photoshopSegment(all.sliced(60'000))),
               u"Behind"_s)
-        << "a resource that runs over two segments";
+        << "a resource that spans two segments";
     EXPECT_EQ(captionOf(iptcSegment(iptc(90, "Dallas")) + iptcSegment(iptc(120, "Second"))), u"Second"_s);
     EXPECT_EQ(captionOf(photoshopSegment("rubbish") + iptcSegment(iptc(120, "Second"))), u"Second"_s);
     EXPECT_EQ(captionOf("stray \xFF" + QByteArray(1, '\0') + iptcSegment(iptc(120, "Behind stray bytes"))),
               u"Behind stray bytes"_s);
     EXPECT_EQ(captionOf(segment(0xE2, QByteArray(65'000, 'x')).repeated(40) + iptcSegment(iptc(120, "Last"))),
               u"Last"_s)
-        << "behind 2.6 MB";
+        << "after 2.6 MB";
 }
 
 TEST(EmbeddedContext, TellsEachFieldThatItFinds) {

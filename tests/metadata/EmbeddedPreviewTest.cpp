@@ -41,7 +41,7 @@ TEST_F(EmbeddedPreviews, standInOnlyForAPictureThatDoesNotDecode) {
     DngOptions options = with(&DngOptions::thumbnail, large);
     const QByteArray decodable = dngFile(scene, options);
     EXPECT_EQ(source(decodable), Rendition::Source::picture);
-    // Without its ColorMatrix1 it would have the colours of the sensor, and serves if there is no preview.
+    // Without ColorMatrix1 the picture has the sensor's colours, and is used only if there is no preview.
     const auto uncoloured = [](QByteArray dng) { return dng.replace("\x21\xC6\x0A", "\xFF\xC6\x0A"); };
     EXPECT_EQ(source(uncoloured(decodable)), Rendition::Source::embeddedPreview);
     EXPECT_EQ(source(uncoloured(dngFile(scene))), Rendition::Source::picture);
@@ -68,7 +68,7 @@ TEST_F(EmbeddedPreviews, areRefusedWhenTheyAreCut) {
         EXPECT_TRUE(reason(cut).contains(u"cannot be shown instead: the picture data are cut short"_s))
             << static_cast<int>(kind);
     }
-    // The full picture lies at the end of a CR3, behind a smaller preview.
+    // The full picture is at the end of a CR3, after a smaller preview.
     const QByteArray smaller = jpegFile(flat(Qt::red, {1000, 100}));
     const QByteArray whole = rawFile(RawKind::cr3, {.preview = large, .smallPreview = smaller});
     EXPECT_EQ(rendition(file(whole)).previewSize.width, 1200);
@@ -96,16 +96,16 @@ TEST_F(EmbeddedPreviews, giveAPictureOrAnErrorWhateverIsDamaged) {
 }
 
 TEST_F(EmbeddedPreviews, endSoonInHostileTables) {
-    // Each entry of the first directory's list of others, and its successor, is that directory again.
+    // Both SubIFDs of the first directory are that directory again.
     QByteArray circle = rawFile(RawKind::nef, {.preview = large});
     const qsizetype list = circle.indexOf(QByteArray("\x01\x4A\x00\x04\x00\x00\x00\x02", 8)) + 8;
     const auto offsets = qFromBigEndian<quint32>(circle.constData() + list);
     circle.replace(offsets, 8, QByteArray("\0\0\0\x08\0\0\0\x08", 8));
     EXPECT_TRUE(reason(circle).contains(u"holds no preview"_s));
-    // A table of four billion entries, of which LibRaw would read each behind the end of the file.
+    // A table of four billion entries, each of which LibRaw would read past the end of the file.
     EXPECT_FALSE(
         reason(QByteArray("II*\0\0\0\0\0IIIICwaR\x18\0\0\0\0\0\0\0\xFF\xFF\xFF\xFF\0\0\0\0", 32)).isEmpty());
-    // Boxes of no more than a header, and boxes in boxes.
+    // Boxes with nothing but a header, and boxes in boxes.
     const QByteArray front = rawFile(RawKind::cr3, {.preview = large}).first(24);
     EXPECT_TRUE(reason(front + QByteArray("\0\0\0\x08"
                                           "free",

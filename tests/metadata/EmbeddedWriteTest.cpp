@@ -43,7 +43,7 @@ XMPError::Case refusalOf(const QString& path, RecordingLog& log, const QString& 
     const QByteArray before = contentsOf(path);
     const auto write = [&] { XMPWriter().writeEmbeddedCaption(text, path, log); };
     const XMPError::Case kind = failureIn<XMPError>(write).kind();
-    EXPECT_EQ(contentsOf(path), before) << "a refused file stays as it was";
+    EXPECT_EQ(contentsOf(path), before) << "a refused write leaves the file as it was";
     return kind;
 }
 
@@ -66,8 +66,8 @@ TEST(EmbeddedWrite, PutsTheSameTextIntoAllPlacesAndKeepsThePicture) {
     EXPECT_TRUE(jpeg.contains(utf8Declared));
     EXPECT_TRUE(jpeg.contains(utf8 + '\0')) << "the image description";
     EXPECT_EQ(jpeg.count("UNICODE"), 1) << "one user comment";
-    EXPECT_FALSE(jpeg.contains("ns.adobe.com")) << "no packet is made";
-    EXPECT_EQ(jpeg.indexOf("Exif"), bare.indexOf("JFIF") + 14 + 4) << "EXIF behind JFIF";
+    EXPECT_FALSE(jpeg.contains("ns.adobe.com")) << "no packet is added";
+    EXPECT_EQ(jpeg.indexOf("Exif"), bare.indexOf("JFIF") + 14 + 4) << "EXIF after JFIF";
     const QByteArray plain = written(bare, u"Plain"_s);
     EXPECT_TRUE(plain.contains(QByteArray("ASCII\0\0\0Plain", 13)));
     EXPECT_FALSE(plain.contains("\x1B%G")) << "plain text needs no encoding";
@@ -80,9 +80,9 @@ TEST(EmbeddedWrite, ASecondWriteIsTheSameAsTheFirst) {
               once);
     EXPECT_EQ(written(written(once, u"S"_s)), once);
     for (const QByteArray& odd :
-         {// a value that runs on behind the block, which the edit moves a directory to
+         {// a value that extends past the block, to where the edit moves a directory
           QByteArray("MM\0*\0\0\0\x08\0\1\x01\x1A\0\5\1\0\0\0\0\0\0\x1A\0\0\0\0begun...", 34),
-          // a next directory in the header, whose bytes the edit changes
+          // a next directory inside the header, whose bytes the edit changes
           QByteArray("II*\0\x08\0\0\0\0\0\4\0\0\0", 14)}) {
         const QByteArray oddOnce =
             written(jpegWith(segment(0xE1, QByteArray("Exif\0\0", 6) + odd)), QString(5000, u'x'));
@@ -181,7 +181,7 @@ TEST(EmbeddedWrite, LeavesEveryByteOfTheExifBlockInPlace) {
         exifSegment({{0x010F, 2, "Camera maker"}, {0x0132, 2, "2024:03:05 19:02:33"}},
                     {{0x9003, 2, "2024:03:05 19:02:33"}, {0x927C, 7, "maker note with offsets"}});
     const QByteArray jpeg = written(jpegWith(exif));
-    // Behind the offset of the first directory, which moves to the end for its new entry.
+    // Everything after the offset of the first directory, which moves to the end for its new entry.
     EXPECT_EQ(jpeg.indexOf(exif.sliced(18)), jpegWith(exif).indexOf(exif.sliced(18)));
     EXPECT_EQ(readEmbedded(jpeg).facts.context.dateISO8601, u"2024-03-05"_s);
 }
@@ -224,7 +224,7 @@ TEST(EmbeddedWrite, RefusesAPictureThatCannotBeDecoded) {
 }
 
 TEST(EmbeddedWrite, KeepsWhatFollowsThePictureAndFindsItAgain) {
-    // An index as phones write it: of the file's own picture and of a second one behind it.
+    // An index as phones write it, for the file's own picture and a second one after it.
     const QByteArray second = jpegFile(SportsScene(16, 16, 2).image());
     const auto index = [](quint32 firstSize, quint32 secondOffset) {
         const QByteArray entries = bigEndian(quint32{0x20030000}) + bigEndian(firstSize) +
@@ -233,7 +233,7 @@ TEST(EmbeddedWrite, KeepsWhatFollowsThePictureAndFindsItAgain) {
         return segment(0xE2,
                        QByteArray("MPF\0MM\0*\0\0\0\x08", 12) + tiffDirectory({{0xB002, 7, entries}}, 8));
     };
-    // The packet stands behind the index and the new segments in front of it.
+    // The packet comes after the index, the new segments before it.
     const QByteArray packet = packetSegment(subject("", " dc:description='Old'"));
     const auto size = static_cast<quint32>(jpegWith(index(0, 0) + packet).size());
     const auto header = static_cast<quint32>(20 + 4 + 4);
@@ -288,7 +288,7 @@ TEST(EmbeddedWrite, ReadsAgainWhatAnotherProgramReplacesMeanwhile) {
     const QByteArray theirs = iptc(90, "City") + iptc(105, "Headline");
     RecordingLog log;
     log.onLine = [&](const QString& line) {
-        if (line.contains(u"Preserving")) { // said once, before the write
+        if (line.contains(u"Preserving")) { // logged once, before the write
             file.write(jpegWith(iptcSegment(theirs)));
         }
     };

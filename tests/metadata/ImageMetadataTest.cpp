@@ -51,7 +51,7 @@ QByteArray jpegImage(const QByteArray& caption, const QByteArray& city = "Ghent"
                        iptcSegment(utf8Declared + iptc(90, city) + iptc(120, caption)));
 }
 
-/// A folder with an image whose caption is being made while another program works on it.
+/// A folder with an image that another program changes while its caption is being made.
 class ImageMetadataTest : public testing::Test {
 protected:
     using Case = OvertakenError::Case;
@@ -60,7 +60,7 @@ protected:
         replaceFile(folder.filePath(name), bytes);
     }
     QByteArray read(const QString& name) const { return contentsOf(folder.filePath(name)); }
-    /// Writes a caption that is made before `meanwhile`. One that was overtaken leaves the file alone.
+    /// Writes a caption that was made before `meanwhile`. An overtaken write must leave the file alone.
     void expectAfter(const std::function<void()>& meanwhile, const QString& image, const QString& file,
                      std::optional<Case> expected) {
         CaptionSource source{.facts = ImageMetadata(image).read(zone).facts, .zone = zone, .picture = {}};
@@ -105,7 +105,7 @@ TEST_F(ImageMetadataTest, WritesOnlyIntoWhatItIsStillAbout) {
     } rows[] = {
         {raw, sidecar(sidecarWith("stub", "Ghent", "<xmp:Rating>5</xmp:Rating>")), std::nullopt},
         {raw, sidecar(sidecarWith(" stub\n")), std::nullopt},
-        {raw, picture(1), std::nullopt}, // copied once more
+        {raw, picture(1), std::nullopt}, // copied again
         {raw, sidecar(sidecarWith("typed by hand")), Case::captionEdited},
         {raw, sidecar(sidecarWith("stub", "Bruges")), Case::factsChanged},
         {raw, sidecar(sidecarWith("typed by hand", "Bruges")), Case::captionAndFactsEdited},
@@ -114,7 +114,7 @@ TEST_F(ImageMetadataTest, WritesOnlyIntoWhatItIsStillAbout) {
          Case::captionEdited},
         {raw, picture(2), Case::pictureReplaced},
         {raw, [this] { QFile::remove(raw); }, Case::pictureReplaced},
-        {jpeg, image(jpegImage("stub")), std::nullopt}, // copied once more
+        {jpeg, image(jpegImage("stub")), std::nullopt}, // copied again
         {jpeg, image(withSegment(jpegImage("stub"), segment(0xFE, "rated"))), std::nullopt},
         {jpeg, image(jpegImage("typed by hand")), Case::captionEdited},
         {jpeg, image(withSegment(jpegImage("stub"), packetSegment(subject(typed)))), Case::captionEdited},
@@ -153,7 +153,7 @@ TEST_F(ImageMetadataTest, FindsASidecarWhateverTheCaseOfItsExtension) {
 TEST_F(ImageMetadataTest, FillsASidecarThatAKilledProgramLeftEmpty) {
     write(u"IMG_1.DNG"_s, rawPicture(1));
     write(u"IMG_1.xmp"_s, {});
-    EXPECT_FALSE(ImageMetadata(raw).provideSidecar()) << "somebody may be about to write it";
+    EXPECT_FALSE(ImageMetadata(raw).provideSidecar()) << "another program may be about to write it";
     setDate(sidecarPath(raw), {.tv_sec = ::time(nullptr) - 60, .tv_nsec = 0});
     EXPECT_TRUE(ImageMetadata(raw).provideSidecar());
     EXPECT_EQ(captionOf(raw), QString());

@@ -61,7 +61,7 @@ struct TestEntry {
     QByteArray value;
 };
 
-/// A directory at the offset, with its values behind it.
+/// A directory at the offset, followed by its values.
 inline QByteArray tiffDirectory(const QList<TestEntry>& entries, quint32 offset) {
     TiffDirectoryBuilder directory(true);
     for (const TestEntry& entry : entries) {
@@ -70,7 +70,7 @@ inline QByteArray tiffDirectory(const QList<TestEntry>& entries, quint32 offset)
     return directory.written(offset, 0);
 }
 
-/// An EXIF segment; the second directory is left away when it has no entries.
+/// An EXIF segment; the second directory is left out if it has no entries.
 inline QByteArray exifSegment(QList<TestEntry> first, const QList<TestEntry>& exif = {}) {
     constexpr quint32 begin = 8;
     if (!exif.isEmpty()) {
@@ -92,7 +92,7 @@ inline TestEntry comment(const QByteArray& value) {
     return {0x9286, 7, value};
 }
 
-/// A small picture with the segments behind its first one.
+/// A small picture with the segments inserted after its first one.
 inline QByteArray jpegWith(const QByteArray& segments) {
     static const QByteArray picture = jpegFile(SportsScene(64, 48, 1).image());
     constexpr qsizetype firstEnd = 20; // the JFIF segment

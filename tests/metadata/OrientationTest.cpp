@@ -10,7 +10,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-/// How a picture that is stored with the orientation is shown.
+/// How a picture stored with this orientation is shown.
 QImage shown(const QImage& stored, int orientation) {
     static constexpr int clockwise[] = {0, 0, 180, 180, 90, 90, 270, 270};
     const bool isMirrored = orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;

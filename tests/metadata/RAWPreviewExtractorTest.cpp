@@ -36,7 +36,7 @@ TEST_F(Renditions, fitTheLongerSideAndNeverEnlarge) {
     for (const auto& [source, expected] : jpegs) {
         EXPECT_EQ(picture(jpegFile(flat(Qt::gray, source)), 1024).size(), expected) << source.width();
     }
-    // A RAW picture is decoded at half the size where that is large enough.
+    // A RAW picture is decoded at half size if that is large enough.
     const SourceAndExpected raws[] = {
         {{160, 108}, {160, 108}}, {{376, 250}, {256, 170}}, {{350, 550}, {163, 256}},
         {{511, 341}, {256, 171}}, {{1000, 34}, {256, 9}},
@@ -74,10 +74,10 @@ TEST_F(Renditions, showTheWholePicture) {
 }
 
 TEST_F(Renditions, showARawPictureInItsColoursExposedForItsHighlights) {
-    // At half the size and at the full size of the sensor.
+    // At half size and at full size.
     for (const int width : {690, 384}) {
         const SportsScene scene(width, width * 2 / 3, 3);
-        // The sky has 0.8 of white in its brightest channel and is brought to it.
+        // The sky's brightest channel is at 0.8 of white; the exposure raises it to white.
         const QImage expected =
             scene.image(1.25F).scaled(256, 171, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         for (const float exposure : {1.0F, 0.5F, 0.25F}) {
@@ -104,8 +104,7 @@ TEST_F(Renditions, leaveOrientationAndThumbnailsAlone) {
 }
 
 TEST_F(Renditions, encodeAnewAtTheQualityAskedFor) {
-    // The first quantizer of the luminance table, which the quality sets: 16, scaled by 200 - 2 * quality
-    // per cent from 50 on.
+    // The quality sets the first luminance quantizer: 16, scaled by 200 - 2 * quality per cent from 50 on.
     const QByteArray jpeg = jpegFile(SportsScene(300, 200, 1).image());
     const auto quantizer = [](const QByteArray& bytes) {
         return int{bytes.at(bytes.indexOf("\xFF\xDB") + 5)};
@@ -167,7 +166,7 @@ QByteArray linearGrayProfile() {
     return bytes;
 }
 
-/// A CMYK profile made of a table: black ink darkens, the others do nothing.
+/// A CMYK profile from a table: black ink darkens, the other inks do nothing.
 QByteArray blackOnlyProfile() {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
     cmsSetProfileVersion(profile, 2.1);
@@ -203,7 +202,7 @@ TEST_F(Renditions, bringGrayAndInkProfilesToSrgb) {
     for (const Colors colors : {Colors::cmyk, Colors::adobeCmyk, Colors::adobeYcck}) {
         const JpegOptions inks =
             with(&JpegOptions::profile, blackOnlyProfile(), with(&JpegOptions::colors, colors));
-        // Saturated red is magenta and yellow without black, which this paper does not show.
+        // Saturated red is magenta and yellow without black, and this paper shows only black.
         expectShown(Qt::red, inks, 255, 255, 255);
         // Half black ink is L* 50.
         expectShown(QColor(128, 128, 128), inks, 119, 119, 119);

@@ -17,7 +17,7 @@
 
 namespace ostrelle {
 
-/// Small, so that small scenes do.
+/// Small, so that small scenes are large enough.
 inline constexpr int limit = 256;
 
 inline Rendition rendition(const QString& path, Orientation orientation = Orientation::asStored) {
@@ -38,7 +38,7 @@ inline std::optional<ExtractError::Case> failure(const QString& path, double max
     return std::nullopt;
 }
 
-/// What a file is built with, one option set.
+/// The options with one of them set.
 template <typename Options, typename Value>
 Options with(Value Options::* option, std::type_identity_t<Value> value, Options options = {}) {
     options.*option = std::move(value);
@@ -49,7 +49,7 @@ class Renditions : public testing::Test {
 protected:
     QString file(const QByteArray& bytes, const QString& name = QStringLiteral("picture")) const {
         const QString path = m_folder.filePath(name);
-        QFile::remove(path); // what is written over an old file is flushed to disk when it is closed
+        QFile::remove(path); // overwriting an old file would flush it to disk on close
         writeFile(path, bytes);
         return path;
     }
@@ -64,7 +64,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// The mean difference of two pictures' samples, of 255.
+/// The mean difference between the samples of two pictures, out of 255.
 inline double difference(const QImage& one, const QImage& other) {
     EXPECT_EQ(one.size(), other.size());
     if (one.size() != other.size()) {

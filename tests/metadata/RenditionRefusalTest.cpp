@@ -38,7 +38,7 @@ TEST_F(Renditions, refuseAPictureThatIsCutShort) {
             EXPECT_EQ(failure(file(bytes.left(length))), Case::cannotCreateThumbnail) << part;
         }
     }
-    // A copy that ran out of space keeps its length and ends in zeros, some of which are taken for blocks.
+    // A copy cut short by a full disk keeps its length but ends in zeros, some of which decode as blocks.
     for (QByteArray zeros : {whole[0], jpegFile(scene.image(), with(&JpegOptions::quality, 99))}) {
         zeros.replace(zeros.size() / 2, zeros.size() / 2 + 1, QByteArray(zeros.size() / 2 + 1, '\0'));
         EXPECT_EQ(failure(file(zeros)), Case::cannotCreateThumbnail);
@@ -58,7 +58,7 @@ TEST_F(Renditions, takeAPictureWithSmallDamage) {
     EXPECT_LT(difference(picture(flipped), plain), 6.0);
 }
 
-/// The JPEG with another size in its frame header.
+/// The JPEG with this size in its frame header.
 QByteArray claiming(QByteArray jpeg, std::pair<quint16, quint16> size) {
     const qsizetype frame = jpeg.indexOf("\xFF\xC0") + 5;
     return jpeg.replace(frame, 4, tiffNumber(size.second, true) + tiffNumber(size.first, true));

@@ -14,7 +14,7 @@ public:
     explicit SidecarFile(const QByteArray& bytes) : FileInFolder(QStringLiteral("IMG_0001.xmp"), bytes) {}
 };
 
-/// A packet around the given content of its rdf:RDF, on one line.
+/// A packet with this content in its rdf:RDF, on one line.
 inline QByteArray packet(const QByteArray& content) {
     return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
            "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\""
@@ -25,7 +25,7 @@ inline QByteArray packet(const QByteArray& content) {
            content + "</rdf:RDF></x:xmpmeta>";
 }
 
-/// The same with one rdf:Description of an empty about.
+/// The same, with one rdf:Description whose about is empty.
 inline QByteArray subject(const QByteArray& fields, const QByteArray& attributes = {}) {
     return packet("<rdf:Description rdf:about=\"\"" + attributes + ">" + fields + "</rdf:Description>");
 }

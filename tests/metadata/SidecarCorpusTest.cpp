@@ -12,14 +12,14 @@ namespace ostrelle {
 
 namespace {
 
-/// The block that a write works on.
+/// The block that a write edits.
 XmlElement subjectOf(const XmlDocument& document) {
     const XmlElement rdf = document.findFirst("RDF");
     const XmlElement subject = describedSubject(document);
     return subject || !rdf ? subject : rdf.child("Description");
 }
 
-/// The list of the caption in its languages, where there is one caption, in that block, in one list.
+/// The caption's list of languages, if there is one caption, in that block, with one list.
 XmlElement captionList(const XmlDocument& document) {
     const QList<XmlElement> captions = document.find("description", xmp::dc);
     const bool isInPlace = captions.size() == 1 && captions.first().parent() == subjectOf(document);
@@ -28,8 +28,8 @@ XmlElement captionList(const XmlDocument& document) {
     return lists.size() == 1 ? lists.first() : XmlElement();
 }
 
-/// The places that are a write's to change: rdf:about of the subject, and the two items of the caption's list
-/// or, where there was no such list before, the caption elements whole.
+/// The places that a write may change: rdf:about of the subject, and the two items of the caption's list, or
+/// the whole caption elements if there was no such list before.
 QList<XmlSpan> ownSpans(const XmlDocument& document, bool hadList) {
     QList<XmlSpan> spans;
     const XmlElement subject = subjectOf(document);
@@ -51,8 +51,8 @@ QList<XmlSpan> ownSpans(const XmlDocument& document, bool hadList) {
     return spans;
 }
 
-/// The text that is not a write's to change. So that what a file lacked is no difference, empty tags are
-/// opened and the namespaces, abouts and blocks that a write may add are taken out, from both sides alike.
+/// The text that a write must not change. To allow for its additions, empty tags are opened, and the
+/// namespaces, abouts and blocks that it may add are removed, before and after the write alike.
 QString foreignText(const QByteArray& bytes, bool hadList) {
     const XmlDocument document = XmlDocument::parse(bytes);
     QByteArray kept;
@@ -80,8 +80,8 @@ bool isWellFormed(const QByteArray& bytes) {
     }
 }
 
-/// Files that exiftool does not read as XMP, with or without our caption: no RDF by its namespace, a comment
-/// in front of the packet, characters outside the basic plane in UTF-16.
+/// Files that exiftool does not read as XMP, with or without our caption: they lack RDF's namespace, start
+/// with a comment, or hold characters outside the basic plane in UTF-16.
 const QStringList beyondExiftool = {
     u"embedded__exiftool__ExifTool.xmp.xmp"_s,
     u"exiv2__issue_1901_poc2.xmp.xmp"_s,
@@ -92,12 +92,12 @@ const QStringList beyondExiftool = {
     u"pdfbox__override_ns.rdf.xmp"_s,
 };
 
-/// A file in which exiv2 sees a difference of its own making: it shows a title in the form of another schema
+/// A file that exiv2 reads differently on its own account: it shows a title in the form of another schema
 /// differently once the packet declares the usual prefix.
 const QStringList differentForExiv2 = {u"exiftool__XMP3.xmp.xmp"_s};
 
-/// What a caption write may change for another tool: the caption and rdf:about, from which exiv2 makes an
-/// instance.
+/// What a write may change in another tool's reading: the caption, and rdf:about, which exiv2 also shows as
+/// the instance.
 bool isOwnChange(const QString& tag, const QString& /*before*/, const QString& /*after*/) {
     static const QRegularExpression own(
         u"^(System:|ExifTool:|SourceFile|XMP-dc(:Copy[0-9]+)?:Description|XMP-rdf(:Copy[0-9]+)?:About$"
@@ -109,7 +109,7 @@ class SidecarCorpus : public WrittenCorpus {
 protected:
     SidecarCorpus() : WrittenCorpus(u"sidecars"_s) {}
 
-    QString nameOf(const QString& path) const override { // one kind of file for the tools
+    QString nameOf(const QString& path) const override { // the tools see one kind of file
         return WrittenCorpus::nameOf(path) + u".xmp"_s;
     }
     void write(const QString& path, const QString& text) const override {
@@ -135,7 +135,7 @@ TEST_F(SidecarCorpus, AWriteKeepsEveryForeignByteAndIsTheSameWhateverCameBefore)
         writeFile(path, original);
         write(path, u"Something else"_s);
         write(path, caption);
-        EXPECT_EQ(contentsOf(path), written) << "a write after another first one";
+        EXPECT_EQ(contentsOf(path), written) << "a write after another first caption";
     }
     std::printf("%lld of %lld sidecars written\n", names.size(), files.size());
     EXPECT_GT(names.size(), files.size() * 8 / 10);

@@ -45,7 +45,7 @@ QByteArray written(const QByteArray& sidecar, const QString& caption) {
     return file.bytes();
 }
 
-/// The words that a write into the sidecar is refused with, which leaves it as it was.
+/// The message of a refused write into the sidecar, which must stay as it was.
 template <typename Refusal>
 QString refusal(const QByteArray& sidecar) {
     const SidecarFile file(sidecar);
@@ -89,7 +89,7 @@ TEST(XMPWriterCaption, ChangesTheCaptionStructureAndNothingElse) {
         block(" " + rdfDeclaration + " " + dcDeclaration + " rdf:about=\"\"", newDescription("New"));
     const struct {
         const char* what;
-        QByteArray file; ///< around the place that changes
+        QByteArray file; ///< around the part that changes
         QByteArray before;
         QByteArray after;
     } rows[] = {
@@ -257,7 +257,7 @@ TEST(XMPWriterCaption, ReadsFiftyMegabytesOfTextAndRefusesMoreThanItsLimit) {
 }
 
 TEST(XMPWriterCaption, HostileNumbersCostNoMoreThanInProportion) {
-    // Each is quick, and takes minutes when every element, attribute or packet looks at all the others.
+    // Each is quick, but would take minutes if every element, attribute or packet looked at all others.
     const auto packets = [](int count) {
         return "<x>" + QByteArray("<b/>").repeated(count) + QByteArray("<RDF/>").repeated(count) + "</x>";
     };
@@ -288,12 +288,12 @@ TEST(XMPWriterCaption, IsRefusedWhereItWouldNotBeRead) {
     const QByteArray kept =
         described(bothItems("old")).replace("<dc:description", "<dc:description pm-keep='1'");
     const QByteArray rows[] = {
-        // The only place for the caption is inside a caption that has to go.
+        // The only place for the caption is inside a caption that must go.
         "<dc:description " + dcDeclaration + ">" + subject("<odd:a/>") + "</dc:description>",
-        // Another tool's caption is to be kept and stands in front.
+        // Another tool's caption must be kept and comes first.
         packet("<rdf:Description rdf:about='uuid:1'>" + kept +
                "</rdf:Description><rdf:Description rdf:about=''/>"),
-        // A foreign list that is written as ours stands in front of ours.
+        // A foreign list that looks like ours comes before ours.
         subject("<dc:description xmlns:r=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" "
                 "xmlns:rdf='f'><rdf:Alt>" +
                 item("x-default", "old") + "</rdf:Alt><r:Alt/></dc:description>"),

@@ -35,7 +35,7 @@ TEST(XMPWriterContext, ReadsAllFieldsOfAnIngestPreset) {
         "Date: 2024-10-27T00:02:33Z • Event: Auburn at LSU • Keywords: football, A&M, football"_s);
     EXPECT_EQ(context.keywords.size(), 3);
     EXPECT_TRUE(contextIsEmpty(contextOf("")));
-    // A field has one form, and the first of its elements decides.
+    // A field has only one form, and its first element decides.
     EXPECT_FALSE(contextOf("<photoshop:City/><photoshop:City>Second</photoshop:City>").city);
     EXPECT_FALSE(contextOf("", " photoshop:City='Attribute'").city);
     EXPECT_EQ(contextOf("<photoshop:Headline>Headline</photoshop:Headline>").event, u"Headline"_s);

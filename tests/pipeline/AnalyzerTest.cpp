@@ -170,7 +170,7 @@ TEST_F(PipelineTest, ThreeHundredImagesAtOnceAreEachCaptionedOnce) {
     }
     waitUntil([this] { return reports.size() == count; });
     EXPECT_EQ(status.processed(), count);
-    EXPECT_TRUE(status.isProcessing()) << "the last one's progress stays to be seen";
+    EXPECT_TRUE(status.isProcessing()) << "the last image's progress stays visible for a while";
     clock.advance(std::chrono::seconds(2));
     QSet<QString> captioned;
     for (QCoro::Task<bool>& task : tasks) {
@@ -198,7 +198,7 @@ TEST_F(PipelineTest, AProgressThatIsAnotherImagesIsLeftToIt) {
     EXPECT_EQ(status.currentFileName(), u"IMG_2.JPG"_s);
     model.releaseHeld();
     EXPECT_TRUE(await(std::move(good)));
-    EXPECT_TRUE(status.isProcessing()) << "it stays to be seen";
+    EXPECT_TRUE(status.isProcessing()) << "its progress stays visible for a while";
     clock.advance(std::chrono::seconds(2));
     EXPECT_FALSE(status.isProcessing());
 }
@@ -234,7 +234,7 @@ TEST_F(PipelineTest, ASidecarThatComesWhileOursIsWaitingToBeMadeIsKept) {
     const QString image = rawImage();
     HangingThreads share(threads.of(folder.path()));
     auto task = analyzer.analyzeImage(image);
-    sidecar("The preset's stub"); // as the ingest tool writes it, just now
+    sidecar("The preset's stub"); // just written by the ingest tool
     share.recover();
     EXPECT_EQ(await(std::move(task)).captionBefore, u"The preset's stub"_s);
     EXPECT_TRUE(read(u"IMG_1.xmp"_s).contains("Herons vs. Foxes"));

@@ -49,7 +49,7 @@ TEST_F(AudioNoteTest, NotesAreFoundByTheImagesNameInTheirOrder) {
         EXPECT_EQ(found, row.notes);
     }
     folderWith(u"a.wav"_s);
-    EXPECT_EQ(audioNotesOf(path(u"a.JPG"_s)), QStringList()) << "a folder is no note";
+    EXPECT_EQ(audioNotesOf(path(u"a.JPG"_s)), QStringList()) << "a folder is not a note";
 }
 
 TEST_F(AudioNoteTest, TheFirstNoteThatCanBeTranscribedCounts) {
@@ -105,7 +105,7 @@ TEST_F(AudioNoteTest, ThePromptTellsTheModelWhatWasSaid) {
 
     drive(captionBatch({image, jpegImage(u"IMG_2.JPG"_s)}));
     EXPECT_TRUE(texts().value(1).contains(line));
-    EXPECT_FALSE(texts().value(2).contains(u"Audio Note"_s)) << "that is the other image";
+    EXPECT_FALSE(texts().value(2).contains(u"Audio Note"_s)) << "the note belongs to the other image";
 }
 
 } // namespace ostrelle

@@ -12,7 +12,7 @@ using Outcome = OutcomeKind;
 
 namespace {
 
-/// A batch as part of a run over as many images, at its beginning.
+/// A batch at the start of a run over the same number of images.
 class BatchRunTest : public PipelineTest {
 protected:
     QList<ImageOutcome> runBatch(const QStringList& files) {
@@ -21,7 +21,7 @@ protected:
         messages.clear();
         return drive(captionBatch(files));
     }
-    /// The model's answer to a batch: the captions with the number of their image.
+    /// The model's answer to a batch: the captions with their image numbers.
     static QString list(const QList<std::pair<int, QString>>& captions) {
         QJsonArray items;
         for (const auto& [number, caption] : captions) {
@@ -48,7 +48,7 @@ TEST_F(BatchRunTest, ImagesAreAskedForTogetherAndWrittenAsTheyCome) {
 
     const QList<ImageOutcome> outcome = runBatch(files);
 
-    EXPECT_EQ(captionOf(files[0]), u"First.\nAnd more."_s) << "as it came: no credit, all lines";
+    EXPECT_EQ(captionOf(files[0]), u"First.\nAnd more."_s) << "unchanged: no credit added, all lines kept";
     EXPECT_EQ(captionOf(files[1]), u"Second."_s);
     EXPECT_EQ(kindsOf(outcome), QList<Outcome>(2, Outcome::captioned));
 
@@ -74,7 +74,7 @@ TEST_F(BatchRunTest, ImagesAreAskedForTogetherAndWrittenAsTheyCome) {
     EXPECT_EQ(usage.todaysTokens(), 1'500'000);
     EXPECT_TRUE(console.lines.contains(u"[Analyzer] Batch Size: 2 images"_s));
     EXPECT_TRUE(await(manifest.isProcessed(files[0])) && await(manifest.isProcessed(files[1])))
-        << "a JPEG is known as it is after the write";
+        << "a JPEG is recorded as it is after the write";
     EXPECT_TRUE(access.held.isEmpty());
     EXPECT_FALSE(QFileInfo::exists(path(u"data/OpenAI_Previews"_s)));
 }
@@ -115,7 +115,7 @@ TEST_F(BatchRunTest, TheOneImageOfTenThatNeedsACaptionIsAskedForAlone) {
     EXPECT_EQ(outcome[7].kind, Outcome::captioned);
     EXPECT_EQ(kindsOf(outcome).count(Outcome::skipped), 9);
     EXPECT_EQ(messages.last(), u"Processed: IMG_7.DNG"_s);
-    EXPECT_EQ(status.pending(), 9) << "an image that is left alone counts nowhere";
+    EXPECT_EQ(status.pending(), 9) << "a skipped image counts as neither processed nor failed";
     EXPECT_EQ(status.processed() + status.failed(), 1);
     EXPECT_TRUE(hasLogged(u"[Analyzer] IMG_6.DNG already has caption, skipping (overwrite disabled)"_s));
     EXPECT_EQ(reports.size(), 10);
@@ -173,7 +173,7 @@ TEST_F(BatchRunTest, ABatchThatFailsIsAskedForOneByOne) {
 
     EXPECT_EQ(kindsOf(outcome), (QList<Outcome>{Outcome::captioned, Outcome::captioned, Outcome::failed}));
     EXPECT_EQ(captionOf(files[0]), u"Abel\nscores. (A. Photographer)"_s);
-    EXPECT_EQ(captionOf(files[1]), u"Foxes cheer."_s) << "it has no rights";
+    EXPECT_EQ(captionOf(files[1]), u"Foxes cheer."_s) << "no rights, so no credit";
     EXPECT_EQ(requestSizes(), (QList<std::pair<qsizetype, int>>{{3, 2000}, {1, 180}, {1, 180}, {1, 180}}));
     EXPECT_TRUE(texts().value(0).contains(u"\nCode Replacements:\n12\tSam Abel\n"_s));
     EXPECT_EQ(messages.last(3),
@@ -183,7 +183,7 @@ TEST_F(BatchRunTest, ABatchThatFailsIsAskedForOneByOne) {
     EXPECT_EQ(status.pending(), 0);
     EXPECT_FALSE(status.isWaitingForAPI());
     EXPECT_TRUE(await(manifest.isProcessed(files[0])));
-    EXPECT_FALSE(await(manifest.isProcessed(files[2]))) << "what has failed stays new";
+    EXPECT_FALSE(await(manifest.isProcessed(files[2]))) << "a failed image stays new";
     EXPECT_TRUE(hasLogged(u"[Analyzer] Batch API failed, falling back to individual processing: "_s));
     EXPECT_TRUE(hasLogged(u"[Analyzer] Individual fallback failed for IMG_3.JPG: OpenAI HTTP 500: {}"_s));
     EXPECT_EQ(console.count(u"[Analyzer] Batch API failed (error: "_s), 1);
@@ -226,7 +226,7 @@ TEST_F(BatchRunTest, ARosterThatCannotBeReadIsToldOfInABatchOnly) {
     runBatch(files);
     EXPECT_EQ(console.count(u"[Analyzer] WARNING: Code Replacements file is very large (20006 chars). "_s),
               1);
-    EXPECT_FALSE(hasLogged(u"Code Replacements truncated"_s)) << "that is said of single images";
+    EXPECT_FALSE(hasLogged(u"Code Replacements truncated"_s)) << "only logged for single images";
 }
 
 } // namespace ostrelle

@@ -76,7 +76,7 @@ TEST_F(PipelineTest, ACreditIsAppendedWhereTheUserWantsOne) {
         {true, std::nullopt, u"(Agency)"_s, u"Abel scores. (Agency)"_s},
         {true, u""_s, u"(Agency)"_s, u"Abel scores. (Agency)"_s},
         {true, std::nullopt, u""_s, u"Abel scores."_s},
-        {true, u"scores."_s, u""_s, u"Abel scores. scores."_s}, // also when the model did so already
+        {true, u"scores."_s, u""_s, u"Abel scores. scores."_s}, // even if the model already added it
     };
     for (const auto& row : rows) {
         settings.setAppendCreditToCaption(row.isWanted);

@@ -16,14 +16,14 @@ namespace {
 
 using Turn = std::unique_ptr<CaptionTurns::Turn>;
 
-/// Two images at once, or a run. Those who come have names.
+/// Two images at once, or one run. Each has a name.
 class CaptionTurnsTest : public testing::Test {
 protected:
     void image(const QString& name) { m_tasks.push_back(hold(turns->imageTurn(), name)); }
     void run(const QString& name) { m_tasks.push_back(hold(turns->runTurn(), name)); }
     void leave(const QString& name) { m_held.erase(name); }
 
-    /// Who has come to their turn so far, in this order, once there are this many.
+    /// The names whose turn has begun, in order, once there are `count`.
     QStringList begunOnce(qsizetype count) {
         waitUntil([&] { return begun.size() >= count; });
         return begun;

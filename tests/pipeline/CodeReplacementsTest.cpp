@@ -33,7 +33,7 @@ TEST_F(PipelineTest, ARosterWhoseNamesAreOfNoUseSaysWhy) {
 TEST(CodeReplacements, CountsLinesAndKeys) {
     const struct {
         QByteArray bytes;
-        QString summary; ///< lines, characters, keys; then samples of these
+        QString summary; ///< lines, characters, keys; then sample keys
     } rows[] = {
         {"", u"0 0 0;"_s},
         {"12\tJohn Smith", u"1 13 1; 12"_s},
@@ -113,8 +113,8 @@ TEST_F(PipelineTest, ARosterIsDiscoveredUnderThreeNames) {
     write(u"deeper/code-replacements.txt"_s, "");
     EXPECT_EQ(findCodeReplacementsFile(folder.path()), std::nullopt);
     EXPECT_FALSE(hasCodeReplacementsFile(std::nullopt, folder.path()));
-    EXPECT_TRUE(hasCodeReplacementsFile(path(u"gone.txt"_s), folder.path())) << "selected is enough";
-    // From the last choice to the first.
+    EXPECT_TRUE(hasCodeReplacementsFile(path(u"gone.txt"_s), folder.path())) << "it was selected";
+    // From the last preference to the first.
     for (const QString& name :
          {u"codereplacements.txt"_s, u"code_replacements.txt"_s, u"code-replacements.txt"_s}) {
         write(name, "");
@@ -154,7 +154,7 @@ TEST_F(RosterTest, IsReadFromTheSelectedFileAndElseFromTheIngestFolder) {
 TEST_F(RosterTest, IsEmptyWhenThereIsNoneOrItCannotBeRead) {
     write(u"roster.txt"_s, "J\xF8rgen\tX");
     EXPECT_EQ(read().characterCount, 0);
-    EXPECT_EQ(logFile().size(), 1) << "bytes that are no text are not worth a line";
+    EXPECT_EQ(logFile().size(), 1) << "bytes that are not text are not logged";
     settings.setCodeReplacementsFile(path(u"gone.txt"_s));
     EXPECT_EQ(read().characterCount, 0);
     const QStringList told = console.lines.filter(u"[Analyzer]"_s);

@@ -14,7 +14,7 @@ using Outcome = OutcomeKind;
 
 namespace {
 
-/// A run over the folder "game", which has nothing in it yet.
+/// A run over the folder "game", which is empty at first.
 class FolderSourceTest : public PipelineTest {
 protected:
     FolderSourceTest() { settings.setIngestFolder(game); }
@@ -69,7 +69,7 @@ TEST_F(FolderSourceTest, AFolderIsCaptionedTenImagesAtATime) {
               0);
     EXPECT_EQ(notified(), QStringList{u"Successfully captioned 21 images."_s});
     EXPECT_EQ(reports.size(), 21);
-    EXPECT_TRUE(images.contains(reports[0].file)) << "however the folder ends";
+    EXPECT_TRUE(images.contains(reports[0].file)) << "with or without a slash after the folder";
     EXPECT_EQ(access.held, QStringList());
     for (const QString& line :
          {u"[Analyzer] RECAPTION: Using local watch folder: "_s + game + u'/',
@@ -87,7 +87,7 @@ TEST_F(FolderSourceTest, WhyThereIsNoRunIsTold) {
         std::function<void()> prepare;
         QStringList alerts;
         QString message;
-        qint64 failed; ///< 7 if the counters are left as they are
+        qint64 failed; ///< 7 if the counters stay untouched
         QString line;
     } rows[] = {
         {"no image",
@@ -178,7 +178,7 @@ TEST_F(FolderSourceTest, ARosterInTheFolderIsEnoughToBegin) {
     runFolder();
     EXPECT_TRUE(hasLogged(u"[Analyzer] RECAPTION: Using FTP destination folder: "_s + game));
     EXPECT_TRUE(hasLogged(u"[Analyzer] No code replacements file found"_s))
-        << "only the watched one is searched";
+        << "only the watch folder is searched";
     EXPECT_TRUE(captionOf(image));
     EXPECT_FALSE(model.requests().last().body.contains("Ada Fox"));
 }
@@ -189,7 +189,7 @@ TEST_F(FolderSourceTest, OnlyImagesThatAreNewOrChangedAreCaptionedAgain) {
     write(u"game/IMG_3.DNG"_s, "no picture");
     runFolder(FolderImages::onlyNew);
     EXPECT_TRUE(hasLogged(u"Analyze New Only: Found 3 total files, 0 already in manifest, 3 to process"_s));
-    EXPECT_EQ(manifest.count(), 2) << "what has failed stays new";
+    EXPECT_EQ(manifest.count(), 2) << "a failed image stays new";
     write(u"game/IMG_2.DNG"_s, read(u"game/IMG_2.DNG"_s) + "edited");
     raw(u"IMG_3.DNG"_s);
 
@@ -202,7 +202,7 @@ TEST_F(FolderSourceTest, OnlyImagesThatAreNewOrChangedAreCaptionedAgain) {
 
     reports.clear();
     runFolder();
-    EXPECT_EQ(reports.size(), 3) << "whatever the manifest knows";
+    EXPECT_EQ(reports.size(), 3) << "whatever is in the manifest";
 }
 
 TEST_F(FolderSourceTest, FailedImagesAreListedTwiceAndThoseLeftAloneOnce) {
@@ -221,7 +221,7 @@ TEST_F(FolderSourceTest, FailedImagesAreListedTwiceAndThoseLeftAloneOnce) {
     sorted.sort();
     EXPECT_EQ(sorted, (QStringList{u"bad.DNG"_s, u"done.DNG"_s})) << names.toStdString();
     EXPECT_EQ(status.lastMessage(), u"Done. Processed: 1, Failed: 1."_s);
-    EXPECT_EQ(status.pending(), 1) << "the image that was left alone";
+    EXPECT_EQ(status.pending(), 1) << "the skipped image";
 }
 
 TEST_F(FolderSourceTest, AnImageWhoseNameIsNotUtf8HasFailed) {
@@ -265,7 +265,7 @@ TEST_F(FolderSourceTest, WhenTheProgramEndsTheCaptionsInHandAreWritten) {
     EXPECT_TRUE(notificationCenter.posted.isEmpty());
     EXPECT_EQ(manifest.count(), 10);
     runFolder();
-    EXPECT_EQ(model.requests().size(), 1) << "no other run begins";
+    EXPECT_EQ(model.requests().size(), 1) << "no further run begins";
 }
 
 TEST_F(FolderSourceTest, ARunAndSingleImagesTakeTurns) {
@@ -277,24 +277,24 @@ TEST_F(FolderSourceTest, ARunAndSingleImagesTakeTurns) {
 
     auto folderRun = analyzer.recaptionFolder(FolderImages::all);
     waitUntil([this] { return hasLogged(u"RECAPTION: Using local watch folder"_s); });
-    EXPECT_EQ(status.totalFiles(), 1) << "the progress is that of the image in the works";
+    EXPECT_EQ(status.totalFiles(), 1) << "the progress is that of the current image";
     model.releaseHeld();
     waitUntil([this] { return status.totalFiles() == 2; });
     EXPECT_EQ(captionOf(first), u"By itself."_s);
     auto again = analyzer.analyzeSingle(second);
     auto late = analyzer.analyzeSingle(rawImage(u"IMG_9.DNG"_s));
-    clock.advance(std::chrono::seconds(2)); // the early image's progress has been seen for long enough
+    clock.advance(std::chrono::seconds(2)); // the early image's progress has been visible long enough
     EXPECT_TRUE(await(std::move(early)));
     EXPECT_TRUE(status.isProcessing());
     EXPECT_EQ(status.totalFiles(), 2);
 
     drive(std::move(folderRun));
-    EXPECT_NE(captionOf(first), u"By itself."_s) << "the run takes all";
+    EXPECT_NE(captionOf(first), u"By itself."_s) << "the run captions every image again";
     EXPECT_FALSE(QFileInfo::exists(path(u"IMG_9.xmp"_s))) << "the late image waits";
     EXPECT_TRUE(await(std::move(late)));
     EXPECT_TRUE(await(std::move(again)));
     EXPECT_EQ(requestSizes(), (QList<std::pair<qsizetype, int>>{{1, 180}, {2, 2000}, {1, 180}}))
-        << "what the run has captioned meanwhile is left alone";
+        << "an image that the run has captioned is skipped";
     clock.advance(std::chrono::seconds(2));
     EXPECT_FALSE(status.isProcessing());
     EXPECT_EQ(status.totalFiles(), 0);

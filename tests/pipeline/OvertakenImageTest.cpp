@@ -13,10 +13,10 @@ namespace {
 
 const QString typed = u"Typed by the photographer."_s;
 
-/// Images on which others work while the model thinks.
+/// Images that others change while the model works.
 class OvertakenImageTest : public PipelineTest {
 protected:
-    /// What the image looks like to a scan.
+    /// The image as a scan sees it.
     ImageRequest seen(const QString& file) const {
         return {
             .file = file, .seenAt = clock.now(), .facts = ImageMetadata(file).read(clock.timeZone()).facts};
@@ -25,7 +25,7 @@ protected:
         QFile::remove(image);
         write(QFileInfo(image).fileName(), bytes);
     }
-    /// Lets the images be captioned, with `meanwhile` in between.
+    /// Runs the task, and `meanwhile` while the model holds its answer.
     template <typename T>
     T after(QCoro::Task<T> task, const std::function<void()>& meanwhile) {
         waitUntil([this] { return model.isHolding(); });
@@ -68,7 +68,7 @@ TEST_F(OvertakenImageTest, InABatchToo) {
     EXPECT_EQ(outcome[0].kind, Outcome::edited);
     EXPECT_EQ(outcome[1].kind, Outcome::captioned);
     EXPECT_EQ(outcome[2].kind, Outcome::captioned);
-    EXPECT_EQ(model.requests().size(), 2) << "the replaced picture is asked about anew";
+    EXPECT_EQ(model.requests().size(), 2) << "the model is asked again about the replaced picture";
 }
 
 TEST_F(OvertakenImageTest, AReplacedPictureIsCaptionedAnew) {
@@ -91,7 +91,7 @@ TEST_F(OvertakenImageTest, AutoModeCaptionsOnlyWhatItsScanSaw) {
     sidecar("Stub");
     const ImageRequest again = seen(image);
     write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
-    EXPECT_EQ(drive(analyzer.captionWatched(again)).kind, Outcome::changed) << "to be looked at anew";
+    EXPECT_EQ(drive(analyzer.captionWatched(again)).kind, Outcome::changed) << "to be scanned again";
     EXPECT_TRUE(model.requests().isEmpty());
 
     model.enqueue(held(u"Of the first picture."_s));
@@ -119,7 +119,7 @@ TEST_F(OvertakenImageTest, AutoModeTellsAnEditFromAPresetThatIsStampedOn) {
         sidecar(typed.toUtf8());
         write(u"IMG_1.xmp"_s, read(u"IMG_1.xmp"_s).replace("Herons", "Swans"));
     });
-    EXPECT_EQ(edited.kind, Outcome::edited) << "the model has been asked: the edit stays";
+    EXPECT_EQ(edited.kind, Outcome::edited) << "the edit stays once the model has been asked";
     EXPECT_EQ(caption(), typed);
 }
 
@@ -138,14 +138,14 @@ TEST_F(OvertakenImageTest, TwoProgramsPayForAnImageOnce) {
     waitUntil([this] { return model.isHolding(); });
     auto otherBatch = captionBatchOf(other, {images[1], images[0]});
     auto single = other.analyzer.analyzeSingle(images[0]);
-    waitUntil([this] { return clock.waiting() >= 2; }); // for the images to be free
+    waitUntil([this] { return clock.waiting() >= 2; }); // both wait for the images
     clock.advance(std::chrono::seconds(5));
     model.releaseHeld();
     driveUntil([&] { return batch.isReady() && otherBatch.isReady() && single.isReady(); });
     EXPECT_TRUE(await(std::move(single)));
     EXPECT_EQ(await(std::move(batch))[0].kind, Outcome::captioned);
     EXPECT_EQ(await(std::move(otherBatch))[0].kind, Outcome::skipped);
-    EXPECT_TRUE(drive(other.analyzer.analyzeSingle(images[1], begun))) << "from a list that began before";
+    EXPECT_TRUE(drive(other.analyzer.analyzeSingle(images[1], begun))) << "from a list that began earlier";
     EXPECT_EQ(model.requests().size(), 1);
     EXPECT_EQ(captionOf(images[1]), u"two"_s);
 }
@@ -156,7 +156,7 @@ TEST_F(OvertakenImageTest, ARequestHasTheSettingsOfOneMoment) {
     auto composed = composeImagePrompt(settings, program.prompts, log, clock.timeZone(), image,
                                        {}); // which now waits for the rules
     settings.setSport(Sport::soccer);
-    EXPECT_TRUE(drive(std::move(composed)).contains(u"- Sport: Football\n"_s)) << "as the rules are";
+    EXPECT_TRUE(drive(std::move(composed)).contains(u"- Sport: Football\n"_s)) << "like the rules";
 }
 
 TEST_F(OvertakenImageTest, AServiceThatRefusesOneImageAfterTheOtherIsNotifiedOfOnce) {
@@ -179,7 +179,7 @@ TEST_F(OvertakenImageTest, AServiceThatRefusesOneImageAfterTheOtherIsNotifiedOfO
     EXPECT_EQ(notificationCenter.posted[1].title, u"Rate Limit Exceeded"_s);
     defaults.set(apiKeyName, u"another"_s);
     refuse(401, "{}", 2);
-    EXPECT_EQ(notificationCenter.posted.size(), 2) << "a new key begins anew";
+    EXPECT_EQ(notificationCenter.posted.size(), 2) << "a new key starts a new count";
     refuse(401, "{}", 1);
     EXPECT_EQ(notificationCenter.posted.size(), 3);
 }

@@ -42,7 +42,7 @@ protected:
                          [this] { messages.append(status.lastMessage().value_or(QString())); });
     }
 
-    /// What is still being saved would be in the way of the folder's removal.
+    /// A save under way would get in the way of the folder's removal.
     ~PipelineTest() override { await(prompts.finishPending()); }
 
     QString path(const QString& name) const { return folder.filePath(name); }
@@ -85,7 +85,7 @@ protected:
     static std::optional<QString> captionOf(const QString& image) {
         return ImageMetadata(image).read(QTimeZone::utc()).facts.caption;
     }
-    /// A batch that begins at that place of a run.
+    /// A batch that begins at this index of a run.
     QCoro::Task<QList<ImageOutcome>> captionBatch(QStringList files, qint64 startIndex = 0) {
         return captionBatchOf(program, files, startIndex);
     }
@@ -98,7 +98,7 @@ protected:
                        [&analyzer](const ImageOutcome& image) { Q_EMIT analyzer.imageFinished(image); });
         co_return co_await batch.execute();
     }
-    /// The pieces of text in the last request to the model, in their order.
+    /// The pieces of text in the last request to the model, in order.
     QStringList texts() const {
         QStringList texts;
         for (const QJsonValue block : model.lastJson()[u"messages"][1][u"content"].toArray()) {
@@ -108,7 +108,7 @@ protected:
         }
         return texts;
     }
-    /// How many pictures each request to the model had, and the most tokens that it asked for.
+    /// The number of pictures and the token limit of each request to the model.
     QList<std::pair<qsizetype, int>> requestSizes() const {
         QList<std::pair<qsizetype, int>> sizes;
         for (const HttpRequest& request : model.requests()) {
@@ -126,7 +126,7 @@ protected:
                                     R"("total_tokens":1500000}})"
                                   : "}")};
     }
-    /// A reply that the model keeps for a while.
+    /// A reply that the model holds back for a while.
     static StandInAnswer held(const QString& content) {
         StandInAnswer answer = reply(content);
         answer.delivery = StandInAnswer::Delivery::held;
@@ -134,14 +134,14 @@ protected:
     }
     static StandInAnswer refusal(int httpStatus = 500) { return {.status = httpStatus, .body = "{}"}; }
 
-    /// Runs the image to its end; the time in which its progress stays to be seen passes then.
+    /// Runs the image to its end, then lets its progress linger and go.
     bool run(const QString& file) {
         status.setLastMessage(std::nullopt);
         const bool isDone = await(analyzer.analyzeSingle(file));
         clock.advance(CaptionProgress::usualLinger);
         return isDone;
     }
-    /// Runs the task to its end; the short breaks between the images of a run pass at once.
+    /// Runs the task to its end, without waiting in the short breaks between the images of a run.
     template <typename T>
     T drive(QCoro::Task<T> task) {
         driveUntil([&task] { return task.isReady(); });
@@ -159,7 +159,7 @@ protected:
     QStringList logFile() const {
         return QString::fromUtf8(read(QStringLiteral("data/Analyzer.log"))).split(u'\n', Qt::SkipEmptyParts);
     }
-    /// The lines of the file have to begin so, behind their moment.
+    /// Expects the lines of the log file to begin like this, after the time.
     void expectLogged(const QStringList& beginnings) const {
         const QStringList lines = logFile().filter(QStringLiteral("Z [Analyzer] "));
         ASSERT_EQ(lines.size(), beginnings.size()) << lines.join(u'\n').toStdString();
@@ -171,7 +171,7 @@ protected:
     }
     bool hasLogged(const QString& words) const { return logFile().filter(words).size() == 1; }
 
-    /// What the desktop was given to show.
+    /// The texts of the posted notifications.
     QStringList notified() const {
         QStringList bodies;
         for (const DesktopNotification& notification : notificationCenter.posted) {
@@ -182,7 +182,7 @@ protected:
 
     RecordingWorkspace workspace;
     QList<ImageOutcome> reports;
-    QStringList messages; ///< of the status
+    QStringList messages; ///< each lastMessage of the status
 };
 
 } // namespace ostrelle

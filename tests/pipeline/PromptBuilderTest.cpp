@@ -11,7 +11,7 @@ namespace {
 
 const QTimeZone utc = QTimeZone::utc();
 
-/// A prompt as the names of its texts, with "|" for a line break.
+/// The prompt for a list of text names, with "|" for a line break.
 QString spelledOut(const QString& recipe) {
     QString text;
     for (const QString& word : recipe.split(u' ', Qt::SkipEmptyParts)) {
@@ -117,7 +117,7 @@ TEST(PromptBuilder, JoinsThePromptOfOneImageFromItsTemplates) {
     }
     EXPECT_EQ(buildPrompt({}, {}, {}, {}, utc),
               u"Context:\n- Sport: Football\n\n\n\n\n\n\n\n\nExisting caption (may be minimal): "_s)
-        << "templates without a word are joined as they are";
+        << "empty templates are joined like any others";
 }
 
 TEST(PromptBuilder, TheRosterOfOneImageStandsBetweenItsFactsAndTheRules) {

@@ -47,11 +47,11 @@ TEST_F(ReadAheadTest, WhatHasChangedSinceIsReadAgain) {
     EXPECT_EQ(open().metadata->reading.facts.caption, u"As it was read ahead"_s);
     EXPECT_EQ(open().picture->rendition.jpeg, ahead.picture->rendition.jpeg);
     ahead.metadata = Attempt<EditableReading>::failed(nullptr);
-    EXPECT_TRUE(open().metadata) << "what went wrong may be over";
+    EXPECT_TRUE(open().metadata) << "a failed read is tried again";
 
     sidecar("Typed meanwhile");
     EXPECT_EQ(open().metadata->reading.facts.caption, u"Typed meanwhile"_s);
-    EXPECT_TRUE(open().picture) << "it is still that of the file";
+    EXPECT_TRUE(open().picture) << "the picture file has not changed";
     write(u"IMG_1.DNG"_s, dngFile(SportsScene(300, 200, 9)));
     EXPECT_FALSE(open().picture);
 }
@@ -74,7 +74,7 @@ TEST_F(ReadAheadTest, ImagesBehindTheNextTwentyAreNotBegun) {
     decoders()->waitForDone();
     jpegImage(u"IMG_19.JPG"_s);
     jpegImage(u"IMG_20.JPG"_s);
-    EXPECT_FALSE(await(ahead.take(19))->picture) << "it was read before it was there";
+    EXPECT_FALSE(await(ahead.take(19))->picture) << "it was read before it existed";
     EXPECT_TRUE(await(ahead.take(20))->picture);
 }
 

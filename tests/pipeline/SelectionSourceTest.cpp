@@ -101,7 +101,7 @@ TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess
     EXPECT_EQ(status.lastMessage(), u"Captioned 1 image, failed 2");
     expectIdle();
 
-    alerts.answer = 1; // another watch folder
+    alerts.answer = 1; // choose another watch folder
     caption({jpeg});
     setMode(locked, 0755);
     EXPECT_EQ(workspace.links.size(), 1);
@@ -121,7 +121,7 @@ TEST_F(SelectionSourceTest, AKeyThatIsRemovedEndsTheRun) {
     const QStringList images = jpegs(12);
     QObject::connect(&status, &StatusStore::currentFileNameChanged, &status, [this] {
         if (reports.isEmpty()) {
-            defaults.remove(apiKeyName); // within the only batch of the first run
+            defaults.remove(apiKeyName); // during the only batch of the first run
         }
     });
     QObject::connect(&analyzer, &Analyzer::imageFinished, &analyzer, [this] {
@@ -130,7 +130,7 @@ TEST_F(SelectionSourceTest, AKeyThatIsRemovedEndsTheRun) {
         }
     });
     for (const qsizetype requests : {0, 1}) {
-        caption(images.first(requests == 0 ? 10 : 12)); // the first run has no batch that could begin
+        caption(images.first(requests == 0 ? 10 : 12)); // the first run is a single batch
         EXPECT_EQ(model.requests().size(), requests);
         EXPECT_EQ(alerts.titles(), QStringList(requests + 1, u"OpenAI API Key Required"_s));
         EXPECT_EQ(status.lastMessage(), u"Please add your API key in Settings.");
@@ -139,7 +139,7 @@ TEST_F(SelectionSourceTest, AKeyThatIsRemovedEndsTheRun) {
         expectIdle();
         defaults.set(apiKeyName, u"test-key"_s);
     }
-    EXPECT_EQ(status.failed(), 0) << "the images of the batch that did not begin";
+    EXPECT_EQ(status.failed(), 0) << "images of a batch that never began have not failed";
     defaults.remove(apiKeyName);
     caption(images);
     EXPECT_EQ(reports.size(), 20) << "nothing was tried";

@@ -25,7 +25,7 @@ ImageFailure classify(E error) {
     return classifyFailure(std::make_exception_ptr(error), image);
 }
 
-/// An image that failed with these words.
+/// An image that failed with this message.
 ImageOutcome failedImage(const QString& file, const QString& words = u"It is damaged."_s) {
     ImageOutcome outcome;
     outcome.file = file;
@@ -91,7 +91,7 @@ TEST(SelectionTallyTest, TheClosingMessageNamesBothCounts) {
         for (int index = row.failed; index < images.size(); ++index) {
             images[index].kind = OutcomeKind::captioned;
         }
-        images.emplace_back().kind = OutcomeKind::skipped; // which counts nowhere
+        images.emplace_back().kind = OutcomeKind::skipped; // not counted
         EXPECT_EQ(SelectionTally::of(images).closingMessage(), row.message);
     }
 }

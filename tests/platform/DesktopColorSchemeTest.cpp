@@ -97,7 +97,7 @@ TEST_F(WithBus, OnlyAnotherPreferenceIsAChange) {
     QList<ColorScheme> seen;
     QObject::connect(&scheme, &DesktopColorScheme::changed, &scheme,
                      [&] { seen.append(scheme.preference()); });
-    portal.tell(appearance, u"color-scheme"_s, inVariant(1U)); // as it is
+    portal.tell(appearance, u"color-scheme"_s, inVariant(1U)); // unchanged
     portal.tell(appearance, u"contrast"_s, inVariant(2U));
     portal.tell(u"org.gnome.desktop.interface"_s, u"color-scheme"_s, inVariant(2U));
     portal.tell(appearance, u"color-scheme"_s, u"2"_s); // not in a variant
@@ -117,7 +117,7 @@ TEST_F(WithBus, APortalThatNeverAnswersIsNotWaitedForInVainAndItsChangesAreHeard
     waitUntil([&] { return portal.asked.size() == 2; });
     portal.tell(appearance, u"color-scheme"_s, inVariant(1U));
     waitUntil([&] { return scheme.isSettled(); });
-    EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "that no answer came does not undo it";
+    EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "the missing answer does not undo it";
 }
 
 TEST_F(WithBus, ItMayGoBeforeTheAnswerComes) {
@@ -133,7 +133,7 @@ TEST_F(WithBus, ItMayGoBeforeTheAnswerComes) {
     waitUntil([&] { return last.preference() == ColorScheme::dark; });
 }
 
-/// A process of its own, in which nothing has told Qt yet of the types that the signal has.
+/// Runs in its own process, where Qt does not know the signal's types yet.
 class FirstOnBus : public DesktopColorSchemeTest {};
 
 TEST_F(FirstOnBus, APortalThatComesLaterIsHeard) {
@@ -148,7 +148,7 @@ TEST_F(FirstOnBus, APortalThatComesLaterIsHeard) {
 class WithoutPortal : public DesktopColorSchemeTest {};
 
 TEST_F(WithoutPortal, ThereIsNoPreference) {
-    expectNoPreference(std::chrono::minutes(5)); // which it does not take
+    expectNoPreference(std::chrono::minutes(5)); // settles long before that
 }
 
 } // namespace

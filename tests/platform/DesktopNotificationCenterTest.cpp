@@ -31,7 +31,7 @@ protected:
     DesktopNotificationCenter center{sender};
 };
 
-/// A python-dbusmock service.
+/// Uses a python-dbusmock service.
 class WithNotifications : public DesktopNotificationCenterTest {
 protected:
     static QVariantList callMock(const QString& method, const QVariantList& arguments) {
@@ -43,7 +43,7 @@ protected:
     static void setMethod(const QString& name, const QString& in, const QString& out, const QString& code) {
         callMock(u"AddMethod"_s, {notifications, name, in, out, code});
     }
-    /// The arguments of the only call of Notify since the last time.
+    /// The arguments of the only Notify call since the last check.
     static QVariantList notified() {
         const auto calls = callMock(u"GetMethodCalls"_s, {u"Notify"_s}).value(0).value<QDBusArgument>();
         QList<QVariantList> found;

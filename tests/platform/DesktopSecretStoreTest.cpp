@@ -37,7 +37,7 @@ protected:
     void lockKeyring() {
         call(secretService, u"Lock"_s, {QVariant::fromValue(QList<QDBusObjectPath>{keyring})});
     }
-    /// With the line that with-keyring made it with; as the desktop's login does, for there is nobody to ask.
+    /// Unlocks it with the password set by with-keyring, as a login does: nobody could answer a prompt.
     void unlockKeyring() {
         const QVariantList session =
             call(secretService, u"OpenSession"_s, {u"plain"_s, QVariant::fromValue(QDBusVariant(QString()))});
@@ -66,8 +66,8 @@ TEST_F(WithKeyring, KeepsTheLastPasswordOfEachAccountUntilItIsRemoved) {
     EXPECT_EQ(await(store.remove(u"com.example.Other"_s, account)), 0);
     EXPECT_NE(load(), std::nullopt);
     EXPECT_EQ(remove(), 0);
-    EXPECT_EQ(load(), std::nullopt); // so there was one item only
-    EXPECT_EQ(remove(), 0);          // and a missing one is no error
+    EXPECT_EQ(load(), std::nullopt); // only one item was stored
+    EXPECT_EQ(remove(), 0);          // a missing one is not an error
 }
 
 TEST_F(WithKeyring, WhatIsNoTextIsNoPassword) {
@@ -85,14 +85,14 @@ TEST_F(WithKeyring, WhatIsNoTextIsNoPassword) {
 }
 
 TEST_F(WithKeyring, ALockedPasswordIsToldFromAMissingOneAndWaitedFor) {
-    EXPECT_FALSE(await(store.unlocked(service, account))) << "there is none";
+    EXPECT_FALSE(await(store.unlocked(service, account))) << "no password is stored";
     save(u"secret"_s);
-    EXPECT_FALSE(await(store.unlocked(service, account))) << "it can be read";
+    EXPECT_FALSE(await(store.unlocked(service, account))) << "the password is not locked";
     lockKeyring();
     EXPECT_EQ(load(), std::nullopt);
     EXPECT_FALSE(await(store.unlocked(service, u"Other"_s)));
     QCoro::Task<bool> unlocked = store.unlocked(service, account);
-    waitUntil([rounds = 0]() mutable { return ++rounds > 10; }); // it has found the lock, and waits
+    waitUntil([rounds = 0]() mutable { return ++rounds > 10; }); // it has seen the lock, and waits
     EXPECT_FALSE(unlocked.isReady());
     unlockKeyring();
     EXPECT_TRUE(await(std::move(unlocked)));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// In which order the program asks the system to flush and to name a file. The calls go through the functions
-// at the end of this file, which take the place of the C library's.
+// The order in which the program flushes a file and gives it its name. The functions at the end of this file
+// replace the C library's and record the calls.
 #include "platform/FileError.h"
 #include "platform/Files.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-std::string calls;     // each with a blank behind it
+std::string calls;     // each followed by a space
 int folderRefusal = 0; // errno
 
 template <typename Function, typename... Arguments>

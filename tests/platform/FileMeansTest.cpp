@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What a file system may offer, from all to nothing, where a killed writer can leave a new file empty.
+/// What a file system may offer, from all to nothing. With nothing, a kill can leave a new file empty.
 const FileMeans rows[] = {
     {},
     {.namelessFiles = false},
@@ -47,7 +47,7 @@ TEST(FileMeans, NeitherAKillNorAFullDiskLeavesHalfAFile) {
             EXPECT_TRUE(createFile(next, other, means));
         };
         killWriters(100, write, [&] {
-            const qint64 size = QFileInfo(next).size(); // of no file: 0
+            const qint64 size = QFileInfo(next).size(); // 0 if there is no file
             const bool isMissing = size == 0 && (!means.exclusiveRename || !QFile::exists(next));
             return (file.bytes() == one || file.bytes() == other) && (size == other.size() || isMissing);
         });

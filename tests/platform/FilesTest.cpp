@@ -37,7 +37,7 @@ const Pause noPause = [](std::chrono::milliseconds) {};
 TEST(Files, AReplacedFileKeepsModeOwnerAndExtendedAttributes) {
     const QTemporaryDir folder;
     const QString path =
-        folder.filePath(QString(246, u'n') + u" 1 \u00E9.xmp"_s); // no longer name is possible
+        folder.filePath(QString(246, u'n') + u" 1 \u00E9.xmp"_s); // the longest possible name
     replaceFile(path, "old");
     const QByteArray native = QFile::encodeName(path);
     setMode(path, 0640);
@@ -129,9 +129,9 @@ TEST(Files, AnEditTakesInWhatAnotherProgramWritesMeanwhile) {
 TEST(Files, AFileThatIsBeingWrittenIsReadAgain) {
     const struct {
         const char* what;
-        QByteArrayList writtenMeanwhile; ///< before the end of each pause
+        QByteArrayList writtenMeanwhile; ///< one during each pause
         QList<int> pauses;
-        QByteArray read; ///< empty: it fails
+        QByteArray read; ///< empty if it fails
     } rows[] = {
         {"whole from the start", {}, {}, "whole"},
         {"half, then whole", {"whole"}, {50}, "whole"},

@@ -51,7 +51,7 @@ TEST_F(ImageClaimsTest, WhoComesSecondWaitsForTheFirstToEndAndLearnsWhatItDid) {
     EXPECT_FALSE(claims.tryClaimAll({b, a}));
     EXPECT_FALSE(claims.tryClaim(folder.filePath(u"link/./a.jpg"_s))) << "another path to the folder";
     EXPECT_TRUE(claims.tryClaim(image(u"A.jpg"_s)));
-    EXPECT_TRUE(claims.tryClaim(b)) << "none of a claim that failed is kept";
+    EXPECT_TRUE(claims.tryClaim(b)) << "a failed claim keeps no image";
     ::kill(other, SIGKILL);
     ::waitpid(other, nullptr, 0);
     claim = claims.tryClaim(a);

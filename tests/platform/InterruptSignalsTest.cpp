@@ -21,8 +21,8 @@ TEST(InterruptSignals, EachIsToldOfAndATerminalThatClosesKillsNothing) {
             std::raise(SIGHUP);
             EXPECT_EQ(interrupts, 1);
         }
-        EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN) << "the program is not through yet";
-        EXPECT_EQ(std::signal(SIGTERM, SIG_DFL), SIG_DFL) << "the next one ends it at once";
+        EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN) << "SIGHUP stays ignored while the program ends";
+        EXPECT_EQ(std::signal(SIGTERM, SIG_DFL), SIG_DFL) << "the next signal ends the program at once";
     }
     std::signal(SIGHUP, SIG_IGN); // as nohup does
     const InterruptSignals signals;

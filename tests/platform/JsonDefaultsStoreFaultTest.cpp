@@ -31,12 +31,12 @@ TEST_F(JsonDefaultsStoreFaultTest, ADamagedFileIsSetAsideAndTheStoreGoesOn) {
         SCOPED_TRACE(bytes.left(60).constData());
         log.lines.clear();
         write(bytes);
-        setDate(path, {.tv_sec = 1'700'000'000, .tv_nsec = 0}); // the same each time
+        setDate(path, {.tv_sec = 1'700'000'000, .tv_nsec = 0}); // one date, so that the names would clash
         JsonDefaultsStore store(path, log);
         EXPECT_FALSE(store.exists(u"sport"_s));
         const QString number = namesAside.isEmpty() ? QString() : u"-%1"_s.arg(namesAside.size() + 1);
         namesAside.append(u"settings.json"_s + moment + number);
-        EXPECT_EQ(files(u"*.broken-*"_s), namesAside) << "none takes the place of an earlier one";
+        EXPECT_EQ(files(u"*.broken-*"_s), namesAside) << "none replaces an earlier one";
         EXPECT_EQ(contentsOf(path + moment + number), bytes);
         EXPECT_EQ(
             log.lines,
@@ -114,7 +114,7 @@ TEST_F(JsonDefaultsStoreFaultTest, AFileThatCannotBeReadIsLeftAloneAndSaidOnce) 
     setMode(path, 0);
     store.set(u"autoMode"_s, true);
     EXPECT_FALSE(await(store.saved(u"autoMode"_s)));
-    setMode(path, 0600); // it was a passing trouble
+    setMode(path, 0600); // the fault has passed
     store.saveAgain();
     EXPECT_TRUE(await(store.saved(u"autoMode"_s)));
 }
@@ -137,7 +137,7 @@ TEST_F(JsonDefaultsStoreFaultTest, AFailedSaveLeavesTheOldFileAndIsMadeUpForByTh
     EXPECT_EQ(files(), QStringList({u"settings.json"_s, u"settings.json.lock"_s}));
     EXPECT_FALSE(store.exists(u"autoMode"_s));
     EXPECT_TRUE(await(store.saved(u"ftpPort"_s)));
-    store.set(u"sport"_s, u"football"_s); // the value that it holds, but the file does not
+    store.set(u"sport"_s, u"football"_s); // what memory already holds, but the file does not
     EXPECT_TRUE(await(store.saved(u"sport"_s)) && await(store.saved(u"autoMode"_s)));
     EXPECT_EQ(afterRestart(u"sport"_s), u"football"_s);
     EXPECT_FALSE(afterRestart(u"autoMode"_s).isValid());
@@ -156,7 +156,7 @@ TEST_F(JsonDefaultsStoreFaultTest, TheEndOfAStoreTriesOnceMoreAndTellsWhatIsLost
             }
         }
         fullDisk.reset();
-        EXPECT_EQ(afterRestart(u"roomAgain"_s), true) << "what was saved before is not lost";
+        EXPECT_EQ(afterRestart(u"roomAgain"_s), true) << "an earlier save is not lost";
         EXPECT_EQ(log.lines.filter(u" What was changed last is lost."_s).size(), isRoomAgain ? 0 : 1);
     }
 }

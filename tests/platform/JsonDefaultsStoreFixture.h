@@ -11,7 +11,7 @@
 
 namespace ostrelle {
 
-/// A store over a file in a folder of its own, by a user who is not root.
+/// A store over a file in its own folder, for a user who is not root.
 class JsonDefaultsStoreTest : public testing::Test {
 protected:
     void write(const QByteArray& bytes) const { writeFile(path, bytes); }

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// All of a value: its type, the type of each element, and the sign of a zero.
+/// Everything about a value: its type, the type of each element, and the sign of a zero.
 QByteArray serialized(const QVariant& value) {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
@@ -31,7 +31,7 @@ TEST_F(JsonDefaultsStoreTest, ValuesSurviveARestartWithTheirTypes) {
         false,
         std::numeric_limits<qint64>::max(),
         std::numeric_limits<qint64>::min(),
-        qint64((1LL << 53) + 1), // not a double
+        qint64((1LL << 53) + 1), // no double holds it
         2.0,
         -0.0,
         9.3e18,
@@ -130,7 +130,7 @@ TEST_F(JsonDefaultsStoreTest, TwoStoresSeeEachOthersChangesAndLoseNone) {
     window.set(u"sport"_s, u"soccer"_s);
     await(window.finished());
     EXPECT_EQ(commandLine.value(u"sport"_s), u"soccer"_s);
-    for (qint64 round = 0; round < 50; ++round) { // values of one length, faster than the file system's clock
+    for (qint64 round = 0; round < 50; ++round) { // equal sizes, faster than the file system's clock
         window.set(u"sport"_s, round % 2 == 0 ? u"soccer"_s : u"hockey"_s);
         window.set(u"round"_s, 1000 + round);
         await(window.finished());
@@ -156,7 +156,7 @@ TEST_F(JsonDefaultsStoreTest, WhatTwoStoresAddAtOnceAddsUp) {
             store->addAll(
                 amounts, {.periodKey = u"day"_s, .period = day(round), .amounts = {{u"today"_s, qint64(2)}}});
         }
-        if (round % 100 == 99) { // some on top of the other's, most while a save is under way
+        if (round % 100 == 99) { // some adds follow the other's save, most come during one
             await(window.finished());
             await(commandLine.finished());
         }
@@ -166,7 +166,7 @@ TEST_F(JsonDefaultsStoreTest, WhatTwoStoresAddAtOnceAddsUp) {
     EXPECT_EQ(window.value(u"images"_s), QVariant(qint64(2 * rounds)));
     EXPECT_EQ(commandLine.value(u"dollars"_s), QVariant(double(rounds)));
     EXPECT_EQ(commandLine.value(u"today"_s), QVariant(qint64(2 * rounds)))
-        << "two each in half of the rounds";
+        << "two from each store in half of the rounds";
 }
 
 TEST_F(JsonDefaultsStoreTest, WhatIsAddedIsThereAtOnceAndAddedOnceWhateverComesBetween) {
@@ -187,7 +187,7 @@ TEST_F(JsonDefaultsStoreTest, WhatIsAddedIsThereAtOnceAndAddedOnceWhateverComesB
     EXPECT_EQ(number(), 12);
     await(store.finished());
     EXPECT_EQ(afterRestart(u"number"_s), QVariant(qint64(12)));
-    store.set(u"number"_s, u"twelve"_s); // no number: it starts from nothing
+    store.set(u"number"_s, u"twelve"_s); // not a number: it counts from zero
     store.add(one);
     EXPECT_EQ(number(), 1);
     store.set(u"number"_s, std::numeric_limits<qint64>::max());
@@ -195,7 +195,7 @@ TEST_F(JsonDefaultsStoreTest, WhatIsAddedIsThereAtOnceAndAddedOnceWhateverComesB
     EXPECT_EQ(number(), std::numeric_limits<qint64>::max());
 }
 
-/// A save waits for this lock, and so does whatever waits for the save.
+/// How long the tests try to take the lock that holds up a save.
 constexpr std::chrono::seconds patience(2);
 
 TEST_F(JsonDefaultsStoreTest, NobodyWaitsForASaveThatRuns) {
@@ -231,7 +231,7 @@ TEST_F(JsonDefaultsStoreTest, AStoreThatEndsSavesAllWithoutAnEventLoop) {
     otherProcess.reset();
     store.reset();
     EXPECT_EQ(afterRestart(u"sport"_s), u"football"_s);
-    EXPECT_TRUE(await(std::move(saved))) << "whoever waits may outlive the store";
+    EXPECT_TRUE(await(std::move(saved))) << "a waiting task may outlive the store";
     await(std::move(finished));
     EXPECT_EQ(log.lines, QStringList());
 }

@@ -16,7 +16,7 @@ TEST(Patience, ATaskIsWaitedForJustSoLong) {
         QCoro::Task<bool> ends = endsWithin(clock.sleep(length), clock, 5s);
         clock.advance(5s);
         EXPECT_EQ(await(std::move(ends)), isEndedInTime);
-        clock.advance(1s); // what has not ended goes on unheard
+        clock.advance(1s); // an unfinished task runs on, ignored
         EXPECT_EQ(clock.waiting(), 0);
     }
 }

@@ -12,8 +12,8 @@
 
 namespace ostrelle {
 
-/// A test that only ever runs on a bus of its own: see with-keyring, with-notifications and
-/// without-secret-service beside this file.
+/// A test that runs only on its own bus: see with-keyring, with-notifications and without-secret-service
+/// beside this file.
 class PrivateSessionTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -23,7 +23,7 @@ protected:
     }
 };
 
-/// A service on the session bus that answers as it is told, or never.
+/// A service on the session bus that gives the prepared answer, or none.
 class FakeBusService : public QDBusVirtualObject {
 public:
     using Answer = std::function<QDBusMessage(const QDBusMessage& question)>;
@@ -56,7 +56,7 @@ private:
     Answer m_answer;
 };
 
-/// Calls a method on the session bus, which has to answer.
+/// Calls a method on the session bus and expects an answer.
 inline QVariantList answerOf(QDBusMessage call, const QVariantList& arguments) {
     call.setArguments(arguments);
     const QDBusMessage answer = QDBusConnection::sessionBus().call(call);

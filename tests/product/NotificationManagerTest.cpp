@@ -94,7 +94,7 @@ TEST_F(NotificationManagerTest, EachKindHasItsOwnWordsThreadSoundAndLines) {
     }
     postAll();
     EXPECT_EQ(center.posted, messages);
-    center.refusesAll = true; // which does not keep the next one from being posted
+    center.refusesAll = true; // a failed post does not stop the next one
     postAll();
     EXPECT_EQ(center.posted, messages + messages);
     EXPECT_EQ(log.lines, lines + refusals);
@@ -102,7 +102,7 @@ TEST_F(NotificationManagerTest, EachKindHasItsOwnWordsThreadSoundAndLines) {
 
 TEST_F(NotificationManagerTest, FailuresNameThreeFilesAndAddTheDetail) {
     using Post = QCoro::Task<> (NotificationManager::*)(qint64, QStringList, Text);
-    const Post failures = nullptr; // those of postProcessingResult()
+    const Post failures = nullptr; // stands for postProcessingResult()
     const Post rateLimit = &NotificationManager::postRateLimitFailure;
     const Post permissions = &NotificationManager::postPermissionFailure;
     const QString resumes = u" Processing will resume automatically when the limit resets."_s;

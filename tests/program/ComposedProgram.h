@@ -50,7 +50,7 @@ private:
     QPromise<void> m_answered;
 };
 
-/// Sandbox grants that have to be given back.
+/// Records the sandbox grants, and expects that only held ones are given back.
 class RecordingAccess : public FileAccess {
 public:
     bool begin(const QString& path) override {
@@ -80,7 +80,7 @@ public:
     int starts = 0;
 };
 
-/// A desktop that keeps what it is asked.
+/// Records the links that the desktop is asked to open.
 class RecordingWorkspace : public Workspace {
 public:
     void openLink(const QUrl& link) override { links.append(link); }

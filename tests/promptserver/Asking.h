@@ -24,7 +24,7 @@ struct Answer {
 
 /// Sends the bytes to the server and reads its answer to the end.
 inline Answer ask(const QUrl& url, const QByteArray& request) {
-    constexpr int longestWait = 30'000; // many times what it takes
+    constexpr int longestWait = 30'000; // far longer than it takes
     QTcpSocket socket;
     socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
     socket.write(request);

@@ -15,10 +15,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Of one step; many times what it takes.
+/// For one step; far longer than it takes.
 constexpr int longestWait = 30'000;
 
-/// The program as the operator of a team's own server runs it.
+/// Runs the program as the operator of a team's own server does.
 class PromptServerProgramTest : public testing::Test {
 protected:
     void write(const QString& name, const QByteArray& bytes) const {
@@ -29,7 +29,7 @@ protected:
         server.setProcessChannelMode(QProcess::MergedChannels);
         server.start(QStringLiteral(PROMPT_SERVER_PROGRAM), arguments);
     }
-    /// Reads on until a whole line holds the words; an empty line when none comes.
+    /// Reads until a whole line contains the words; returns it, or an empty one if none comes.
     QString lineWith(const QString& words) {
         for (;;) {
             while (server.canReadLine()) {
@@ -46,7 +46,7 @@ protected:
     void startServing(const QStringList& arguments) {
         start(QStringList{u"--port"_s, u"0"_s} + arguments);
         url = QUrl(lineWith(u"[PromptServer] Serving http"_s).section(u' ', -1));
-        ASSERT_TRUE(url.isValid() && url.port() > 0) << "the program says where it serves";
+        ASSERT_TRUE(url.isValid() && url.port() > 0) << "the program logs where it serves";
     }
     QTemporaryDir folder;
     QProcess server;
@@ -77,7 +77,7 @@ TEST_F(PromptServerProgramTest, ServesATeamsOwnTextsToThoseWithTheKeyUntilItIsTo
     EXPECT_EQ(server.exitCode(), 0);
     QTcpSocket late;
     late.connectToHost(url.host(), static_cast<quint16>(url.port()));
-    EXPECT_FALSE(late.waitForConnected(longestWait)) << "nobody listens any more";
+    EXPECT_FALSE(late.waitForConnected(longestWait)) << "the port is closed";
 }
 
 TEST_F(PromptServerProgramTest, EndsWithASentenceWhenItCannotServe) {

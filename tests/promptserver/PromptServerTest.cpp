@@ -22,7 +22,7 @@ namespace {
 
 const QByteArray key = "pk-0123456789";
 
-/// All that a query can say.
+/// Every possible query.
 QList<PromptQuery> allQueries() {
     QList<PromptQuery> queries;
     for (const auto& style : rawValueRows<CaptionStyle>()) {
@@ -41,7 +41,7 @@ QList<PromptQuery> allQueries() {
     return queries;
 }
 
-/// The texts that a batch is told its rules with, in their order there.
+/// The rules in the prompt of a batch, in order.
 QStringList batchRules(const PromptQuery& query) {
     const PromptLibrary library;
     return {library.commonHead(), library.commonData(), library.sportRules(query.sport),
@@ -49,7 +49,7 @@ QStringList batchRules(const PromptQuery& query) {
             library.styleRules(query.style, query.sport, query.includeOffenseDefense)};
 }
 
-/// The rules as the prompt of one image has them.
+/// The rules in the prompt of a single image.
 QString singleRules(const QJsonObject& templates, const PromptQuery& query) {
     QStringList pieces;
     for (const QString& name :
@@ -194,7 +194,7 @@ TEST(PromptServer, ItStartsAndStopsAtOnce) {
     }
     EXPECT_LT(time.elapsed(), 5000);
 
-    QTcpSocket idle; // holds it up, but not for long
+    QTcpSocket idle; // delays the stop, but not for long
     {
         const PromptServer server({}, builtInTemplates());
         idle.connectToHost(server.url().host(), static_cast<quint16>(server.url().port()));
@@ -212,7 +212,7 @@ TEST(PromptServer, APortBelongsToOneServer) {
     EXPECT_THROW(PromptServer(samePort, builtInTemplates()), Error);
     EXPECT_THROW(PromptServer({.address = u"no address"_s}, builtInTemplates()), Error);
     first.reset();
-    const PromptServer next(samePort, builtInTemplates()); // free again
+    const PromptServer next(samePort, builtInTemplates()); // the port is free again
     EXPECT_EQ(ask(next.url(), get(target())).status, 200);
 }
 

@@ -43,7 +43,7 @@ TEST_F(TemplateFolderTest, AFileStandsInForItsTextAsItIsNow) {
     put(u"head.txt"_s, "First");
     EXPECT_EQ(templates.texts()[u"head"_s], u"First\n\n"_s);
     EXPECT_EQ(templates.texts()[u"body"_s], builtIn[u"body"_s]);
-    put(u"head.txt"_s, "Other"); // of the same size, in the same second
+    put(u"head.txt"_s, "Other"); // same size, same second
     EXPECT_EQ(templates.texts()[u"head"_s], u"Other\n\n"_s);
     QFile::remove(folder.filePath(u"head.txt"_s));
     EXPECT_EQ(templates.texts(), builtIn);
@@ -89,7 +89,7 @@ TEST_F(TemplateFolderTest, AFolderThatCannotBeSeenKeepsItsTexts) {
     TemplateFolder templates(folder.path(), builtIn, log);
     log.lines.clear();
     const QString away = folder.path() + u".away"_s;
-    ASSERT_TRUE(QDir().rename(folder.path(), away)); // as a share that is not mounted
+    ASSERT_TRUE(QDir().rename(folder.path(), away)); // like an unmounted share
     EXPECT_EQ(templates.texts()[u"head"_s], u"Good\n\n"_s);
     EXPECT_EQ(templates.texts()[u"head"_s], u"Good\n\n"_s);
     ASSERT_TRUE(QDir().rename(away, folder.path()));

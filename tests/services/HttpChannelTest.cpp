@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Delivery = StandInAnswer::Delivery;
 
-/// The channel below the client of the model service.
+/// The HTTP channel under the model service's client.
 class HttpChannelTest : public ModelServiceTest {
 protected:
     StandInAnswer held() const {
@@ -31,7 +31,7 @@ protected:
 };
 
 TEST_F(HttpChannelTest, FailsOnceWhenTheConnectionEndsTooSoon) {
-    ask(); // so that the connection is an old one, which Qt would try again by itself
+    ask(); // so that the connection is an old one, on which Qt would retry by itself
     for (const Delivery delivery : {Delivery::reset, Delivery::cutOff}) {
         for (const int status : {200, 401, 500}) {
             SCOPED_TRACE(status);
@@ -87,10 +87,10 @@ TEST_F(HttpChannelTest, ADripLivesUntilTheDeadline) {
     standIn.enqueue({.body = QByteArray(1000, ' '), .delivery = Delivery::held});
     QCoro::Task<CaptionReply> task = start(client);
     waitUntil([this] { return standIn.isHolding(); });
-    standIn.sendHeld(200); // the head, too
+    standIn.sendHeld(200); // including the head
     for (int drip = 0; drip < 12; ++drip) {
         standIn.sendHeld(1);
-        waitUntil([this] { return clock.untilNext() > 10s; }); // which is when the byte has come
+        waitUntil([this] { return clock.untilNext() > 10s; }); // the byte has arrived
         EXPECT_FALSE(task.isReady());
         clock.advance(50s);
     }
@@ -98,7 +98,7 @@ TEST_F(HttpChannelTest, ADripLivesUntilTheDeadline) {
 }
 
 TEST_F(HttpChannelTest, ASlowUploadIsNoTimeOut) {
-    QTcpServer server; // as it is at the end of a slow line: the system keeps next to nothing for it
+    QTcpServer server; // like the far end of a slow line: the system buffers almost nothing
     server.listen(QHostAddress::LocalHost);
     server.pauseAccepting();
     const int listening = static_cast<int>(server.socketDescriptor());
@@ -133,7 +133,7 @@ TEST_F(HttpChannelTest, ARequestThatWaitsItsTurnHasItsWholeTimeStillBeforeIt) {
     }
     waitUntilAsManyAreAskedAsMayBe();
     constexpr int timersEach = 3;
-    EXPECT_EQ(clock.waiting(), timersEach * HttpChannel::mostAtOnce) << "no time runs for the others";
+    EXPECT_EQ(clock.waiting(), timersEach * HttpChannel::mostAtOnce) << "no timers run for queued requests";
     clock.advance(HttpChannel::idleTimeOut - 1s);
     standIn.releaseHeld();
     waitUntil([this] { return standIn.requests().size() == 8; });

@@ -27,7 +27,7 @@ class ModelServiceTest : public testing::Test {
 protected:
     ModelServiceTest() { defaults.set(apiKeyName, key); }
 
-    /// A picture that is another one for each number.
+    /// A different picture for each number.
     static QByteArray smallJpeg(quint32 number = 1) { return jpegFile(SportsScene(16, 12, number).image()); }
 
     /// A reply whose first choice has this JSON as its content.

@@ -9,7 +9,7 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-/// What the stand-in says to the client's own requests, and to them with one thing amiss.
+/// The stand-in's answers to the client's own requests, and to copies of them with one fault.
 class ModelStandInTest : public ModelServiceTest {
 protected:
     struct Response {
@@ -17,7 +17,7 @@ protected:
         QJsonObject json;
     };
 
-    /// As it was sent, with a placeholder for the length of its body.
+    /// The last request as sent, with a placeholder for the length of its body.
     QByteArray lastRequest() const {
         const HttpRequest& request = standIn.requests().last();
         QByteArray bytes = request.method + ' ' + request.path + " HTTP/1.1\r\n";
@@ -58,7 +58,7 @@ TEST_F(ModelStandInTest, RefusesWhatTheServiceWouldRefuse) {
         QByteArray before; ///< in the good request
         QByteArray after;
         int status = 400;
-        const char* parameter = ""; ///< empty: null
+        const char* parameter = ""; ///< empty for null
     } rows[] = {
         {caption, "POST", "GET", 405},
         {caption, "/v1/chat/", "/v1/", 404},

@@ -36,7 +36,7 @@ protected:
     QCoro::Task<BatchCaptionReply> start(const QList<BatchImageItem>& items) {
         return client.generateBatchCaptions(items, prompt, u"gpt-4o-mini"_s, 2000, 0.2);
     }
-    /// What comes of a text of the model about three images.
+    /// The results from a text of the model about three images.
     QList<BatchCaptionResult> resultsOf(const QString& text) {
         standIn.enqueue({.body = replyWithText(text)});
         return await(start(images(3))).results;
@@ -55,7 +55,7 @@ TEST_F(OpenAIBatchTest, SendsAllImagesInOneRequest) {
 
     ASSERT_EQ(standIn.requests().size(), 1);
     const HttpRequest& request = standIn.requests().first();
-    const QJsonObject json = standIn.lastJson(); // which has the only layout that the stand-in takes
+    const QJsonObject json = standIn.lastJson(); // in the only layout that the stand-in accepts
     EXPECT_EQ(json[u"model"], u"gpt-4o-mini"_s);
     EXPECT_EQ(json[u"temperature"], 0.2);
     EXPECT_EQ(json[u"max_tokens"], 2000);
@@ -85,7 +85,7 @@ TEST_F(OpenAIBatchTest, SendsAllImagesInOneRequest) {
 
 TEST_F(OpenAIBatchTest, EachImageGetsTheCaptionMadeOfItsOwnContext) {
     auto items = images(10);
-    items[4].filename = items[3].filename; // of another card
+    items[4].filename = items[3].filename; // from another card
     for (const BatchForm form : {BatchForm::list, BatchForm::fencedList, BatchForm::listInProse}) {
         standIn.setBatchForm(form);
         const BatchCaptionReply reply = await(start(items));
@@ -109,7 +109,7 @@ TEST_F(OpenAIBatchTest, FindsTheListInWhatTheModelSays) {
     EXPECT_EQ(
         resultsOf(uR"([{"image":1,"caption":"A"},{"image":2,"caption":"B"},{"image":2,"caption":"B2"}])"_s),
         (QList{result(0, u"A"_s), result(1, u"B"_s), result(1, u"B2"_s)}));
-    // A foreign number does no harm beside all the others.
+    // An unknown number does no harm if all the others are there.
     EXPECT_EQ(resultsOf(u"[{\"image\":-9223372036854775808,\"caption\":\"?\"},"_s + oneTwoThree.sliced(1)),
               inOrder);
 }

@@ -132,7 +132,7 @@ TEST_F(OpenAIClientTest, EachCallTellsOfARefusalInItsOwnLinesAndWithoutTheKey) {
 TEST_F(OpenAIClientTest, ReadsEveryFormOfContent) {
     const struct {
         const char* content;
-        const char* caption; ///< null: there is none
+        const char* caption; ///< null for none
     } rows[] = {
         {R"("A goal.")", "A goal."},
         {R"("\n A  goal.\t\n\n")", "A  goal."},
@@ -215,7 +215,7 @@ TEST_F(OpenAIClientTest, TellsWhichFieldOfAReplyIsOff) {
     }
     EXPECT_EQ(refusal({.body = replyWithContent("\"\xff\"")}).kind(), OpenAIError::Case::decoding);
     EXPECT_EQ(log.lines.last(), u"[OpenAIClient] Decode failed. Body follows:\n<non-utf8 body>");
-    // Deeper than any reply, and a stack's worth of brackets.
+    // Deeper than any reply: enough brackets to overflow the stack.
     EXPECT_EQ(refusal({.body = QByteArray(1'000'000, '[')}).kind(), OpenAIError::Case::decoding);
 }
 

@@ -63,7 +63,7 @@ TEST_F(PromptCacheTest, AForcedFetchThatFailsLeavesTheEntry) {
     EXPECT_EQ(await(service->fetchPrompts(query())), templatesNumber(1));
     EXPECT_EQ(server.heads.size(), 2);
 
-    clock.advance(3601s); // an expired one is no help in need either
+    clock.advance(3601s); // an expired entry is not used as a fallback
     EXPECT_EQ(failureOf<PromptError>(service->fetchPrompts(query())).kind(), PromptError::Case::serverError);
 }
 
@@ -141,7 +141,7 @@ TEST_F(PromptCacheTest, AFileThatIsNoCacheIsReportedAndReplacedByTheNextSave) {
                             R"(,"fetchedAt":"2024-10-26T11:59:00Z","cacheKey":"k"}})";
     const QList<QByteArray> files = {
         "",
-        good.first(good.size() / 2), // of a process that was killed
+        good.first(good.size() / 2), // left by a killed process
         "[]",
         "\xff\xff",
         QByteArray(1000000, '{'),

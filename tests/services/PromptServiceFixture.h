@@ -53,7 +53,7 @@ private:
                           }};
 };
 
-/// A server that says what it is told to, and records what it was asked. Without an answer it says nothing.
+/// A server that sends a prepared answer and records the requests. Without an answer it stays silent.
 class CannedServer : public QObject {
 public:
     CannedServer() {
@@ -74,7 +74,7 @@ public:
         answer = "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) +
                  "\r\nConnection: close\r\n\r\n" + body;
     }
-    /// For a request that it said nothing to.
+    /// Answers a request that it met with silence.
     void answerRequest(qsizetype index) {
         sockets[index]->write(answer);
         sockets[index]->disconnectFromHost();

@@ -143,7 +143,7 @@ TEST_F(PromptServiceTest, AServiceThatGoesFailsItsFetchesInSilence) {
     auto another = serviceAt(silent.url());
     auto inFlight = another->fetchPrompts(query());
     waitUntil([&] { return silent.heads.size() == 2; });
-    auto third = serviceAt(silent.url())->fetchPrompts(query()); // gone before it has read its file
+    auto third = serviceAt(silent.url())->fetchPrompts(query()); // destroyed before it has read its file
     log.lines.clear();
     service.reset();
     another.reset();
@@ -165,7 +165,7 @@ TEST_F(PromptServiceTest, TheKeyIsInNoLine) {
     EXPECT_THAT(log.lines.filter(u"the key [API key] is unknown"_s), Not(IsEmpty()));
     EXPECT_THAT(log.lines.filter(promptKey), IsEmpty());
 
-    for (const QString& shortKey : {u""_s, u"abcdefghij"_s}) { // the first ten of it would be all of it
+    for (const QString& shortKey : {u""_s, u"abcdefghij"_s}) { // its first ten characters would give it away
         log.lines.clear();
         PromptService other({.url = server.url(), .key = shortKey}, cacheFile(), log, clock);
         failureOf<PromptError>(other.fetchPrompts(query()));
@@ -180,7 +180,7 @@ TEST(PromptKey, IsTheTextThatItsBase64StandsFor) {
         QString key;
     };
     for (const Row& row : {Row{"cGstMTIz", u"pk-123"_s}, Row{"cGstw58=", u"pk-ß"_s}, Row{"", u""_s},
-                           Row{"cGst MTIz", u""_s}, Row{"//8=", u""_s}, // no UTF-8
+                           Row{"cGst MTIz", u""_s}, Row{"//8=", u""_s}, // not UTF-8
                            Row{"cGsNCng=", u""_s}}) { // a line break would begin another header
         EXPECT_EQ(decodeKey(row.base64), row.key) << row.base64.toStdString();
     }

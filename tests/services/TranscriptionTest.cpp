@@ -18,7 +18,7 @@ using testing::IsEmpty;
 
 class TranscriptionTest : public ModelServiceTest {
 protected:
-    /// What the service said to this request, which it refused.
+    /// The error with which the service refuses the file.
     OpenAIError refusalOf(const FileInFolder& file) {
         return failureOf<OpenAIError>(client.transcribeAudio(file.path()));
     }
@@ -27,7 +27,7 @@ protected:
 };
 
 TEST_F(TranscriptionTest, SendsTheFileAndReturnsItsWords) {
-    // The stand-in takes one form only, to the byte.
+    // The stand-in accepts one form only, byte for byte.
     EXPECT_EQ(await(client.transcribeAudio(note.path())), u"Number 12, Abel.");
     EXPECT_THAT(log.lines, ElementsAre(u"[OpenAIClient] Audio file: A001.WAV, size: 36 bytes"_s,
                                        u"[OpenAIClient] Transcription: Number 12, Abel."_s));
@@ -85,7 +85,7 @@ TEST_F(TranscriptionTest, TellsWhichReplyIsNoTranscription) {
 }
 
 TEST_F(TranscriptionTest, AsksNothingWithoutAKeyOrAboutTooLargeAFile) {
-    ASSERT_TRUE(QFile(note.path()).resize(largestAudioFile + 1)); // a sparse one
+    ASSERT_TRUE(QFile(note.path()).resize(largestAudioFile + 1)); // sparse
     EXPECT_EQ(failureOf<FileError>(client.transcribeAudio(note.path())).code(), EFBIG);
     log.lines.clear();
     defaults.remove(apiKeyName);

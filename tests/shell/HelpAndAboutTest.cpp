@@ -61,7 +61,7 @@ TEST(HelpViewTest, KeysScrollAndCloseAWindowThatIsTooLow) {
     help.activateWindow();
     help.setFocus();
     const auto* scroll = help.findChild<QScrollArea*>();
-    EXPECT_LE(scroll->widget()->minimumSizeHint().width(), 900) << "nothing is cut at its usual width";
+    EXPECT_LE(scroll->widget()->minimumSizeHint().width(), 900) << "nothing is cut off at the usual width";
     ASSERT_GT(scroll->verticalScrollBar()->maximum(), 0);
     QTest::keyClick(help.focusWidget(), Qt::Key_PageDown);
     EXPECT_GT(scroll->verticalScrollBar()->value(), 0);

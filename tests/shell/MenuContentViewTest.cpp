@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Uses another window and then this one again.
+/// Activates another window, then this one again.
 void comeBackTo(QWidget& window) {
     QWidget another;
     another.show();
@@ -25,7 +25,7 @@ void comeBackTo(QWidget& window) {
     waitUntil([&window] { return window.isActiveWindow(); });
 }
 
-/// What the progress shows: words, count and the bar's per mille, each row in a line.
+/// The progress rows, one per line: text, count and the bar's value per mille.
 QStringList progressIn(const QWidget& panel) {
     QStringList lines;
     for (int row = 0;; ++row) {
@@ -102,7 +102,7 @@ TEST_F(MenuContentViewTest, WhatTheUserSetsIsStoredAtOnce) {
     EXPECT_EQ(settings.destinationFolder(), world.folder.path());
     EXPECT_FALSE(settings.ingestFolder());
     world.files.answer.clear();
-    click(u"destinationFolderChoose"_s); // cancelled
+    click(u"destinationFolderChoose"_s); // the user cancels
     EXPECT_EQ(settings.destinationFolder(), world.folder.path());
 }
 
@@ -192,7 +192,7 @@ TEST_F(MenuContentViewTest, ARosterThatIsPutIntoTheWatchFolderIsSaidToBeUsed) {
     EXPECT_TRUE(isShown(u"codeReplacementsNote"_s));
     const auto* note = find<StatusMark>(u"codeReplacementsNote"_s);
     waitUntil([note] { return note->tone() == StatusTone::missing; });
-    EXPECT_TRUE(note->text().contains(u"code-replacements.txt"_s)) << "what is wrong with it";
+    EXPECT_TRUE(note->text().contains(u"code-replacements.txt"_s)) << "the note names the faulty file";
     configure(true, true, true);
     world.status.setIsProcessing(true); // a run reads the roster
     waitUntil([note] { return note->isVisible(); });
@@ -232,7 +232,7 @@ TEST_F(MenuContentViewTest, ButtonsLeadElsewhere) {
     click(u"keySettings"_s);
     click(u"ftpSettings"_s);
     QTest::keyClick(view.get(), Qt::Key_I, Qt::AltModifier);
-    waitUntil([&help] { return help.size() == 1; }); // the button is seen to be pressed first
+    waitUntil([&help] { return help.size() == 1; }); // the button first shows as pressed
     click(u"sendFeedback"_s);
     EXPECT_EQ(settings.size(), 2);
     EXPECT_EQ(world.workspace.links.size(), 1);

@@ -20,7 +20,7 @@ class OnboardingViewTest : public ViewTest<OnboardingView> {
 protected:
     OnboardingViewTest() : ViewTest(QSize(600, 500)) {}
 
-    /// A key goes where the user's would: to what has the focus.
+    /// Presses a key as a user would: in the widget that has the focus.
     void press(Qt::Key key) {
         QWidget* focused = tour.focusWidget();
         QTest::keyClick(focused != nullptr ? focused : &tour, key);
@@ -29,7 +29,7 @@ protected:
         while (tour.currentStep() < step) {
             press(Qt::Key_Right);
         }
-        QCoreApplication::processEvents(); // lays the page out, by which arrow keys find their neighbours
+        QCoreApplication::processEvents(); // lays the page out: arrow keys go by position
     }
     void focus(const QString& name) { find(name)->setFocus(Qt::TabFocusReason); }
     template <typename Widget = QLabel>
@@ -75,7 +75,7 @@ TEST_F(OnboardingViewTest, ButtonsLeadFromTheFirstPageToTheLastAndBack) {
     click(u"back"_s);
     EXPECT_EQ(tour.currentStep(), lastStep - 1);
     tour.close();
-    EXPECT_FALSE(world.defaults.exists(completedKey)) << "closed before its end";
+    EXPECT_FALSE(world.defaults.exists(completedKey)) << "closing the tour early does not complete it";
     tour.show();
     EXPECT_EQ(tour.currentStep(), 0);
 }
@@ -95,7 +95,7 @@ TEST_F(OnboardingViewTest, KeysTurnThePagesAndStopAtBothEnds) {
     const QSignalSpy help(&world.events, &AppEvents::showHelpWindow);
     click(u"viewHelpGuide"_s);
     EXPECT_EQ(help.count(), 1);
-    EXPECT_TRUE(tour.isVisible()) << "only an answer to \"Get Started\" ends the tour";
+    EXPECT_TRUE(tour.isVisible()) << "only \"Get Started\" ends the tour";
 }
 
 TEST_F(OnboardingViewTest, ArrowsTurnPagesAndEnterPressesTheButtonThatHasTheFocus) {
@@ -106,7 +106,7 @@ TEST_F(OnboardingViewTest, ArrowsTurnPagesAndEnterPressesTheButtonThatHasTheFocu
     EXPECT_EQ(tour.focusWidget(), find(u"back"_s));
     press(Qt::Key_Return);
     EXPECT_EQ(tour.currentStep(), 2);
-    focus(u"onboardingCodeReplacementsChoose"_s); // on a page that is left
+    focus(u"onboardingCodeReplacementsChoose"_s); // on a page that the next key leaves
     press(Qt::Key_Right);
     press(Qt::Key_Right);
     EXPECT_EQ(tour.currentStep(), 4);
@@ -118,7 +118,7 @@ TEST_F(OnboardingViewTest, GetStartedKeepsThatTheTourWasDoneAndAsksForTheMainWin
                      [&] { asked.append(world.defaults.exists(completedKey) && !tour.isVisible()); });
     goTo(lastStep);
     press(Qt::Key_Return);
-    EXPECT_EQ(asked, QList<bool>{true}) << "when all else is done, and once";
+    EXPECT_EQ(asked, QList<bool>{true}) << "once, after everything else";
     tour.show();
     EXPECT_EQ(tour.currentStep(), 0);
     EXPECT_FALSE(isShown(u"back"_s));

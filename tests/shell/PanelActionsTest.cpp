@@ -19,7 +19,7 @@ namespace {
 
 class PanelActionsTest : public MenuContentViewTest {
 protected:
-    /// Whether the panel takes the files, which are dropped then.
+    /// Drags the files onto the panel and drops them if it accepts them. Returns whether it did.
     bool drop(const QStringList& paths, Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction) {
         QMimeData data;
         QList<QUrl> urls;
@@ -44,7 +44,7 @@ protected:
 
 TEST_F(PanelActionsTest, WhatIsMissingIsAskedForAndNothingBegins) {
     const QSignalSpy downloads(&world.events, &AppEvents::triggerManualFTPDownload);
-    world.alerts.answer = 1; // what confirms, were it to come that far
+    world.alerts.answer = 1; // would confirm, if it got that far
     configure(true, true, false);
     for (const SourceType source : {SourceType::local, SourceType::ftp}) {
         world.settings.setSourceType(source);
@@ -62,7 +62,7 @@ TEST_F(PanelActionsTest, WhatIsMissingIsAskedForAndNothingBegins) {
 }
 
 TEST_F(PanelActionsTest, AutoModeGoesOnWhenAllIsThereAndOffWithoutAnything) {
-    touch(u"code_replacements.txt"_s); // in the watch folder, which is enough
+    touch(u"code_replacements.txt"_s); // in the watch folder: that is enough
     for (const bool isOn : {true, false}) {
         configure(isOn, isOn, false);
         click(u"autoMode"_s);
@@ -74,7 +74,7 @@ TEST_F(PanelActionsTest, AutoModeGoesOnWhenAllIsThereAndOffWithoutAnything) {
 
 TEST_F(PanelActionsTest, WhileOneQuestionIsOpenNoOtherIsBegun) {
     configure(true, true, false);
-    HangingThreads share(world.threads.of(world.folder.path())); // which has to be looked into first
+    HangingThreads share(world.threads.of(world.folder.path())); // the folder is checked first
     for (const QString& name : {u"selectImages"_s, u"selectImages"_s, u"captionAll"_s, u"autoMode"_s}) {
         QTest::mouseClick(find(name), Qt::LeftButton);
     }
@@ -86,7 +86,7 @@ TEST_F(PanelActionsTest, WhileOneQuestionIsOpenNoOtherIsBegun) {
     share.recover();
     await(view->finished());
     await(std::move(finished));
-    EXPECT_EQ(world.alerts.shown.size(), 1) << "the panel that has closed has nobody left to ask";
+    EXPECT_EQ(world.alerts.shown.size(), 1) << "a closed panel asks nothing";
 }
 
 TEST_F(PanelActionsTest, AllImagesAreCaptionedOnlyAfterAYes) {
@@ -109,7 +109,7 @@ TEST_F(PanelActionsTest, AllImagesAreCaptionedOnlyAfterAYes) {
 
 TEST_F(PanelActionsTest, ASelectionBeginsInTheFolderAndGoesOnByItsOwnRules) {
     configure(true, true, true);
-    click(u"selectImages"_s); // and cancel
+    click(u"selectImages"_s); // the user cancels
     ASSERT_EQ(world.files.asked.size(), 1);
     EXPECT_EQ(world.files.asked.first().startFolder, world.folder.path());
     EXPECT_TRUE(world.alerts.shown.isEmpty());
@@ -162,14 +162,14 @@ TEST_F(PanelActionsTest, WhatIsDroppedTakesItsPlace) {
          {u""_s, u"/p/a.xmp"_s, u"/p/a.jpg /p/a.pdf"_s, u"/p /p"_s, u"/p/a.txt /p/b.txt"_s}) {
         EXPECT_FALSE(drop(files.split(u' ', Qt::SkipEmptyParts))) << files.toStdString();
     }
-    EXPECT_FALSE(drop({u"/photos/a.jpg"_s}, Qt::MoveAction)) << "files are never taken away";
+    EXPECT_FALSE(drop({u"/photos/a.jpg"_s}, Qt::MoveAction)) << "files are never moved";
     EXPECT_TRUE(drop({touch(u"plan.pdf"_s)})) << "a folder may have any name";
     EXPECT_EQ(world.alerts.shown.last().title, u"File Not Used"_s);
     EXPECT_EQ(world.settings.destinationFolder(), folder);
     {
         QMessageBox question;
         question.open();
-        EXPECT_FALSE(drop({folder}) || drop({u"/photos/a.jpg"_s})) << "it is to be answered first";
+        EXPECT_FALSE(drop({folder}) || drop({u"/photos/a.jpg"_s})) << "the open question comes first";
     }
     world.status.setIsProcessing(true);
     EXPECT_FALSE(drop({u"/photos/a.jpg"_s})) << "no second run";

@@ -17,7 +17,7 @@ struct ProgramWorld : ShellWorld {
         defaults.set(QStringLiteral("hasCompletedOnboarding"), hasCompletedOnboarding);
         delegate.applicationDidFinishLaunching();
     }
-    /// The window of this title, whether it is to be seen or not.
+    /// The window with this title, shown or hidden.
     static QWidget* window(const QString& title) {
         const QWidgetList windows = QApplication::topLevelWidgets();
         for (QWidget* window : windows) {

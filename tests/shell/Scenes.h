@@ -6,7 +6,7 @@
 
 namespace ostrelle {
 
-/// The program at a football game that is set up but for the auto mode.
+/// The program set up for a football game, with auto mode off.
 struct GameWorld : ProgramWorld {
     GameWorld();
     ~GameWorld();
@@ -16,7 +16,7 @@ struct GameWorld : ProgramWorld {
         return ProgramWorld::window(window)->template findChild<Widget*>(name);
     }
     void useRoster(const QString& name, const QByteArray& bytes);
-    /// 24 images, of which 16 are done, in batches of ten; or 8 in one batch.
+    /// 24 images in batches of ten, 16 of them done; or 8 in one batch.
     void setRun(qint64 batches);
     void showSettings(int tab);
     void showTour(int page);
@@ -30,17 +30,17 @@ private:
     std::optional<QCoro::Task<QString>> m_answer;
 };
 
-/// A window of the program in a state that is worth a look.
+/// A window of the program in a state worth a look.
 struct Scene {
     QString name;
     QString window; ///< its title
     std::function<void(GameWorld& world)> open;
 
-    /// The window, as it is to be looked at.
+    /// Brings the program into the state and returns the window.
     QWidget& in(GameWorld& world) const;
 };
 
-/// Each view in each of its states that look different.
+/// Every view in each state that looks different.
 QList<Scene> scenes();
 
 } // namespace ostrelle

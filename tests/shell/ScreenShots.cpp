@@ -21,7 +21,7 @@ bool isMoving(const QWidget& widget) {
     });
 }
 
-/// Lets animations come to their end, and layouts, each of which takes a pass after the one in it.
+/// Lets layouts and animations finish. Each nested layout takes one more pass.
 void settle() {
     constexpr int deepestLayout = 10;
     for (int pass = 0; pass < deepestLayout; ++pass) {

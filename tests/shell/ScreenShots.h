@@ -7,14 +7,12 @@ class QWidget;
 
 namespace ostrelle {
 
-/// Gives pictures the same type on every machine: the first of a few good fonts that is there, 13 pixels
-/// high.
+/// Makes pictures look alike on every machine: the first installed of a few good fonts, 13 pixels high.
 void usePictureFont();
 
-/// Shows the window, lets it settle, and takes a picture of it with the popovers and pick lists that are open
-/// above it. The picture has the window's own scale: run with QT_SCALE_FACTOR=2 for one of twice the size,
-/// and with QT_QPA_PLATFORM=offscreen:configfile=tests/shell/screens.json for a screen with room for
-/// popovers.
+/// Shows the window, lets it settle, and takes a picture of it with its open popovers and pick lists. The
+/// picture has the window's own scale: run with QT_SCALE_FACTOR=2 for twice the size, and with
+/// QT_QPA_PLATFORM=offscreen:configfile=tests/shell/screens.json for a screen with room for popovers.
 QPixmap screenshot(QWidget& window);
 
 } // namespace ostrelle

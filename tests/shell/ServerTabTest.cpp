@@ -14,12 +14,12 @@ namespace {
 
 class ServerTabTest : public SettingsViewTest {
 protected:
-    /// The connection status as shown, with its sign; nothing when there is none.
+    /// The connection status as shown; nothing if there is none.
     std::optional<std::pair<StatusTone, QString>> status() {
         const auto* mark = find<StatusMark>(u"ftpConnectionStatus"_s);
         return mark->isVisible() ? std::optional(std::pair(mark->tone(), mark->text())) : std::nullopt;
     }
-    /// Shows the window with a connection test that ends when endTest() has given it a result.
+    /// Shows the window with a connection test that runs until endTest() gives it a result.
     void showWithTest() {
         show(std::make_unique<SettingsView>(world.parts, [this]() -> QCoro::Task<bool> {
             ++begun;
@@ -49,7 +49,7 @@ protected:
 TEST_F(ServerTabTest, FieldsAndSettingsOfTheServerFollowEachOther) {
     showTab(1);
     SettingsStore& settings = world.settings;
-    enterServer(); // as the keychain's answer comes: late
+    enterServer(); // late, like the keychain's answer
     EXPECT_EQ(find<QLineEdit>(u"ftpPassword"_s)->text(), u"secret"_s);
     EXPECT_EQ(find<QLineEdit>(u"ftpPassword"_s)->echoMode(), QLineEdit::Password);
     for (const QString& name : {u"ftpHost"_s, u"ftpUsername"_s, u"ftpPath"_s}) {
@@ -64,7 +64,7 @@ TEST_F(ServerTabTest, ThePasswordIsSavedOnceWhenItsFieldIsLeft) {
         [this] { QTest::keyClick(find(u"ftpPassword"_s), Qt::Key_Return); },
         [this] { find(u"ftpHost"_s)->setFocus(); },
         [this] { view->close(); },
-        [this] { view->hide(); }, // as at the end of the program
+        [this] { view->hide(); }, // as when the program ends
         [this] { find<QAbstractButton>(u"testConnection"_s)->click(); },
     };
     for (const auto& leave : ways) {
@@ -110,7 +110,7 @@ TEST_F(ServerTabTest, OnlyAPortIsTakenForAPort) {
         QTest::keyClick(port, Qt::Key_Return);
         EXPECT_EQ(port->text(), QString::number(row.stored)) << row.typed.toStdString();
     }
-    world.settings.setFtpPort(99999); // stored by other means
+    world.settings.setFtpPort(99999); // not typed into the field
     EXPECT_EQ(port->text(), u"99999"_s);
 }
 
@@ -179,7 +179,7 @@ TEST_F(ServerTabTest, ClearingTheServerKeepsTheProtocolAndDropsARunningTest) {
     find<QAbstractButton>(u"clearFtpSettings"_s)->click();
     endTest([] { return true; });
     await(view->finished());
-    EXPECT_FALSE(status()) << "of a server that is no longer set";
+    EXPECT_FALSE(status()) << "the tested server is no longer set";
     EXPECT_EQ(settings.transferProtocol(), TransferProtocol::sftp);
     EXPECT_EQ(settings.ftpHost() + settings.ftpUsername() + settings.ftpPassword(), QString());
     EXPECT_EQ(settings.ftpPath(), u"/"_s);

@@ -144,7 +144,7 @@ TEST_F(SettingsViewTest, StatisticsLookTheSameInEveryLanguageAndAreClearedButFor
     };
     const QString full = u"66.7% (2 processed, 1 failed) 2.3s 12345 $0.4500 $0.45"_s;
     EXPECT_EQ(figures(), full);
-    click(u"clearStatistics"_s); // and cancel
+    click(u"clearStatistics"_s); // the user cancels
     EXPECT_EQ(figures(), full);
     world.alerts.answer = 1;
     click(u"clearStatistics"_s);
@@ -162,7 +162,7 @@ TEST_F(SettingsViewTest, ThePromptCacheIsCountedWhenShownAndCleared) {
     showTab(0);
     showTab(3);
     EXPECT_EQ(shown(), u"Cached Prompts: 1 (1 expired)"_s);
-    click(u"clearPromptCache"_s); // and cancel
+    click(u"clearPromptCache"_s); // the user cancels
     EXPECT_EQ(world.prompts.cacheCounts().cached, 1);
     world.alerts.answer = 1;
     click(u"clearPromptCache"_s);
@@ -198,7 +198,7 @@ TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
         EXPECT_EQ(tabStops(view->focusWidget(), u"showOnboarding"_s).join(u' '), orders[tab]);
         QTest::keyClick(view.get(), tab % 2 == 0 ? Qt::Key_PageDown : Qt::Key_Tab, Qt::ControlModifier);
     }
-    EXPECT_EQ(bar->currentIndex(), 0) << "behind the last tab is the first";
+    EXPECT_EQ(bar->currentIndex(), 0) << "the last tab leads back to the first";
     QTest::keyClick(view.get(), Qt::Key_PageUp, Qt::ControlModifier);
     EXPECT_EQ(bar->currentIndex(), 3);
     QTest::keyClick(view.get(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);

@@ -8,7 +8,7 @@
 
 namespace ostrelle {
 
-/// A chooser that a test answers beforehand.
+/// A chooser with an answer prepared by the test.
 class ScriptedFileChooser : public FileChooser {
 public:
     QCoro::Task<std::optional<QString>> chooseFolder(FileQuestion question) override { return one(question); }
@@ -32,7 +32,7 @@ struct ShellFolder {
     QTemporaryDir folder;
 };
 
-/// What the views are handed, over stand-ins for the world outside; no model answers.
+/// What the views are given, over stand-ins for the outside world; no model answers.
 struct ShellWorld : ShellFolder, ComposedProgram {
     ShellWorld() : ComposedProgram(folder.path(), QUrl(QStringLiteral("http://127.0.0.1:9"))) {}
 

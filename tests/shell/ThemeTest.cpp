@@ -16,10 +16,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Each test begins light and leaves it so.
+/// Each test starts and ends with the light theme.
 class ThemeTest : public testing::Test {
 protected:
-    ThemeTest() { QApplication::setCursorFlashTime(0); } // no picture depends on when it is taken
+    ThemeTest() { QApplication::setCursorFlashTime(0); } // no blinking cursor in the pictures
     ~ThemeTest() override {
         QApplication::setCursorFlashTime(m_flashTime);
         applyTheme(*qApp, ThemeChoice::light);
@@ -56,7 +56,7 @@ TEST_F(ThemeTest, AWindowThatIsShownChangesToWhatItWouldHaveBeenFromTheStart) {
 }
 
 TEST_F(ThemeTest, WhatWasOutOfSightChangesToo) {
-    // A window that was hidden gives the focus to another widget than a new one.
+    // When shown, a window that was hidden focuses another widget than a new one does.
     const auto pictureWithoutFocus = [](QWidget& window) {
         picture(window);
         if (QWidget* focus = window.focusWidget()) {

@@ -31,7 +31,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-/// A window with one widget in it that has the focus.
+/// A window with one widget, which has the focus.
 class ToolkitTest : public testing::Test {
 protected:
     void show(QWidget* widget) {
@@ -68,7 +68,7 @@ TEST_F(ToolkitTest, ASwitchThatItsGuardRefusesNeverLooksOn) {
     EXPECT_TRUE(toggle->isChecked());
     allowed = false;
     QTest::keyClick(toggle, Qt::Key_Space);
-    EXPECT_FALSE(toggle->isChecked()) << "nobody is asked before it goes off";
+    EXPECT_FALSE(toggle->isChecked()) << "switching off needs no permission";
     EXPECT_EQ(asked, 3);
 }
 
@@ -114,7 +114,7 @@ TEST_F(ToolkitTest, AllTeamColorsCanBeChosenByKeyboard) {
     ASSERT_NE(picker->popover(), nullptr);
     EXPECT_EQ(picker->popover()->focusWidget()->objectName(), u"swatchBlue"_s);
     QTest::keyClick(picker->popover()->focusWidget(), Qt::Key_Right);
-    EXPECT_EQ(chosen.count(), 0) << "an arrow only looks";
+    EXPECT_EQ(chosen.count(), 0) << "an arrow key chooses nothing";
     QTest::keyClick(picker->popover()->focusWidget(), Qt::Key_Return);
     EXPECT_EQ(picker->colorName(), u"Navy"_s);
     EXPECT_EQ(chosen.count(), 1);
@@ -219,7 +219,7 @@ TEST_F(ToolkitTest, ScreenReadersGetTheRoleAndNameOfEachControl) {
     }
     EXPECT_EQ(row->objectName(), u"audioRow"_s);
     row->setName(u"Voice"_s);
-    EXPECT_EQ(toggle->accessibleName(), u"Voice"_s) << "a row that is renamed takes its control along";
+    EXPECT_EQ(toggle->accessibleName(), u"Voice"_s) << "renaming a row renames its control";
 }
 
 TEST_F(ToolkitTest, EverySignIsDrawnAndNoTwoAreAlike) {
@@ -236,7 +236,7 @@ TEST_F(ToolkitTest, EverySignIsDrawnAndNoTwoAreAlike) {
 
 TEST_F(ToolkitTest, AWidgetTellsItsThemeFromItsPalette) {
     QPushButton widget;
-    widget.setStyleSheet(u"background: transparent"_s); // which blackens its window colour
+    widget.setStyleSheet(u"background: transparent"_s); // this makes its window colour black
     widget.setPalette(Theme::dark().palette());
     EXPECT_EQ(Theme::of(widget).accent, Theme::dark().accent);
     widget.setPalette(Theme::light().palette());

@@ -13,7 +13,7 @@
 
 namespace ostrelle {
 
-/// A view over fakes of the outside world, on a screen that nobody sees.
+/// A view over fakes of the outside world, shown off screen.
 template <typename View>
 class ViewTest : public testing::Test {
 protected:
@@ -25,7 +25,7 @@ protected:
         view->resize(m_size);
         view->show();
         view->activateWindow();
-        waitUntil([this] { return view->isActiveWindow(); }); // shortcuts are those of the active window
+        waitUntil([this] { return view->isActiveWindow(); }); // only the active window takes shortcuts
     }
     template <typename Widget = QWidget>
     Widget* find(const QString& name) {
@@ -35,13 +35,13 @@ protected:
     }
     bool isShown(const QString& name) { return find(name)->isVisible(); }
     QString textOf(const QString& name) { return find<QLabel>(name)->text(); }
-    /// Presses what is in sight, and waits for what comes of it.
+    /// Clicks a visible widget and waits until its action has finished.
     void click(const QString& name) {
         ASSERT_TRUE(isShown(name)) << name.toStdString();
         QTest::mouseClick(find(name), Qt::LeftButton);
         await(view->finished());
     }
-    /// The names of what the tab key reaches from the widget on, each of which a screen reader can name.
+    /// The names of the widgets that Tab reaches, starting at `from`. Each must have an accessible name.
     QStringList tabStops(QWidget* from, const QString& end) {
         QStringList reached;
         for (QWidget* widget = from; widget->objectName() != end && !reached.contains(widget->objectName());

@@ -69,7 +69,7 @@ TEST_F(KeychainHelperTest, APasswordWithoutAUtf8FormChangesNothing) {
     EXPECT_EQ(secrets.begun, QStringList());
 }
 
-// Whatever is under way when the helper goes ends, and nothing more is begun.
+// When the helper is destroyed, the operation under way ends and no other begins.
 TEST_F(KeychainHelperTest, EndsWithItsOwner) {
     keychain->save(u"secret"_s, account);
     auto loaded = keychain->load(account);

@@ -135,7 +135,7 @@ TEST_F(ManifestFileTest, ProcessesThatShareTheFileKeepEachOthersEntries) {
     EXPECT_EQ(other.append(entries(2, 1)).foreign, Entries());
     EXPECT_EQ(file.append(entries(3, 1)).foreign, entries(2, 1));
     EXPECT_EQ(other.append(entries(3, 1) + entries(4, 1)).foreign,
-              entries(3, 1)); // which is written once only
+              entries(3, 1)); // entry 3 is written only once
     EXPECT_EQ(file.append({}).foreign, entries(4, 1));
     EXPECT_EQ(stored(), entries(0, 5));
 }
@@ -150,7 +150,7 @@ TEST_F(ManifestFileTest, AFileThatIsSetBackIsCompletedAgain) {
     ASSERT_TRUE(QFile::remove(path));
     file.append({});
     EXPECT_EQ(setOf(stored()), setOf(entries(0, 7)));
-    ManifestFile foreign(path); // written without a look at what was there
+    ManifestFile foreign(path); // writes without reading the old file
     write("[]");
     foreign.append(entries(9, 1));
     EXPECT_EQ(file.append({}).foreign, entries(9, 1));
@@ -171,7 +171,7 @@ TEST_F(ManifestFileTest, ADamagedFileIsSetAsideWhenItIsReplaced) {
     EXPECT_FALSE(file.append(entries(0, 1)).isNothingLost);
     EXPECT_EQ(stored(), entries(0, 1));
     EXPECT_EQ(bytes(u".broken"_s), "damaged .broken");
-    EXPECT_EQ(filesIn(folder.path()).size(), 7); // with the lock file
+    EXPECT_EQ(filesIn(folder.path()).size(), 7); // including the lock file
 }
 
 TEST_F(ManifestFileTest, AFileThatIsDamagedMeanwhileIsReplacedByAllThatIsKnown) {
@@ -220,7 +220,7 @@ TEST_F(ManifestFileTest, AFullDiskLeavesTheOldFileAndTheNextSaveWritesEverything
         EXPECT_THROW(file.append(entries(30, 5)), FileError);
     }
     EXPECT_EQ(bytes(), withOther);
-    EXPECT_EQ(file.append({}).foreign, entries(10, 1)); // told late, but told
+    EXPECT_EQ(file.append({}).foreign, entries(10, 1)); // reported late, but not lost
     EXPECT_EQ(setOf(stored()), setOf(entries(0, 11) + entries(20, 5) + entries(30, 5)));
 }
 

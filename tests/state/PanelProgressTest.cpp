@@ -14,7 +14,7 @@ namespace {
 
 class PanelProgressTest : public testing::Test {
 protected:
-    /// One line a row: its text, its count and its bar in percent.
+    /// One line per row: text, count and bar in percent.
     QStringList rows(SourceType source) const {
         QStringList lines;
         for (const ProgressRow& row : progressRows(source, status)) {
@@ -68,7 +68,7 @@ TEST_F(PanelProgressTest, ABarNeverLeavesItsRange) {
     status.setTotalFiles(20);
     status.setTotalBatchCount(2);
     status.setCurrentBatchSize(10);
-    status.setCurrentBatchStartIndex(10); // after ten images that were left alone
+    status.setCurrentBatchStartIndex(10); // after ten skipped images
     EXPECT_EQ(local().at(2), u"Batch 0: 10 images||0%");
     status.setCurrentFileIndex(30);
     EXPECT_EQ(ftp().first(), u"||100%");

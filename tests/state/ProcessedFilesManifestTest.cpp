@@ -32,7 +32,7 @@ namespace {
 
 class ProcessedFilesManifestTest : public testing::Test {
 protected:
-    /// The program starts anew, over what is stored.
+    /// Restarts the program with what is stored.
     void start() {
         manifest.reset();
         log.lines.clear();
@@ -100,9 +100,9 @@ TEST_F(ProcessedFilesManifestTest, AFileIsKnownByNameSizeAndDate) {
     EXPECT_FALSE(isProcessed(link)) << "touched";
     replaceFile(twin, "sensors");
     setDate(twin, 250'000'000);
-    EXPECT_FALSE(isProcessed(twin)) << "of another size";
+    EXPECT_FALSE(isProcessed(twin)) << "another size";
     ASSERT_TRUE(QFile::remove(twin));
-    EXPECT_TRUE(isProcessed(twin)) << "by its name, as it is gone";
+    EXPECT_TRUE(isProcessed(twin)) << "the file is gone, so its name decides";
     EXPECT_FALSE(isProcessed(folder.filePath(u"other.CR3"_s)));
 }
 
@@ -149,10 +149,10 @@ TEST_F(ProcessedFilesManifestTest, AFailedSaveIsLoggedAndTheNextOneWritesEveryth
 }
 
 TEST_F(ProcessedFilesManifestTest, MarksDuringASaveShareTheNextOne) {
-    QThreadPool::globalInstance()->setMaxThreadCount(2); // one for the save that waits, whatever the machine
+    QThreadPool::globalInstance()->setMaxThreadCount(2); // the waiting save takes one, on any machine
     QSignalSpy updates(&events, &AppEvents::manifestUpdated);
     const int watch = ::inotify_init1(IN_NONBLOCK);
-    // With the making of temporary files, so that no two events in a row are the same and become one.
+    // IN_CREATE keeps the renames apart: the kernel merges equal events in a row.
     const QByteArray watched = QFileInfo(path).path().toLocal8Bit();
     ASSERT_GE(::inotify_add_watch(watch, watched.constData(), IN_CREATE | IN_MOVED_TO), 0);
     constexpr int count = 50;
@@ -168,11 +168,10 @@ TEST_F(ProcessedFilesManifestTest, MarksDuringASaveShareTheNextOne) {
     for (QCoro::Task<>& task : marks) {
         await(std::move(task));
     }
-    QByteArray reported(65536, '\0'); // by the kernel, each event with the name of its file
+    QByteArray reported(65536, '\0'); // the events, each with its file name
     reported.resize(std::max<ssize_t>(::read(watch, reported.data(), 65536), 0));
     ::close(watch);
-    EXPECT_EQ(reported.count(QByteArrayView("processed_files.json\0", 21)), 2)
-        << "times renamed over the file";
+    EXPECT_EQ(reported.count(QByteArrayView("processed_files.json\0", 21)), 2) << "renames over the file";
     EXPECT_EQ(updates.count(), count);
     start();
     EXPECT_EQ(manifest->count(), count);
@@ -189,7 +188,7 @@ TEST_F(ProcessedFilesManifestTest, LearnsWhatAnotherProcessHasMarkedWhenItSavesO
     QSignalSpy updates(&events, &AppEvents::manifestUpdated);
     await(other.refresh());
     EXPECT_TRUE(other.isProcessedByName(u"c.CR3"_s));
-    await(other.refresh()); // nothing is new
+    await(other.refresh()); // nothing new
     EXPECT_EQ(updates.count(), 1);
     start();
     EXPECT_EQ(manifest->count(), 3);

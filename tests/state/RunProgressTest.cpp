@@ -8,7 +8,7 @@ namespace ostrelle {
 TEST(RunProgressTest, FractionsOfTheRunTheBatchAndTheRunInBatches) {
     const struct {
         const char* name;
-        RunProgress run; // processed, failed, of how many, index; in flight; batch's start, size, number, of
+        RunProgress run; // processed, failed, total, index, in flight; batch: start, size, number, count
         double overall;
         double batch;
         double batchedRun;

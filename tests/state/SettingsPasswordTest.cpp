@@ -22,7 +22,7 @@ namespace {
 
 const QString passwordItem = u"com.tobinvasquel.OstrelleCaptions/FTPPassword"_s;
 
-/// The program starts over a keychain that holds the password "stored".
+/// Starts the program with the password "stored" in the keychain.
 class SettingsPasswordTest : public testing::Test {
 protected:
     void start() {
@@ -43,14 +43,14 @@ protected:
 TEST_F(SettingsPasswordTest, ComesLateAndIsNotSavedAgain) {
     start();
     EXPECT_EQ(settings->ftpPassword(), QString());
-    QString seen; // by one who waits for the keychain
+    QString seen; // by a task that waits for the keychain
     const auto finished = keychain.finishPending().then([this, &seen] { seen = settings->ftpPassword(); });
     secrets.end();
     EXPECT_EQ(seen, u"stored"_s);
     EXPECT_EQ(secrets.begun, QStringList(u"load"_s));
     start();
     settings.reset();
-    secrets.end(); // it comes to nobody
+    secrets.end(); // nobody is left to get it
 }
 
 TEST_F(SettingsPasswordTest, ThatTheUserHasSetMeanwhileStandsAndIsSaved) {
@@ -74,8 +74,7 @@ TEST_F(SettingsPasswordTest, OfALockedKeyringIsUnknownUntilItIsUnlockedOrTheUser
         EXPECT_FALSE(store.isPasswordKnown());
         if (isTyped) {
             store.setFtpPassword(u"typed"_s);
-            EXPECT_FALSE(lockedKeychain.isSaving())
-                << "saved at once: the wait for the keyring holds nothing up";
+            EXPECT_FALSE(lockedKeychain.isSaving()) << "saved at once, without waiting for the keyring";
         }
         locked.unlock();
         waitUntil([&store] { return store.isPasswordKnown(); });

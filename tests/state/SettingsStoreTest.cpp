@@ -38,7 +38,7 @@ QList<QMetaProperty> allSettings() {
     return result;
 }
 
-/// What a setting is at first, another value that it can have, and how that is stored.
+/// A setting's default, another value that it can have, and how that one is stored.
 struct Example {
     QVariant first, other, stored;
 };
@@ -48,9 +48,9 @@ Example example(const T& first, const T& other, const QVariant& stored) {
     return {QVariant::fromValue(first), QVariant::fromValue(other), stored};
 }
 
-/// A path's other value is the folder, stored as the reference.
+/// The other value of a path is the folder, stored as the reference.
 Example exampleOf(const QMetaProperty& setting, const QString& folder, const QVariant& reference) {
-    const QVariant nothing; // is stored
+    const QVariant nothing; // no stored value
     const QString name = QString::fromLatin1(setting.name());
     const Example path = example<OptionalText>({}, folder, reference);
     const QMap<QString, Example> special = {
@@ -81,7 +81,7 @@ class SettingsStoreTest : public testing::Test {
 protected:
     SettingsStoreTest() { startOver({}); }
 
-    /// The program starts anew, over what is stored.
+    /// Restarts the program with what is stored.
     void restart() {
         settings.reset();
         settings = std::make_unique<SettingsStore>(defaults, keychain, references, log);
@@ -166,11 +166,11 @@ TEST_F(SettingsStoreTest, ProtocolAndPortAfterAStart) {
     } rows[] = {
         {u"local"_s, u"sftp"_s, qint64(21), TransferProtocol::sftp, 21},
         {u"local"_s, u"sftp"_s, QVariant(), TransferProtocol::sftp, 22},
-        {u"local"_s, u"sftp"_s, u"2222"_s, TransferProtocol::sftp, 22}, // no integer
+        {u"local"_s, u"sftp"_s, u"2222"_s, TransferProtocol::sftp, 22}, // not an integer
         {u"ftp"_s, u"sftp"_s, qint64(22), TransferProtocol::ftp, 21},
         {u"ftp"_s, u"sftp"_s, qint64(2222), TransferProtocol::ftp, 2222},
         {u"ftp"_s, u"sftp"_s, QVariant(), TransferProtocol::ftp, 21},
-        {u"ftp"_s, u"ftp"_s, qint64(22), TransferProtocol::ftp, 22}, // as it was: no protocol has changed
+        {u"ftp"_s, u"ftp"_s, qint64(22), TransferProtocol::ftp, 22}, // unchanged, like the protocol
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(qPrintable(row.source + u' ' + row.protocol + u' ' + row.port.toString()));
@@ -264,7 +264,7 @@ TEST_F(SettingsStoreTest, AReferenceThatLeadsNowhereIsCleared) {
     expectCleared(reference, u"Bookmark for %1 is stale"_s);
 }
 
-/// A file system that answers when it is let, and never the thread of the event loop.
+/// A file system that answers only once it recovers, and must not be asked on the event loop's thread.
 class HangingReferences : public PathReferences {
 public:
     QByteArray make(const QString& path) const override {
@@ -313,7 +313,7 @@ TEST_F(SettingsStoreTest, AHangingShareHoldsNoStartUpAndWhatIsGoneIsGivenUpLater
 
 TEST_F(SettingsStoreTest, OnlyTheDestinationFoldersReferenceIsRenewedAtAStart) {
     const QString path = makeFolder(u"photos"_s);
-    const QByteArray older = references.make(path) + ' '; // the same, with a blank
+    const QByteArray older = references.make(path) + ' '; // the same, with a space
     startOver(
         {{u"ingestFolder"_s, older}, {u"codeReplacementsFile"_s, older}, {u"destinationFolder"_s, older}});
     EXPECT_EQ(defaults.values.value(u"destinationFolder"_s), references.make(path));

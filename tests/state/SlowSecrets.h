@@ -10,12 +10,12 @@
 
 namespace ostrelle {
 
-/// A secret store that takes a second of a virtual clock for each operation, and notes when it begins one.
+/// A secret store that takes a virtual second for each operation, and records each one as it begins.
 class SlowSecrets : public MemorySecrets {
 public:
     explicit SlowSecrets(VirtualClock& clock) : m_clock(clock) {}
 
-    /// Lets so many operations end, or all that there are.
+    /// Lets this many operations end, or all if there are fewer.
     void end(int operations = 100) {
         for (; operations > 0 && m_clock.waiting() > 0; --operations) {
             m_clock.advance(std::chrono::seconds(1));

@@ -51,13 +51,13 @@ TEST_F(StatusStoreTest, CountersOfAllTimeSurviveARestart) {
                                                         {u"stats_totalFailed"_s, qint64(1)}}));
     restart();
     EXPECT_EQ(status->lifetimeImagesProcessed(), 2);
-    EXPECT_EQ(status->processed(), 0); // of the run only
+    EXPECT_EQ(status->processed(), 0); // counts this run only
     EXPECT_DOUBLE_EQ(status->successRate(), 200.0 / 3);
 }
 
 TEST_F(StatusStoreTest, AFinishedRunTellsAndRemembersItsTime) {
     finishRun(4, 10s);
-    finishRun(0, 10s); // without images, it is no run yet
+    finishRun(0, 10s); // a run without images does not count
     finishRun(2, 1500ms);
     status->recordBatchFinished(); // no run has begun
     ASSERT_EQ(timings.size(), 2);
@@ -76,7 +76,7 @@ TEST_F(StatusStoreTest, OnlyAHundredRunsAreRemembered) {
     EXPECT_EQ(storedTimes().first(), 2.0);
     EXPECT_DOUBLE_EQ(timings.last().averageSeconds, (2 + 101) / 2.0);
 
-    defaults.values.insert(u"stats_processingTimes"_s, QVariantList(500, 1.0)); // of another hand
+    defaults.values.insert(u"stats_processingTimes"_s, QVariantList(500, 1.0)); // written by another program
     restart();
     finishRun(1, 1s);
     EXPECT_EQ(storedTimes().size(), 100);

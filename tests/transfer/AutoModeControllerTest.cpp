@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds debounce{500};
 constexpr std::chrono::seconds second{1};
 constexpr std::chrono::seconds pollInterval{10};
 
-/// Everything that auto mode requires is there, and auto mode is on, unless the test takes it away.
+/// Auto mode is on and has everything that it requires, unless the test takes it away.
 class AutoModeTest : public LocalScanTest {
 protected:
     AutoModeTest() {
@@ -28,7 +28,7 @@ protected:
         controller->observeAutoModeSettings();
         clock.advance(debounce);
     }
-    /// Waits for the start of the local source, which looks at the folder first.
+    /// Starts the local source and waits for its first scan.
     void startLocal() {
         start();
         waitUntil([this] { return console.count(u"Scan complete"_s) == 1; });
@@ -80,7 +80,7 @@ TEST_F(AutoModeTest, TheCountdownOfTheRemoteSourceStaysAtZeroUntilAPollEnds) {
     EXPECT_EQ(console.count(u"Polling folder..."_s), 0) << "the watcher has its own timer";
 }
 
-/// What auto mode says when it cannot start.
+/// What auto mode shows and logs when it cannot start.
 struct Refusal {
     QString message;
     QString logLine;

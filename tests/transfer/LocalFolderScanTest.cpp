@@ -34,7 +34,7 @@ TEST_F(LocalScanTest, TakesANewRawImageAllTheWay) {
     EXPECT_FALSE(tracker.isProcessing(u"IMG_1.CR2"_s));
     EXPECT_TRUE(await(manifest.isProcessed(path(u"IMG_1.CR2"_s))));
     EXPECT_EQ(access.held, QStringList());
-    EXPECT_EQ(access.all, QStringList({ingest, ingest})) << "the scan's and the task's";
+    EXPECT_EQ(access.all, QStringList({ingest, ingest})) << "one for the scan, one for the task";
 }
 
 TEST_F(LocalScanTest, DecidesByTheCaption) {
@@ -146,13 +146,13 @@ TEST_F(LocalScanTest, AnImageThatCannotBeEditedWaitsForAChange) {
     runScan();
     EXPECT_EQ(begun.size(), 3);
     runScan();
-    EXPECT_EQ(begun.size(), 4) << "what has changed meanwhile is no failure";
+    EXPECT_EQ(begun.size(), 4) << "a changed image has not failed";
 }
 
 TEST_F(LocalScanTest, ACaptionedImageIsNotReadAgainUntilItIsReplaced) {
     write(u"a.CR2"_s);
     runScan();
-    sidecar("", u"a.xmp"_s); // deleted by hand, and stays so
+    sidecar("", u"a.xmp"_s); // caption deleted by hand, which is respected
     runScan();
     EXPECT_EQ(begun.size(), 1);
     EXPECT_EQ(console.count(u"Scan complete: 0 to process, 0 processing, 1 previously processed"_s), 1);
@@ -182,7 +182,7 @@ TEST_F(LocalScanTest, CaptionsEachOfManyImagesOnceHoweverManyScansOverlap) {
     EXPECT_TRUE(access.held.isEmpty());
 }
 
-// What was read of an image may be out of date when it is decided on.
+// What was read of an image may be out of date by the time the scan decides.
 TEST_F(LocalScanTest, AnImageThatWentThroughTheWorksMeanwhileIsLeftToTheNextScan) {
     write(u"a.JPG"_s);
     write(u"b.JPG"_s);
@@ -240,7 +240,7 @@ TEST_F(LocalScanTest, StoppingGivesBackWhatRestsAndFinishesTheRest) {
     scan.stop();
     EXPECT_TRUE(tracker.isProcessing(u"a.JPG"_s));
     EXPECT_FALSE(tracker.isProcessing(u"b.JPG"_s));
-    look(); // started anew at once: it has to find what was given back
+    look(); // a scan right after must find what was given back
     EXPECT_TRUE(tracker.isProcessing(u"b.JPG"_s));
     finishAll();
 
@@ -253,7 +253,7 @@ TEST_F(LocalScanTest, StoppingReachesImagesThatHaveRestedBehindAHangingShare) {
     look();
     HangingThreads share(threads.of(ingest));
     clock.advance(std::chrono::seconds(2));
-    waitUntil([this] { return clock.waiting() == 0; }); // it is looked at again
+    waitUntil([this] { return clock.waiting() == 0; }); // the image is being checked again
     scan.stop();
     EXPECT_FALSE(tracker.isProcessing(u"a.JPG"_s));
     share.recover();

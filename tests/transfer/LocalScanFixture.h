@@ -10,7 +10,7 @@
 
 namespace ostrelle {
 
-/// The local scan over the ingest folder, in the whole program but for the captioning.
+/// The local scan of the ingest folder, in the whole program except for the captioning.
 class LocalScanTest : public PipelineTest {
 protected:
     LocalScanTest() { settings.setIngestFolder(ingest); }
@@ -19,7 +19,7 @@ protected:
         finishAll();
     }
 
-    /// Of an image in the ingest folder.
+    /// The path of an image in the ingest folder.
     QString path(const QString& name) const { return ingest + u'/' + name; }
     void write(const QString& name, const QByteArray& bytes = "picture") const {
         PipelineTest::write(QStringLiteral("ingest/") + name, bytes);
@@ -28,10 +28,10 @@ protected:
         PipelineTest::sidecar(caption, QStringLiteral("ingest/") + name);
     }
     bool isPrinted(const QString& line) const { return console.has(QStringLiteral("[AppDelegate] ") + line); }
-    /// What was printed, in its order.
+    /// The printed lines, in order.
     QStringList printed() const { return console.lines.filter(QStringLiteral("[AppDelegate]")); }
 
-    /// Begins a scan and lets it come as far as it comes without time passing.
+    /// Starts a scan and lets it run as far as it can without time passing.
     void look() {
         const qsizetype before = console.count(QStringLiteral("Scan complete"));
         scan.startScan(ingest);
@@ -46,13 +46,13 @@ protected:
         scan.startScan(ingest);
         finishAll();
     }
-    /// Lets queued images rest, and waits until that many are being captioned or are done.
+    /// Lets queued images rest, and waits until captioning has begun for `count` images.
     void rest(qsizetype count) {
         clock.advance(std::chrono::seconds(2));
         waitUntil([&] { return begun.size() >= count; });
     }
 
-    /// Captions nothing, takes its turn and its time and remembers what it was asked for.
+    /// Captions nothing, but takes a turn and some time, and records the request.
     QCoro::Task<ImageOutcome> takeTurn(ImageRequest request) {
         const QString name = QFileInfo(request.file).fileName();
         const auto turn = co_await turns.imageTurn();

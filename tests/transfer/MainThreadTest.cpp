@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// That nothing in a folder of images is looked at, opened or changed on the main thread: a share that hangs
-// would freeze the window. The calls go through the functions at the end of this file, which take the place
-// of the C library's.
+// The main thread must not look at, open or change anything in a folder of images: a share that hangs would
+// freeze the window. The functions at the end of this file replace the C library's and record the calls.
 #include "pipeline/PipelineFixture.h"
 #include "transfer/RosterWatch.h"
 
@@ -14,7 +13,7 @@
 namespace {
 
 const std::thread::id mainThread = std::this_thread::get_id();
-const char* watchedFolder = nullptr; // while nothing may touch it
+const char* watchedFolder = nullptr; // set while the main thread must not touch it
 QStringList touches;
 
 void note(const char* call, const char* path) {
@@ -32,7 +31,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The whole middle of the program over the folder "shoot".
+/// The whole program below its windows, over the folder "shoot".
 class MainThreadTest : public PipelineTest {
 protected:
     MainThreadTest() {
@@ -42,7 +41,7 @@ protected:
         await(settings.pathsSettled());
     }
 
-    /// A RAW image without a sidecar, one with a cut sidecar, and a JPEG.
+    /// A RAW image without a sidecar, one with a truncated sidecar, and a JPEG.
     QStringList images() const {
         write(u"shoot/IMG_3.xmp"_s, "<x:xmpmeta");
         return {rawImage(u"shoot/IMG_1.DNG"_s), jpegImage(u"shoot/IMG_2.JPG"_s),
@@ -109,7 +108,7 @@ Result call(const char* name, const char* path, Arguments... arguments) {
 
 extern "C" {
 
-// Under names of our own here, as the headers declare these functions in more than one way.
+// Defined under our own names, as the headers declare these functions in more than one way.
 #define OSTRELLE_OPEN(name)                                                                                  \
     int test_##name(const char* path, int flags, ...) __asm__(#name);                                        \
     int test_##name(const char* path, int flags, ...) {                                                      \

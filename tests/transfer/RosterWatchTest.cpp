@@ -59,7 +59,7 @@ TEST_F(RosterWatchTest, WhatIsFoundIsTrueOfTheFolderOfTheSettings) {
 }
 
 TEST_F(RosterWatchTest, WhatIsWrongWithTheRosterInUseIsToldAndForgottenWhenItIsMended) {
-    putRoster(u"code-replacements.txt"_s); // an empty one
+    putRoster(u"code-replacements.txt"_s); // empty
     RosterWatch watch(settings, threads, clock);
     const auto saysOf = [&watch](const QString& name) {
         waitUntil([&] { return watch.problem().contains(name); });
@@ -68,7 +68,7 @@ TEST_F(RosterWatchTest, WhatIsWrongWithTheRosterInUseIsToldAndForgottenWhenItIsM
     settings.setCodeReplacementsFile(path(u"missing.txt"_s));
     saysOf(u"missing.txt"_s);
     settings.setCodeReplacementsFile(path(u"chosen.txt"_s));
-    EXPECT_FALSE(watch.problem().contains(u"missing.txt"_s)) << "what is known of another file";
+    EXPECT_FALSE(watch.problem().contains(u"missing.txt"_s)) << "the problem was another file's";
     saysOf(u"chosen.txt"_s);
     write(u"chosen.txt"_s, "12\tJohn Smith\n");
     watch.lookAgain();
@@ -86,7 +86,7 @@ TEST_F(RosterWatchTest, AFolderThatHangsHoldsNobodyUp) {
     QCoreApplication::processEvents();
     EXPECT_FALSE(asked.isReady());
     clock.advance(RosterWatch::patience);
-    EXPECT_TRUE(await(std::move(asked))) << "as it last was";
+    EXPECT_TRUE(await(std::move(asked))) << "the last known answer";
     settings.setCodeReplacementsFile(path(u"code-replacements.txt"_s));
     EXPECT_TRUE(await(watch.found())); // without any time passing
     share.recover();
