@@ -63,8 +63,8 @@ OpenedImage openImage(const QString& file, const QTimeZone& zone, const Opening&
     opened.sidecar = attemptNow([&] { return opening.makesSidecar && metadata.provideSidecar(); });
     opened.conditions = EditConditions::of(file);
     opened.image = std::make_shared<ImageFile>(file);
-    // What went wrong may be over.
-    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal;
+    // What went wrong may be over, and reading ahead makes no sidecar.
+    const bool wentWell = ahead && ahead->metadata && !ahead->metadata->refusal && !metadata.lacksSidecar();
     const bool isKnown = wentWell && ahead->conditions == opened.conditions;
     opened.metadata = isKnown
                           ? ahead->metadata

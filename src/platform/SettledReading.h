@@ -26,7 +26,6 @@ private:
 /// the file has changed since it was read, or changes within 50 ms, another program may have been in the
 /// middle of writing it: it is read again, in three attempts at most. Throws FileError, as readFile() does,
 /// and what `parse` throws.
-/// readFile() does, and what `parse` throws.
 template <typename Parse>
 auto readSettled(const QString& path, qint64 limit, const Parse& parse, const Pause& pause = pauseThread) {
     ReadAttempts attempts(path, pause);

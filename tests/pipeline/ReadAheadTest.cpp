@@ -56,6 +56,13 @@ TEST_F(ReadAheadTest, WhatHasChangedSinceIsReadAgain) {
     EXPECT_FALSE(open().picture);
 }
 
+TEST_F(ReadAheadTest, ASidecarThatCouldNotBeMadeIsNoSidecarWithoutFacts) {
+    const QString image = rawImage();
+    ASSERT_TRUE(QFile::link(path(u"nowhere"_s), path(u"IMG_1.xmp"_s)));
+    const OpenedImage ahead = readAhead(image);
+    EXPECT_FALSE(openImage(image, utc, {}, &ahead).metadata) << "nothing could be written into it";
+}
+
 TEST_F(ReadAheadTest, AnImageThatIsToBeLeftAloneGetsNoPicture) {
     const QString image = rawImage();
     sidecar(QByteArray(51, 'x'));

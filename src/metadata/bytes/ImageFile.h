@@ -13,9 +13,9 @@ namespace ostrelle {
 /// even if another program puts a new file in its place meanwhile.
 class ImageFile {
 public:
-    explicit ImageFile(const QString& path) : m_file(path), m_stamp(FileStamp::at(path)) {}
+    explicit ImageFile(const QString& path) : m_path(path), m_stamp(FileStamp::at(path)) {}
 
-    QString path() const { return m_file.fileName(); }
+    const QString& path() const { return m_path; }
     /// From before the file was opened; nothing if there is no file.
     const std::optional<FileStamp>& stamp() const { return m_stamp; }
 
@@ -28,6 +28,7 @@ public:
     QFile& bytes() { return m_file; }
 
 private:
+    QString m_path;
     QFile m_file;
     QString m_reason;
     std::optional<FileStamp> m_stamp;
