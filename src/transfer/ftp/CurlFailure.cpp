@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/ftp/CurlFailure.h"
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+QString curlFailure(CURLcode result, long reply) {
+    constexpr long tooManyConnections = 421;
+    if (result != CURLE_OK && reply == tooManyConnections) {
+        return u"The server takes no further connections at the moment."_s;
+    }
+    switch (result) {
+    case CURLE_OK:
+        return {};
+    case CURLE_COULDNT_RESOLVE_HOST:
+        return u"There is no server of this name."_s;
+    case CURLE_COULDNT_CONNECT:
+        return u"The server refuses the connection."_s;
+    case CURLE_OPERATION_TIMEDOUT:
+        return u"The server does not answer."_s;
+    case CURLE_LOGIN_DENIED:
+        return u"The server refuses the user name or the password."_s;
+    case CURLE_REMOTE_ACCESS_DENIED:
+        return u"The server has no such folder, or does not let this user see it."_s;
+    case CURLE_REMOTE_FILE_NOT_FOUND:
+        return u"The server has no such file, or does not let this user read it."_s;
+    case CURLE_FTP_CANT_GET_HOST:
+    case CURLE_FTP_WEIRD_PASV_REPLY:
+    case CURLE_FTP_WEIRD_227_FORMAT:
+    case CURLE_FTP_PORT_FAILED:
+    case CURLE_FTP_ACCEPT_FAILED:
+        return u"The server offers no connection for its data."_s;
+    case CURLE_PARTIAL_FILE:
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+    case CURLE_GOT_NOTHING:
+        return u"The connection broke off."_s;
+    case CURLE_WEIRD_SERVER_REPLY:
+        return u"What answers there is no FTP server."_s;
+    default:
+        return u"%1."_s.arg(QString::fromLatin1(curl_easy_strerror(result)));
+    }
+}
+
+} // namespace ostrelle

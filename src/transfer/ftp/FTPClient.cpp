@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/ftp/FTPClient.h"
+
+#include "core/Attempt.h"
+#include "core/OffMainThread.h"
+#include "platform/KeptLines.h"
+#include "transfer/ftp/FTPListing.h"
+#include "transfer/ftp/FtpDownload.h"
+#include "transfer/ftp/StabilityWait.h"
+#include "transfer/ftp/StreamReader.h"
+
+#include <QByteArray>
+#include <memory>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+FTPClient::FTPClient(FtpAccount account, FtpParts parts)
+    : m_account(std::move(account)), m_parts(std::move(parts)) {}
+
+QCoro::Task<QList<FTPFileInfo>> FTPClient::listFiles() {
+    constexpr int mostPasses = 1000;
+    print(u"Listing files from path: "_s + folder());
+    const FtpAddress address = addressOf(folder());
+    StreamReader reader(m_parts.makeStream, address, m_parts.clock, m_parts.log);
+    reader.create();
+    print(u"Constructed URL: "_s + reader.shownAddress());
+    print(u"Stream created, opening connection..."_s);
+    co_await reader.open();
+    print(u"Connection established, reading data..."_s);
+    QByteArray bytes;
+    StreamReader::Pass pass = StreamReader::Pass::nothing;
+    for (int passes = 0; passes < mostPasses && pass != StreamReader::Pass::end; ++passes) {
+        pass = co_await reader.pass();
+        bytes += reader.bytes();
+    }
+    print(u"Finished reading, total data size: %1 bytes"_s.arg(bytes.size()));
+    if (bytes.isEmpty()) {
+        print(u"Directory listing is empty - directory contains no files"_s);
+        m_parts.status.setFtpStatusMessage(u"Directory is empty"_s);
+        co_return QList<FTPFileInfo>();
+    }
+    const auto lines = std::make_shared<KeptLines>();
+    auto parse = [bytes, password = address.password, lines] {
+        return parseListing(bytes, password, *lines);
+    };
+    const auto entries = co_await attemptOffMainThread(parse);
+    lines->tell(m_parts.log);
+    if (!entries) {
+        entries.rethrow();
+    }
+    co_return *entries;
+}
+
+QCoro::Task<Download> FTPClient::downloadFile(QString name, DownloadTarget target,
+                                              DownloadProgress progress) {
+    FtpDownload download(m_parts, addressOf(folder() + name), target, progress);
+    co_return co_await download.execute();
+}
+
+QCoro::Task<bool> FTPClient::testConnection() {
+    const auto listing = co_await attempt(listFiles());
+    if (!listing) {
+        print(u"Connection test failed: "_s + listing.words());
+    }
+    co_return static_cast<bool>(listing);
+}
+
+QCoro::Task<qint64> FTPClient::fileSize(QString name) {
+    const QList<FTPFileInfo> listing = co_await listFiles();
+    co_return sizeInListing(listing, name);
+}
+
+QCoro::Task<Stability> FTPClient::waitForFileStable(QString name, std::chrono::milliseconds checkInterval,
+                                                    std::chrono::milliseconds timeout) {
+    StabilityWait wait(*this, m_parts.clock, m_parts.log, u"FTPClient"_s);
+    co_return co_await wait.waitForFile(name, checkInterval, timeout);
+}
+
+QCoro::Task<bool> FTPClient::waitForBatchStable(QStringList names, std::chrono::milliseconds checkInterval,
+                                                std::chrono::milliseconds timeout) {
+    StabilityWait wait(*this, m_parts.clock, m_parts.log, u"FTPClient"_s);
+    co_return co_await wait.waitForBatch(names, checkInterval, timeout);
+}
+
+QString FTPClient::folder() const {
+    const QString path = m_account.path.isEmpty() ? u"/"_s : m_account.path;
+    return path.endsWith(u'/') ? path : path + u'/';
+}
+
+FtpAddress FTPClient::addressOf(const QString& path) const {
+    return {.host = m_account.host,
+            .port = m_account.port,
+            .path = path,
+            .username = m_account.username,
+            .password = m_account.passwordProvider()};
+}
+
+void FTPClient::print(const QString& words) {
+    m_parts.log.print(u"[FTPClient] "_s + words);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/FileAccess.h"
+#include "platform/FolderThreads.h"
+#include "platform/PlainLog.h"
+#include "state/StatusStore.h"
+#include "transfer/ftp/FileTransferClient.h"
+#include "transfer/ftp/FtpStream.h"
+
+#include <functional>
+
+namespace ostrelle {
+
+/// Which folder of which server, and who asks for it.
+struct FtpAccount {
+    QString host;
+    QString username;
+    std::function<QString()> passwordProvider; ///< asked for each stream; the password is not kept
+    QString path;                              ///< of the remote folder; empty for the topmost
+    int port = 21;
+};
+
+/// What the client works with. All of it must outlive the client's tasks.
+struct FtpParts {
+    FtpStreamMaker makeStream;
+    Clock& clock;
+    PlainLog& log;
+    FileAccess& access;
+    FolderThreads& threads;
+    StatusStore& status;
+};
+
+/// Fetches files over FTP. Each listing and each file is a stream of its own; no connection is kept here. For
+/// the thread of the event loop only; must outlive its tasks.
+class FTPClient : public FileTransferClient {
+public:
+    FTPClient(FtpAccount account, FtpParts parts);
+
+    /// Cut short without an error at 1000 passes or when the connection breaks off. Throws
+    /// FTPError::invalidListing for names that are not UTF-8.
+    QCoro::Task<QList<FTPFileInfo>> listFiles() override;
+    /// Replaces the file at the target. Without an expected size it ends after 10,000 passes, 81,920,000
+    /// bytes at most, as if complete; with one, only with the stream, beyond that size, or after 60 seconds
+    /// without a byte. An empty file throws FTPError::readError and stays.
+    QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
+                                       DownloadProgress progress) override;
+    QCoro::Task<bool> testConnection() override;
+    QCoro::Task<qint64> fileSize(QString name) override;
+    QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds checkInterval,
+                                             std::chrono::milliseconds timeout) override;
+    QCoro::Task<bool> waitForBatchStable(QStringList names, std::chrono::milliseconds checkInterval,
+                                         std::chrono::milliseconds timeout) override;
+
+private:
+    QString folder() const;
+    FtpAddress addressOf(const QString& path) const;
+    void print(const QString& words);
+
+    FtpAccount m_account;
+    FtpParts m_parts;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "transfer/ftp/FTPFileInfo.h"
+
+#include <QCoroTask>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace ostrelle {
+
+/// Where a downloaded file goes.
+struct DownloadTarget {
+    QString path;
+    bool isSecurityScoped = false;      ///< take access to its folder for the time of the download
+    std::optional<qint64> expectedSize; ///< in bytes, if known
+};
+
+/// How a download ended.
+struct Download {
+    qint64 bytes = 0;
+    QString failure; ///< why the file may be short, a sentence; empty if the server sent all of it
+};
+
+/// Whether a file has stopped growing, and whether it grew meanwhile.
+struct Stability {
+    bool isStable = false;
+    bool hasChanged = false;
+};
+
+using DownloadProgress = std::function<void(qint64 bytesSoFar)>;
+
+/// The folder of a server, whatever the protocol. Operations are independent of each other. They throw
+/// FTPError.
+class FileTransferClient {
+public:
+    virtual ~FileTransferClient() = default;
+
+    virtual QCoro::Task<QList<FTPFileInfo>> listFiles() = 0;
+    /// Fetches a file of the folder. Calls `progress`, if there is one, about once a second and at the end.
+    virtual QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
+                                               DownloadProgress progress) = 0;
+    /// False if the folder cannot be listed. Does not throw.
+    virtual QCoro::Task<bool> testConnection() = 0;
+    /// The size of a file of the folder, in bytes.
+    virtual QCoro::Task<qint64> fileSize(QString name) = 0;
+    /// Waits until the file has stopped growing.
+    virtual QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds checkInterval,
+                                                     std::chrono::milliseconds timeout) = 0;
+    /// Waits until all of the files have stopped growing. True if they have.
+    virtual QCoro::Task<bool> waitForBatchStable(QStringList names, std::chrono::milliseconds checkInterval,
+                                                 std::chrono::milliseconds timeout) = 0;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "transfer/ftp/FTPClient.h"
+#include "transfer/ftp/StreamReader.h"
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QDateTime>
+#include <QFile>
+#include <QString>
+#include <functional>
+#include <memory>
+
+namespace ostrelle {
+
+/// One file on its way from a server to the disk. Lives on the coroutine frame that executes it. The file is
+/// written on the thread of its folder.
+class FtpDownload {
+public:
+    FtpDownload(const FtpParts& parts, FtpAddress address, DownloadTarget target, DownloadProgress progress);
+
+    /// Throws FTPError.
+    QCoro::Task<Download> execute();
+
+private:
+    QCoro::Task<> createFile();
+    QCoro::Task<> readAll();
+    /// True when the loop is to end.
+    bool hasEnough(int passes);
+    QCoro::Task<> report();
+    QCoro::Task<> save();
+    QCoro::Task<> close();
+    QCoro::Task<qint64> onFile(std::function<qint64(QFile& file, PlainLog& log)> work);
+    void print(const QString& words);
+
+    const FtpParts& m_parts;
+    DownloadTarget m_target;
+    DownloadProgress m_progress;
+    StreamReader m_reader;
+    std::shared_ptr<QFile> m_file;
+    QByteArray m_unsaved;
+    Download m_result;
+    QDateTime m_lastReport;
+};
+
+} // namespace ostrelle

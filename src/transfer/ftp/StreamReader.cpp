@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/ftp/StreamReader.h"
+
+#include "transfer/ftp/FTPError.h"
+
+#include <QMetaObject>
+#include <QObject>
+#include <chrono>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using Status = FtpStream::Status;
+
+namespace {
+
+constexpr qsizetype bufferSize = 8192;
+
+bool isOver(Status status) {
+    return status == Status::closed || status == Status::error;
+}
+
+} // namespace
+
+StreamReader::StreamReader(const FtpStreamMaker& makeStream, FtpAddress address, Clock& clock, PlainLog& log)
+    : m_makeStream(makeStream), m_address(std::move(address)), m_clock(clock), m_log(log) {}
+
+void StreamReader::create() {
+    const std::optional<QString> shown = m_address.shown();
+    if (!shown) {
+        throw FTPError(FTPError::Case::invalidURL,
+                       m_address.path.startsWith(u'/')
+                           ? u"The server's name or port cannot be used."_s
+                           : u"The folder on the server must begin with a slash."_s);
+    }
+    m_shownAddress = *shown;
+    m_stream = m_makeStream(m_address);
+    if (!m_stream || m_stream->status() == Status::error) {
+        throw FTPError(FTPError::Case::cannotCreateStream);
+    }
+}
+
+QCoro::Task<> StreamReader::open() {
+    constexpr int mostChecks = 50;
+    constexpr std::chrono::milliseconds interval{100};
+    if (!m_stream->open()) {
+        print(u"Failed to open stream, status: "_s + QString::number(static_cast<int>(m_stream->status())));
+        throw FTPError(FTPError::Case::cannotOpenStream, m_stream->failure());
+    }
+    for (int check = 0; check < mostChecks; ++check) {
+        const Status status = m_stream->status();
+        if (status == Status::open || status == Status::reading) {
+            break;
+        }
+        if (isOver(status)) {
+            const QString reason = m_stream->failure();
+            m_stream->close();
+            throw FTPError(FTPError::Case::cannotOpenStream, reason);
+        }
+        co_await await(interval);
+    }
+    m_buffer.resize(bufferSize);
+    m_sinceGivenWay.start();
+    m_sinceBytes.start();
+}
+
+QCoro::Task<StreamReader::Pass> StreamReader::pass() {
+    constexpr int mostEmptyReads = 10;
+    constexpr std::chrono::milliseconds patience{50};
+    m_got = 0;
+    if (!m_stream->hasBytesAvailable()) {
+        const Status status = m_stream->status();
+        if (isOver(status)) {
+            print(u"Stream error or closed, status: "_s + QString::number(static_cast<int>(status)));
+            co_return Pass::end;
+        }
+        if (status == Status::atEnd) {
+            print(u"Stream reached end"_s);
+            co_return Pass::end;
+        }
+        co_await await(patience);
+        co_return Pass::nothing;
+    }
+    const qint64 got = m_stream->read(m_buffer.data(), bufferSize);
+    if (got < 0) {
+        print(u"Read error: "_s + QString::number(got));
+        const QString reason = m_stream->failure();
+        m_stream->close();
+        throw FTPError(FTPError::Case::readError, reason);
+    }
+    if (got == 0) {
+        if (++m_emptyReads < mostEmptyReads) {
+            co_return Pass::nothing;
+        }
+        print(u"No more data available"_s);
+        co_return Pass::end;
+    }
+    m_emptyReads = 0;
+    m_got = got;
+    m_sinceBytes.start();
+    co_await giveWay();
+    co_return Pass::bytes;
+}
+
+/// Ends early when the stream has something new, so that a fast server is not slowed down.
+QCoro::Task<> StreamReader::await(std::chrono::milliseconds patience) {
+    const Event news = m_stream->news();
+    const auto timer = m_clock.after(patience, [news] { news.happen(); });
+    co_await news.happened();
+    m_sinceGivenWay.start();
+}
+
+/// Reading on and on would hold up the event loop.
+QCoro::Task<> StreamReader::giveWay() {
+    constexpr qint64 longestTurn = 5; // milliseconds
+    if (m_sinceGivenWay.elapsed() < longestTurn) {
+        co_return;
+    }
+    const Event resumed;
+    QObject context;
+    QMetaObject::invokeMethod(&context, [resumed] { resumed.happen(); }, Qt::QueuedConnection);
+    co_await resumed.happened();
+    m_sinceGivenWay.start();
+}
+
+void StreamReader::print(const QString& words) {
+    m_log.print(u"[FTPClient] "_s + words);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/PlainLog.h"
+#include "transfer/ftp/FtpStream.h"
+
+#include <QByteArrayView>
+#include <QCoroTask>
+#include <QElapsedTimer>
+#include <QString>
+#include <memory>
+#include <vector>
+
+namespace ostrelle {
+
+/// Reads a stream pass by pass and gives way to the event loop in between. Closes the stream at its end.
+class StreamReader {
+public:
+    /// What a pass has brought.
+    enum class Pass { bytes, nothing, end };
+
+    /// The references must outlive the tasks.
+    StreamReader(const FtpStreamMaker& makeStream, FtpAddress address, Clock& clock, PlainLog& log);
+    StreamReader(const StreamReader&) = delete;
+    StreamReader& operator=(const StreamReader&) = delete;
+
+    /// Throws FTPError::invalidURL or cannotCreateStream.
+    void create();
+    /// Opens the stream. One that takes more than five seconds may still open later. Throws
+    /// FTPError::cannotOpenStream.
+    QCoro::Task<> open();
+    /// Waits for up to 50 ms when there are no bytes. Throws FTPError::readError.
+    QCoro::Task<Pass> pass();
+    /// What the latest pass has brought, at most 8192 bytes.
+    QByteArrayView bytes() const { return {m_buffer.data(), m_got}; }
+
+    /// The address without its password; after create().
+    const QString& shownAddress() const { return m_shownAddress; }
+    /// Why the stream ended early, a sentence; empty if it did not.
+    QString failure() const { return m_stream->failure(); }
+    /// The computer's clock has no say in it: how long no byte has come.
+    std::chrono::milliseconds silence() const { return std::chrono::milliseconds(m_sinceBytes.elapsed()); }
+
+private:
+    QCoro::Task<> await(std::chrono::milliseconds patience);
+    QCoro::Task<> giveWay();
+    void print(const QString& words);
+
+    const FtpStreamMaker& m_makeStream;
+    FtpAddress m_address;
+    Clock& m_clock;
+    PlainLog& m_log;
+    QString m_shownAddress;
+    std::unique_ptr<FtpStream> m_stream;
+    std::vector<char> m_buffer;
+    qsizetype m_got = 0;
+    int m_emptyReads = 0; ///< in a row
+    QElapsedTimer m_sinceGivenWay;
+    QElapsedTimer m_sinceBytes;
+};
+
+} // namespace ostrelle

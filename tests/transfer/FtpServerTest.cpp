@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/FtpServer.h"
+
+#include "platform/SystemClock.h"
+#include "standins/MemoryDefaults.h"
+#include "support/Await.h"
+#include "support/RecordingLog.h"
+#include "transfer/ftp/CurlFtpStreams.h"
+#include "transfer/ftp/FTPClient.h"
+#include "transfer/ftp/FTPError.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTcpServer>
+#include <QTemporaryDir>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Real servers, and the client as the program has it.
+class FtpServerTest : public testing::Test {
+protected:
+    FTPClient client(int port, const QString& password = u"secret"_s, const QString& path = u"/"_s,
+                     const QString& host = u"127.0.0.1"_s) {
+        return FTPClient({.host = host,
+                          .username = u"camera"_s,
+                          .passwordProvider = [password] { return password; },
+                          .path = path,
+                          .port = port},
+                         {.makeStream = [this](const FtpAddress& address) { return streams.make(address); },
+                          .clock = clock,
+                          .log = log,
+                          .access = access,
+                          .threads = threads,
+                          .status = status});
+    }
+    void put(const QString& name, const QByteArray& bytes) {
+        QFile file(remote.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    Download fetch(int port, const QString& name, std::optional<qint64> expectedSize = {}) {
+        FTPClient ftp = client(port);
+        return await(ftp.downloadFile(name, {.path = target, .expectedSize = expectedSize}, {}));
+    }
+    QByteArray fetched() const {
+        QFile file(target);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QString reasonOf(const FTPClient& ftp) {
+        FTPClient copy = ftp;
+        try {
+            await(copy.listFiles());
+        } catch (const FTPError& error) {
+            return error.reason();
+        }
+        return u"no failure"_s;
+    }
+
+    QTemporaryDir remote;
+    QTemporaryDir local;
+    QString target = local.filePath(u"IMG_1.JPG"_s);
+    CurlFtpStreams streams;
+    SystemClock clock;
+    RecordingLog log;
+    MemoryDefaults defaults;
+    StatusStore status{defaults, clock};
+    UnsandboxedAccess access;
+    FolderThreads threads;
+};
+
+QByteArray pattern(qsizetype size) {
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (qsizetype i = 0; i < size; ++i) {
+        bytes[i] = static_cast<char>((i * 7) ^ (i >> 8));
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST_F(FtpServerTest, FetchesFilesWhateverTheyAreCalled) {
+    const QStringList names = {u"IMG 1.JPG"_s,     u"a;type=a"_s,       u"100%41#?.jpg"_s,
+                               u"\u00FCber.jpg"_s, u"u\u0308ber.jpg"_s, u"\U0001F3C8.jpg"_s,
+                               u"[a]{b}*.jpg"_s,   u"'\"&.jpg"_s};
+    for (const QString& name : names) {
+        put(name, name.toUtf8() + "\r\n\n\xFF");
+    }
+    const FtpServer server(remote.path());
+    FTPClient ftp = client(server.port);
+    const QList<FTPFileInfo> listing = await(ftp.listFiles());
+    EXPECT_EQ(listing.size(), names.size());
+    for (const FTPFileInfo& entry : listing) {
+        EXPECT_TRUE(names.contains(entry.name)) << entry.name.toStdString();
+        EXPECT_EQ(fetch(server.port, entry.name).failure, QString());
+        EXPECT_EQ(fetched(), entry.name.toUtf8() + "\r\n\n\xFF") << "byte for byte";
+    }
+}
+
+TEST_F(FtpServerTest, CopesWithServersOfAllKinds) {
+    const QByteArray bytes = pattern(3'000'000);
+    put(u"IMG_1.JPG"_s, bytes);
+    for (const QStringList& options : {QStringList(),
+                                       {u"--no-epsv"_s},
+                                       {u"--no-epsv"_s, u"--pasv-address"_s, u"10.255.255.1"_s},
+                                       {u"--late-end"_s, u"0.3"_s},
+                                       {u"--silent-quit"_s},
+                                       {u"--reply"_s, u"SIZE"_s, u"502 No."_s}}) {
+        const FtpServer server(remote.path(), options);
+        EXPECT_EQ(fetch(server.port, u"IMG_1.JPG"_s, bytes.size()).failure, QString())
+            << options.join(u' ').toStdString();
+        EXPECT_EQ(fetched(), bytes) << options.join(u' ').toStdString();
+    }
+}
+
+TEST_F(FtpServerTest, AFileThatBreaksOffIsNotWhole) {
+    const QByteArray bytes = pattern(1'000'000);
+    put(u"IMG_1.JPG"_s, bytes);
+    for (const QString& limit : {u"1"_s, u"100000"_s, u"999999"_s}) {
+        const FtpServer server(remote.path(), {u"--reset-after"_s, limit});
+        const Download done = fetch(server.port, u"IMG_1.JPG"_s, bytes.size());
+        EXPECT_EQ(done.failure, u"The connection broke off."_s);
+        EXPECT_LE(done.bytes, limit.toLongLong());
+    }
+}
+
+TEST_F(FtpServerTest, SaysInOneLineWhyItCannotList) {
+    FtpServer server(remote.path());
+    EXPECT_EQ(reasonOf(client(server.port, u"wrong"_s)),
+              u"The server refuses the user name or the password."_s);
+    EXPECT_EQ(reasonOf(client(server.port, u"secret"_s, u"/nowhere"_s)),
+              u"The server has no such folder, or does not let this user see it."_s);
+    EXPECT_EQ(reasonOf(client(server.port, u"secret"_s, u"/"_s, u"no-such-host.invalid"_s)),
+              u"There is no server of this name."_s);
+    server.stop();
+    EXPECT_EQ(reasonOf(client(server.port)), u"The server refuses the connection."_s);
+    FtpServer full(remote.path(), {u"--reply"_s, u"USER"_s, u"421 Too many."_s});
+    EXPECT_EQ(reasonOf(client(full.port)), u"The server takes no further connections at the moment."_s);
+    EXPECT_EQ(log.count(u"secret"_s) + log.count(u"wrong"_s), 0);
+}
+
+TEST_F(FtpServerTest, AnEmptyFolderTakesNoFiveSeconds) {
+    const FtpServer server(remote.path());
+    FTPClient ftp = client(server.port);
+    EXPECT_TRUE(await(ftp.listFiles()).isEmpty());
+    EXPECT_FALSE(log.lines.filter(u"reached end"_s).isEmpty());
+}
+
+} // namespace ostrelle
