@@ -15,6 +15,7 @@
 #include <QFile>
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -336,6 +337,15 @@ bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& m
                      .dress = [](int) {},
                      .place = [&](TemporaryFile& file) { return file.becomeTarget(means); }},
                     means) == Placing::done;
+}
+
+void moveIntoPlace(const QString& file, const QString& path) {
+    const Descriptor opened(::open(nativePath(file).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!opened.isOpen() || ::fsync(opened.number()) != 0 ||
+        ::rename(nativePath(file).c_str(), nativePath(path).c_str()) != 0) {
+        throw FileError(u"write"_s, path, errno);
+    }
+    flushFolder(nativePath(path), path);
 }
 
 void touchFile(const QString& path) {

@@ -68,6 +68,10 @@ FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit,
 /// kill can leave an empty file only where the file system has none of the means. Throws FileError.
 bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means = {});
 
+/// Flushes a file to disk, puts it over the path in the same folder and flushes the folder, so that a kill or
+/// a power cut leaves either the old file or the new one, whole. Throws FileError.
+void moveIntoPlace(const QString& file, const QString& path);
+
 /// Sets the file's modification time to now. Throws FileError.
 void touchFile(const QString& path);
 

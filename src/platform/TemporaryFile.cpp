@@ -21,19 +21,19 @@ constexpr std::string_view ownMark = ".ostrelle-";
 constexpr int numberLength = 13; ///< 64 bits in digits and letters
 constexpr int numberBase = 36;
 
-std::filesystem::path hiddenName(const std::filesystem::path& target) {
-    constexpr std::size_t longestStem = 200; // the whole name must stay below NAME_MAX
-    const std::string stem = target.filename().string().substr(0, longestStem);
-    const QByteArray number = QByteArray::number(QRandomGenerator::system()->generate64(), numberBase);
-    return target.parent_path() /
-           ('.' + stem + std::string(ownMark) + number.rightJustified(numberLength, '0').toStdString());
-}
-
 std::filesystem::path folderOf(const std::filesystem::path& target) {
     return target.has_parent_path() ? target.parent_path() : ".";
 }
 
 } // namespace
+
+std::filesystem::path temporaryNameFor(const std::filesystem::path& path) {
+    constexpr std::size_t longestStem = 200; // the whole name must stay below NAME_MAX
+    const std::string stem = path.filename().string().substr(0, longestStem);
+    const QByteArray number = QByteArray::number(QRandomGenerator::system()->generate64(), numberBase);
+    return path.parent_path() /
+           ('.' + stem + std::string(ownMark) + number.rightJustified(numberLength, '0').toStdString());
+}
 
 bool isTemporaryName(std::string_view name) {
     if (name.size() <= 1 + ownMark.size() + numberLength || name.front() != '.') {
@@ -48,12 +48,12 @@ bool isTemporaryName(std::string_view name) {
 }
 
 TemporaryFile TemporaryFile::nameless(const std::filesystem::path& target, mode_t mode) {
-    return {target, hiddenName(target),
+    return {target, temporaryNameFor(target),
             Descriptor(::open(folderOf(target).c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, mode)), false};
 }
 
 TemporaryFile TemporaryFile::named(const std::filesystem::path& target, mode_t mode) {
-    const std::filesystem::path name = hiddenName(target);
+    const std::filesystem::path name = temporaryNameFor(target);
     Descriptor file(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     const bool hasName = file.isOpen();
     return {target, name, std::move(file), hasName};

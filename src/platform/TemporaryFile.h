@@ -14,6 +14,9 @@ namespace ostrelle {
 /// True for names that TemporaryFile makes, in the file system's encoding, without the folder.
 bool isTemporaryName(std::string_view name);
 
+/// A hidden name of that kind beside the path.
+std::filesystem::path temporaryNameFor(const std::filesystem::path& path);
+
 /// The outcome of putting a file in its place; `failed` leaves the reason in errno.
 enum class Placing { done, exists, outdated, failed };
 

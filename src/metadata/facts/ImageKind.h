@@ -2,8 +2,12 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace ostrelle {
+
+/// The extensions of the images that the program captions, in lower case: RAW kinds and JPEG.
+const QStringList& imageExtensions();
 
 /// True when the program captions files with this extension: RAW kinds and JPEG, in any case.
 bool isSupportedImage(const QString& path);

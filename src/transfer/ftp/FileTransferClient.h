@@ -30,6 +30,7 @@ struct Download {
 struct Stability {
     bool isStable = false;
     bool hasChanged = false;
+    qint64 size = -1; ///< as last seen, in bytes; -1 if the file was never there
 };
 
 using DownloadProgress = std::function<void(qint64 bytesSoFar)>;

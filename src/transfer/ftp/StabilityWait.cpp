@@ -119,7 +119,7 @@ QCoro::Task<Stability> StabilityWait::waitForFile(QString name, milliseconds che
         // A file that is not there may still arrive.
         if (const std::optional<qint64> size = findSize(listing, name); size && sightings.see(*size)) {
             print(u"File %1 is stable at size %2"_s.arg(name, QString::number(*size)));
-            co_return Stability{.isStable = true, .hasChanged = sightings.hasChanged()};
+            co_return Stability{.isStable = true, .hasChanged = sightings.hasChanged(), .size = *size};
         }
         co_await m_clock.sleep(checkInterval);
     }
@@ -127,7 +127,8 @@ QCoro::Task<Stability> StabilityWait::waitForFile(QString name, milliseconds che
     print(hasSize ? u"File %1 appears stable at size %2 (timeout reached)"_s.arg(
                         name, QString::number(sightings.lastSize()))
                   : u"Timeout waiting for file %1 to stabilize"_s.arg(name));
-    co_return Stability{.isStable = hasSize, .hasChanged = sightings.hasChanged()};
+    co_return Stability{
+        .isStable = hasSize, .hasChanged = sightings.hasChanged(), .size = sightings.lastSize()};
 }
 
 QCoro::Task<bool> StabilityWait::waitForBatch(QStringList names, milliseconds checkInterval,

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/remote/DestinationFolder.h"
+
+#include "core/OnThreadPool.h"
+#include "platform/FileError.h"
+#include "platform/Files.h"
+#include "platform/TemporaryFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString temporaryPathFor(const QString& path) {
+    return QFile::decodeName(temporaryNameFor(QFile::encodeName(path).toStdString()).c_str());
+}
+
+/// Asks the file system itself: a file under one name shows under the other, or it does not.
+NameRules rulesOf(const QString& folder) {
+    const QString probe = temporaryPathFor(folder + u"/Probe"_s);
+    QFile file(probe);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        return NameRules::exact;
+    }
+    QString other = probe;
+    other.replace(u".Probe."_s, u".pROBE."_s);
+    const bool isFolding = QFileInfo::exists(other);
+    file.remove();
+    return isFolding ? NameRules::folding : NameRules::exact;
+}
+
+LocalCopy lookAt(const QString& path) {
+    const QFileInfo file(path);
+    return {.exists = file.exists(), .size = file.isFile() ? std::optional(file.size()) : std::nullopt};
+}
+
+/// Throws FileError.
+void keep(const QString& path) {
+    constexpr int mostCopies = 1000;
+    if (!QFileInfo::exists(path) || QFile::moveToTrash(path)) {
+        return;
+    }
+    for (int number = 1; number <= mostCopies; ++number) {
+        const QString copy =
+            path + u".replaced"_s + (number == 1 ? QString() : u'.' + QString::number(number));
+        if (QFile::rename(path, copy)) { // never over another file
+            return;
+        }
+    }
+    throw FileError(u"keep"_s, path, EEXIST);
+}
+
+} // namespace
+
+DestinationFolder::DestinationFolder(QString path, FolderThreads& threads, FileAccess& access)
+    : m_path(QDir::cleanPath(path)), m_threads(threads), m_access(access) {}
+
+QCoro::Task<NameRules> DestinationFolder::prepare() {
+    const ScopedAccess access(m_access, m_path);
+    auto work = [folder = m_path] {
+        QDir().mkpath(folder);
+        return rulesOf(folder);
+    };
+    co_return co_await onThreadPool(m_threads.of(m_path), work);
+}
+
+QCoro::Task<QHash<QString, LocalCopy>> DestinationFolder::copiesOf(QStringList names) {
+    const ScopedAccess access(m_access, m_path);
+    auto look = [folder = m_path, names] {
+        QHash<QString, LocalCopy> copies;
+        for (const QString& name : names) {
+            copies.insert(name, lookAt(folder + u'/' + name));
+        }
+        return copies;
+    };
+    co_return co_await onThreadPool(m_threads.of(m_path), look);
+}
+
+QCoro::Task<LocalCopy> DestinationFolder::copyOf(QString name) {
+    const QHash<QString, LocalCopy> copies = co_await copiesOf({name});
+    co_return copies.value(name);
+}
+
+QString DestinationFolder::temporaryPath(const QString& name) const {
+    return temporaryPathFor(pathOf(name));
+}
+
+QCoro::Task<> DestinationFolder::bringIn(QString temporaryPath, QString name, OldFile old) {
+    const ScopedAccess access(m_access, m_path);
+    auto move = [temporaryPath, path = pathOf(name), old] {
+        if (old == OldFile::kept) {
+            keep(path);
+        }
+        moveIntoPlace(temporaryPath, path);
+    };
+    co_await onThreadPool(m_threads.of(m_path), move);
+}
+
+QCoro::Task<> DestinationFolder::discard(QString temporaryPath) {
+    const ScopedAccess access(m_access, m_path);
+    auto remove = [temporaryPath] { QFile::remove(temporaryPath); };
+    co_await onThreadPool(m_threads.of(m_path), remove);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/FileAccess.h"
+#include "platform/FolderThreads.h"
+#include "transfer/remote/FetchDecision.h"
+#include "transfer/remote/ServerFiles.h"
+
+#include <QCoroTask>
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+namespace ostrelle {
+
+/// The local folder that files from a server go into. Everything on the disk is done on the folder's thread.
+/// The references must outlive the tasks.
+class DestinationFolder {
+public:
+    /// What happens to the file in whose place a new one comes.
+    enum class OldFile { replaced, kept };
+
+    DestinationFolder(QString path, FolderThreads& threads, FileAccess& access);
+
+    const QString& path() const { return m_path; }
+    QString pathOf(const QString& name) const { return m_path + u'/' + name; }
+
+    /// Makes the folder, if it can, and finds out what it takes for the same name.
+    QCoro::Task<NameRules> prepare();
+    /// What lies in the folder under these names.
+    QCoro::Task<QHash<QString, LocalCopy>> copiesOf(QStringList names);
+    QCoro::Task<LocalCopy> copyOf(QString name);
+
+    /// A hidden path in the folder for a file that is being fetched. Left behind by a killed program, it is
+    /// removed with other temporary files.
+    QString temporaryPath(const QString& name) const;
+    /// Puts a fetched file in its place for good. An old file to be kept goes to the desktop's trash or,
+    /// where there is none, stays under its name with ".replaced" added, and a number if needed. Throws
+    /// FileError.
+    QCoro::Task<> bringIn(QString temporaryPath, QString name, OldFile old);
+    /// Removes a file that was not fetched whole.
+    QCoro::Task<> discard(QString temporaryPath);
+
+private:
+    QString m_path;
+    FolderThreads& m_threads;
+    FileAccess& m_access;
+};
+
+} // namespace ostrelle

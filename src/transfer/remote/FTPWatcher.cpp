@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/remote/FTPWatcher.h"
+
+#include "core/Attempt.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using std::chrono::seconds;
+
+namespace {
+
+/// Has the right to transfer, and gives it back.
+class TransferTurn {
+public:
+    TransferTurn(FetchLedger& ledger, std::unique_ptr<Gate::Pass> pass)
+        : m_ledger(ledger), m_pass(std::move(pass)) {}
+    ~TransferTurn() { m_ledger.leave(); }
+    TransferTurn(const TransferTurn&) = delete;
+    TransferTurn& operator=(const TransferTurn&) = delete;
+
+private:
+    FetchLedger& m_ledger;
+    std::unique_ptr<Gate::Pass> m_pass;
+};
+
+QStringList namesOf(const QList<FTPFileInfo>& files) {
+    QStringList names;
+    for (const FTPFileInfo& file : files) {
+        names.append(file.name);
+    }
+    return names;
+}
+
+void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
+    files->removeIf([&sizes](const FTPFileInfo& file) { return !sizes.contains(file.name); });
+    for (FTPFileInfo& file : *files) {
+        file.size = sizes.value(file.name);
+    }
+}
+
+} // namespace
+
+FTPWatcher::FTPWatcher(std::unique_ptr<FileTransferClient> client, QString folder, FTPWatcherParts parts)
+    : m_client(std::move(client))
+    , m_parts(parts)
+    , m_destination(std::move(folder), parts.threads, parts.access)
+    , m_polls([this](const QString& words) { print(u"A poll failed: "_s + words); }) {}
+
+void FTPWatcher::start(std::chrono::milliseconds interval, NewFiles onNewFiles) {
+    if (m_pollTimer) {
+        return;
+    }
+    print(u"Starting FTP polling every %1 seconds"_s.arg(
+        QString::number(std::chrono::duration<double>(interval).count(), 'f', 1)));
+    m_onNewFiles = std::move(onNewFiles);
+    m_pollTimer = m_parts.clock.every(interval, [this] { beginPoll(); });
+    beginPoll();
+}
+
+void FTPWatcher::stop() {
+    m_stops.overtake();
+    m_pollTimer.reset();
+    print(u"Stopped FTP polling"_s);
+}
+
+void FTPWatcher::beginPoll() {
+    const StatusStore& status = m_parts.status;
+    if (m_parts.ledger.isBusy() || status.ftpIsDownloading() || status.isProcessing()) {
+        print(u"Skipping poll - download/processing already in progress"_s);
+        return;
+    }
+    m_polls.spawn(poll(m_onNewFiles, m_stops.mark()));
+}
+
+QCoro::Task<> FTPWatcher::poll(NewFiles onNewFiles, Overtaking::Mark mark) {
+    const TransferTurn turn(m_parts.ledger, co_await m_parts.ledger.enter());
+    begin(u"Checking FTP server..."_s);
+    const auto done = co_await attempt(pollOnce(onNewFiles, mark));
+    if (!done) {
+        fail(u"Error polling FTP: "_s, done.words(), mark);
+    }
+    end(mark);
+}
+
+QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
+    const ServerFiles files = co_await look(u"Image files found: %1"_s);
+    QStringList images; // fetched earlier, but not handed on
+    FetchPlan planned = co_await plan(files, FetchRun::Care::poll, &images);
+    if (mark.isOvertaken()) {
+        co_return;
+    }
+    m_parts.status.setFtpFilesFound(files.images.size());
+    FetchRun(fetchParts(), planned, FetchRun::Care::poll, mark).announce();
+    if (!planned.isEmpty()) {
+        const bool isStable = co_await waitForBatch(&planned);
+        if (!isStable || mark.isOvertaken()) {
+            co_return;
+        }
+    }
+    FetchRun run(fetchParts(), planned, FetchRun::Care::poll, mark);
+    co_await run.execute();
+    if (mark.isOvertaken()) {
+        co_return; // what has come is handed on by the next poll
+    }
+    images += run.images();
+    run.conclude(images.size(), !files.images.isEmpty());
+    handOn(images, onNewFiles);
+}
+
+QCoro::Task<bool> FTPWatcher::waitForBatch(FetchPlan* plan) {
+    m_parts.status.setFtpStatusMessage(u"Waiting for batch to finish uploading..."_s);
+    const QStringList names = namesOf(plan->metadata) + namesOf(plan->images);
+    const bool isStable = co_await m_client->waitForBatchStable(names, seconds(2), seconds(60));
+    if (!isStable) {
+        print(u"Batch did not stabilize, skipping download"_s);
+        m_parts.status.setFtpStatusMessage(u"Batch upload incomplete, will retry"_s);
+        co_return false;
+    }
+    print(u"Batch is stable, proceeding with downloads"_s);
+    QHash<QString, qint64> sizes;
+    const QList<FTPFileInfo> listing = co_await m_client->listFiles();
+    for (const FTPFileInfo& entry : listing) {
+        if (!entry.isDirectory && entry.size >= 1 && !sizes.contains(entry.name)) {
+            sizes.insert(entry.name, entry.size);
+        }
+    }
+    takeSizes(sizes, &plan->metadata);
+    takeSizes(sizes, &plan->images);
+    co_return true;
+}
+
+QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
+    const TransferTurn turn(m_parts.ledger, co_await m_parts.ledger.enter());
+    const Overtaking::Mark mark = m_stops.mark();
+    begin(u"Downloading all files from FTP server..."_s);
+    const auto done = co_await attempt(downloadOnce(onComplete, mark));
+    if (!done) {
+        fail(u"Error downloading all files: "_s, done.words(), mark);
+    }
+    end(mark);
+}
+
+QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mark) {
+    const ServerFiles files = co_await look(u"[FTPWatcher] Manual download - Image files to download: %1"_s);
+    const FetchPlan planned = co_await plan(files, FetchRun::Care::download, nullptr);
+    if (mark.isOvertaken()) {
+        co_return;
+    }
+    m_parts.status.setFtpFilesFound(files.images.size());
+    FetchRun run(fetchParts(), planned, FetchRun::Care::download, mark);
+    run.announce();
+    co_await run.execute();
+    if (mark.isOvertaken()) {
+        co_return;
+    }
+    run.conclude(run.images().size(), !files.images.isEmpty());
+    if (!run.images().isEmpty()) {
+        handOn(run.images(), onComplete);
+    }
+}
+
+QCoro::Task<ServerFiles> FTPWatcher::look(QString imageLine) {
+    const QList<FTPFileInfo> listing = co_await m_client->listFiles();
+    PlainLog& log = m_parts.log;
+    log.print(u"Total files found on server: %1"_s.arg(listing.size()));
+    for (const FTPFileInfo& entry : listing) {
+        log.print(u"  - %1 (size: %2, isDir: %3)"_s.arg(entry.name, QString::number(entry.size),
+                                                        entry.isDirectory ? u"true"_s : u"false"_s));
+    }
+    const NameRules rules = co_await m_destination.prepare();
+    const ServerFiles files = sortListing(listing, rules);
+    if (!files.skipped.isEmpty()) {
+        log.print(u"Skipped non-image files:\n"_s + files.skipped.join(u'\n'));
+    }
+    for (const QString& words : files.refused) {
+        print(u"Not fetched: "_s + words);
+    }
+    log.print(imageLine.arg(files.images.size()));
+    for (const FTPFileInfo& image : files.images) {
+        log.print(u"  Image: "_s + image.name);
+    }
+    co_return files;
+}
+
+QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care, QStringList* leftBehind) {
+    co_await m_parts.manifest.refresh(); // other programs may have captioned
+    const QHash<QString, LocalCopy> copies =
+        co_await m_destination.copiesOf(namesOf(files.metadata) + namesOf(files.images));
+    const IsCaptioned isCaptioned = fetchParts().isCaptioned;
+    const bool isPoll = care == FetchRun::Care::poll;
+    FetchPlan plan;
+    const auto take = [&](const FTPFileInfo& file, const FetchDecision& decision, QList<FTPFileInfo>* list) {
+        for (const QString& line : decision.lines) {
+            m_parts.log.print(line);
+        }
+        // An empty file may only just have been begun.
+        if (decision.isFetched && !(isPoll && (file.size < 1 || m_parts.ledger.isSetAside(file)))) {
+            list->append(file);
+        }
+    };
+    for (const FTPFileInfo& file : std::as_const(files.metadata)) {
+        const LocalCopy copy = copies.value(file.name);
+        take(file, isPoll ? decideOnMetadata(file, copy, isCaptioned) : decideBySize(file, copy, Look::first),
+             &plan.metadata);
+    }
+    for (const FTPFileInfo& file : std::as_const(files.images)) {
+        const LocalCopy copy = copies.value(file.name);
+        const FetchDecision decision = isPoll ? decideOnImage(file, copy, isCaptioned, Look::first)
+                                              : decideBySize(file, copy, Look::first);
+        take(file, decision, &plan.images);
+        const QString path = m_destination.pathOf(file.name);
+        if (leftBehind && !decision.isFetched && !isCaptioned(file.name) &&
+            !m_parts.ledger.isHandedOn(path)) {
+            leftBehind->append(path);
+        }
+    }
+    co_return plan;
+}
+
+void FTPWatcher::handOn(const QStringList& images, const NewFiles& onNewFiles) {
+    for (const QString& image : images) {
+        m_parts.ledger.handOn(image);
+    }
+    onNewFiles(images);
+}
+
+void FTPWatcher::begin(const QString& message) {
+    StatusStore& status = m_parts.status;
+    status.setFtpIsChecking(true);
+    status.setFtpStatusMessage(message);
+    status.setFtpFilesFound(0);
+    status.setFtpFilesDownloaded(0);
+    status.setFtpImagesDownloaded(0);
+    status.setFtpMetadataDownloaded(0);
+    status.setFtpDownloadProgress(0);
+    status.setFtpTotalBytesToDownload(0);
+    status.setFtpBytesDownloaded(0);
+}
+
+void FTPWatcher::fail(const QString& heading, const QString& words, const Overtaking::Mark& mark) {
+    print(heading + words);
+    if (!mark.isOvertaken()) {
+        m_parts.status.setFtpStatusMessage(u"Error: "_s + words);
+    }
+}
+
+void FTPWatcher::end(const Overtaking::Mark& mark) {
+    m_parts.status.setFtpIsChecking(false);
+    m_parts.status.setFtpIsDownloading(false);
+    if (mark.isOvertaken()) {
+        m_parts.status.setFtpStatusMessage(std::nullopt);
+    }
+}
+
+FetchParts FTPWatcher::fetchParts() {
+    return {.client = *m_client,
+            .destination = m_destination,
+            .ledger = m_parts.ledger,
+            .status = m_parts.status,
+            .log = m_parts.log,
+            .isCaptioned = [manifest = &m_parts.manifest](const QString& name) {
+                return manifest->isProcessedByName(name);
+            }};
+}
+
+void FTPWatcher::print(const QString& words) {
+    m_parts.log.print(u"[FTPWatcher] "_s + words);
+}
+
+} // namespace ostrelle

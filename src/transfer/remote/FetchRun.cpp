@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/remote/FetchRun.h"
+
+#include "core/Attempt.h"
+#include "core/Text.h"
+#include "metadata/facts/ImageKind.h"
+#include "transfer/ftp/FTPError.h"
+
+#include <QFileInfo>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+qint64 total(const QList<FTPFileInfo>& files, qint64 sum) {
+    for (const FTPFileInfo& file : files) { // a hostile listing must not overflow it
+        sum += std::min(std::max<qint64>(file.size, 0), std::numeric_limits<qint64>::max() - sum);
+    }
+    return sum;
+}
+
+QString counted(qsizetype count, const QString& what) {
+    return u"%1 new %2 file%3"_s.arg(QString::number(count), what, plural(count));
+}
+
+QString reasonOf(const std::exception_ptr& failure) {
+    const auto error = failureAs<FTPError>(failure);
+    return error && !error->reason().isEmpty() ? error->reason() : wordsOf(failure);
+}
+
+} // namespace
+
+FetchRun::FetchRun(FetchParts parts, FetchPlan plan, Care care, Overtaking::Mark mark)
+    : m_parts(std::move(parts))
+    , m_plan(std::move(plan))
+    , m_care(care)
+    , m_mark(mark)
+    , m_bytesPlanned(total(m_plan.images, total(m_plan.metadata, 0))) {}
+
+QString FetchRun::planned() const {
+    const QString images = counted(m_plan.images.size(), u"image"_s);
+    const QString metadata = counted(m_plan.metadata.size(), u"metadata"_s);
+    return m_plan.images.isEmpty()     ? metadata
+           : m_plan.metadata.isEmpty() ? images
+                                       : images + u" and "_s + metadata;
+}
+
+void FetchRun::announce() {
+    StatusStore& status = m_parts.status;
+    status.setFtpIsDownloading(true);
+    status.setFtpTotalBytesToDownload(m_bytesPlanned);
+    status.setFtpBytesDownloaded(0);
+    status.setFtpDownloadProgress(0);
+    if (m_plan.isEmpty()) {
+        status.setFtpStatusMessage(u"No new files"_s);
+    } else {
+        showNumber();
+    }
+}
+
+void FetchRun::showNumber() {
+    if (!m_mark.isOvertaken()) {
+        m_parts.status.setFtpStatusMessage(
+            u"Found %1. Downloading %2/%3..."_s.arg(planned()).arg(m_number).arg(m_plan.count()));
+    }
+}
+
+QCoro::Task<> FetchRun::execute() {
+    for (const FTPFileInfo& file : std::as_const(m_plan.metadata)) {
+        if (m_mark.isOvertaken()) {
+            co_return;
+        }
+        co_await fetchInTurn(fetchMetadata(file), file);
+    }
+    for (const FTPFileInfo& file : std::as_const(m_plan.images)) {
+        if (m_mark.isOvertaken()) {
+            co_return;
+        }
+        co_await fetchInTurn(fetchImage(file), file);
+    }
+}
+
+QCoro::Task<> FetchRun::fetchInTurn(QCoro::Task<> fetch, FTPFileInfo file) {
+    constexpr int mostFailuresInARow = 3;
+    const auto done = co_await attempt(std::move(fetch));
+    if (done) {
+        m_failuresInARow = 0;
+        co_return;
+    }
+    m_parts.log.print(u"[FTPWatcher] Could not fetch %1: %2"_s.arg(file.name, reasonOf(done.failure())));
+    m_parts.ledger.setAside(file);
+    m_failed.append(file.name);
+    if (++m_failuresInARow == mostFailuresInARow) { // the server is gone, or the disk is full
+        done.rethrow();
+    }
+}
+
+QCoro::Task<> FetchRun::fetchMetadata(FTPFileInfo file) {
+    ++m_number;
+    m_parts.log.print(u"[FTPWatcher] Downloading metadata file: "_s + file.name);
+    showNumber();
+    co_await fetch(file);
+    m_parts.log.print(u"[FTPWatcher] Downloaded metadata file %1 to %2"_s.arg(
+        file.name, m_parts.destination.pathOf(file.name)));
+    ++m_metadataDone;
+    count(file);
+}
+
+QCoro::Task<> FetchRun::fetchImage(FTPFileInfo file) {
+    ++m_number;
+    m_parts.log.print(u"[FTPWatcher] Downloading file: "_s + file.name);
+    showNumber();
+    const bool ready = co_await isReady(&file);
+    if (!ready) {
+        co_return;
+    }
+    co_await fetch(file);
+    const QString path = m_parts.destination.pathOf(file.name);
+    m_parts.log.print(u"[FTPWatcher] Downloaded %1 to %2"_s.arg(file.name, path));
+    m_images.append(path);
+    count(file);
+}
+
+/// Files may have changed during the wait for the batch.
+QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
+    using std::chrono::seconds;
+    const LocalCopy copy = co_await m_parts.destination.copyOf(file->name);
+    const FetchDecision decision = m_care == Care::poll
+                                       ? decideOnImage(*file, copy, m_parts.isCaptioned, Look::again)
+                                       : decideBySize(*file, copy, Look::again);
+    for (const QString& line : decision.lines) {
+        m_parts.log.print(line);
+    }
+    if (!decision.isFetched) {
+        co_return false;
+    }
+    if (m_care == Care::poll) {
+        const Stability stability =
+            co_await m_parts.client.waitForFileStable(file->name, seconds(2), seconds(30));
+        if (!stability.isStable) {
+            m_parts.log.print(u"[FTPWatcher] File %1 did not stabilize, skipping"_s.arg(file->name));
+            co_return false;
+        }
+        file->size = stability.size;
+    }
+    co_return !m_mark.isOvertaken();
+}
+
+QCoro::Task<> FetchRun::fetch(FTPFileInfo file) {
+    DestinationFolder& destination = m_parts.destination;
+    const QString part = destination.temporaryPath(file.name);
+    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
+    const auto done = co_await attempt(
+        m_parts.client.downloadFile(file.name, target, [this](qint64 bytes) { showProgress(bytes); }));
+    if (!done || !done->failure.isEmpty() || done->bytes != file.size) {
+        co_await destination.discard(part);
+        if (!done) {
+            done.rethrow();
+        }
+        throw FTPError(FTPError::Case::readError,
+                       !done->failure.isEmpty()
+                           ? done->failure
+                           : u"%1 of %2 bytes have come."_s.arg(done->bytes).arg(file.size));
+    }
+    using OldFile = DestinationFolder::OldFile;
+    const OldFile old = isCaptionLost(file.name) ? OldFile::kept : OldFile::replaced;
+    const auto moved = co_await attempt(destination.bringIn(part, file.name, old));
+    if (!moved) {
+        co_await destination.discard(part);
+        moved.rethrow();
+    }
+}
+
+/// Whether the file that is replaced may hold a caption: a captioned image, or the sidecar of one.
+bool FetchRun::isCaptionLost(const QString& name) const {
+    if (isSupportedImage(name)) {
+        return m_parts.isCaptioned(name);
+    }
+    const QString stem = QFileInfo(name).completeBaseName();
+    for (const QString& extension : imageExtensions()) {
+        if (m_parts.isCaptioned(stem + u'.' + extension) ||
+            m_parts.isCaptioned(stem + u'.' + extension.toUpper())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void FetchRun::showProgress(qint64 bytes) {
+    if (m_mark.isOvertaken()) {
+        return;
+    }
+    const qint64 sum = m_bytesDone + bytes;
+    m_parts.status.setFtpBytesDownloaded(sum);
+    if (m_bytesPlanned >= 1) {
+        m_parts.status.setFtpDownloadProgress(static_cast<double>(sum) / static_cast<double>(m_bytesPlanned));
+    }
+}
+
+void FetchRun::count(const FTPFileInfo& file) {
+    m_bytesDone += file.size;
+    if (m_mark.isOvertaken()) {
+        return;
+    }
+    StatusStore& status = m_parts.status;
+    status.setFtpFilesDownloaded(status.ftpFilesDownloaded() + 1);
+    status.setFtpMetadataDownloaded(m_metadataDone);
+    status.setFtpImagesDownloaded(m_images.size());
+    showProgress(0);
+}
+
+void FetchRun::conclude(qsizetype images, bool hasImagesOnServer) {
+    StatusStore& status = m_parts.status;
+    if (m_bytesPlanned >= 1 && m_bytesDone >= m_bytesPlanned) {
+        status.setFtpDownloadProgress(1.0);
+    }
+    if (!m_failed.isEmpty()) {
+        status.setFtpStatusMessage(u"Downloaded %1. Could not fetch %2, will try again."_s.arg(
+            counted(images, u"image"_s), shortNameList(m_failed)));
+    } else if (images > 0) {
+        const QString metadata = m_plan.metadata.isEmpty()
+                                     ? QString()
+                                     : u" and "_s + counted(m_plan.metadata.size(), u"metadata"_s);
+        status.setFtpStatusMessage(
+            u"Downloaded %1%2. All caught up!"_s.arg(counted(images, u"image"_s), metadata));
+    } else {
+        status.setFtpStatusMessage(hasImagesOnServer ? u"No new files"_s : u"Directory is empty"_s);
+    }
+}
+
+} // namespace ostrelle

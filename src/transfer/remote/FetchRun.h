@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Overtaking.h"
+#include "platform/PlainLog.h"
+#include "state/StatusStore.h"
+#include "transfer/ftp/FileTransferClient.h"
+#include "transfer/remote/DestinationFolder.h"
+#include "transfer/remote/FetchDecision.h"
+#include "transfer/remote/FetchLedger.h"
+
+#include <QCoroTask>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+namespace ostrelle {
+
+/// The files that one poll or full download fetches.
+struct FetchPlan {
+    QList<FTPFileInfo> metadata;
+    QList<FTPFileInfo> images;
+
+    bool isEmpty() const { return metadata.isEmpty() && images.isEmpty(); }
+    qint64 count() const { return metadata.size() + images.size(); }
+};
+
+/// What a run of fetches works with. All of it must outlive the run.
+struct FetchParts {
+    FileTransferClient& client;
+    DestinationFolder& destination;
+    FetchLedger& ledger;
+    StatusStore& status;
+    PlainLog& log;
+    IsCaptioned isCaptioned;
+};
+
+/// Fetches files one after the other, sidecars first, and shows how far it is. A file is fetched under a
+/// hidden name and takes its place once it is whole. Lives on the coroutine frame that executes it.
+class FetchRun {
+public:
+    /// How an image is looked at again just before it is fetched.
+    enum class Care {
+        poll,     ///< a captioned one is left alone, and one that may still grow is waited for
+        download, ///< only its size counts
+    };
+
+    /// Begins no further file once `mark` is overtaken, and shows nothing more.
+    FetchRun(FetchParts parts, FetchPlan plan, Care care, Overtaking::Mark mark);
+
+    /// Shows what is about to be fetched.
+    void announce();
+    /// Fetches all files, sidecars with the sizes of the listing. A file that fails is set aside; throws its
+    /// failure if it is the third in a row.
+    QCoro::Task<> execute();
+    /// Shows what was fetched; `images` are to be captioned.
+    void conclude(qsizetype images, bool hasImagesOnServer);
+
+    /// The paths of the images that were fetched.
+    const QStringList& images() const { return m_images; }
+
+private:
+    QCoro::Task<> fetchMetadata(FTPFileInfo file);
+    QCoro::Task<> fetchImage(FTPFileInfo file);
+    /// False if the image is left for a later poll.
+    QCoro::Task<bool> isReady(FTPFileInfo* file);
+    QCoro::Task<> fetchInTurn(QCoro::Task<> fetch, FTPFileInfo file);
+    QCoro::Task<> fetch(FTPFileInfo file);
+    void count(const FTPFileInfo& file);
+    void showProgress(qint64 bytes);
+    void showNumber();
+    QString planned() const;
+    bool isCaptionLost(const QString& name) const;
+
+    FetchParts m_parts;
+    FetchPlan m_plan;
+    Care m_care;
+    Overtaking::Mark m_mark;
+    qint64 m_bytesPlanned = 0;
+    qint64 m_bytesDone = 0;
+    qint64 m_number = 0; ///< of the file under way, from 1
+    qint64 m_metadataDone = 0;
+    int m_failuresInARow = 0;
+    QStringList m_failed;
+    QStringList m_images;
+};
+
+} // namespace ostrelle

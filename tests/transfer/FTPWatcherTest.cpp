@@ -1,0 +1,358 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/remote/FTPWatcher.h"
+
+#include "standins/MemoryDefaults.h"
+#include "support/Await.h"
+#include "support/RecordingLog.h"
+#include "support/VirtualClock.h"
+#include "transfer/ftp/FTPError.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <map>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+using std::chrono::seconds;
+
+namespace {
+
+/// A folder on a server.
+struct RemoteFolder {
+    struct File {
+        QByteArray bytes;
+        QByteArray sent = {}; ///< what really comes, if not all
+        int failures = 0;     ///< of its next downloads
+    };
+
+    std::map<QString, File> files;
+    bool isReachable = true;
+    bool isStable = true;
+    QStringList calls; ///< listings, waits and downloads in their order
+    std::function<void(const QString& name)> onDownload;
+};
+
+/// A client of that folder.
+class FolderClient : public FileTransferClient {
+public:
+    explicit FolderClient(RemoteFolder& folder) : m_folder(folder) {}
+
+    QCoro::Task<QList<FTPFileInfo>> listFiles() override {
+        m_folder.calls.append(u"list"_s);
+        if (!m_folder.isReachable) {
+            throw FTPError(FTPError::Case::cannotOpenStream);
+        }
+        QList<FTPFileInfo> entries;
+        for (const auto& [name, file] : m_folder.files) {
+            entries.append({.name = name, .size = file.bytes.size(), .isDirectory = false});
+        }
+        co_return entries;
+    }
+    QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
+                                       DownloadProgress progress) override {
+        m_folder.calls.append(name);
+        if (m_folder.onDownload) {
+            m_folder.onDownload(name);
+        }
+        RemoteFolder::File& remote = m_folder.files.at(name);
+        if (remote.failures-- > 0) {
+            throw FTPError(FTPError::Case::readError);
+        }
+        const QByteArray bytes = remote.sent.isEmpty() ? remote.bytes : remote.sent;
+        QFile file(target.path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        progress(bytes.size());
+        co_return Download{.bytes = bytes.size(), .failure = {}};
+    }
+    QCoro::Task<bool> testConnection() override { co_return true; }
+    QCoro::Task<qint64> fileSize(QString) override { co_return 0; }
+    QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds,
+                                             std::chrono::milliseconds) override {
+        co_return {
+            .isStable = m_folder.isStable, .hasChanged = false, .size = m_folder.files.at(name).bytes.size()};
+    }
+    QCoro::Task<bool> waitForBatchStable(QStringList names, std::chrono::milliseconds,
+                                         std::chrono::milliseconds) override {
+        m_folder.calls.append(u"wait for "_s + names.join(u' '));
+        co_return bool(m_folder.isStable);
+    }
+
+private:
+    RemoteFolder& m_folder;
+};
+
+class FTPWatcherTest : public testing::Test {
+protected:
+    FTPWatcherTest() {
+        qputenv("XDG_DATA_HOME", home.path().toUtf8()); // of the trash
+        QObject::connect(&status, &StatusStore::ftpStatusMessageChanged, &status,
+                         [this] { texts.append(status.ftpStatusMessage().value_or(QString())); });
+    }
+    ~FTPWatcherTest() override { qunsetenv("XDG_DATA_HOME"); }
+
+    std::unique_ptr<FTPWatcher> watcher() {
+        return std::make_unique<FTPWatcher>(std::make_unique<FolderClient>(remote), folder.path(),
+                                            FTPWatcherParts{.status = status,
+                                                            .manifest = manifest,
+                                                            .ledger = ledger,
+                                                            .clock = clock,
+                                                            .log = log,
+                                                            .access = access,
+                                                            .threads = threads});
+    }
+    NewFiles keeper() {
+        return [this](const QStringList& images) {
+            ++handings;
+            handed.clear();
+            for (const QString& image : images) {
+                handed.append(QFileInfo(image).fileName());
+            }
+        };
+    }
+    /// One poll of a watcher.
+    void poll(FTPWatcher& ftp) {
+        texts.clear();
+        remote.calls.clear();
+        ftp.start(seconds(10), keeper());
+        await(ftp.finished());
+    }
+    void poll() {
+        const auto ftp = watcher();
+        poll(*ftp);
+        ftp->stop();
+    }
+    void pollAgain() {
+        remote.calls.clear();
+        clock.advance(seconds(10));
+        await(current->finished());
+    }
+    void put(const QString& name, const QByteArray& bytes) const {
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    QByteArray local(const QString& name) const {
+        QFile file(folder.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+    }
+    void markCaptioned(const QString& name) {
+        put(name, "captioned");
+        await(manifest.markProcessed(folder.filePath(name)));
+    }
+    QStringList filesInFolder() const {
+        return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+
+    QTemporaryDir folder;
+    QTemporaryDir home;
+    VirtualClock clock;
+    RecordingLog log;
+    MemoryDefaults defaults;
+    StatusStore status{defaults, clock};
+    UnsandboxedAccess access;
+    FolderThreads threads;
+    AppEvents events;
+    ProcessedFilesManifest manifest{home.filePath(u"manifest.json"_s), threads, clock, log, events};
+    FetchLedger ledger{clock};
+    RemoteFolder remote;
+    std::unique_ptr<FTPWatcher> current;
+    QStringList texts;
+    QStringList handed;
+    int handings = 0;
+};
+
+} // namespace
+
+TEST_F(FTPWatcherTest, FetchesSidecarsFirstAndHandsTheImagesOn) {
+    remote.files = {{u"IMG_1.CR2"_s, {"raw 1"}},
+                    {u"IMG_1.xmp"_s, {"sidecar"}},
+                    {u"IMG_2.jpg"_s, {"jpeg"}},
+                    {u"a.txt"_s, {"?"}}};
+    poll();
+    EXPECT_EQ(remote.calls, QStringList({u"list"_s, u"wait for IMG_1.xmp IMG_1.CR2 IMG_2.jpg"_s, u"list"_s,
+                                         u"IMG_1.xmp"_s, u"IMG_1.CR2"_s, u"IMG_2.jpg"_s}));
+    EXPECT_EQ(texts,
+              QStringList({u"Checking FTP server..."_s,
+                           u"Found 2 new image files and 1 new metadata file. Downloading 0/3..."_s,
+                           u"Waiting for batch to finish uploading..."_s,
+                           u"Found 2 new image files and 1 new metadata file. Downloading 1/3..."_s,
+                           u"Found 2 new image files and 1 new metadata file. Downloading 2/3..."_s,
+                           u"Found 2 new image files and 1 new metadata file. Downloading 3/3..."_s,
+                           u"Downloaded 2 new image files and 1 new metadata file. All caught up!"_s}));
+    EXPECT_EQ(handed, QStringList({u"IMG_1.CR2"_s, u"IMG_2.jpg"_s}));
+    EXPECT_EQ(filesInFolder(), QStringList({u"IMG_1.CR2"_s, u"IMG_1.xmp"_s, u"IMG_2.jpg"_s}));
+    EXPECT_EQ(local(u"IMG_1.xmp"_s), "sidecar");
+    EXPECT_EQ(status.ftpFilesFound(), 2);
+    EXPECT_EQ(status.ftpFilesDownloaded(), 3);
+    EXPECT_EQ(status.ftpImagesDownloaded(), 2);
+    EXPECT_EQ(status.ftpMetadataDownloaded(), 1);
+    EXPECT_EQ(status.ftpBytesDownloaded(), 16);
+    EXPECT_EQ(status.ftpDownloadProgress(), 1.0);
+    EXPECT_FALSE(status.ftpIsChecking() || status.ftpIsDownloading());
+    EXPECT_TRUE(log.has(u"Skipped non-image files:\na.txt (ext: txt)"_s));
+    poll();
+    EXPECT_EQ(remote.calls, QStringList{u"list"_s});
+    EXPECT_EQ(texts.last(), u"No new files"_s);
+    EXPECT_EQ(handings, 2);
+    EXPECT_TRUE(handed.isEmpty());
+}
+
+TEST_F(FTPWatcherTest, SaysHowAPollWithoutImagesEnds) {
+    poll();
+    EXPECT_EQ(texts.last(), u"Directory is empty"_s);
+    EXPECT_EQ(handings, 1);
+    remote.files = {{u"IMG_1.xmp"_s, {"sidecar"}}};
+    poll();
+    EXPECT_EQ(texts.last(), u"Directory is empty"_s);
+    EXPECT_EQ(local(u"IMG_1.xmp"_s), "sidecar");
+    remote.files = {{u"IMG_1.jpg"_s, {"jpeg"}}};
+    remote.isStable = false;
+    poll();
+    EXPECT_EQ(texts.last(), u"Batch upload incomplete, will retry"_s);
+    EXPECT_EQ(handings, 2);
+    remote.isReachable = false;
+    poll();
+    EXPECT_EQ(texts.last(), u"Error: Cannot open FTP stream"_s);
+    EXPECT_EQ(handings, 2);
+    status.setIsProcessing(true);
+    poll();
+    EXPECT_TRUE(remote.calls.isEmpty());
+}
+
+TEST_F(FTPWatcherTest, ACaptionedLocalCopyIsNeverReplaced) {
+    for (const QString& name : {u"IMG_1.CR2"_s, u"IMG_2.RAF"_s, u"IMG_3.CR2"_s}) {
+        markCaptioned(name);
+    }
+    put(u"IMG_1.xmp"_s, "caption 1");
+    put(u"IMG_2.xmp"_s, "caption 2");
+    ASSERT_TRUE(QFile::remove(folder.filePath(u"IMG_3.CR2"_s)));
+    remote.files = {{u"IMG_1.CR2"_s, {"another size"}},
+                    {u"IMG_1.xmp"_s, {"another"}},
+                    {u"IMG_2.xmp"_s, {"new"}},
+                    {u"IMG_3.CR2"_s, {"again"}}};
+    poll();
+    EXPECT_EQ(local(u"IMG_1.CR2"_s), "captioned");
+    EXPECT_EQ(local(u"IMG_1.xmp"_s), "caption 1");
+    EXPECT_EQ(local(u"IMG_2.xmp"_s), "new") << "sidecars of RAF images are protected by their size alone";
+    EXPECT_EQ(local(u"IMG_3.CR2"_s), "again") << "it was gone";
+    EXPECT_EQ(handed, QStringList{u"IMG_3.CR2"_s});
+    const QString trash = home.filePath(u"Trash/files/IMG_2.xmp"_s);
+    EXPECT_TRUE(QFile::exists(trash) || QFile::exists(folder.filePath(u"IMG_2.xmp.replaced"_s)));
+}
+
+TEST_F(FTPWatcherTest, AShortFileNeverGetsItsName) {
+    remote.files = {{u"IMG_1.jpg"_s, {.bytes = "whole", .sent = "who"}},
+                    {u"IMG_2.jpg"_s, {"jpeg"}},
+                    {u"IMG_3.jpg"_s, {""}}};
+    current = watcher();
+    poll(*current);
+    EXPECT_EQ(filesInFolder(), QStringList{u"IMG_2.jpg"_s});
+    EXPECT_EQ(handed, QStringList{u"IMG_2.jpg"_s});
+    EXPECT_EQ(texts.last(), u"Downloaded 1 new image file. Could not fetch IMG_1.jpg, will try again."_s);
+    EXPECT_TRUE(log.has(u"[FTPWatcher] Could not fetch IMG_1.jpg: 3 of 5 bytes have come."_s));
+    remote.files[u"IMG_1.jpg"_s].sent.clear();
+    pollAgain();
+    EXPECT_EQ(remote.calls, QStringList{u"list"_s}) << "it is set aside";
+    remote.files[u"IMG_1.jpg"_s].bytes = "longer";
+    pollAgain();
+    EXPECT_EQ(local(u"IMG_1.jpg"_s), "longer") << "it has another size";
+    EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
+}
+
+TEST_F(FTPWatcherTest, WhatWasFetchedAndNotHandedOnIsNotForgotten) {
+    for (int number = 1; number <= 4; ++number) {
+        remote.files[u"IMG_%1.jpg"_s.arg(number)] = {.bytes = "jpeg", .failures = number == 1 ? 0 : 1};
+    }
+    current = watcher();
+    poll(*current);
+    EXPECT_EQ(texts.last(), u"Error: Error reading from FTP server"_s) << "three failures in a row";
+    EXPECT_EQ(handings, 0);
+    put(u"IMG_2.jpg"_s, "jpeg"); // as of a program that was killed
+    pollAgain();
+    EXPECT_EQ(handed, QStringList({u"IMG_1.jpg"_s, u"IMG_2.jpg"_s}));
+    clock.advance(seconds(50));
+    pollAgain();
+    EXPECT_EQ(handed, QStringList({u"IMG_3.jpg"_s, u"IMG_4.jpg"_s})) << "a minute later";
+}
+
+TEST_F(FTPWatcherTest, AStoppedWatcherBeginsNoFurtherFile) {
+    remote.files = {{u"IMG_1.jpg"_s, {"jpeg"}}, {u"IMG_2.jpg"_s, {"jpeg"}}};
+    const auto first = watcher();
+    const auto second = watcher();
+    remote.onDownload = [&](const QString&) {
+        first->stop();
+        second->start(seconds(10), keeper());
+    };
+    poll(*first);
+    EXPECT_EQ(remote.calls.last(), u"IMG_1.jpg"_s);
+    EXPECT_EQ(local(u"IMG_1.jpg"_s), "jpeg");
+    EXPECT_EQ(status.ftpStatusMessage(), std::nullopt);
+    EXPECT_TRUE(log.has(u"[FTPWatcher] Skipping poll - download/processing already in progress"_s));
+    EXPECT_EQ(handings, 0);
+    remote.onDownload = nullptr;
+    clock.advance(seconds(10));
+    await(second->finished());
+    EXPECT_EQ(handed, QStringList({u"IMG_1.jpg"_s, u"IMG_2.jpg"_s}));
+    second->stop();
+}
+
+TEST_F(FTPWatcherTest, AFullDownloadFetchesWhatDiffersAndKeepsTheOld) {
+    markCaptioned(u"IMG_1.jpg"_s);
+    put(u"IMG_2.jpg"_s, "same");
+    remote.files = {{u"IMG_1.jpg"_s, {"of the server"}}, {u"IMG_2.jpg"_s, {"SAME"}}};
+    const auto ftp = watcher();
+    await(ftp->downloadAllFiles(keeper()));
+    EXPECT_EQ(remote.calls, QStringList({u"list"_s, u"IMG_1.jpg"_s})) << "it waits for nothing";
+    EXPECT_EQ(local(u"IMG_1.jpg"_s), "of the server");
+    EXPECT_EQ(local(u"IMG_2.jpg"_s), "same");
+    EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
+    EXPECT_EQ(texts.first(), u"Downloading all files from FTP server..."_s);
+    EXPECT_TRUE(QFile::exists(home.filePath(u"Trash/files/IMG_1.jpg"_s)) ||
+                QFile::exists(folder.filePath(u"IMG_1.jpg.replaced"_s)));
+    await(ftp->downloadAllFiles(keeper()));
+    EXPECT_EQ(handings, 1);
+    EXPECT_EQ(texts.last(), u"No new files"_s);
+    remote.isReachable = false;
+    await(ftp->downloadAllFiles(keeper()));
+    EXPECT_EQ(texts.last(), u"Error: Cannot open FTP stream"_s);
+}
+
+TEST(ServerFiles, AServerDoesNotDecideWhereFilesGo) {
+    const QStringList bad = {u"../x.jpg"_s,
+                             u"/etc/x.jpg"_s,
+                             u"a\\x.jpg"_s,
+                             u".x.jpg"_s,
+                             u"a\nx.jpg"_s,
+                             u"a\0x.jpg"_s,
+                             u"a\u0085x.jpg"_s,
+                             QString(252, u'x') + u".jpg"_s,
+                             QString(126, u'\u00FC') + u".jpg"_s};
+    QList<FTPFileInfo> listing;
+    for (const QString& name : bad) {
+        listing.append({.name = name, .size = 1, .isDirectory = false});
+    }
+    const ServerFiles files = sortListing(listing, NameRules::exact);
+    EXPECT_EQ(files.refused.size(), bad.size());
+    EXPECT_TRUE(files.images.isEmpty());
+}
+
+TEST(ServerFiles, OfTwoNamesThatAreOneTheFirstCounts) {
+    const QList<FTPFileInfo> listing = {{u"photos.jpg"_s, 1, true},
+                                        {u"IMG.XMP"_s, 1, false},
+                                        {u"\u00FC.jpg"_s, 1, false},
+                                        {u"u\u0308.JPG"_s, 1, false},
+                                        {u"\u00FC.jpg"_s, 2, false}};
+    const ServerFiles exact = sortListing(listing, NameRules::exact);
+    EXPECT_EQ(exact.images.size(), 2);
+    EXPECT_EQ(exact.metadata.size(), 1);
+    const ServerFiles folding = sortListing(listing, NameRules::folding);
+    EXPECT_EQ(folding.images, QList<FTPFileInfo>({{u"\u00FC.jpg"_s, 1, false}}));
+    EXPECT_EQ(folding.refused.size(), 2);
+}
+
+} // namespace ostrelle
