@@ -20,13 +20,13 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .notificationCenter = m_notificationCenter,
                   .alerts = m_alerts,
                   .events = m_events,
-                  .remote = m_remote,
+                  .makeStream = [this](const FtpAddress& address) { return m_streams.make(address); },
                   .access = m_access,
                   .clock = m_clock,
                   .console = m_console,
                   .errors = m_errors})
     , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })
-    , m_notThereYet(m_remote, m_events, m_captions.settings, m_alerts, m_console)
+    , m_notThereYet(m_events, m_captions.settings, m_alerts, m_console)
     , m_ending(std::move(ending)) {}
 
 ShellParts DesktopProgram::shellParts() {

@@ -13,6 +13,7 @@
 #include "shell/desktop/DesktopAlerts.h"
 #include "shell/desktop/DesktopFileChooser.h"
 #include "shell/desktop/DesktopWorkspace.h"
+#include "transfer/ftp/CurlFtpStreams.h"
 
 #include <QCoroTask>
 #include <functional>
@@ -46,7 +47,7 @@ private:
     DesktopFileChooser m_files{m_defaults};
     DesktopWorkspace m_workspace{m_console};
     AppEvents m_events;
-    AbsentRemoteSource m_remote;
+    CurlFtpStreams m_streams;
     UnsandboxedAccess m_access;
     SystemClock m_clock;
     CaptionProgram m_captions;

@@ -13,20 +13,12 @@ QCoro::Task<> show(Alerts& alerts, Alert alert) {
 
 } // namespace
 
-NotThereYet::NotThereYet(const AbsentRemoteSource& remote, const AppEvents& events, SettingsStore& settings,
-                         Alerts& alerts, PlainLog& console)
+NotThereYet::NotThereYet(const AppEvents& events, const SettingsStore& settings, Alerts& alerts,
+                         PlainLog& console)
     : m_settings(settings), m_alerts(alerts), m_news([&console](const QString& words) {
         console.print(u"[AppDelegate] Cannot tell what is not there yet: "_s + words);
     }) {
-    connect(&remote, &AbsentRemoteSource::wanted, this, &NotThereYet::tellOfDownloads);
-    connect(&events, &AppEvents::triggerManualFTPDownload, this, &NotThereYet::tellOfDownloads);
     connect(&events, &AppEvents::photoMechanicSettingChanged, this, &NotThereYet::tellOfPhotoMechanic);
-}
-
-void NotThereYet::tellOfDownloads() {
-    m_settings.setAutoMode(m_settings.autoMode() && m_settings.sourceType() == SourceType::local);
-    tell(u"This version of Ostrelle Captions cannot download from an FTP server yet. Let another program "
-         "download the images into a folder, and choose that folder as the source."_s);
 }
 
 void NotThereYet::tellOfPhotoMechanic() {

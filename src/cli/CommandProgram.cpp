@@ -24,7 +24,7 @@ CommandProgram::CommandProgram(const Options& givenOptions, const AppFolders& fo
                 .notificationCenter = m_notificationCenter,
                 .alerts = m_alerts,
                 .events = m_events,
-                .remote = m_remote,
+                .makeStream = [this](const FtpAddress& address) { return m_streams.make(address); },
                 .access = m_access,
                 .clock = m_clock,
                 // The pipeline's log lines are optional.

@@ -11,19 +11,13 @@
 #include "platform/SystemClock.h"
 #include "product/AppFolders.h"
 #include "program/CaptionProgram.h"
+#include "transfer/ftp/CurlFtpStreams.h"
 
 #include <QCoroTask>
 #include <QSet>
 #include <QString>
 
 namespace ostrelle {
-
-/// No server: the command line only watches folders.
-class NoRemoteSource : public RemoteSource {
-public:
-    void start() override {}
-    void stop() override {}
-};
 
 /// The composition root of `ostrelle-caption`.
 class CommandProgram {
@@ -58,7 +52,7 @@ private:
     DesktopNotificationCenter m_notificationCenter{{applicationName, applicationIdentifier}};
     TerminalAlerts m_alerts{errors};
     AppEvents m_events;
-    NoRemoteSource m_remote;
+    CurlFtpStreams m_streams;
     UnsandboxedAccess m_access;
     SystemClock m_clock;
     QSet<QString> m_warnings; ///< printed so far

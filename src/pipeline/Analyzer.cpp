@@ -28,6 +28,11 @@ QCoro::Task<ImageOutcome> Analyzer::captionWatched(ImageRequest request) {
     return captionInTurn(request);
 }
 
+QCoro::Task<ImageOutcome> Analyzer::captionDownloaded(QString file) {
+    return captionInTurn(
+        {.file = file, .seenAt = m_parts.clock.now(), .sender = ImageRequest::Sender::server});
+}
+
 QCoro::Task<ImageOutcome> Analyzer::captionInTurn(ImageRequest request) {
     ImageOutcome image;
     {

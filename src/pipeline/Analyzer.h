@@ -35,6 +35,10 @@ public:
     /// still as the scan saw it. An image that needs no further attempt is in the manifest afterwards.
     QCoro::Task<ImageOutcome> captionWatched(ImageRequest request);
 
+    /// As analyzeSingle() for an image that was fetched from a server. One that needs no further attempt is
+    /// in the manifest afterwards.
+    QCoro::Task<ImageOutcome> captionDownloaded(QString file);
+
     /// Gathers the facts of the image, asks the model and writes the caption, without waiting for a turn.
     /// Throws the failure, such as an AnalyzerError with the code missingKey when no API key is stored.
     QCoro::Task<ImageOutcome> analyzeImage(QString file);

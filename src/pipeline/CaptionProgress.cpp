@@ -23,6 +23,22 @@ void CaptionProgress::expectImage(qint64 number, qint64 total) {
     m_status.setCurrentFileIndex(number);
 }
 
+void CaptionProgress::expectDownloaded(qint64 number, qint64 total) {
+    if (m_isRunUnderWay) {
+        return;
+    }
+    expectImage(number, total);
+    m_status.setIsProcessing(true);
+}
+
+void CaptionProgress::endDownloaded() {
+    if (m_isRunUnderWay || m_imagesUnderWay > 0) {
+        return;
+    }
+    m_clearing.reset();
+    clear();
+}
+
 void CaptionProgress::beginImage(const QString& name) {
     ++m_imagesUnderWay;
     m_log.print(u"[Analyzer] ⚡️ Setting isProcessing=true for "_s + name);

@@ -30,6 +30,11 @@ public:
     /// The next image is number `number` of `total`, counted from 1. With more than one, the progress stays
     /// on show between images, until one fails or clear() is called.
     void expectImage(qint64 number, qint64 total);
+    /// The same for a file from a server, which counts as being captioned from now on. Does nothing while a
+    /// run shows its progress.
+    void expectDownloaded(qint64 number, qint64 total);
+    /// Clears the progress of such files, unless others are under way.
+    void endDownloaded();
     void beginImage(const QString& name);
     /// Ends an image that began: counts it and shows its outcome. With a single image, or after a failure,
     /// the progress is cleared when the linger is over, unless another image or run is then under way; at

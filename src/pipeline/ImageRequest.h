@@ -14,7 +14,8 @@ namespace ostrelle {
 struct ImageRequest {
     enum class Sender {
         user,
-        autoMode, ///< has checked for a roster, and tries a changed image again
+        server,   ///< has fetched the image; once captioned, it goes into the manifest
+        autoMode, ///< the same, but has checked for a roster, and tries a changed image again
     };
 
     QString file;

@@ -211,7 +211,7 @@ OutcomeKind ImageRun::kindOf(const std::exception_ptr& failure) const {
 /// to judge that caption: it may be the stub of an ingest tool's preset.
 bool ImageRun::isCaptionEdited(const OvertakenError& error) const {
     using Case = OvertakenError::Case;
-    const bool isUsers = m_request.sender == ImageRequest::Sender::user;
+    const bool isUsers = m_request.sender != ImageRequest::Sender::autoMode;
     return error.kind() == Case::captionEdited ||
            (error.kind() == Case::captionAndFactsEdited && (isUsers || m_isAnswered));
 }

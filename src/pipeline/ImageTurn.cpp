@@ -33,7 +33,7 @@ QCoro::Task<ImageOutcome> ImageTurn::execute() {
         co_await recordCaptioned(m_claim, m_parts.clock.now());
     }
     // While the image is still claimed: otherwise another program's scan could caption it again.
-    if (m_request.sender == Sender::autoMode && isDone(ended.kind)) {
+    if (m_request.sender != Sender::user && isDone(ended.kind)) {
         co_await attempt(m_parts.manifest.markProcessed(m_request.file, ended.imageStamp));
     }
     co_return ended;

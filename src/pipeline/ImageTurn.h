@@ -23,7 +23,8 @@ public:
     ImageTurn(const ImageTurn&) = delete;
     ImageTurn& operator=(const ImageTurn&) = delete;
 
-    /// An image of auto mode that needs no further attempt is in the manifest afterwards. Does not throw.
+    /// An image of auto mode or from a server that needs no further attempt is in the manifest afterwards.
+    /// Does not throw.
     QCoro::Task<ImageOutcome> execute();
 
 private:

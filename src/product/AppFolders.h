@@ -26,6 +26,9 @@ struct AppFolders {
     /// The record of captioned files.
     QString manifestFile() const { return manifest + QStringLiteral("/processed_files.json"); }
 
+    /// What comes from a server, if the user has chosen no other folder.
+    QString downloads() const { return data + QStringLiteral("/FTPDownloads"); }
+
     /// Decides which program captions an image.
     QString claimsFile() const { return manifest + QStringLiteral("/claims"); }
 

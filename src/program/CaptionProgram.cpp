@@ -42,11 +42,33 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .log = given.console,
             .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); },
             .onFailure = [this](const ImageOutcome& image) { analyzer.announceFailure(image); }})
+    , downloads({.manifest = manifest,
+                 .tracker = tracker,
+                 .progress = progress,
+                 .status = status,
+                 .notifications = notifications,
+                 .turns = turns,
+                 .access = access,
+                 .threads = threads,
+                 .clock = clock,
+                 .log = given.console,
+                 .captioning = [this](const QString& file) { return analyzer.captionDownloaded(file); }})
+    , server({.settings = settings,
+              .status = status,
+              .manifest = manifest,
+              .images = downloads,
+              .makeStream = given.makeStream,
+              .access = access,
+              .threads = threads,
+              .clock = clock,
+              .log = given.console,
+              .usualFolder = given.folders.downloads(),
+              .onPolled = [this] { autoMode.restartCountdown(); }})
     , autoMode({.settings = settings,
                 .status = status,
                 .defaults = given.defaults,
                 .scan = scan,
-                .remote = given.remote,
+                .remote = server,
                 .notifications = notifications,
                 .threads = threads,
                 .clock = clock,
@@ -56,6 +78,8 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
         status.setManifestFailure(failure.isEmpty() ? std::nullopt : std::optional(failure));
     };
     QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, showManifestFailure);
+    QObject::connect(&given.events, &AppEvents::triggerManualFTPDownload, &status,
+                     [this] { server.downloadAll(); });
 }
 
 AnalyzerParts CaptionProgram::analyzerParts() {
@@ -81,7 +105,9 @@ AnalyzerParts CaptionProgram::analyzerParts() {
 QCoro::Task<> CaptionProgram::finishWork() {
     turns.close();
     autoMode.updateAutoMode(false, settings.sourceType(), std::nullopt);
+    server.abandon();
     co_await scan.finished();
+    co_await server.finished();
     co_await turns.idle();
     co_await prompts.finishPending();
     co_await endsWithin(settings.pathsSettled(), clock, sharePatience);

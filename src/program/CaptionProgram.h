@@ -9,6 +9,7 @@
 #include "product/ServiceEndpoints.h"
 #include "promptserver/PromptServer.h"
 #include "transfer/AutoModeController.h"
+#include "transfer/remote/ServerSource.h"
 
 #include <QCoroTask>
 #include <chrono>
@@ -27,7 +28,7 @@ struct ProgramSurroundings {
     NotificationCenter& notificationCenter;
     Alerts& alerts;
     AppEvents& events;
-    RemoteSource& remote;
+    FtpStreamMaker makeStream; ///< from FTP servers
     FileAccess& access;
     Clock& clock;
     PlainLog& console;
@@ -77,6 +78,8 @@ public:
     Analyzer analyzer;
     ProcessingTracker tracker{clock};
     LocalFolderScan scan;
+    DownloadedImages downloads;
+    ServerSource server;
     AutoModeController autoMode;
 
 private:

@@ -13,7 +13,7 @@
 #include "state/StatusStore.h"
 #include "transfer/AutoModeRequirements.h"
 #include "transfer/LocalFolderScan.h"
-#include "transfer/RemoteSource.h"
+#include "transfer/remote/RemoteSource.h"
 
 #include <QCoroTask>
 #include <QObject>

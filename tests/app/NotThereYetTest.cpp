@@ -12,22 +12,13 @@ using namespace Qt::StringLiterals;
 
 TEST(NotThereYet, WhatIsAskedForIsRefusedInWordsAndNotLeftOn) {
     ShellWorld world;
-    AbsentRemoteSource remote;
-    NotThereYet notThereYet(remote, world.events, world.settings, world.alerts, world.console);
+    NotThereYet notThereYet(world.events, world.settings, world.alerts, world.console);
     const auto newsAfter = [&](const auto& act) {
         world.alerts.shown.clear();
         act();
         await(notThereYet.finished());
         return world.alerts.shown.isEmpty() ? QString() : world.alerts.shown.first().text;
     };
-
-    world.settings.setSourceType(SourceType::ftp);
-    world.settings.setAutoMode(true);
-    EXPECT_TRUE(newsAfter([&] { remote.start(); }).contains(u"cannot download from an FTP server yet"_s));
-    EXPECT_FALSE(world.settings.autoMode());
-    EXPECT_TRUE(newsAfter([&] {
-                    Q_EMIT world.events.triggerManualFTPDownload();
-                }).contains(u"cannot download from an FTP server yet"_s));
 
     world.settings.setLaunchWithPhotoMechanic(true);
     EXPECT_TRUE(newsAfter([&] {

@@ -111,7 +111,7 @@ struct ComposedProgram {
                 .notificationCenter = notificationCenter,
                 .alerts = alerts,
                 .events = events,
-                .remote = remote,
+                .makeStream = [this](const FtpAddress& address) { return makeStream(address); },
                 .access = access,
                 .clock = clock,
                 .console = console,
@@ -128,7 +128,8 @@ struct ComposedProgram {
     AnsweredAlerts alerts;
     AppEvents events;
     RecordingNotifications notificationCenter;
-    RecordingRemote remote;
+    RecordingRemote remote; ///< for a controller of the test's own
+    FtpStreamMaker makeStream = [](const FtpAddress&) { return nullptr; };
     CaptionProgram program{surroundings()};
     SettingsStore& settings = program.settings;
     StatusStore& status = program.status;

@@ -208,7 +208,7 @@ TEST_F(FTPWatcherTest, SaysHowAPollWithoutImagesEnds) {
     EXPECT_EQ(handings, 1);
     remote.files = {{u"IMG_1.xmp"_s, {"sidecar"}}};
     poll();
-    EXPECT_EQ(texts.last(), u"Directory is empty"_s);
+    EXPECT_EQ(texts.last(), u"No new files"_s);
     EXPECT_EQ(local(u"IMG_1.xmp"_s), "sidecar");
     remote.files = {{u"IMG_1.jpg"_s, {"jpeg"}}};
     remote.isStable = false;

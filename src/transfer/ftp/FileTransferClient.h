@@ -16,8 +16,9 @@ namespace ostrelle {
 /// Where a downloaded file goes.
 struct DownloadTarget {
     QString path;
-    bool isSecurityScoped = false;      ///< take access to its folder for the time of the download
-    std::optional<qint64> expectedSize; ///< in bytes, if known
+    bool isSecurityScoped = false;           ///< take access to its folder for the time of the download
+    std::optional<qint64> expectedSize = {}; ///< in bytes, if known
+    std::function<bool()> isAbandoned = {};  ///< if true at any time, the download ends early
 };
 
 /// How a download ended.

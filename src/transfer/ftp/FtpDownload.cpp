@@ -133,6 +133,10 @@ QCoro::Task<> FtpDownload::readAll() {
 bool FtpDownload::hasEnough(int passes) {
     constexpr int mostPasses = 10'000;
     constexpr std::chrono::seconds longestSilence{60};
+    if (m_target.isAbandoned && m_target.isAbandoned()) {
+        m_result.failure = u"The program ends."_s;
+        return true;
+    }
     if (!m_target.expectedSize) {
         return passes > mostPasses;
     }

@@ -103,6 +103,12 @@ QCoro::Task<> DestinationFolder::bringIn(QString temporaryPath, QString name, Ol
     co_await onThreadPool(m_threads.of(m_path), move);
 }
 
+QCoro::Task<> DestinationFolder::putAway(QString name) {
+    const ScopedAccess access(m_access, m_path);
+    auto away = [path = pathOf(name)] { keep(path); };
+    co_await onThreadPool(m_threads.of(m_path), away);
+}
+
 QCoro::Task<> DestinationFolder::discard(QString temporaryPath) {
     const ScopedAccess access(m_access, m_path);
     auto remove = [temporaryPath] { QFile::remove(temporaryPath); };

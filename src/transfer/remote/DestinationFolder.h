@@ -38,6 +38,8 @@ public:
     /// where there is none, stays under its name with ".replaced" added, and a number if needed. Throws
     /// FileError.
     QCoro::Task<> bringIn(QString temporaryPath, QString name, OldFile old);
+    /// Takes an old file away like one to be kept.
+    QCoro::Task<> putAway(QString name);
     /// Removes a file that was not fetched whole.
     QCoro::Task<> discard(QString temporaryPath);
 

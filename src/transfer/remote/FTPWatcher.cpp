@@ -67,6 +67,12 @@ void FTPWatcher::stop() {
     print(u"Stopped FTP polling"_s);
 }
 
+void FTPWatcher::abandon() {
+    m_isAbandoned = true;
+    m_ends.overtake();
+    stop();
+}
+
 void FTPWatcher::beginPoll() {
     const StatusStore& status = m_parts.status;
     if (m_parts.ledger.isBusy() || status.ftpIsDownloading() || status.isProcessing()) {
@@ -107,7 +113,7 @@ QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
         co_return; // what has come is handed on by the next poll
     }
     images += run.images();
-    run.conclude(images.size(), !files.images.isEmpty());
+    run.conclude(images.size(), files.isEmpty());
     handOn(images, onNewFiles);
 }
 
@@ -135,7 +141,7 @@ QCoro::Task<bool> FTPWatcher::waitForBatch(FetchPlan* plan) {
 
 QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
     const TransferTurn turn(m_parts.ledger, co_await m_parts.ledger.enter());
-    const Overtaking::Mark mark = m_stops.mark();
+    const Overtaking::Mark mark = m_ends.mark();
     begin(u"Downloading all files from FTP server..."_s);
     const auto done = co_await attempt(downloadOnce(onComplete, mark));
     if (!done) {
@@ -157,7 +163,7 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
     if (mark.isOvertaken()) {
         co_return;
     }
-    run.conclude(run.images().size(), !files.images.isEmpty());
+    run.conclude(run.images().size(), files.isEmpty());
     if (!run.images().isEmpty()) {
         handOn(run.images(), onComplete);
     }
@@ -262,9 +268,9 @@ FetchParts FTPWatcher::fetchParts() {
             .ledger = m_parts.ledger,
             .status = m_parts.status,
             .log = m_parts.log,
-            .isCaptioned = [manifest = &m_parts.manifest](const QString& name) {
-                return manifest->isProcessedByName(name);
-            }};
+            .isCaptioned = [manifest = &m_parts.manifest](
+                               const QString& name) { return manifest->isProcessedByName(name); },
+            .isAbandoned = [this] { return m_isAbandoned; }};
 }
 
 void FTPWatcher::print(const QString& words) {

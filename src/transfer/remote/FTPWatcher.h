@@ -49,8 +49,10 @@ public:
     /// Polls at once and then at each interval. Calls `onNewFiles` at the end of each poll that has not
     /// failed, also without images. Does nothing if it is polling.
     void start(std::chrono::milliseconds interval, NewFiles onNewFiles);
-    /// A poll under way finishes its file and begins no further one.
+    /// A poll under way finishes its file and begins no further one. A full download goes on.
     void stop();
+    /// Ends all of it, and leaves no part of a file behind.
+    void abandon();
 
     /// Fetches all files whose local copy is missing or has another size, captioned or not, and calls
     /// `onComplete` with the images, if there are any. Waits for a poll under way. Does not throw.
@@ -81,7 +83,9 @@ private:
     std::unique_ptr<FileTransferClient> m_client;
     FTPWatcherParts m_parts;
     DestinationFolder m_destination;
-    Overtaking m_stops;
+    Overtaking m_stops; ///< of the polls
+    Overtaking m_ends;  ///< of everything
+    bool m_isAbandoned = false;
     NewFiles m_onNewFiles;
     std::unique_ptr<Timer> m_pollTimer;
     TaskGroup m_polls;

@@ -154,7 +154,10 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
 QCoro::Task<> FetchRun::fetch(FTPFileInfo file) {
     DestinationFolder& destination = m_parts.destination;
     const QString part = destination.temporaryPath(file.name);
-    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
+    const DownloadTarget target{.path = part,
+                                .isSecurityScoped = true,
+                                .expectedSize = file.size,
+                                .isAbandoned = m_parts.isAbandoned};
     const auto done = co_await attempt(
         m_parts.client.downloadFile(file.name, target, [this](qint64 bytes) { showProgress(bytes); }));
     if (!done || !done->failure.isEmpty() || done->bytes != file.size) {
@@ -214,7 +217,7 @@ void FetchRun::count(const FTPFileInfo& file) {
     showProgress(0);
 }
 
-void FetchRun::conclude(qsizetype images, bool hasImagesOnServer) {
+void FetchRun::conclude(qsizetype images, bool isServerEmpty) {
     StatusStore& status = m_parts.status;
     if (m_bytesPlanned >= 1 && m_bytesDone >= m_bytesPlanned) {
         status.setFtpDownloadProgress(1.0);
@@ -229,7 +232,7 @@ void FetchRun::conclude(qsizetype images, bool hasImagesOnServer) {
         status.setFtpStatusMessage(
             u"Downloaded %1%2. All caught up!"_s.arg(counted(images, u"image"_s), metadata));
     } else {
-        status.setFtpStatusMessage(hasImagesOnServer ? u"No new files"_s : u"Directory is empty"_s);
+        status.setFtpStatusMessage(isServerEmpty ? u"Directory is empty"_s : u"No new files"_s);
     }
 }
 

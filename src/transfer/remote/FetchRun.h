@@ -34,6 +34,7 @@ struct FetchParts {
     StatusStore& status;
     PlainLog& log;
     IsCaptioned isCaptioned;
+    std::function<bool()> isAbandoned; ///< the program ends: the file under way is not wanted any more
 };
 
 /// Fetches files one after the other, sidecars first, and shows how far it is. A file is fetched under a
@@ -55,7 +56,7 @@ public:
     /// failure if it is the third in a row.
     QCoro::Task<> execute();
     /// Shows what was fetched; `images` are to be captioned.
-    void conclude(qsizetype images, bool hasImagesOnServer);
+    void conclude(qsizetype images, bool isServerEmpty);
 
     /// The paths of the images that were fetched.
     const QStringList& images() const { return m_images; }

@@ -15,6 +15,8 @@ struct ServerFiles {
     QList<FTPFileInfo> metadata; ///< sidecars
     QStringList skipped;         ///< other files, each with its extension, as words for the log
     QStringList refused;         ///< images and sidecars that are not fetched, each with the reason, likewise
+
+    bool isEmpty() const { return images.isEmpty() && metadata.isEmpty(); }
 };
 
 /// Whether a file system takes names for one that differ in case or Unicode composition.

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/remote/DownloadedImages.h"
+
+#include "core/Attempt.h"
+#include "core/OnThreadPool.h"
+#include "core/Text.h"
+#include "metadata/ImageMetadata.h"
+#include "transfer/remote/DestinationFolder.h"
+
+#include <QFileInfo>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What is found of a downloaded image before it is captioned.
+struct Finding {
+    bool exists = false;
+    qint64 size = 0;
+    bool isSidecarNew = false;
+    QString sidecarFailure = {};
+};
+
+/// Makes the missing sidecar of a file that is not empty. For worker threads.
+Finding examine(const QString& path) {
+    const QFileInfo file(path);
+    Finding finding{.exists = file.exists(), .size = file.size()};
+    if (finding.size > 0) {
+        const auto made = attemptNow([&path] { return ImageMetadata(path).provideSidecar(); });
+        finding.isSidecarNew = made.valueOr(false);
+        finding.sidecarFailure = made ? QString() : made.words();
+    }
+    return finding;
+}
+
+QString nameOf(const QString& file) {
+    return QFileInfo(file).fileName();
+}
+
+} // namespace
+
+QCoro::Task<> DownloadedImages::caption(QStringList images) {
+    for (qsizetype index = 0; index < images.size() && !m_parts.turns.isClosed(); ++index) {
+        m_parts.progress.expectDownloaded(index + 1, images.size());
+        co_await process(images.at(index));
+    }
+    if (images.isEmpty()) {
+        m_parts.status.setFtpStatusMessage(std::nullopt);
+    }
+    m_parts.progress.endDownloaded();
+}
+
+QCoro::Task<> DownloadedImages::captionAll(QStringList images) {
+    print(u"Manual download completed: %1 files downloaded"_s.arg(images.size()));
+    qint64 successful = 0;
+    QStringList failed;
+    for (qsizetype index = 0; index < images.size() && !m_parts.turns.isClosed(); ++index) {
+        const QString file = images.at(index);
+        m_parts.progress.expectDownloaded(index + 1, images.size());
+        const bool wasKnown = co_await m_parts.manifest.isProcessed(file);
+        if (wasKnown) {
+            print(nameOf(file) + u" already processed, skipping"_s);
+        } else {
+            co_await process(file);
+        }
+        const bool isKnown = co_await m_parts.manifest.isProcessed(file);
+        successful += isKnown ? 1 : 0;
+        failed += isKnown ? QStringList() : QStringList{nameOf(file)};
+    }
+    m_parts.status.setFtpStatusMessage(
+        images.isEmpty()
+            ? std::nullopt
+            : std::optional(
+                  u"Finished captioning %1 file%2"_s.arg(images.size()).arg(plural(images.size()))));
+    m_parts.progress.endDownloaded();
+    if (successful + failed.size() > 0) {
+        co_await m_parts.notifications.postProcessingResult(successful, failed.size(), failed);
+        print(u"Manual FTP download notification sent: %1 successful, %2 failed"_s.arg(successful)
+                  .arg(failed.size()));
+    }
+}
+
+QCoro::Task<> DownloadedImages::process(QString file) {
+    const QString name = nameOf(file);
+    print(u"Processing downloaded file: "_s + name);
+    if (m_parts.tracker.isProcessing(name)) {
+        print(u"Already processing %1, skipping"_s.arg(name));
+        co_return;
+    }
+    const bool isKnown = co_await m_parts.manifest.isProcessed(file);
+    if (isKnown) {
+        print(name + u" already processed, skipping and cleaning up downloaded file"_s);
+        DestinationFolder folder(QFileInfo(file).path(), m_parts.threads, m_parts.access);
+        co_await attempt(folder.putAway(name));
+        co_return;
+    }
+    const ScopedAccess access(m_parts.access, QFileInfo(file).path());
+    if (access.isGranted()) {
+        print(u"Started security-scoped access for destination folder"_s);
+    }
+    const bool ready = co_await isReady(file);
+    if (ready) {
+        print(u"Starting analysis for %1 (security-scoped access: %2)"_s.arg(
+            name, access.isGranted() ? u"true"_s : u"false"_s));
+        co_await captionOne(file);
+    }
+    if (access.isGranted()) {
+        print(u"Stopped security-scoped access for destination folder"_s);
+    }
+}
+
+QCoro::Task<bool> DownloadedImages::isReady(QString file) {
+    const QString name = nameOf(file);
+    auto look = [file] { return examine(file); };
+    const Finding found = co_await onThreadPool(m_parts.threads.of(QFileInfo(file).path()), look);
+    if (!found.exists) {
+        print(u"File does not exist: "_s + file);
+        co_return false;
+    }
+    if (found.size == 0) {
+        print(u"File is empty (0 bytes), skipping: "_s + name);
+        co_return false;
+    }
+    print(u"File verified: %1, size: %2 bytes"_s.arg(name, QString::number(found.size)));
+    if (!found.sidecarFailure.isEmpty()) {
+        print(u"%1: Failed to create XMP sidecar: %2, skipping"_s.arg(name, found.sidecarFailure));
+        co_return false;
+    }
+    if (found.isSidecarNew) {
+        print(name + u": Created XMP sidecar"_s);
+    }
+    co_return true;
+}
+
+QCoro::Task<> DownloadedImages::captionOne(QString file) {
+    constexpr std::chrono::seconds rest{1};
+    const QString name = nameOf(file);
+    m_parts.tracker.begin(name);
+    co_await attempt(m_parts.clock.sleep(rest));
+    const auto outcome = co_await attempt(m_parts.captioning(file));
+    if (outcome && outcome->kind == OutcomeKind::notBegun) {
+        m_parts.tracker.release(name); // the program ends
+        co_return;
+    }
+    const bool isDone = outcome && ostrelle::isDone(outcome->kind);
+    m_parts.tracker.finish(name, isDone);
+    print(isDone ? u"✓ Successfully processed "_s + name : u"✗ Failed to process "_s + name);
+    print(u"Finished captioning %1 - %2"_s.arg(name, isDone ? u"success"_s : u"failed"_s));
+}
+
+void DownloadedImages::print(const QString& words) {
+    m_parts.log.print(u"[AppDelegate] "_s + words);
+}
+
+} // namespace ostrelle

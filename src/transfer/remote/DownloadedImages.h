@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "pipeline/CaptionProgress.h"
+#include "pipeline/CaptionTurns.h"
+#include "pipeline/ImageOutcome.h"
+#include "pipeline/ProcessingTracker.h"
+#include "platform/Clock.h"
+#include "platform/FileAccess.h"
+#include "platform/FolderThreads.h"
+#include "platform/PlainLog.h"
+#include "product/NotificationManager.h"
+#include "state/ProcessedFilesManifest.h"
+#include "state/StatusStore.h"
+
+#include <QCoroTask>
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+namespace ostrelle {
+
+/// What the captioning of downloaded images works with. All of it must outlive the tasks.
+struct DownloadedImagesParts {
+    ProcessedFilesManifest& manifest;
+    ProcessingTracker& tracker;
+    CaptionProgress& progress;
+    StatusStore& status;
+    NotificationManager& notifications;
+    CaptionTurns& turns;
+    FileAccess& access;
+    FolderThreads& threads;
+    Clock& clock;
+    PlainLog& log;
+    /// Captions one image; if it is done, it is in the manifest afterwards. In the program, this is
+    /// Analyzer::captionDownloaded().
+    std::function<QCoro::Task<ImageOutcome>(QString file)> captioning;
+};
+
+/// Captions images that were fetched from a server, strictly one after the other. For the thread of the event
+/// loop only.
+class DownloadedImages {
+public:
+    explicit DownloadedImages(DownloadedImagesParts parts) : m_parts(std::move(parts)) {}
+    DownloadedImages(const DownloadedImages&) = delete;
+    DownloadedImages& operator=(const DownloadedImages&) = delete;
+
+    /// The images of a poll, which may be none. Never throws.
+    QCoro::Task<> caption(QStringList images);
+    /// The images of a full download, of whose end the user is notified. Never throws.
+    QCoro::Task<> captionAll(QStringList images);
+
+private:
+    QCoro::Task<> process(QString file);
+    /// Whether there is something to caption; makes a missing sidecar. Each reason against it is logged.
+    QCoro::Task<bool> isReady(QString file);
+    QCoro::Task<> captionOne(QString file);
+    void print(const QString& words);
+
+    DownloadedImagesParts m_parts;
+};
+
+} // namespace ostrelle
