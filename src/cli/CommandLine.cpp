@@ -39,6 +39,8 @@ int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoin
     case Options::Command::captionFolder:
         return runFolderCommand(parsed.options, folders, endpoints);
     case Options::Command::watchFolder:
+    case Options::Command::watchServer:
+    case Options::Command::downloadServer:
         return runWatchCommand(parsed.options, folders, endpoints);
     case Options::Command::caption:
     case Options::Command::showPrompt:

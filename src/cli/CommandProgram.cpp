@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CommandProgram.h"
 
+#include "cli/SecretInput.h"
 #include "pipeline/CodeReplacements.h"
 #include "product/ApiKey.h"
 
+#include <unistd.h>
+
+#include <QDir>
 #include <QFileInfo>
 #include <chrono>
 #include <cstdio>
@@ -38,6 +42,9 @@ QString CommandProgram::missingConfiguration() const {
     }
     if (options.folder && !QFileInfo(*options.folder).isDir()) {
         return u"There is no folder at %1."_s.arg(*options.folder);
+    }
+    if (!options.into.isEmpty() && !QFileInfo(options.into).isDir()) {
+        return u"The folder %1 cannot be made."_s.arg(options.into);
     }
     if (options.command == Options::Command::showPrompt) {
         return {}; // nothing is sent, and a roster may be in the ingest folder
@@ -102,6 +109,9 @@ DefaultsStore& CommandProgram::withRunOnlyValues() {
     if (options.folder && QFileInfo(*options.folder).isDir()) {
         takeIngestFolder(*options.folder);
     }
+    if (!options.server.isEmpty()) {
+        takeServer();
+    }
     if (options.roster && QFileInfo(*options.roster).isFile()) {
         m_runOnly.set(u"codeReplacementsFile"_s, references.make(*options.roster));
     }
@@ -115,6 +125,40 @@ void CommandProgram::takeIngestFolder(const QString& folder) {
     m_runOnly.set(u"ingestFolder"_s, references.make(folder));
     m_runOnly.set(u"sourceType"_s, rawValue(SourceType::local));
     m_runOnly.set(u"autoMode"_s, isWatching);
+}
+
+/// The server replaces the one of the settings. Its folder is made if need be.
+void CommandProgram::takeServer() {
+    const PathReferences references;
+    QDir().mkpath(options.into);
+    m_runOnly.set(u"destinationFolder"_s, references.make(QFileInfo(options.into).absoluteFilePath()));
+    m_runOnly.set(u"ftpHost"_s, options.server.host());
+    m_runOnly.set(u"ftpUsername"_s, options.server.userName(QUrl::FullyDecoded));
+    m_runOnly.set(u"ftpPath"_s, options.server.path(QUrl::FullyDecoded));
+    m_runOnly.set(u"ftpPort"_s,
+                  qint64{options.server.port(static_cast<int>(defaultPort(TransferProtocol::ftp)))});
+    m_runOnly.set(u"sourceType"_s, rawValue(SourceType::ftp));
+    m_runOnly.set(u"autoMode"_s, options.command == Options::Command::watchServer);
+}
+
+bool CommandProgram::askForPassword() {
+    if (!options.passwordStdin) {
+        if (::isatty(::fileno(stdin)) != 1) {
+            errors.print(
+                u"ostrelle-caption: There is no terminal to ask for the server's password on. Give it "
+                "on standard input with: --password-stdin"_s);
+            return false;
+        }
+        errors.print(u"Password of %1 on %2 (it is not shown):"_s.arg(
+            options.server.userName(QUrl::FullyDecoded), options.server.host()));
+    }
+    const QString password = readSecret(stdin);
+    if (password.isEmpty()) {
+        errors.print(u"ostrelle-caption: No password was given."_s);
+        return false;
+    }
+    captions.settings.setFtpPassword(password);
+    return true;
 }
 
 } // namespace ostrelle

@@ -26,6 +26,8 @@ public:
     CommandProgram(const CommandProgram&) = delete;
     CommandProgram& operator=(const CommandProgram&) = delete;
 
+    /// Reads the server's password; false if none was given.
+    bool askForPassword();
     /// What is missing to caption anything; empty when nothing is.
     QString missingConfiguration() const;
     /// Prints on standard error if the names in the roster will not be used.
@@ -45,6 +47,7 @@ public:
 private:
     DefaultsStore& withRunOnlyValues();
     void takeIngestFolder(const QString& folder);
+    void takeServer();
 
     SilentLog m_silent;
     RunOnlyDefaults m_runOnly{defaults};

@@ -43,6 +43,10 @@ void addOptions(QCommandLineParser& parser) {
         {u"folder"_s, {}, u"dir"_s},
         {u"only-new"_s, {}},
         {u"watch"_s, {}, u"dir"_s},
+        {u"server"_s, {}, u"url"_s},
+        {u"into"_s, {}, u"dir"_s},
+        {u"download-all"_s, {}},
+        {u"password-stdin"_s, {}},
         {{u"h"_s, u"help"_s}, {}},
         {u"version"_s, {}},
     });
@@ -103,6 +107,35 @@ QString readFolderCommand(const QCommandLineParser& parser, Options& options) {
     return {};
 }
 
+/// --server, instead of files.
+QString readServerCommand(const QCommandLineParser& parser, Options& options) {
+    for (const QString& other : {u"folder"_s, u"watch"_s, u"only-new"_s, u"show-prompt"_s}) {
+        if (parser.isSet(other)) {
+            return u"--server excludes --%1."_s.arg(other);
+        }
+    }
+    if (!options.files.isEmpty()) {
+        return u"--server excludes files."_s;
+    }
+    options.server = QUrl(parser.value(u"server"_s), QUrl::StrictMode);
+    if (!options.server.password().isEmpty()) {
+        return u"The server's address holds a password, which others can see there. Leave it out: it is "
+               "asked for, or read from standard input with --password-stdin."_s;
+    }
+    if (options.server.scheme() != u"ftp" || options.server.host().isEmpty() ||
+        options.server.userName().isEmpty()) {
+        return u"The server's address must look like ftp://USER@HOST/PATH."_s;
+    }
+    options.into = parser.value(u"into"_s);
+    if (options.into.isEmpty()) {
+        return u"Name the folder that the server's files go into: --into DIR"_s;
+    }
+    options.command =
+        parser.isSet(u"download-all"_s) ? Options::Command::downloadServer : Options::Command::watchServer;
+    options.passwordStdin = parser.isSet(u"password-stdin"_s);
+    return {};
+}
+
 /// `key` as the first word is a command; a file of that name can be given as ./key.
 QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
@@ -124,6 +157,14 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
         options.command = Options::Command::showPrompt;
         if (options.json) {
             return u"--show-prompt and --json exclude each other."_s;
+        }
+    }
+    if (parser.isSet(u"server"_s)) {
+        return readServerCommand(parser, options);
+    }
+    for (const QString& option : {u"into"_s, u"download-all"_s, u"password-stdin"_s}) {
+        if (parser.isSet(option)) {
+            return u"--%1 belongs to --server."_s.arg(option);
         }
     }
     if (parser.isSet(u"folder"_s) || parser.isSet(u"watch"_s)) {
@@ -161,6 +202,7 @@ QString helpText() {
     return u"Usage: ostrelle-caption [options] FILE...\n"
            "       ostrelle-caption [options] --folder DIR [--only-new]\n"
            "       ostrelle-caption [options] --watch DIR\n"
+           "       ostrelle-caption [options] --server ftp://USER@HOST/PATH --into DIR [--download-all]\n"
            "       ostrelle-caption key [--clear]\n"
            "\n"
            "Writes a caption into the XMP sidecar of each RAW image and into each JPEG.\n"
@@ -168,6 +210,11 @@ QString helpText() {
            "  --folder DIR    all images of the folder, ten in a request\n"
            "  --only-new      only those that have not been captioned before\n"
            "  --watch DIR     whatever arrives in the folder without a caption, until Ctrl-C\n"
+           "  --server URL    whatever arrives on the FTP server, until Ctrl-C; the transfer is not "
+           "encrypted\n"
+           "  --into DIR      the folder that its files go into\n"
+           "  --download-all  fetch and caption all that is there, and end\n"
+           "  --password-stdin  read the server's password from standard input\n"
            "\n"
            "Options, for this run only:\n"
            "  --style STYLE   ap, getty, imagn or simple\n"

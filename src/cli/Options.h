@@ -7,19 +7,34 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <optional>
 
 namespace ostrelle {
 
 /// The parsed command line.
 struct Options {
-    enum class Command { caption, showPrompt, captionFolder, watchFolder, storeKey, clearKey, help, version };
+    enum class Command {
+        caption,
+        showPrompt,
+        captionFolder,
+        watchFolder,
+        watchServer,
+        downloadServer,
+        storeKey,
+        clearKey,
+        help,
+        version
+    };
     enum class Overwrite { asSet, always, never };
 
     Command command = Command::caption;
     QStringList files;
     std::optional<QString> folder; ///< of captionFolder and watchFolder
     FolderImages images = FolderImages::all;
+    QUrl server;                ///< an ftp address with a user, for watchServer and downloadServer
+    QString into;               ///< where its files go
+    bool passwordStdin = false; ///< read the server's password from standard input without asking
     std::optional<CaptionStyle> style;
     std::optional<Sport> sport;
     std::optional<QString> roster;

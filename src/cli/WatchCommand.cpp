@@ -4,9 +4,9 @@
 #include "cli/CommandLoop.h"
 #include "cli/CommandProgram.h"
 #include "cli/ReportPrinter.h"
+#include "core/Event.h"
 #include "platform/InterruptSignals.h"
 
-#include <QCoroSignal>
 #include <QCoroTask>
 #include <QSet>
 
@@ -18,22 +18,32 @@ namespace {
 
 /// Auto mode on the folder given on the command line.
 class WatchRun : public QObject {
-    Q_OBJECT
-
 public:
     WatchRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
         connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::print);
-        connect(&interrupts, &InterruptSignals::interrupted, this, &WatchRun::ended);
+        connect(&interrupts, &InterruptSignals::interrupted, this, [this] { m_over.happen(); });
         connect(&program.captions.manifest, &ProcessedFilesManifest::savingFailureChanged, this,
                 [&program] { program.warnOfManifest(); });
+        connect(&program.captions.status, &StatusStore::ftpStatusMessageChanged, this,
+                &WatchRun::showServerTrouble);
         connect(&program.captions.settings, &SettingsStore::autoModeChanged, this,
                 &WatchRun::endWithoutAutoMode);
     }
 
     QCoro::Task<int> run() {
-        m_program.errors.print(u"Watching %1. Ctrl-C ends it."_s.arg(*m_program.options.folder));
-        m_program.captions.autoMode.observeAutoModeSettings();
-        co_await qCoro(this, &WatchRun::ended);
+        const Options& options = m_program.options;
+        if (!options.server.isEmpty() && !m_program.askForPassword()) {
+            co_return ExitStatus::usageOrConfiguration;
+        }
+        if (options.command == Options::Command::downloadServer) {
+            m_program.captions.server.downloadAll();
+            endAfterDownload(m_program.captions.server, m_over);
+        } else {
+            m_program.errors.print(u"Watching %1. Ctrl-C ends it."_s.arg(
+                options.folder.value_or(options.server.toDisplayString())));
+            m_program.captions.autoMode.observeAutoModeSettings();
+        }
+        co_await m_over.happened();
         if (m_program.captions.status.isProcessing()) {
             m_program.errors.print(u"Finishing the images in the works. Ctrl-C again ends at once."_s);
         }
@@ -41,9 +51,6 @@ public:
         const bool isWell = isTold && m_failed.isEmpty();
         co_return isWell || m_status != ExitStatus::success ? m_status : ExitStatus::fileFailed;
     }
-
-Q_SIGNALS:
-    void ended();
 
 private:
     void print(const ImageOutcome& image) {
@@ -58,17 +65,33 @@ private:
         m_program.output.print(m_program.options.json ? reportJson(image) : reportLine(image));
     }
 
+    /// A server that cannot be reached is tried again, but the user should know.
+    void showServerTrouble() {
+        const QString message = m_program.captions.status.ftpStatusMessage().value_or(QString());
+        if (message.startsWith(u"Error: "_s) || message.contains(u"Could not fetch"_s)) {
+            m_program.errors.print(u"ostrelle-caption: "_s + message);
+            m_status = m_program.options.command == Options::Command::downloadServer ? ExitStatus::fileFailed
+                                                                                     : m_status;
+        }
+    }
+
+    static QCoro::Task<> endAfterDownload(ServerSource& server, Event over) {
+        co_await server.finished();
+        over.happen();
+    }
+
     /// Something that auto mode needs has gone away.
     void endWithoutAutoMode() {
         if (!m_program.captions.settings.autoMode()) {
             m_program.errors.print(u"ostrelle-caption: "_s +
                                    m_program.captions.status.lastMessage().value_or(u"Auto mode: Off"_s));
             m_status = ExitStatus::usageOrConfiguration;
-            Q_EMIT ended();
+            m_over.happen();
         }
     }
 
     CommandProgram& m_program;
+    Event m_over;
     ExitStatus m_status = ExitStatus::success;
     QSet<QString> m_failed; ///< files whose last attempt failed
 };
@@ -83,5 +106,3 @@ int runWatchCommand(const Options& options, const AppFolders& folders, const Ser
 }
 
 } // namespace ostrelle
-
-#include "WatchCommand.moc"

@@ -2,6 +2,7 @@
 #include "transfer/remote/FTPWatcher.h"
 
 #include "core/Attempt.h"
+#include "transfer/ftp/FTPError.h"
 
 #include <algorithm>
 #include <utility>
@@ -87,7 +88,7 @@ QCoro::Task<> FTPWatcher::poll(NewFiles onNewFiles, Overtaking::Mark mark) {
     begin(u"Checking FTP server..."_s);
     const auto done = co_await attempt(pollOnce(onNewFiles, mark));
     if (!done) {
-        fail(u"Error polling FTP: "_s, done.words(), mark);
+        fail(u"Error polling FTP: "_s, done.failure(), mark);
     }
     end(mark);
 }
@@ -145,7 +146,7 @@ QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
     begin(u"Downloading all files from FTP server..."_s);
     const auto done = co_await attempt(downloadOnce(onComplete, mark));
     if (!done) {
-        fail(u"Error downloading all files: "_s, done.words(), mark);
+        fail(u"Error downloading all files: "_s, done.failure(), mark);
     }
     end(mark);
 }
@@ -247,10 +248,13 @@ void FTPWatcher::begin(const QString& message) {
     status.setFtpBytesDownloaded(0);
 }
 
-void FTPWatcher::fail(const QString& heading, const QString& words, const Overtaking::Mark& mark) {
-    print(heading + words);
+void FTPWatcher::fail(const QString& heading, const std::exception_ptr& failure,
+                      const Overtaking::Mark& mark) {
+    const auto error = failureAs<FTPError>(failure);
+    const QString reason = error && !error->reason().isEmpty() ? u'\n' + error->reason() : QString();
+    print(heading + wordsOf(failure) + reason);
     if (!mark.isOvertaken()) {
-        m_parts.status.setFtpStatusMessage(u"Error: "_s + words);
+        m_parts.status.setFtpStatusMessage(u"Error: "_s + wordsOf(failure) + reason);
     }
 }
 

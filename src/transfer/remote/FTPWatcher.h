@@ -16,6 +16,7 @@
 #include <QString>
 #include <QStringList>
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -75,7 +76,7 @@ private:
     QCoro::Task<bool> waitForBatch(FetchPlan* plan);
     void handOn(const QStringList& images, const NewFiles& onNewFiles);
     void begin(const QString& message);
-    void fail(const QString& heading, const QString& words, const Overtaking::Mark& mark);
+    void fail(const QString& heading, const std::exception_ptr& failure, const Overtaking::Mark& mark);
     void end(const Overtaking::Mark& mark);
     FetchParts fetchParts();
     void print(const QString& words);
