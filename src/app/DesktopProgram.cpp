@@ -45,7 +45,8 @@ ShellParts DesktopProgram::shellParts() {
             .events = m_events,
             .workspace = m_workspace,
             .clock = m_captions.clock,
-            .console = m_console};
+            .console = m_console,
+            .connectionTest = [this] { return m_captions.server.testConnection(); }};
 }
 
 void DesktopProgram::quit() {

@@ -53,7 +53,8 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .events = events,
                      .workspace = workspace,
                      .clock = clock,
-                     .console = console};
+                     .console = console,
+                     .connectionTest = {}};
 };
 
 } // namespace ostrelle

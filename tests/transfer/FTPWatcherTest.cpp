@@ -69,7 +69,7 @@ public:
         progress(bytes.size());
         co_return Download{.bytes = bytes.size(), .failure = {}};
     }
-    QCoro::Task<bool> testConnection() override { co_return true; }
+    QCoro::Task<ConnectionResult> testConnection() override { co_return {}; }
     QCoro::Task<qint64> fileSize(QString) override { co_return 0; }
     QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds,
                                              std::chrono::milliseconds) override {

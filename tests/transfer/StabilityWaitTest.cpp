@@ -36,7 +36,7 @@ public:
         co_return entries;
     }
     QCoro::Task<Download> downloadFile(QString, DownloadTarget, DownloadProgress) override { co_return {}; }
-    QCoro::Task<bool> testConnection() override { co_return true; }
+    QCoro::Task<ConnectionResult> testConnection() override { co_return {}; }
     QCoro::Task<qint64> fileSize(QString) override { co_return 0; }
     QCoro::Task<Stability> waitForFileStable(QString, std::chrono::milliseconds,
                                              std::chrono::milliseconds) override {

@@ -17,7 +17,15 @@
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
 
+#include <QCoroTask>
+#include <QString>
+#include <functional>
+
 namespace ostrelle {
+
+/// Connects once to the server in the settings. Resumes with a sentence that says why that failed; empty if
+/// it did not.
+using ConnectionTest = std::function<QCoro::Task<QString>()>;
 
 /// What the windows show and act through. All of it must outlive them.
 struct ShellParts {
@@ -37,6 +45,7 @@ struct ShellParts {
     Workspace& workspace;
     Clock& clock;
     PlainLog& console;
+    ConnectionTest connectionTest;
 };
 
 } // namespace ostrelle

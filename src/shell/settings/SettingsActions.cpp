@@ -77,10 +77,9 @@ Alert clearPromptCacheQuestion() {
 
 } // namespace
 
-SettingsActions::SettingsActions(ShellParts parts, ConnectionTest connectionTest, QObject* parent)
+SettingsActions::SettingsActions(ShellParts parts, QObject* parent)
     : QObject(parent)
     , m_parts(parts)
-    , m_connectionTest(std::move(connectionTest))
     , m_questions([&console = parts.console](const QString& words) {
         console.print(u"[SettingsView] An action failed: "_s + words);
     })
@@ -189,15 +188,13 @@ void SettingsActions::testConnection() {
     if (settings.ftpHost().isEmpty() || settings.ftpUsername().isEmpty() ||
         settings.ftpPassword().isEmpty()) {
         settings.setFtpConnectionStatus(u"Please fill in all required fields"_s);
-    } else if (!m_connectionTest) {
-        settings.setFtpConnectionStatus(u"This version cannot connect to FTP servers yet."_s);
     } else {
         setRunningTest(std::make_shared<const bool>(true));
-        m_tests.spawn(runTest(this, m_connectionTest, m_runningTest));
+        m_tests.spawn(runTest(this, m_parts.connectionTest, m_runningTest));
     }
 }
 
-QCoro::Task<bool> SettingsActions::connects(ConnectionTest test) {
+QCoro::Task<QString> SettingsActions::connects(ConnectionTest test) {
     co_return co_await test(); // this also catches what it throws before its first wait
 }
 
@@ -206,8 +203,9 @@ QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTe
     if (!self || self->m_runningTest != running) {
         co_return;
     }
-    const bool succeeded = connected && *connected;
-    self->m_parts.settings.setFtpConnectionStatus(succeeded ? connectionSucceeded : u"Connection failed"_s);
+    const QString reason = connected ? *connected : connected.words();
+    self->m_parts.settings.setFtpConnectionStatus(reason.isEmpty() ? connectionSucceeded
+                                                                   : u"Connection failed\n"_s + reason);
     self->setRunningTest(nullptr);
     if (!connected) {
         connected.rethrow(); // for the log

@@ -12,9 +12,6 @@
 
 namespace ostrelle {
 
-/// Connects once to the remote server in the settings. True on success. May throw.
-using ConnectionTest = std::function<QCoro::Task<bool>()>;
-
 /// The settings' connection status after a test that succeeded. After any other it is the text to show.
 extern const QString connectionSucceeded;
 
@@ -24,8 +21,7 @@ class SettingsActions : public QObject {
     Q_OBJECT
 
 public:
-    /// Without a test, shows that the program cannot reach servers.
-    SettingsActions(ShellParts parts, ConnectionTest connectionTest, QObject* parent = nullptr);
+    explicit SettingsActions(ShellParts parts, QObject* parent = nullptr);
 
     /// Stores the key without surrounding white space; does nothing when nothing is left.
     void saveKey(const QString& entered);
@@ -58,14 +54,13 @@ private:
     static QCoro::Task<> confirmClearKey(Self self);
     static QCoro::Task<> confirmClearStatistics(Self self);
     static QCoro::Task<> confirmClearPromptCache(Self self);
-    static QCoro::Task<bool> connects(ConnectionTest test);
+    static QCoro::Task<QString> connects(ConnectionTest test);
     static QCoro::Task<> runTest(Self self, ConnectionTest test, RunningTest running);
 
     void begin(QCoro::Task<> (*question)(Self self));
     void setRunningTest(RunningTest running);
 
     ShellParts m_parts;
-    ConnectionTest m_connectionTest;
     RunningTest m_runningTest; // null when none runs, or when its result is no longer wanted
     TaskGroup m_questions;
     TaskGroup m_tests;

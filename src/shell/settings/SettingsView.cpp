@@ -42,12 +42,10 @@ protected:
 
 } // namespace
 
-SettingsView::SettingsView(ShellParts parts, QWidget* parent) : SettingsView(parts, {}, parent) {}
-
-SettingsView::SettingsView(ShellParts parts, ConnectionTest connectionTest, QWidget* parent)
+SettingsView::SettingsView(ShellParts parts, QWidget* parent)
     : QWidget(parent)
     , m_parts(parts)
-    , m_actions(parts, std::move(connectionTest))
+    , m_actions(parts)
     , m_bar(new SettingsTabBar)
     , m_pages(new QStackedWidget) {
     setObjectName(u"settings"_s);

@@ -20,7 +20,6 @@ class SettingsView : public QWidget {
 
 public:
     explicit SettingsView(ShellParts parts, QWidget* parent = nullptr);
-    SettingsView(ShellParts parts, ConnectionTest connectionTest, QWidget* parent = nullptr);
 
     /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }

@@ -4,6 +4,7 @@
 #include "core/Attempt.h"
 #include "core/OffMainThread.h"
 #include "platform/KeptLines.h"
+#include "transfer/ftp/FTPError.h"
 #include "transfer/ftp/FTPListing.h"
 #include "transfer/ftp/FtpDownload.h"
 #include "transfer/ftp/StabilityWait.h"
@@ -60,12 +61,16 @@ QCoro::Task<Download> FTPClient::downloadFile(QString name, DownloadTarget targe
     co_return co_await download.execute();
 }
 
-QCoro::Task<bool> FTPClient::testConnection() {
+/// Does not throw.
+QCoro::Task<ConnectionResult> FTPClient::testConnection() {
     const auto listing = co_await attempt(listFiles());
-    if (!listing) {
-        print(u"Connection test failed: "_s + listing.words());
+    if (listing) {
+        co_return ConnectionResult{.isGood = true};
     }
-    co_return static_cast<bool>(listing);
+    print(u"Connection test failed: "_s + listing.words());
+    const auto error = listing.failureAs<FTPError>();
+    const bool hasReason = error && !error->reason().isEmpty();
+    co_return ConnectionResult{.reason = hasReason ? error->reason() : listing.words()};
 }
 
 QCoro::Task<qint64> FTPClient::fileSize(QString name) {

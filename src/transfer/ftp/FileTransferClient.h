@@ -34,6 +34,12 @@ struct Stability {
     qint64 size = -1; ///< as last seen, in bytes; -1 if the file was never there
 };
 
+/// Whether the folder can be listed, and why not.
+struct ConnectionResult {
+    bool isGood = false;
+    QString reason = {}; ///< a sentence
+};
+
 using DownloadProgress = std::function<void(qint64 bytesSoFar)>;
 
 /// The folder of a server, whatever the protocol. Operations are independent of each other. They throw
@@ -46,8 +52,8 @@ public:
     /// Fetches a file of the folder. Calls `progress`, if there is one, about once a second and at the end.
     virtual QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
                                                DownloadProgress progress) = 0;
-    /// False if the folder cannot be listed. Does not throw.
-    virtual QCoro::Task<bool> testConnection() = 0;
+    /// Lists the folder once.
+    virtual QCoro::Task<ConnectionResult> testConnection() = 0;
     /// The size of a file of the folder, in bytes.
     virtual QCoro::Task<qint64> fileSize(QString name) = 0;
     /// Waits until the file has stopped growing.

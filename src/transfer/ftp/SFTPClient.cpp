@@ -31,9 +31,9 @@ QCoro::Task<Download> SFTPClient::downloadFile(QString, DownloadTarget, Download
     co_return {};
 }
 
-QCoro::Task<bool> SFTPClient::testConnection() {
+QCoro::Task<ConnectionResult> SFTPClient::testConnection() {
     refuse();
-    co_return false;
+    co_return {};
 }
 
 QCoro::Task<qint64> SFTPClient::fileSize(QString) {

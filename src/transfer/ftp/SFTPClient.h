@@ -17,7 +17,7 @@ public:
     QCoro::Task<QList<FTPFileInfo>> listFiles() override;
     QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
                                        DownloadProgress progress) override;
-    QCoro::Task<bool> testConnection() override;
+    QCoro::Task<ConnectionResult> testConnection() override;
     QCoro::Task<qint64> fileSize(QString name) override;
     QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds checkInterval,
                                              std::chrono::milliseconds timeout) override;

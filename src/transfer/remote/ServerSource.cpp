@@ -77,21 +77,30 @@ QString ServerSource::missingForDownload() {
     return {};
 }
 
-std::shared_ptr<FTPWatcher> ServerSource::makeWatcher() {
+QCoro::Task<QString> ServerSource::testConnection() {
+    const std::unique_ptr<FileTransferClient> client = makeClient();
+    const ConnectionResult result = co_await client->testConnection();
+    co_return result.isGood ? QString() : result.reason;
+}
+
+std::unique_ptr<FileTransferClient> ServerSource::makeClient() const {
     const SettingsStore& settings = m_parts.settings;
     FtpAccount account{.host = settings.ftpHost(),
                        .username = settings.ftpUsername(),
                        .passwordProvider = [password = settings.ftpPassword()] { return password; },
                        .path = settings.ftpPath(),
                        .port = static_cast<int>(settings.ftpPort())};
-    auto client = std::make_unique<FTPClient>(std::move(account), FtpParts{.makeStream = m_parts.makeStream,
-                                                                           .clock = m_parts.clock,
-                                                                           .log = m_parts.log,
-                                                                           .access = m_parts.access,
-                                                                           .threads = m_parts.threads,
-                                                                           .status = m_parts.status});
-    return std::make_shared<FTPWatcher>(std::move(client),
-                                        settings.destinationFolder().value_or(m_parts.usualFolder),
+    return std::make_unique<FTPClient>(std::move(account), FtpParts{.makeStream = m_parts.makeStream,
+                                                                    .clock = m_parts.clock,
+                                                                    .log = m_parts.log,
+                                                                    .access = m_parts.access,
+                                                                    .threads = m_parts.threads,
+                                                                    .status = m_parts.status});
+}
+
+std::shared_ptr<FTPWatcher> ServerSource::makeWatcher() {
+    return std::make_shared<FTPWatcher>(makeClient(),
+                                        m_parts.settings.destinationFolder().value_or(m_parts.usualFolder),
                                         FTPWatcherParts{.status = m_parts.status,
                                                         .manifest = m_parts.manifest,
                                                         .ledger = m_ledger,

@@ -49,12 +49,17 @@ public:
     /// Starts a full download, or shows in the status why it cannot.
     void downloadAll();
 
+    /// Lists the folder on the server once. Resumes with a sentence that says why that failed; empty if it
+    /// did not.
+    QCoro::Task<QString> testConnection();
+
     /// As the program ends: nothing more is fetched, and no part of a file is left behind.
     void abandon();
     /// Resumes when no transfer is under way and all images are captioned or dismissed.
     QCoro::Task<> finished() const;
 
 private:
+    std::unique_ptr<FileTransferClient> makeClient() const;
     std::shared_ptr<FTPWatcher> makeWatcher();
     QString missingForDownload();
     static QCoro::Task<> keepUntilFinished(std::shared_ptr<FTPWatcher> watcher);
