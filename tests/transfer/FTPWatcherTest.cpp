@@ -280,6 +280,18 @@ TEST_F(FTPWatcherTest, WhatWasFetchedAndNotHandedOnIsNotForgotten) {
     EXPECT_EQ(handed, QStringList({u"IMG_3.jpg"_s, u"IMG_4.jpg"_s})) << "a minute later";
 }
 
+TEST_F(FTPWatcherTest, PartsOfFilesOfAKilledProgramAreRemoved) {
+    const QString part = u".IMG_1.jpg.ostrelle-0123456789abc"_s;
+    put(part, "par");
+    QFile file(folder.filePath(part));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(
+        file.setFileTime(QDateTime::currentDateTime().addSecs(-120), QFileDevice::FileModificationTime));
+    file.close();
+    poll();
+    EXPECT_FALSE(file.exists());
+}
+
 TEST_F(FTPWatcherTest, AStoppedWatcherBeginsNoFurtherFile) {
     remote.files = {{u"IMG_1.jpg"_s, {"jpeg"}}, {u"IMG_2.jpg"_s, {"jpeg"}}};
     const auto first = watcher();

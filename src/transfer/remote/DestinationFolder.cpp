@@ -2,6 +2,7 @@
 #include "transfer/remote/DestinationFolder.h"
 
 #include "core/OnThreadPool.h"
+#include "platform/AbandonedFiles.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
 #include "platform/TemporaryFile.h"
@@ -66,6 +67,7 @@ QCoro::Task<NameRules> DestinationFolder::prepare() {
     const ScopedAccess access(m_access, m_path);
     auto work = [folder = m_path] {
         QDir().mkpath(folder);
+        removeAbandonedTemporaryFiles(folder);
         return rulesOf(folder);
     };
     co_return co_await onThreadPool(m_threads.of(m_path), work);

@@ -25,14 +25,14 @@ public:
     const QString& path() const { return m_path; }
     QString pathOf(const QString& name) const { return m_path + u'/' + name; }
 
-    /// Makes the folder, if it can, and finds out what it takes for the same name.
+    /// Makes the folder, if it can, removes what a killed program has left in it, and finds out what it takes
+    /// for the same name.
     QCoro::Task<NameRules> prepare();
     /// What lies in the folder under these names.
     QCoro::Task<QHash<QString, LocalCopy>> copiesOf(QStringList names);
     QCoro::Task<LocalCopy> copyOf(QString name);
 
-    /// A hidden path in the folder for a file that is being fetched. Left behind by a killed program, it is
-    /// removed with other temporary files.
+    /// A hidden path in the folder for a file that is being fetched.
     QString temporaryPath(const QString& name) const;
     /// Puts a fetched file in its place for good. An old file to be kept goes to the desktop's trash or,
     /// where there is none, stays under its name with ".replaced" added, and a number if needed. Throws
