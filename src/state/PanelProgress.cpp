@@ -67,11 +67,8 @@ QList<ProgressRow> progressRows(SourceType source, const StatusStore& status) {
     if (source == SourceType::local) {
         return status.isProcessing() ? localRunRows(status) : QList<ProgressRow>();
     }
-    if (status.isProcessing()) {
-        return remoteRunRows(status);
-    }
-    const bool isTransferring = status.ftpIsChecking() || status.ftpIsDownloading();
-    return isTransferring ? transferRows(status) : QList<ProgressRow>();
+    // The latest words of the server's side stay to be read until the next poll.
+    return status.isProcessing() ? remoteRunRows(status) : transferRows(status);
 }
 
 std::optional<QString> lastMessageLine(const StatusStore& status) {

@@ -23,7 +23,7 @@ struct ProgressRow {
     bool operator==(const ProgressRow&) const = default;
 };
 
-/// The main panel's rows about the run or the transfer; empty while there is neither.
+/// The main panel's rows about the run or the transfer, or how the last transfer ended.
 QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
 
 /// The last message. Nothing during a run, whose rows show it, or when it only says that auto mode is off.

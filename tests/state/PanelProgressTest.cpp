@@ -35,10 +35,11 @@ protected:
 
 TEST_F(PanelProgressTest, WhileNothingGoesOnThereIsNothingToSee) {
     status.setLastMessage(u"Done."_s);
-    status.setFtpStatusMessage(u"Idle"_s);
     status.setTotalBatchCount(3);
-    EXPECT_EQ(local(), QStringList());
     EXPECT_EQ(ftp(), QStringList());
+    status.setFtpStatusMessage(u"Error: Cannot open FTP stream"_s);
+    EXPECT_EQ(local(), QStringList());
+    EXPECT_EQ(ftp(), QStringList{u"Error: Cannot open FTP stream||"_s}) << "until the next poll";
 }
 
 TEST_F(PanelProgressTest, ALocalRunShowsItsBatches) {
