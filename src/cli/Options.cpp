@@ -122,6 +122,9 @@ QString readServerCommand(const QCommandLineParser& parser, Options& options) {
         return u"The server's address holds a password, which others can see there. Leave it out: it is "
                "asked for, or read from standard input with --password-stdin."_s;
     }
+    if (options.server.hasQuery() || options.server.hasFragment()) {
+        return u"Write \"?\" and \"#\" in the server's address as %3F and %23."_s;
+    }
     if (options.server.scheme() != u"ftp" || options.server.host().isEmpty() ||
         options.server.userName().isEmpty()) {
         return u"The server's address must look like ftp://USER@HOST/PATH."_s;

@@ -32,6 +32,7 @@ void CaptionProgress::expectDownloaded(qint64 number, qint64 total) {
 }
 
 void CaptionProgress::endDownloaded() {
+    m_isOneOfSeveral = false; // so that another image under way clears its own progress
     if (m_isRunUnderWay || m_imagesUnderWay > 0) {
         return;
     }

@@ -104,8 +104,8 @@ AnalyzerParts CaptionProgram::analyzerParts() {
 
 QCoro::Task<> CaptionProgram::finishWork() {
     turns.close();
-    autoMode.updateAutoMode(false, settings.sourceType(), std::nullopt);
     server.abandon();
+    autoMode.updateAutoMode(false, settings.sourceType(), std::nullopt);
     co_await scan.finished();
     co_await server.finished();
     co_await turns.idle();

@@ -25,7 +25,7 @@ QCoro::Task<QList<FTPFileInfo>> FTPClient::listFiles() {
     constexpr int mostPasses = 1000;
     print(u"Listing files from path: "_s + folder());
     const FtpAddress address = addressOf(folder());
-    StreamReader reader(m_parts.makeStream, address, m_parts.clock, m_parts.log);
+    StreamReader reader(m_parts, address);
     reader.create();
     print(u"Constructed URL: "_s + reader.shownAddress());
     print(u"Stream created, opening connection..."_s);
@@ -38,6 +38,9 @@ QCoro::Task<QList<FTPFileInfo>> FTPClient::listFiles() {
         bytes += reader.bytes();
     }
     print(u"Finished reading, total data size: %1 bytes"_s.arg(bytes.size()));
+    if (bytes.isEmpty() && !reader.failure().isEmpty()) {
+        throw FTPError(FTPError::Case::cannotOpenStream, reader.failure());
+    }
     if (bytes.isEmpty()) {
         print(u"Directory listing is empty - directory contains no files"_s);
         m_parts.status.setFtpStatusMessage(u"Directory is empty"_s);

@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/FileAccess.h"
-#include "platform/FolderThreads.h"
-#include "platform/PlainLog.h"
-#include "state/StatusStore.h"
 #include "transfer/ftp/FileTransferClient.h"
-#include "transfer/ftp/FtpStream.h"
+#include "transfer/ftp/FtpParts.h"
 
 #include <functional>
 
@@ -22,21 +17,13 @@ struct FtpAccount {
     int port = 21;
 };
 
-/// What the client works with. All of it must outlive the client's tasks.
-struct FtpParts {
-    FtpStreamMaker makeStream;
-    Clock& clock;
-    PlainLog& log;
-    FileAccess& access;
-    FolderThreads& threads;
-    StatusStore& status;
-};
-
 /// Fetches files over FTP. Each listing and each file is a stream of its own; no connection is kept here. For
 /// the thread of the event loop only; must outlive its tasks.
 class FTPClient : public FileTransferClient {
 public:
     FTPClient(FtpAccount account, FtpParts parts);
+
+    void abandon() override { *m_parts.isAbandoned = true; }
 
     /// Cut short without an error at 1000 passes or when the connection breaks off. Throws
     /// FTPError::invalidListing for names that are not UTF-8.

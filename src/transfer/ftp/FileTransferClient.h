@@ -18,7 +18,6 @@ struct DownloadTarget {
     QString path;
     bool isSecurityScoped = false;           ///< take access to its folder for the time of the download
     std::optional<qint64> expectedSize = {}; ///< in bytes, if known
-    std::function<bool()> isAbandoned = {};  ///< if true at any time, the download ends early
 };
 
 /// How a download ended.
@@ -47,6 +46,9 @@ using DownloadProgress = std::function<void(qint64 bytesSoFar)>;
 class FileTransferClient {
 public:
     virtual ~FileTransferClient() = default;
+
+    /// As the program ends: what is under way fails soon, and so does all that comes later.
+    virtual void abandon() {}
 
     virtual QCoro::Task<QList<FTPFileInfo>> listFiles() = 0;
     /// Fetches a file of the folder. Calls `progress`, if there is one, about once a second and at the end.

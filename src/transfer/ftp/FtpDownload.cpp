@@ -66,7 +66,7 @@ FtpDownload::FtpDownload(const FtpParts& parts, FtpAddress address, DownloadTarg
     : m_parts(parts)
     , m_target(std::move(target))
     , m_progress(std::move(progress))
-    , m_reader(parts.makeStream, std::move(address), parts.clock, parts.log)
+    , m_reader(parts, std::move(address))
     , m_file(std::make_shared<QFile>(m_target.path)) {}
 
 QCoro::Task<Download> FtpDownload::execute() {
@@ -133,10 +133,6 @@ QCoro::Task<> FtpDownload::readAll() {
 bool FtpDownload::hasEnough(int passes) {
     constexpr int mostPasses = 10'000;
     constexpr std::chrono::seconds longestSilence{60};
-    if (m_target.isAbandoned && m_target.isAbandoned()) {
-        m_result.failure = u"The program ends."_s;
-        return true;
-    }
     if (!m_target.expectedSize) {
         return passes > mostPasses;
     }

@@ -23,10 +23,17 @@ bool isOver(Status status) {
 
 } // namespace
 
-StreamReader::StreamReader(const FtpStreamMaker& makeStream, FtpAddress address, Clock& clock, PlainLog& log)
-    : m_makeStream(makeStream), m_address(std::move(address)), m_clock(clock), m_log(log) {}
+StreamReader::StreamReader(const FtpParts& parts, FtpAddress address)
+    : m_parts(parts), m_address(std::move(address)) {}
+
+void StreamReader::requireWanted() const {
+    if (*m_parts.isAbandoned) {
+        throw FTPError(FTPError::Case::readError, u"The program ends."_s);
+    }
+}
 
 void StreamReader::create() {
+    requireWanted();
     const std::optional<QString> shown = m_address.shown();
     if (!shown) {
         throw FTPError(FTPError::Case::invalidURL,
@@ -35,7 +42,7 @@ void StreamReader::create() {
                            : u"The folder on the server must begin with a slash."_s);
     }
     m_shownAddress = *shown;
-    m_stream = m_makeStream(m_address);
+    m_stream = m_parts.makeStream(m_address);
     if (!m_stream || m_stream->status() == Status::error) {
         throw FTPError(FTPError::Case::cannotCreateStream);
     }
@@ -49,6 +56,7 @@ QCoro::Task<> StreamReader::open() {
         throw FTPError(FTPError::Case::cannotOpenStream, m_stream->failure());
     }
     for (int check = 0; check < mostChecks; ++check) {
+        requireWanted();
         const Status status = m_stream->status();
         if (status == Status::open || status == Status::reading) {
             break;
@@ -69,6 +77,7 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
     constexpr int mostEmptyReads = 10;
     constexpr std::chrono::milliseconds patience{50};
     m_got = 0;
+    requireWanted();
     if (!m_stream->hasBytesAvailable()) {
         const Status status = m_stream->status();
         if (isOver(status)) {
@@ -106,7 +115,7 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
 /// Ends early when the stream has something new, so that a fast server is not slowed down.
 QCoro::Task<> StreamReader::await(std::chrono::milliseconds patience) {
     const Event news = m_stream->news();
-    const auto timer = m_clock.after(patience, [news] { news.happen(); });
+    const auto timer = m_parts.clock.after(patience, [news] { news.happen(); });
     co_await news.happened();
     m_sinceGivenWay.start();
 }
@@ -125,7 +134,7 @@ QCoro::Task<> StreamReader::giveWay() {
 }
 
 void StreamReader::print(const QString& words) {
-    m_log.print(u"[FTPClient] "_s + words);
+    m_parts.log.print(u"[FTPClient] "_s + words);
 }
 
 } // namespace ostrelle

@@ -3,7 +3,7 @@
 
 #include "platform/Clock.h"
 #include "platform/PlainLog.h"
-#include "transfer/ftp/FtpStream.h"
+#include "transfer/ftp/FtpParts.h"
 
 #include <QByteArrayView>
 #include <QCoroTask>
@@ -20,8 +20,7 @@ public:
     /// What a pass has brought.
     enum class Pass { bytes, nothing, end };
 
-    /// The references must outlive the tasks.
-    StreamReader(const FtpStreamMaker& makeStream, FtpAddress address, Clock& clock, PlainLog& log);
+    StreamReader(const FtpParts& parts, FtpAddress address);
     StreamReader(const StreamReader&) = delete;
     StreamReader& operator=(const StreamReader&) = delete;
 
@@ -43,14 +42,13 @@ public:
     std::chrono::milliseconds silence() const { return std::chrono::milliseconds(m_sinceBytes.elapsed()); }
 
 private:
+    void requireWanted() const;
     QCoro::Task<> await(std::chrono::milliseconds patience);
     QCoro::Task<> giveWay();
     void print(const QString& words);
 
-    const FtpStreamMaker& m_makeStream;
+    FtpParts m_parts;
     FtpAddress m_address;
-    Clock& m_clock;
-    PlainLog& m_log;
     QString m_shownAddress;
     std::unique_ptr<FtpStream> m_stream;
     std::vector<char> m_buffer;

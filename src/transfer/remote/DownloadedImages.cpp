@@ -8,6 +8,7 @@
 #include "transfer/remote/DestinationFolder.h"
 
 #include <QFileInfo>
+#include <QSet>
 #include <chrono>
 #include <optional>
 #include <utility>
@@ -45,9 +46,16 @@ QString nameOf(const QString& file) {
 } // namespace
 
 QCoro::Task<> DownloadedImages::caption(QStringList images) {
+    QSet<QString> old;
+    for (const QString& file : std::as_const(images)) {
+        const bool isKnown = co_await m_parts.manifest.isProcessed(file);
+        if (isKnown) {
+            old.insert(file);
+        }
+    }
     for (qsizetype index = 0; index < images.size() && !m_parts.turns.isClosed(); ++index) {
         m_parts.progress.expectDownloaded(index + 1, images.size());
-        co_await process(images.at(index));
+        co_await process(images.at(index), old.contains(images.at(index)));
     }
     if (images.isEmpty()) {
         m_parts.status.setFtpStatusMessage(std::nullopt);
@@ -66,11 +74,14 @@ QCoro::Task<> DownloadedImages::captionAll(QStringList images) {
         if (wasKnown) {
             print(nameOf(file) + u" already processed, skipping"_s);
         } else {
-            co_await process(file);
+            co_await process(file, false);
         }
         const bool isKnown = co_await m_parts.manifest.isProcessed(file);
         successful += isKnown ? 1 : 0;
         failed += isKnown ? QStringList() : QStringList{nameOf(file)};
+    }
+    if (m_parts.turns.isClosed()) {
+        co_return; // the program ends
     }
     m_parts.status.setFtpStatusMessage(
         images.isEmpty()
@@ -85,7 +96,7 @@ QCoro::Task<> DownloadedImages::captionAll(QStringList images) {
     }
 }
 
-QCoro::Task<> DownloadedImages::process(QString file) {
+QCoro::Task<> DownloadedImages::process(QString file, bool isOld) {
     const QString name = nameOf(file);
     print(u"Processing downloaded file: "_s + name);
     if (m_parts.tracker.isProcessing(name)) {
@@ -93,6 +104,10 @@ QCoro::Task<> DownloadedImages::process(QString file) {
         co_return;
     }
     const bool isKnown = co_await m_parts.manifest.isProcessed(file);
+    if (isKnown && !isOld) {
+        print(name + u" was captioned by another run meanwhile"_s);
+        co_return;
+    }
     if (isKnown) {
         print(name + u" already processed, skipping and cleaning up downloaded file"_s);
         DestinationFolder folder(QFileInfo(file).path(), m_parts.threads, m_parts.access);
@@ -142,10 +157,13 @@ QCoro::Task<> DownloadedImages::captionOne(QString file) {
     const QString name = nameOf(file);
     m_parts.tracker.begin(name);
     co_await attempt(m_parts.clock.sleep(rest));
-    const auto outcome = co_await attempt(m_parts.captioning(file));
-    if (outcome && outcome->kind == OutcomeKind::notBegun) {
-        m_parts.tracker.release(name); // the program ends
-        co_return;
+    auto outcome = co_await attempt(m_parts.captioning(file));
+    while (outcome && outcome->kind == OutcomeKind::notBegun) { // dismissed
+        if (m_parts.turns.isClosed()) {
+            m_parts.tracker.release(name);
+            co_return;
+        }
+        outcome = co_await attempt(m_parts.captioning(file));
     }
     const bool isDone = outcome && ostrelle::isDone(outcome->kind);
     m_parts.tracker.finish(name, isDone);

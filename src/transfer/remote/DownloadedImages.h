@@ -51,7 +51,8 @@ public:
     QCoro::Task<> captionAll(QStringList images);
 
 private:
-    QCoro::Task<> process(QString file);
+    /// `isOld` if it was captioned before it was fetched: then it is put away.
+    QCoro::Task<> process(QString file, bool isOld);
     /// Whether there is something to caption; makes a missing sidecar. Each reason against it is logged.
     QCoro::Task<bool> isReady(QString file);
     QCoro::Task<> captionOne(QString file);

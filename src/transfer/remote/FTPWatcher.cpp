@@ -36,6 +36,16 @@ QStringList namesOf(const QList<FTPFileInfo>& files) {
     return names;
 }
 
+/// Files that have failed before must not hold up the others.
+QList<FTPFileInfo> failedLast(const QList<FTPFileInfo>& files, const FetchLedger& ledger) {
+    QList<FTPFileInfo> fresh;
+    QList<FTPFileInfo> failed;
+    for (const FTPFileInfo& file : files) {
+        (ledger.hasFailed(file) ? failed : fresh).append(file);
+    }
+    return fresh + failed;
+}
+
 void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
     files->removeIf([&sizes](const FTPFileInfo& file) { return !sizes.contains(file.name); });
     for (FTPFileInfo& file : *files) {
@@ -69,7 +79,7 @@ void FTPWatcher::stop() {
 }
 
 void FTPWatcher::abandon() {
-    m_isAbandoned = true;
+    m_client->abandon();
     m_ends.overtake();
     stop();
 }
@@ -141,8 +151,8 @@ QCoro::Task<bool> FTPWatcher::waitForBatch(FetchPlan* plan) {
 }
 
 QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
-    const TransferTurn turn(m_parts.ledger, co_await m_parts.ledger.enter());
     const Overtaking::Mark mark = m_ends.mark();
+    const TransferTurn turn(m_parts.ledger, co_await m_parts.ledger.enter());
     begin(u"Downloading all files from FTP server..."_s);
     const auto done = co_await attempt(downloadOnce(onComplete, mark));
     if (!done) {
@@ -153,7 +163,8 @@ QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
 
 QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mark) {
     const ServerFiles files = co_await look(u"[FTPWatcher] Manual download - Image files to download: %1"_s);
-    const FetchPlan planned = co_await plan(files, FetchRun::Care::download, nullptr);
+    QStringList images; // fetched earlier, but not handed on
+    const FetchPlan planned = co_await plan(files, FetchRun::Care::download, &images);
     if (mark.isOvertaken()) {
         co_return;
     }
@@ -164,9 +175,10 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
     if (mark.isOvertaken()) {
         co_return;
     }
-    run.conclude(run.images().size(), files.isEmpty());
-    if (!run.images().isEmpty()) {
-        handOn(run.images(), onComplete);
+    images += run.images();
+    run.conclude(images.size(), files.isEmpty());
+    if (!images.isEmpty()) {
+        handOn(images, onComplete);
     }
 }
 
@@ -205,7 +217,7 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care, 
             m_parts.log.print(line);
         }
         // An empty file may only just have been begun.
-        if (decision.isFetched && !(isPoll && (file.size < 1 || m_parts.ledger.isSetAside(file)))) {
+        if (decision.isFetched && file.size >= 1 && !(isPoll && m_parts.ledger.isSetAside(file))) {
             list->append(file);
         }
     };
@@ -220,11 +232,12 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care, 
                                               : decideBySize(file, copy, Look::first);
         take(file, decision, &plan.images);
         const QString path = m_destination.pathOf(file.name);
-        if (leftBehind && !decision.isFetched && !isCaptioned(file.name) &&
-            !m_parts.ledger.isHandedOn(path)) {
+        if (!decision.isFetched && !isCaptioned(file.name) && !m_parts.ledger.isHandedOn(path)) {
             leftBehind->append(path);
         }
     }
+    plan.metadata = failedLast(plan.metadata, m_parts.ledger);
+    plan.images = failedLast(plan.images, m_parts.ledger);
     co_return plan;
 }
 
@@ -272,9 +285,9 @@ FetchParts FTPWatcher::fetchParts() {
             .ledger = m_parts.ledger,
             .status = m_parts.status,
             .log = m_parts.log,
-            .isCaptioned = [manifest = &m_parts.manifest](
-                               const QString& name) { return manifest->isProcessedByName(name); },
-            .isAbandoned = [this] { return m_isAbandoned; }};
+            .isCaptioned = [manifest = &m_parts.manifest](const QString& name) {
+                return manifest->isProcessedByName(name);
+            }};
 }
 
 void FTPWatcher::print(const QString& words) {

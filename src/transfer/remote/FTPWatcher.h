@@ -69,7 +69,7 @@ private:
     QCoro::Task<> downloadOnce(NewFiles onComplete, Overtaking::Mark mark);
     /// Lists the folder and logs what is in it; `imageLine` takes the number of images.
     QCoro::Task<ServerFiles> look(QString imageLine);
-    /// Decides what to fetch. `leftBehind`, if there is one, receives the images that were fetched earlier,
+    /// Decides what to fetch. `leftBehind` receives the images that were fetched earlier,
     /// by this program or one that was killed, and never handed on.
     QCoro::Task<FetchPlan> plan(ServerFiles files, FetchRun::Care care, QStringList* leftBehind);
     /// False if the files go on growing. Takes their sizes from a listing after the wait.
@@ -86,7 +86,6 @@ private:
     DestinationFolder m_destination;
     Overtaking m_stops; ///< of the polls
     Overtaking m_ends;  ///< of everything
-    bool m_isAbandoned = false;
     NewFiles m_onNewFiles;
     std::unique_ptr<Timer> m_pollTimer;
     TaskGroup m_polls;

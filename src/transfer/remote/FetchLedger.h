@@ -32,6 +32,8 @@ public:
 
     /// Leaves a file that could not be fetched alone for a while.
     void setAside(const FTPFileInfo& file);
+    /// Whether the file has ever failed at this size.
+    bool hasFailed(const FTPFileInfo& file) const;
     /// False once a minute has passed or the file has another size.
     bool isSetAside(const FTPFileInfo& file) const;
 

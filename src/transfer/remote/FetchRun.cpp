@@ -154,10 +154,7 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
 QCoro::Task<> FetchRun::fetch(FTPFileInfo file) {
     DestinationFolder& destination = m_parts.destination;
     const QString part = destination.temporaryPath(file.name);
-    const DownloadTarget target{.path = part,
-                                .isSecurityScoped = true,
-                                .expectedSize = file.size,
-                                .isAbandoned = m_parts.isAbandoned};
+    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
     const auto done = co_await attempt(
         m_parts.client.downloadFile(file.name, target, [this](qint64 bytes) { showProgress(bytes); }));
     if (!done || !done->failure.isEmpty() || done->bytes != file.size) {
@@ -171,7 +168,8 @@ QCoro::Task<> FetchRun::fetch(FTPFileInfo file) {
                            : u"%1 of %2 bytes have come."_s.arg(done->bytes).arg(file.size));
     }
     using OldFile = DestinationFolder::OldFile;
-    const OldFile old = isCaptionLost(file.name) ? OldFile::kept : OldFile::replaced;
+    const bool isKept = m_care == Care::download || isCaptionLost(file.name);
+    const OldFile old = isKept ? OldFile::kept : OldFile::replaced;
     const auto moved = co_await attempt(destination.bringIn(part, file.name, old));
     if (!moved) {
         co_await destination.discard(part);

@@ -34,7 +34,6 @@ struct FetchParts {
     StatusStore& status;
     PlainLog& log;
     IsCaptioned isCaptioned;
-    std::function<bool()> isAbandoned; ///< the program ends: the file under way is not wanted any more
 };
 
 /// Fetches files one after the other, sidecars first, and shows how far it is. A file is fetched under a

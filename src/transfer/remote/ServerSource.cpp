@@ -19,6 +19,9 @@ ServerSource::ServerSource(ServerSourceParts parts)
 void ServerSource::start() {
     constexpr std::chrono::seconds interval{10};
     stop();
+    if (m_isAbandoned) {
+        return;
+    }
     m_watcher = makeWatcher();
     m_watcher->start(interval, [this](const QStringList& images) {
         m_parts.log.print(u"[FTPWatcher] Found %1 new files from FTP"_s.arg(images.size()));
@@ -35,8 +38,11 @@ void ServerSource::stop() {
 }
 
 void ServerSource::abandon() {
-    if (m_watcher) {
-        m_watcher->abandon();
+    m_isAbandoned = true;
+    for (const std::weak_ptr<FTPWatcher>& known : m_watchers) {
+        if (const std::shared_ptr<FTPWatcher> watcher = known.lock()) {
+            watcher->abandon();
+        }
     }
     stop();
 }
@@ -44,6 +50,9 @@ void ServerSource::abandon() {
 void ServerSource::downloadAll() {
     if (m_parts.settings.sourceType() != SourceType::ftp) {
         print(u"Manual FTP download requested but source type is not FTP"_s);
+        return;
+    }
+    if (m_isAbandoned) {
         return;
     }
     const QString missing = missingForDownload();
@@ -99,15 +108,18 @@ std::unique_ptr<FileTransferClient> ServerSource::makeClient() const {
 }
 
 std::shared_ptr<FTPWatcher> ServerSource::makeWatcher() {
-    return std::make_shared<FTPWatcher>(makeClient(),
-                                        m_parts.settings.destinationFolder().value_or(m_parts.usualFolder),
-                                        FTPWatcherParts{.status = m_parts.status,
-                                                        .manifest = m_parts.manifest,
-                                                        .ledger = m_ledger,
-                                                        .clock = m_parts.clock,
-                                                        .log = m_parts.log,
-                                                        .access = m_parts.access,
-                                                        .threads = m_parts.threads});
+    std::erase_if(m_watchers, [](const auto& known) { return known.expired(); });
+    const auto watcher = std::make_shared<FTPWatcher>(
+        makeClient(), m_parts.settings.destinationFolder().value_or(m_parts.usualFolder),
+        FTPWatcherParts{.status = m_parts.status,
+                        .manifest = m_parts.manifest,
+                        .ledger = m_ledger,
+                        .clock = m_parts.clock,
+                        .log = m_parts.log,
+                        .access = m_parts.access,
+                        .threads = m_parts.threads});
+    m_watchers.push_back(watcher);
+    return watcher;
 }
 
 QCoro::Task<> ServerSource::finished() const {

@@ -19,6 +19,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace ostrelle {
 
@@ -68,6 +69,8 @@ private:
 
     ServerSourceParts m_parts;
     FetchLedger m_ledger;
+    std::vector<std::weak_ptr<FTPWatcher>> m_watchers; ///< all that may still transfer
+    bool m_isAbandoned = false;
     std::shared_ptr<FTPWatcher> m_watcher; ///< of auto mode, or of the latest full download
     TaskGroup m_transfers;                 ///< of stopped watchers too
     TaskGroup m_captioning;
