@@ -7,7 +7,7 @@
 #include "support/RecordingLog.h"
 #include "transfer/ftp/CurlFtpStreams.h"
 #include "transfer/ftp/FTPClient.h"
-#include "transfer/ftp/FTPError.h"
+#include "transfer/ftp/TransferBuffer.h"
 
 #include <gtest/gtest.h>
 
@@ -140,11 +140,28 @@ TEST_F(FtpServerTest, SaysInOneLineWhyItCannotList) {
     EXPECT_EQ(log.count(u"secret"_s) + log.count(u"wrong"_s), 0);
 }
 
-TEST_F(FtpServerTest, AnEmptyFolderTakesNoFiveSeconds) {
-    const FtpServer server(remote.path());
-    FTPClient ftp = client(server.port);
-    EXPECT_TRUE(await(ftp.listFiles()).isEmpty());
-    EXPECT_FALSE(log.lines.filter(u"reached end"_s).isEmpty());
+TEST(TransferBuffer, TellsTheEndOnlyAfterItWasOpenAndAllIsRead) {
+    using Status = FtpStream::Status;
+    TransferBuffer empty;
+    EXPECT_EQ(empty.status(), Status::opening);
+    empty.finish({});
+    EXPECT_EQ(empty.status(), Status::open) << "otherwise its reader waits for that";
+    EXPECT_EQ(empty.status(), Status::atEnd);
+
+    TransferBuffer broken;
+    EXPECT_FALSE(broken.news().hasHappened());
+    broken.write("ab");
+    broken.finish(u"The connection broke off."_s);
+    EXPECT_TRUE(broken.news().hasHappened());
+    EXPECT_EQ(broken.status(), Status::open);
+    EXPECT_EQ(broken.status(), Status::reading);
+    char bytes[3] = {};
+    EXPECT_EQ(broken.read(bytes, 3), 2);
+    EXPECT_EQ(broken.status(), Status::error);
+
+    TransferBuffer refused;
+    refused.finish(u"The server refuses the connection."_s);
+    EXPECT_EQ(refused.status(), Status::error);
 }
 
 } // namespace ostrelle

@@ -2,8 +2,7 @@
 #include "transfer/ftp/FtpDownload.h"
 
 #include "core/Attempt.h"
-#include "core/OnThreadPool.h"
-#include "platform/KeptLines.h"
+#include "pipeline/FolderWork.h"
 #include "transfer/ftp/FTPError.h"
 
 #include <QDir>
@@ -90,11 +89,8 @@ QCoro::Task<Download> FtpDownload::execute() {
 }
 
 QCoro::Task<> FtpDownload::createFile() {
-    auto work = [](QFile& file, PlainLog& log) {
-        create(file, log);
-        return qint64{0};
-    };
-    co_await onFile(work);
+    auto work = [file = m_file](PlainLog& log) { create(*file, log); };
+    co_await onThreadOf(m_parts.threads, m_target.path, m_parts.log, work);
     print(u"Starting to read file data..."_s);
 }
 
@@ -121,8 +117,8 @@ QCoro::Task<> FtpDownload::readAll() {
         m_progress(m_result.bytes);
     }
     print(u"Download complete. Total bytes downloaded: "_s + QString::number(m_result.bytes));
-    auto measure = [](QFile& file, PlainLog&) { return file.size(); };
-    const qint64 size = co_await onFile(measure);
+    auto measure = [file = m_file] { return file->size(); };
+    const qint64 size = co_await onThreadOf(m_parts.threads, m_target.path, measure);
     print(u"File size on disk: %1 bytes"_s.arg(size));
     if (size == 0) {
         print(u"ERROR: File was created but is empty!"_s);
@@ -160,33 +156,17 @@ QCoro::Task<> FtpDownload::save() {
     if (m_unsaved.isEmpty()) {
         co_return;
     }
-    auto write = [bytes = std::exchange(m_unsaved, {})](QFile& file, PlainLog&) {
-        if (file.write(bytes) != bytes.size()) {
-            throw FTPError(FTPError::Case::cannotCreateFile, file.errorString());
+    auto write = [file = m_file, bytes = std::exchange(m_unsaved, {})] {
+        if (file->write(bytes) != bytes.size()) {
+            throw FTPError(FTPError::Case::cannotCreateFile, file->errorString());
         }
-        return qint64{0};
     };
-    co_await onFile(write);
+    co_await onThreadOf(m_parts.threads, m_target.path, write);
 }
 
 QCoro::Task<> FtpDownload::close() {
-    auto close = [](QFile& file, PlainLog&) {
-        file.close();
-        return qint64{0};
-    };
-    co_await onFile(close);
-}
-
-QCoro::Task<qint64> FtpDownload::onFile(std::function<qint64(QFile& file, PlainLog& log)> work) {
-    const auto lines = std::make_shared<KeptLines>();
-    auto run = [work = std::move(work), file = m_file, lines] { return work(*file, *lines); };
-    const auto done =
-        co_await attempt(onThreadPool(m_parts.threads.of(QFileInfo(m_target.path).path()), std::move(run)));
-    lines->tell(m_parts.log);
-    if (!done) {
-        done.rethrow();
-    }
-    co_return *done;
+    auto close = [file = m_file] { file->close(); };
+    co_await onThreadOf(m_parts.threads, m_target.path, close);
 }
 
 void FtpDownload::print(const QString& words) {

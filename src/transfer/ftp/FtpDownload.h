@@ -31,7 +31,6 @@ private:
     QCoro::Task<> report();
     QCoro::Task<> save();
     QCoro::Task<> close();
-    QCoro::Task<qint64> onFile(std::function<qint64(QFile& file, PlainLog& log)> work);
     void print(const QString& words);
 
     const FtpParts& m_parts;

@@ -71,6 +71,7 @@ void FetchRun::showNumber() {
 }
 
 QCoro::Task<> FetchRun::execute() {
+    m_parts.status.setFtpTotalBytesToDownload(m_bytesPlanned); // files may have grown since announce()
     for (const FTPFileInfo& file : std::as_const(m_plan.metadata)) {
         if (m_mark.isOvertaken()) {
             co_return;
@@ -209,7 +210,7 @@ void FetchRun::count(const FTPFileInfo& file) {
         return;
     }
     StatusStore& status = m_parts.status;
-    status.setFtpFilesDownloaded(status.ftpFilesDownloaded() + 1);
+    status.setFtpFilesDownloaded(m_metadataDone + m_images.size());
     status.setFtpMetadataDownloaded(m_metadataDone);
     status.setFtpImagesDownloaded(m_images.size());
     showProgress(0);
@@ -221,8 +222,9 @@ void FetchRun::conclude(qsizetype images, bool isServerEmpty) {
         status.setFtpDownloadProgress(1.0);
     }
     if (!m_failed.isEmpty()) {
-        status.setFtpStatusMessage(u"Downloaded %1. Could not fetch %2, will try again."_s.arg(
-            counted(images, u"image"_s), shortNameList(m_failed)));
+        const QString outlook = m_care == Care::poll ? u", will try again"_s : QString();
+        status.setFtpStatusMessage(u"Downloaded %1. Could not fetch %2%3."_s.arg(
+            counted(images, u"image"_s), shortNameList(m_failed), outlook));
     } else if (images > 0) {
         const QString metadata = m_plan.metadata.isEmpty()
                                      ? QString()
