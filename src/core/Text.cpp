@@ -3,6 +3,7 @@
 
 #include "core/CharacterSpan.h"
 
+#include <QLocale>
 #include <QTextBoundaryFinder>
 
 namespace ostrelle {
@@ -31,6 +32,10 @@ QString lastCharacters(QStringView text, qsizetype count) {
 
 QString plural(qint64 count) {
     return count == 1 ? QString() : QStringLiteral("s");
+}
+
+QString dataSize(qint64 bytes) {
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 
 QString shortNameList(const QStringList& names) {

@@ -20,6 +20,9 @@ QString lastCharacters(QStringView text, qsizetype count);
 /// The plural ending of a counted noun: nothing for 1, otherwise "s".
 QString plural(qint64 count);
 
+/// An amount of data in decimal units: "24.1 MB".
+QString dataSize(qint64 bytes);
+
 /// The first three names, and how many more there are: "a.jpg, b.jpg, c.jpg and 2 more".
 QString shortNameList(const QStringList& names);
 

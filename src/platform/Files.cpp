@@ -339,10 +339,16 @@ bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& m
                     means) == Placing::done;
 }
 
+void flushFile(const QString& path) {
+    const Descriptor opened(::open(nativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!opened.isOpen() || ::fsync(opened.number()) != 0) {
+        throw FileError(u"write"_s, path, errno);
+    }
+}
+
 void moveIntoPlace(const QString& file, const QString& path) {
-    const Descriptor opened(::open(nativePath(file).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!opened.isOpen() || ::fsync(opened.number()) != 0 ||
-        ::rename(nativePath(file).c_str(), nativePath(path).c_str()) != 0) {
+    flushFile(file);
+    if (::rename(nativePath(file).c_str(), nativePath(path).c_str()) != 0) {
         throw FileError(u"write"_s, path, errno);
     }
     flushFolder(nativePath(path), path);

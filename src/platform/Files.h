@@ -68,6 +68,9 @@ FileStamp editFile(const QString& path, qint64 limit, const FileEdit& edit,
 /// kill can leave an empty file only where the file system has none of the means. Throws FileError.
 bool createFile(const QString& path, const QByteArray& bytes, const FileMeans& means = {});
 
+/// Makes what was written to the file survive a power cut. Throws FileError.
+void flushFile(const QString& path);
+
 /// Flushes a file to disk, puts it over the path in the same folder and flushes the folder, so that a kill or
 /// a power cut leaves either the old file or the new one, whole. Throws FileError.
 void moveIntoPlace(const QString& file, const QString& path);

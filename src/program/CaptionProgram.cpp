@@ -42,6 +42,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .log = given.console,
             .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); },
             .onFailure = [this](const ImageOutcome& image) { analyzer.announceFailure(image); }})
+    , fetched(given.defaults)
     , downloads({.manifest = manifest,
                  .tracker = tracker,
                  .progress = progress,
@@ -50,13 +51,17 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
                  .turns = turns,
                  .access = access,
                  .threads = threads,
+                 .claims = claims,
                  .clock = clock,
                  .log = given.console,
-                 .captioning = [this](const QString& file) { return analyzer.captionDownloaded(file); }})
+                 .captioning = [this](const QString& file) { return analyzer.captionDownloaded(file); },
+                 .onFailure = [this](const ImageOutcome& image) { analyzer.announceFailure(image); }})
     , server({.settings = settings,
               .status = status,
               .manifest = manifest,
               .images = downloads,
+              .fetched = fetched,
+              .claims = claims,
               .makeStream = given.makeStream,
               .access = access,
               .threads = threads,
@@ -78,6 +83,11 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
         status.setManifestFailure(failure.isEmpty() ? std::nullopt : std::optional(failure));
     };
     QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, showManifestFailure);
+    QObject::connect(&analyzer, &Analyzer::imageFinished, &status, [this](const ImageOutcome& image) {
+        if (isDone(image.kind)) {
+            fetched.remove(image.file); // whoever had it captioned
+        }
+    });
     QObject::connect(&given.events, &AppEvents::triggerManualFTPDownload, &status,
                      [this] { server.downloadAll(); });
 }

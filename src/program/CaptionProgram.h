@@ -78,6 +78,7 @@ public:
     Analyzer analyzer;
     ProcessingTracker tracker{clock};
     LocalFolderScan scan;
+    FetchedImages fetched;
     DownloadedImages downloads;
     ServerSource server;
     AutoModeController autoMode;

@@ -31,6 +31,12 @@ QList<ProgressRow> transferRows(const StatusStore& status) {
     }
     if (status.ftpIsDownloading() && status.ftpTotalBytesToDownload() > 0) {
         rows.append({.fraction = barOf(status.ftpDownloadProgress())});
+        rows.append({.text = u"%1 of %2"_s.arg(dataSize(status.ftpBytesDownloaded()),
+                                               dataSize(status.ftpTotalBytesToDownload())),
+                     .style = Style::small});
+    }
+    if (status.ftpLeftAlone()) {
+        rows.append({.text = *status.ftpLeftAlone(), .style = Style::small});
     }
     return rows;
 }

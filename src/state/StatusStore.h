@@ -62,6 +62,8 @@ public:
     std::optional<qint64> nextScanCountdown() const { return m_nextScanCountdown; }
     /// The latest line from the remote side.
     std::optional<QString> ftpStatusMessage() const { return m_ftpStatusMessage; }
+    /// Which images of the server are not fetched, and why; nothing if there are none.
+    std::optional<QString> ftpLeftAlone() const { return m_ftpLeftAlone; }
     bool ftpIsChecking() const { return m_ftpIsChecking; }
     bool ftpIsDownloading() const { return m_ftpIsDownloading; }
     /// Files that the current check has found.
@@ -102,6 +104,9 @@ public:
     }
     void setFtpStatusMessage(const std::optional<QString>& text) {
         publish(this, m_ftpStatusMessage, text, &StatusStore::ftpStatusMessageChanged);
+    }
+    void setFtpLeftAlone(const std::optional<QString>& text) {
+        publish(this, m_ftpLeftAlone, text, &StatusStore::ftpLeftAloneChanged);
     }
     void setFtpIsChecking(bool on) { publish(this, m_ftpIsChecking, on, &StatusStore::ftpIsCheckingChanged); }
     void setFtpIsDownloading(bool on) {
@@ -173,6 +178,7 @@ Q_SIGNALS:
     void lastMessageChanged();
     void nextScanCountdownChanged();
     void ftpStatusMessageChanged();
+    void ftpLeftAloneChanged();
     void ftpIsCheckingChanged();
     void ftpIsDownloadingChanged();
     void ftpFilesFoundChanged();
@@ -207,6 +213,7 @@ private:
     std::optional<QString> m_lastMessage;
     std::optional<qint64> m_nextScanCountdown;
     std::optional<QString> m_ftpStatusMessage;
+    std::optional<QString> m_ftpLeftAlone;
     bool m_ftpIsChecking = false;
     bool m_ftpIsDownloading = false;
     qint64 m_ftpFilesFound = 0;

@@ -99,7 +99,9 @@ protected:
         return std::make_unique<FTPWatcher>(std::make_unique<FolderClient>(remote), folder.path(),
                                             FTPWatcherParts{.status = status,
                                                             .manifest = manifest,
-                                                            .ledger = ledger,
+                                                            .ledger = *ledger,
+                                                            .fetched = fetched,
+                                                            .claims = claims,
                                                             .clock = clock,
                                                             .log = log,
                                                             .access = access,
@@ -158,7 +160,9 @@ protected:
     FolderThreads threads;
     AppEvents events;
     ProcessedFilesManifest manifest{home.filePath(u"manifest.json"_s), threads, clock, log, events};
-    FetchLedger ledger{clock};
+    std::unique_ptr<FetchLedger> ledger = std::make_unique<FetchLedger>(clock);
+    FetchedImages fetched{defaults};
+    ImageClaims claims{home.filePath(u"claims"_s)};
     RemoteFolder remote;
     std::unique_ptr<FTPWatcher> current;
     QStringList texts;
@@ -243,6 +247,29 @@ TEST_F(FTPWatcherTest, ACaptionedLocalCopyIsNeverReplaced) {
     EXPECT_EQ(handed, QStringList{u"IMG_3.CR2"_s});
     const QString trash = home.filePath(u"Trash/files/IMG_2.xmp"_s);
     EXPECT_TRUE(QFile::exists(trash) || QFile::exists(folder.filePath(u"IMG_2.xmp.replaced"_s)));
+    EXPECT_EQ(status.ftpLeftAlone(),
+              u"1 file left alone, as images of the same names were captioned before: IMG_1.CR2"_s);
+}
+
+TEST_F(FTPWatcherTest, ACaptionThatIsWrittenWhileAFileComesIsNotReplaced) {
+    put(u"IMG_1.xmp"_s, "old");
+    put(u"IMG_1.CR2"_s, "raw");
+    put(u"IMG_2.jpg"_s, "half");
+    remote.files = {{u"IMG_1.xmp"_s, {"of the server"}}, {u"IMG_2.jpg"_s, {"the whole"}}};
+    std::shared_ptr<const ImageClaim> claim;
+    remote.onDownload = [&](const QString& name) {
+        if (name == u"IMG_1.xmp") {
+            put(u"IMG_1.xmp"_s, "caption");
+            await(manifest.markProcessed(folder.filePath(u"IMG_1.CR2"_s)));
+        } else {
+            claim = claims.tryClaim(folder.filePath(name)); // as of another program that is at it
+        }
+    };
+    poll();
+    EXPECT_EQ(local(u"IMG_1.xmp"_s), "caption");
+    EXPECT_EQ(local(u"IMG_2.jpg"_s), "half");
+    EXPECT_EQ(texts.last(), u"Downloaded 0 new image files. Could not fetch IMG_2.jpg, will try again."_s);
+    EXPECT_EQ(filesInFolder().size(), 3) << "no part is left";
 }
 
 TEST_F(FTPWatcherTest, AShortFileNeverGetsItsName) {
@@ -272,12 +299,27 @@ TEST_F(FTPWatcherTest, WhatWasFetchedAndNotHandedOnIsNotForgotten) {
     poll(*current);
     EXPECT_EQ(texts.last(), u"Error: Error reading from FTP server"_s) << "three failures in a row";
     EXPECT_EQ(handings, 0);
-    put(u"IMG_2.jpg"_s, "jpeg"); // as of a program that was killed
+    remote.files.erase(u"IMG_1.jpg"_s);
+    remote.files[u"IMG_5.jpg"_s] = {"jpeg"};
+    put(u"IMG_9.jpg"_s, "of somebody else");
     pollAgain();
-    EXPECT_EQ(handed, QStringList({u"IMG_1.jpg"_s, u"IMG_2.jpg"_s}));
+    EXPECT_EQ(handed, QStringList({u"IMG_1.jpg"_s, u"IMG_5.jpg"_s})) << "the server has it no more";
     clock.advance(seconds(50));
     pollAgain();
-    EXPECT_EQ(handed, QStringList({u"IMG_3.jpg"_s, u"IMG_4.jpg"_s})) << "a minute later";
+    EXPECT_EQ(handed, QStringList({u"IMG_2.jpg"_s, u"IMG_3.jpg"_s, u"IMG_4.jpg"_s})) << "a minute later";
+
+    fetched.remove(folder.filePath(u"IMG_2.jpg"_s)); // captioned
+    await(manifest.markProcessed(folder.filePath(u"IMG_3.jpg"_s)));
+    QFile old(folder.filePath(u"IMG_4.jpg"_s));
+    ASSERT_TRUE(old.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(old.setFileTime(clock.now().addSecs(-13 * 3600), QFileDevice::FileModificationTime));
+    ASSERT_TRUE(QFile::remove(folder.filePath(u"IMG_1.jpg"_s)));
+    remote.files.clear();
+    current->stop();
+    ledger = std::make_unique<FetchLedger>(clock); // the next start
+    poll();
+    EXPECT_EQ(handed, QStringList({u"IMG_5.jpg"_s})) << "it is captioned, gone, or of another game";
+    EXPECT_EQ(fetched.namesIn(folder.path()), handed);
 }
 
 TEST_F(FTPWatcherTest, PartsOfFilesOfAKilledProgramAreRemoved) {
@@ -322,8 +364,7 @@ TEST_F(FTPWatcherTest, AFullDownloadFetchesWhatDiffersAndKeepsTheOld) {
     EXPECT_EQ(remote.calls, QStringList({u"list"_s, u"IMG_1.jpg"_s})) << "it waits for nothing";
     EXPECT_EQ(local(u"IMG_1.jpg"_s), "of the server");
     EXPECT_EQ(local(u"IMG_2.jpg"_s), "same");
-    EXPECT_EQ(handed, QStringList({u"IMG_2.jpg"_s, u"IMG_1.jpg"_s}))
-        << "the one that was there is not captioned yet";
+    EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
     EXPECT_EQ(texts.first(), u"Downloading all files from FTP server..."_s);
     EXPECT_TRUE(QFile::exists(home.filePath(u"Trash/files/IMG_1.jpg"_s)) ||
                 QFile::exists(folder.filePath(u"IMG_1.jpg.replaced"_s)));

@@ -39,7 +39,8 @@ ProgressSection::ProgressSection(ShellParts parts, QWidget* parent) : QWidget(pa
           &StatusStore::currentBatchSizeChanged, &StatusStore::currentBatchNumberChanged,
           &StatusStore::totalBatchCountChanged, &StatusStore::ftpIsCheckingChanged,
           &StatusStore::ftpIsDownloadingChanged, &StatusStore::ftpStatusMessageChanged,
-          &StatusStore::ftpDownloadProgressChanged, &StatusStore::ftpTotalBytesToDownloadChanged}) {
+          &StatusStore::ftpDownloadProgressChanged, &StatusStore::ftpTotalBytesToDownloadChanged,
+          &StatusStore::ftpBytesDownloadedChanged, &StatusStore::ftpLeftAloneChanged}) {
         connect(&status, changed, this, &ProgressSection::showProgress);
     }
     connect(&parts.settings, &SettingsStore::sourceTypeChanged, this, &ProgressSection::showProgress);

@@ -45,7 +45,8 @@ int checkInterest(void* buffer, curl_off_t, curl_off_t, curl_off_t, curl_off_t) 
 
 /// What one transfer asks of the library.
 void configure(CURL* handle, const FtpAddress& address, TransferBuffer* buffer, const curl_slist* commands) {
-    constexpr long longestSilence = 60; // seconds
+    // Seconds; a listing that nobody answers must fail before its reader takes it for an empty one.
+    const long longestSilence = address.path.endsWith(QLatin1Char('/')) ? 45 : 60;
     constexpr long bufferSize = 256 << 10;
     curl_easy_reset(handle); // keeps the connections
     curl_easy_setopt(handle, CURLOPT_URL, address.location().constData());

@@ -5,6 +5,8 @@
 #include "pipeline/FolderWork.h"
 #include "transfer/ftp/FTPError.h"
 
+#include <sys/file.h>
+
 #include <QDir>
 #include <QFileInfo>
 #include <chrono>
@@ -56,6 +58,7 @@ void create(QFile& file, PlainLog& log) {
         say(log, u"Directory writable: "_s + word(isWritable));
         throw FTPError(FTPError::Case::cannotCreateFile, file.errorString());
     }
+    ::flock(file.handle(), LOCK_EX | LOCK_NB); // another program takes it for abandoned otherwise
 }
 
 } // namespace

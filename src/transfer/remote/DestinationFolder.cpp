@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/remote/DestinationFolder.h"
 
+#include "core/Attempt.h"
 #include "core/OnThreadPool.h"
+#include "metadata/facts/ImageKind.h"
 #include "platform/AbandonedFiles.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
@@ -39,29 +41,66 @@ NameRules rulesOf(const QString& folder) {
 
 LocalCopy lookAt(const QString& path) {
     const QFileInfo file(path);
-    return {.exists = file.exists(), .size = file.isFile() ? std::optional(file.size()) : std::nullopt};
+    return {.exists = file.exists(),
+            .size = file.isFile() ? std::optional(file.size()) : std::nullopt,
+            .lastModified = file.lastModified()};
 }
 
-/// Throws FileError.
-void keep(const QString& path) {
+/// Returns where the file is now; empty if there was none. Throws FileError.
+QString keep(const QString& path) {
     constexpr int mostCopies = 1000;
-    if (!QFileInfo::exists(path) || QFile::moveToTrash(path)) {
-        return;
+    QString inTrash;
+    if (!QFileInfo::exists(path) || QFile::moveToTrash(path, &inTrash)) {
+        return inTrash;
     }
     for (int number = 1; number <= mostCopies; ++number) {
         const QString copy =
             path + u".replaced"_s + (number == 1 ? QString() : u'.' + QString::number(number));
         if (QFile::rename(path, copy)) { // never over another file
-            return;
+            return copy;
         }
     }
     throw FileError(u"keep"_s, path, EEXIST);
 }
 
+/// Throws FileError; the old file is then back in its place.
+void exchange(const QString& temporaryPath, const QString& path) {
+    flushFile(temporaryPath); // a full disk shows here, while the old file is still there
+    const QString old = keep(path);
+    const auto moved = attemptNow([&] {
+        moveIntoPlace(temporaryPath, path);
+        return true;
+    });
+    if (!moved) {
+        if (!old.isEmpty()) {
+            QFile::rename(old, path);
+        }
+        moved.rethrow();
+    }
+}
+
+QStringList imagesOf(const QString& path) {
+    if (isSupportedImage(path)) {
+        return {path};
+    }
+    const QFileInfo sidecar(path);
+    QStringList images;
+    for (const QString& extension : imageExtensions()) {
+        for (const QString& spelled : {extension, extension.toUpper()}) {
+            const QString image = sidecar.path() + u'/' + sidecar.completeBaseName() + u'.' + spelled;
+            if (QFileInfo::exists(image)) {
+                images.append(image);
+            }
+        }
+    }
+    return images;
+}
+
 } // namespace
 
-DestinationFolder::DestinationFolder(QString path, FolderThreads& threads, FileAccess& access)
-    : m_path(QDir::cleanPath(path)), m_threads(threads), m_access(access) {}
+DestinationFolder::DestinationFolder(QString path, FolderThreads& threads, FileAccess& access,
+                                     ImageClaims& claims)
+    : m_path(QDir::cleanPath(path)), m_threads(threads), m_access(access), m_claims(claims) {}
 
 QCoro::Task<NameRules> DestinationFolder::prepare() {
     const ScopedAccess access(m_access, m_path);
@@ -70,7 +109,8 @@ QCoro::Task<NameRules> DestinationFolder::prepare() {
         removeAbandonedTemporaryFiles(folder);
         return rulesOf(folder);
     };
-    co_return co_await onThreadPool(m_threads.of(m_path), work);
+    m_rules = co_await onThreadPool(m_threads.of(m_path), work);
+    co_return m_rules;
 }
 
 QCoro::Task<QHash<QString, LocalCopy>> DestinationFolder::copiesOf(QStringList names) {
@@ -90,17 +130,21 @@ QCoro::Task<LocalCopy> DestinationFolder::copyOf(QString name) {
     co_return copies.value(name);
 }
 
+QCoro::Task<std::optional<DestinationFolder::Claims>> DestinationFolder::claim(QString name) {
+    const ScopedAccess access(m_access, m_path);
+    auto take = [claims = &m_claims, path = pathOf(name)] { return claims->tryClaimAll(imagesOf(path)); };
+    co_return co_await onThreadPool(m_threads.of(m_path), take);
+}
+
 QString DestinationFolder::temporaryPath(const QString& name) const {
     return temporaryPathFor(pathOf(name));
 }
 
 QCoro::Task<> DestinationFolder::bringIn(QString temporaryPath, QString name, OldFile old) {
     const ScopedAccess access(m_access, m_path);
-    auto move = [temporaryPath, path = pathOf(name), old] {
-        if (old == OldFile::kept) {
-            keep(path);
-        }
-        moveIntoPlace(temporaryPath, path);
+    const bool isKept = old == OldFile::kept || m_rules == NameRules::folding;
+    auto move = [temporaryPath, path = pathOf(name), isKept] {
+        isKept ? exchange(temporaryPath, path) : moveIntoPlace(temporaryPath, path);
     };
     co_await onThreadPool(m_threads.of(m_path), move);
 }

@@ -3,6 +3,7 @@
 
 #include "platform/FileAccess.h"
 #include "platform/FolderThreads.h"
+#include "platform/ImageClaims.h"
 #include "transfer/remote/FetchDecision.h"
 #include "transfer/remote/ServerFiles.h"
 
@@ -10,6 +11,9 @@
 #include <QHash>
 #include <QString>
 #include <QStringList>
+#include <memory>
+#include <optional>
+#include <vector>
 
 namespace ostrelle {
 
@@ -20,7 +24,9 @@ public:
     /// What happens to the file in whose place a new one comes.
     enum class OldFile { replaced, kept };
 
-    DestinationFolder(QString path, FolderThreads& threads, FileAccess& access);
+    using Claims = std::vector<std::shared_ptr<const ImageClaim>>;
+
+    DestinationFolder(QString path, FolderThreads& threads, FileAccess& access, ImageClaims& claims);
 
     const QString& path() const { return m_path; }
     QString pathOf(const QString& name) const { return m_path + u'/' + name; }
@@ -32,11 +38,14 @@ public:
     QCoro::Task<QHash<QString, LocalCopy>> copiesOf(QStringList names);
     QCoro::Task<LocalCopy> copyOf(QString name);
 
+    /// Reserves the image, or those that the sidecar belongs to. Nothing while one is being captioned.
+    QCoro::Task<std::optional<Claims>> claim(QString name);
+
     /// A hidden path in the folder for a file that is being fetched.
     QString temporaryPath(const QString& name) const;
     /// Puts a fetched file in its place for good. An old file to be kept goes to the desktop's trash or,
-    /// where there is none, stays under its name with ".replaced" added, and a number if needed. Throws
-    /// FileError.
+    /// where there is none, stays under its name with ".replaced" added, and a number if needed. Where names
+    /// fold, each old file is kept: it may be captioned under another spelling. Throws FileError.
     QCoro::Task<> bringIn(QString temporaryPath, QString name, OldFile old);
     /// Takes an old file away like one to be kept.
     QCoro::Task<> putAway(QString name);
@@ -47,6 +56,8 @@ private:
     QString m_path;
     FolderThreads& m_threads;
     FileAccess& m_access;
+    ImageClaims& m_claims;
+    NameRules m_rules = NameRules::exact;
 };
 
 } // namespace ostrelle

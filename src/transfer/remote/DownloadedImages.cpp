@@ -110,7 +110,7 @@ QCoro::Task<> DownloadedImages::process(QString file, bool isOld) {
     }
     if (isKnown) {
         print(name + u" already processed, skipping and cleaning up downloaded file"_s);
-        DestinationFolder folder(QFileInfo(file).path(), m_parts.threads, m_parts.access);
+        DestinationFolder folder(QFileInfo(file).path(), m_parts.threads, m_parts.access, m_parts.claims);
         co_await attempt(folder.putAway(name));
         co_return;
     }
@@ -135,21 +135,32 @@ QCoro::Task<bool> DownloadedImages::isReady(QString file) {
     const Finding found = co_await onThreadPool(m_parts.threads.of(QFileInfo(file).path()), look);
     if (!found.exists) {
         print(u"File does not exist: "_s + file);
+        fail(file, u"It is not there any more."_s);
         co_return false;
     }
     if (found.size == 0) {
         print(u"File is empty (0 bytes), skipping: "_s + name);
+        fail(file, u"The file is empty."_s);
         co_return false;
     }
     print(u"File verified: %1, size: %2 bytes"_s.arg(name, QString::number(found.size)));
     if (!found.sidecarFailure.isEmpty()) {
         print(u"%1: Failed to create XMP sidecar: %2, skipping"_s.arg(name, found.sidecarFailure));
+        fail(file, found.sidecarFailure);
         co_return false;
     }
     if (found.isSidecarNew) {
         print(name + u": Created XMP sidecar"_s);
     }
     co_return true;
+}
+
+void DownloadedImages::fail(const QString& file, const QString& reason) {
+    ImageOutcome outcome;
+    outcome.file = file;
+    outcome.kind = OutcomeKind::refused;
+    outcome.reason = reason;
+    m_parts.onFailure(outcome);
 }
 
 QCoro::Task<> DownloadedImages::captionOne(QString file) {

@@ -8,6 +8,7 @@
 #include "platform/Clock.h"
 #include "platform/FileAccess.h"
 #include "platform/FolderThreads.h"
+#include "platform/ImageClaims.h"
 #include "platform/PlainLog.h"
 #include "product/NotificationManager.h"
 #include "state/ProcessedFilesManifest.h"
@@ -30,11 +31,14 @@ struct DownloadedImagesParts {
     CaptionTurns& turns;
     FileAccess& access;
     FolderThreads& threads;
+    ImageClaims& claims;
     Clock& clock;
     PlainLog& log;
     /// Captions one image; if it is done, it is in the manifest afterwards. In the program, this is
     /// Analyzer::captionDownloaded().
     std::function<QCoro::Task<ImageOutcome>(QString file)> captioning;
+    /// Hears of an image that cannot be captioned at all.
+    OutcomeListener onFailure = [](const ImageOutcome&) {};
 };
 
 /// Captions images that were fetched from a server, strictly one after the other. For the thread of the event
@@ -55,6 +59,7 @@ private:
     QCoro::Task<> process(QString file, bool isOld);
     /// Whether there is something to caption; makes a missing sidecar. Each reason against it is logged.
     QCoro::Task<bool> isReady(QString file);
+    void fail(const QString& file, const QString& reason);
     QCoro::Task<> captionOne(QString file);
     void print(const QString& words);
 

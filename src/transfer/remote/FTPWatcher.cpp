@@ -2,6 +2,7 @@
 #include "transfer/remote/FTPWatcher.h"
 
 #include "core/Attempt.h"
+#include "core/Text.h"
 #include "transfer/ftp/FTPError.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
 FTPWatcher::FTPWatcher(std::unique_ptr<FileTransferClient> client, QString folder, FTPWatcherParts parts)
     : m_client(std::move(client))
     , m_parts(parts)
-    , m_destination(std::move(folder), parts.threads, parts.access)
+    , m_destination(std::move(folder), parts.threads, parts.access, parts.claims)
     , m_polls([this](const QString& words) { print(u"A poll failed: "_s + words); }) {}
 
 void FTPWatcher::start(std::chrono::milliseconds interval, NewFiles onNewFiles) {
@@ -99,14 +100,15 @@ QCoro::Task<> FTPWatcher::poll(NewFiles onNewFiles, Overtaking::Mark mark) {
     const auto done = co_await attempt(pollOnce(onNewFiles, mark));
     if (!done) {
         fail(u"Error polling FTP: "_s, done.failure(), mark);
+    } else {
+        m_parts.listener.allEnded({});
     }
     end(mark);
 }
 
 QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
     const ServerFiles files = co_await look(u"Image files found: %1"_s);
-    QStringList images; // fetched earlier, but not handed on
-    FetchPlan planned = co_await plan(files, FetchRun::Care::poll, &images);
+    FetchPlan planned = co_await plan(files, FetchRun::Care::poll);
     if (mark.isOvertaken()) {
         co_return;
     }
@@ -120,10 +122,10 @@ QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
     }
     FetchRun run(fetchParts(), planned, FetchRun::Care::poll, mark);
     co_await run.execute();
+    const QStringList images = co_await leftBehind(); // with what this poll has fetched
     if (mark.isOvertaken()) {
         co_return; // what has come is handed on by the next poll
     }
-    images += run.images();
     run.conclude(images.size(), files.isEmpty());
     handOn(images, onNewFiles);
 }
@@ -157,14 +159,15 @@ QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
     const auto done = co_await attempt(downloadOnce(onComplete, mark));
     if (!done) {
         fail(u"Error downloading all files: "_s, done.failure(), mark);
+    } else {
+        m_parts.listener.allEnded({});
     }
     end(mark);
 }
 
 QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mark) {
     const ServerFiles files = co_await look(u"[FTPWatcher] Manual download - Image files to download: %1"_s);
-    QStringList images; // fetched earlier, but not handed on
-    const FetchPlan planned = co_await plan(files, FetchRun::Care::download, &images);
+    const FetchPlan planned = co_await plan(files, FetchRun::Care::download);
     if (mark.isOvertaken()) {
         co_return;
     }
@@ -172,10 +175,10 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
     FetchRun run(fetchParts(), planned, FetchRun::Care::download, mark);
     run.announce();
     co_await run.execute();
+    const QStringList images = co_await leftBehind(); // with what this download has fetched
     if (mark.isOvertaken()) {
         co_return;
     }
-    images += run.images();
     run.conclude(images.size(), files.isEmpty());
     if (!images.isEmpty()) {
         handOn(images, onComplete);
@@ -205,11 +208,11 @@ QCoro::Task<ServerFiles> FTPWatcher::look(QString imageLine) {
     co_return files;
 }
 
-QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care, QStringList* leftBehind) {
+QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) {
     co_await m_parts.manifest.refresh(); // other programs may have captioned
     const QHash<QString, LocalCopy> copies =
         co_await m_destination.copiesOf(namesOf(files.metadata) + namesOf(files.images));
-    const IsCaptioned isCaptioned = fetchParts().isCaptioned;
+    const IsCaptioned isCaptioned = fetchParts().isCaptioned();
     const bool isPoll = care == FetchRun::Care::poll;
     FetchPlan plan;
     const auto take = [&](const FTPFileInfo& file, const FetchDecision& decision, QList<FTPFileInfo>* list) {
@@ -226,19 +229,55 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care, 
         take(file, isPoll ? decideOnMetadata(file, copy, isCaptioned) : decideBySize(file, copy, Look::first),
              &plan.metadata);
     }
+    QStringList leftAlone;
     for (const FTPFileInfo& file : std::as_const(files.images)) {
         const LocalCopy copy = copies.value(file.name);
         const FetchDecision decision = isPoll ? decideOnImage(file, copy, isCaptioned, Look::first)
                                               : decideBySize(file, copy, Look::first);
         take(file, decision, &plan.images);
-        const QString path = m_destination.pathOf(file.name);
-        if (!decision.isFetched && !isCaptioned(file.name) && !m_parts.ledger.isHandedOn(path)) {
-            leftBehind->append(path);
+        // What was fetched by this program may have another size now that it holds its caption.
+        const bool isOurs = m_parts.ledger.isHandedOn(m_destination.pathOf(file.name));
+        if (decision.isCaptioned && copy.size != file.size && !isOurs) {
+            leftAlone.append(file.name);
         }
     }
+    showLeftAlone(leftAlone);
     plan.metadata = failedLast(plan.metadata, m_parts.ledger);
     plan.images = failedLast(plan.images, m_parts.ledger);
     co_return plan;
+}
+
+QCoro::Task<QStringList> FTPWatcher::leftBehind() {
+    constexpr qint64 oldest = 12 * 3600; // seconds: the next game has another roster
+    const QStringList names = m_parts.fetched.namesIn(m_destination.path());
+    const QHash<QString, LocalCopy> copies = co_await m_destination.copiesOf(names);
+    QStringList images;
+    for (const QString& name : names) {
+        const QString path = m_destination.pathOf(name);
+        const LocalCopy copy = copies.value(name);
+        const bool isTooOld = copy.exists && copy.lastModified.secsTo(m_parts.clock.now()) > oldest;
+        if (isTooOld) {
+            print(u"%1 was fetched hours ago and is not captioned any more"_s.arg(name));
+        }
+        const bool isCaptioned = co_await m_parts.manifest.isProcessed(path); // by another program
+        if (!copy.exists || isTooOld || isCaptioned) {
+            m_parts.fetched.remove(path);
+        } else if (!m_parts.ledger.isHandedOn(path)) {
+            images.append(path);
+        }
+    }
+    co_return images;
+}
+
+void FTPWatcher::showLeftAlone(const QStringList& names) {
+    const QString words =
+        u"%1 file%2 left alone, as images of the same names were captioned before: "_s.arg(names.size())
+            .arg(plural(names.size()));
+    m_parts.status.setFtpLeftAlone(names.isEmpty() ? std::nullopt
+                                                   : std::optional(words + shortNameList(names)));
+    if (m_parts.ledger.setLeftAlone(names) && !names.isEmpty()) {
+        print(words + names.join(u", "_s));
+    }
 }
 
 void FTPWatcher::handOn(const QStringList& images, const NewFiles& onNewFiles) {
@@ -268,6 +307,7 @@ void FTPWatcher::fail(const QString& heading, const std::exception_ptr& failure,
     print(heading + wordsOf(failure) + reason);
     if (!mark.isOvertaken()) {
         m_parts.status.setFtpStatusMessage(u"Error: "_s + wordsOf(failure) + reason);
+        m_parts.listener.allEnded(wordsOf(failure) + reason);
     }
 }
 
@@ -283,11 +323,11 @@ FetchParts FTPWatcher::fetchParts() {
     return {.client = *m_client,
             .destination = m_destination,
             .ledger = m_parts.ledger,
+            .fetched = m_parts.fetched,
+            .manifest = m_parts.manifest,
             .status = m_parts.status,
             .log = m_parts.log,
-            .isCaptioned = [manifest = &m_parts.manifest](const QString& name) {
-                return manifest->isProcessedByName(name);
-            }};
+            .listener = m_parts.listener};
 }
 
 void FTPWatcher::print(const QString& words) {

@@ -10,6 +10,7 @@
 #include "state/ProcessedFilesManifest.h"
 #include "state/StatusStore.h"
 #include "transfer/ftp/FileTransferClient.h"
+#include "platform/ImageClaims.h"
 #include "transfer/remote/FetchRun.h"
 
 #include <QCoroTask>
@@ -28,10 +29,13 @@ struct FTPWatcherParts {
     StatusStore& status;
     ProcessedFilesManifest& manifest;
     FetchLedger& ledger;
+    FetchedImages& fetched;
+    ImageClaims& claims;
     Clock& clock;
     PlainLog& log;
     FileAccess& access;
     FolderThreads& threads;
+    FetchListener listener = {};
 };
 
 /// Takes the paths of the images that are to be captioned.
@@ -69,9 +73,12 @@ private:
     QCoro::Task<> downloadOnce(NewFiles onComplete, Overtaking::Mark mark);
     /// Lists the folder and logs what is in it; `imageLine` takes the number of images.
     QCoro::Task<ServerFiles> look(QString imageLine);
-    /// Decides what to fetch. `leftBehind` receives the images that were fetched earlier,
-    /// by this program or one that was killed, and never handed on.
-    QCoro::Task<FetchPlan> plan(ServerFiles files, FetchRun::Care care, QStringList* leftBehind);
+    /// Decides what to fetch.
+    QCoro::Task<FetchPlan> plan(ServerFiles files, FetchRun::Care care);
+    /// The images that were fetched earlier, by this program or one that was killed, and never handed on.
+    QCoro::Task<QStringList> leftBehind();
+    /// Shows and logs the images that were not fetched since others of their names were captioned before.
+    void showLeftAlone(const QStringList& names);
     /// False if the files go on growing. Takes their sizes from a listing after the wait.
     QCoro::Task<bool> waitForBatch(FetchPlan* plan);
     void handOn(const QStringList& images, const NewFiles& onNewFiles);

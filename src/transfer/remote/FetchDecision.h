@@ -3,6 +3,7 @@
 
 #include "transfer/ftp/FTPFileInfo.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -14,6 +15,7 @@ namespace ostrelle {
 struct LocalCopy {
     bool exists = false;
     std::optional<qint64> size = {}; ///< in bytes; nothing if it cannot be told
+    QDateTime lastModified = {};
 };
 
 /// Whether a file has been captioned, by its name alone.

@@ -9,6 +9,8 @@
 #include <QHash>
 #include <QSet>
 #include <QString>
+#include <QStringList>
+#include <utility>
 
 namespace ostrelle {
 
@@ -30,6 +32,10 @@ public:
     bool isHandedOn(const QString& path) const { return m_handedOn.contains(path); }
     void handOn(const QString& path) { m_handedOn.insert(path); }
 
+    /// The names that a poll has left alone, as images of them were captioned before. True if they are others
+    /// than in the poll before.
+    bool setLeftAlone(const QStringList& names) { return std::exchange(m_leftAlone, names) != names; }
+
     /// Leaves a file that could not be fetched alone for a while.
     void setAside(const FTPFileInfo& file);
     /// Whether the file has ever failed at this size.
@@ -47,6 +53,7 @@ private:
     Gate m_transfers{1};
     int m_users = 0;
     QSet<QString> m_handedOn;
+    QStringList m_leftAlone;
     QHash<QString, Failure> m_failures; ///< by name
 };
 

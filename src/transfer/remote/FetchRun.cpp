@@ -93,38 +93,43 @@ QCoro::Task<> FetchRun::fetchInTurn(QCoro::Task<> fetch, FTPFileInfo file) {
         m_failuresInARow = 0;
         co_return;
     }
-    m_parts.log.print(u"[FTPWatcher] Could not fetch %1: %2"_s.arg(file.name, reasonOf(done.failure())));
-    m_parts.ledger.setAside(file);
-    m_failed.append(file.name);
+    fail(file, reasonOf(done.failure()));
     if (++m_failuresInARow == mostFailuresInARow) { // the server is gone, or the disk is full
         done.rethrow();
     }
 }
 
+void FetchRun::fail(const FTPFileInfo& file, const QString& reason) {
+    print(u"Could not fetch %1: %2"_s.arg(file.name, reason));
+    m_parts.ledger.setAside(file);
+    m_failed.append(file.name);
+    m_parts.listener.ended({.path = m_parts.destination.pathOf(file.name), .failure = reason});
+}
+
 QCoro::Task<> FetchRun::fetchMetadata(FTPFileInfo file) {
     ++m_number;
-    m_parts.log.print(u"[FTPWatcher] Downloading metadata file: "_s + file.name);
+    print(u"Downloading metadata file: "_s + file.name);
     showNumber();
-    co_await fetch(file);
-    m_parts.log.print(u"[FTPWatcher] Downloaded metadata file %1 to %2"_s.arg(
-        file.name, m_parts.destination.pathOf(file.name)));
-    ++m_metadataDone;
-    count(file);
+    const bool isFetched = co_await fetch(file);
+    if (isFetched) {
+        print(u"Downloaded metadata file %1 to %2"_s.arg(file.name, m_parts.destination.pathOf(file.name)));
+        ++m_metadataDone;
+        count(file);
+    }
 }
 
 QCoro::Task<> FetchRun::fetchImage(FTPFileInfo file) {
     ++m_number;
-    m_parts.log.print(u"[FTPWatcher] Downloading file: "_s + file.name);
+    print(u"Downloading file: "_s + file.name);
     showNumber();
     const bool ready = co_await isReady(&file);
-    if (!ready) {
-        co_return;
+    const bool isFetched = ready && co_await fetch(file);
+    if (isFetched) {
+        const QString path = m_parts.destination.pathOf(file.name);
+        print(u"Downloaded %1 to %2"_s.arg(file.name, path));
+        m_images.append(path);
+        count(file);
     }
-    co_await fetch(file);
-    const QString path = m_parts.destination.pathOf(file.name);
-    m_parts.log.print(u"[FTPWatcher] Downloaded %1 to %2"_s.arg(file.name, path));
-    m_images.append(path);
-    count(file);
 }
 
 /// Files may have changed during the wait for the batch.
@@ -132,7 +137,7 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
     using std::chrono::seconds;
     const LocalCopy copy = co_await m_parts.destination.copyOf(file->name);
     const FetchDecision decision = m_care == Care::poll
-                                       ? decideOnImage(*file, copy, m_parts.isCaptioned, Look::again)
+                                       ? decideOnImage(*file, copy, m_parts.isCaptioned(), Look::again)
                                        : decideBySize(*file, copy, Look::again);
     for (const QString& line : decision.lines) {
         m_parts.log.print(line);
@@ -144,7 +149,7 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
         const Stability stability =
             co_await m_parts.client.waitForFileStable(file->name, seconds(2), seconds(30));
         if (!stability.isStable) {
-            m_parts.log.print(u"[FTPWatcher] File %1 did not stabilize, skipping"_s.arg(file->name));
+            print(u"File %1 did not stabilize, skipping"_s.arg(file->name));
             co_return false;
         }
         file->size = stability.size;
@@ -152,45 +157,61 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
     co_return !m_mark.isOvertaken();
 }
 
-QCoro::Task<> FetchRun::fetch(FTPFileInfo file) {
-    DestinationFolder& destination = m_parts.destination;
-    const QString part = destination.temporaryPath(file.name);
-    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
-    const auto done = co_await attempt(
-        m_parts.client.downloadFile(file.name, target, [this](qint64 bytes) { showProgress(bytes); }));
-    if (!done || !done->failure.isEmpty() || done->bytes != file.size) {
-        co_await destination.discard(part);
-        if (!done) {
-            done.rethrow();
-        }
-        throw FTPError(FTPError::Case::readError,
-                       !done->failure.isEmpty()
-                           ? done->failure
-                           : u"%1 of %2 bytes have come."_s.arg(done->bytes).arg(file.size));
+QCoro::Task<bool> FetchRun::fetch(FTPFileInfo file) {
+    m_parts.listener.begun(file.name);
+    const QString part = m_parts.destination.temporaryPath(file.name);
+    const auto come = co_await attempt(fetchPart(file, part));
+    const auto placed = come ? co_await attempt(place(file, part)) : Attempt<bool>::failed(come.failure());
+    if (!placed.valueOr(false)) {
+        co_await m_parts.destination.discard(part);
     }
-    using OldFile = DestinationFolder::OldFile;
-    const bool isKept = m_care == Care::download || isCaptionLost(file.name);
-    const OldFile old = isKept ? OldFile::kept : OldFile::replaced;
-    const auto moved = co_await attempt(destination.bringIn(part, file.name, old));
-    if (!moved) {
-        co_await destination.discard(part);
-        moved.rethrow();
+    if (!placed) {
+        placed.rethrow();
+    }
+    co_return *placed;
+}
+
+QCoro::Task<> FetchRun::fetchPart(FTPFileInfo file, QString part) {
+    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
+    const Download done = co_await m_parts.client.downloadFile(
+        file.name, target, [this](qint64 bytes) { showProgress(bytes); });
+    if (!done.failure.isEmpty() || done.bytes != file.size) {
+        throw FTPError(FTPError::Case::readError,
+                       !done.failure.isEmpty()
+                           ? done.failure
+                           : u"%1 of %2 bytes have come."_s.arg(done.bytes).arg(file.size));
     }
 }
 
-/// Whether the file that is replaced may hold a caption: a captioned image, or the sidecar of one.
-bool FetchRun::isCaptionLost(const QString& name) const {
-    if (isSupportedImage(name)) {
-        return m_parts.isCaptioned(name);
+/// A caption may have been written while the file came, or be about to be written now.
+QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
+    DestinationFolder& destination = m_parts.destination;
+    const auto claims = co_await destination.claim(file.name);
+    if (!claims) {
+        fail(file, u"Its image is being captioned at the moment."_s);
+        co_return false;
     }
-    const QString stem = QFileInfo(name).completeBaseName();
-    for (const QString& extension : imageExtensions()) {
-        if (m_parts.isCaptioned(stem + u'.' + extension) ||
-            m_parts.isCaptioned(stem + u'.' + extension.toUpper())) {
-            return true;
+    const bool isImage = isSupportedImage(file.name);
+    if (m_care == Care::poll) {
+        co_await m_parts.manifest.refresh();
+        const LocalCopy copy = co_await destination.copyOf(file.name);
+        const FetchDecision decision =
+            isImage ? decideOnImage(file, copy, m_parts.isCaptioned(), Look::first)
+                    : decideOnMetadata(file, copy, m_parts.isCaptioned());
+        for (const QString& line : decision.lines) {
+            m_parts.log.print(line);
+        }
+        if (!decision.isFetched) {
+            co_return false;
         }
     }
-    return false;
+    if (isImage) {
+        co_await m_parts.fetched.add(destination.pathOf(file.name)); // first: a kill may come in between
+    }
+    using OldFile = DestinationFolder::OldFile;
+    const bool isCaptionPossible = m_care == Care::download || !isImage;
+    co_await destination.bringIn(part, file.name, isCaptionPossible ? OldFile::kept : OldFile::replaced);
+    co_return true;
 }
 
 void FetchRun::showProgress(qint64 bytes) {
@@ -206,6 +227,8 @@ void FetchRun::showProgress(qint64 bytes) {
 
 void FetchRun::count(const FTPFileInfo& file) {
     m_bytesDone += file.size;
+    m_parts.listener.ended(
+        {.path = m_parts.destination.pathOf(file.name), .bytes = file.size, .failure = {}});
     if (m_mark.isOvertaken()) {
         return;
     }

@@ -3,17 +3,19 @@
 
 #include "core/Overtaking.h"
 #include "platform/PlainLog.h"
+#include "state/ProcessedFilesManifest.h"
 #include "state/StatusStore.h"
 #include "transfer/ftp/FileTransferClient.h"
 #include "transfer/remote/DestinationFolder.h"
 #include "transfer/remote/FetchDecision.h"
 #include "transfer/remote/FetchLedger.h"
+#include "transfer/remote/FetchListener.h"
+#include "transfer/remote/FetchedImages.h"
 
 #include <QCoroTask>
 #include <QList>
 #include <QString>
 #include <QStringList>
-#include <functional>
 
 namespace ostrelle {
 
@@ -31,9 +33,15 @@ struct FetchParts {
     FileTransferClient& client;
     DestinationFolder& destination;
     FetchLedger& ledger;
+    FetchedImages& fetched;
+    ProcessedFilesManifest& manifest;
     StatusStore& status;
     PlainLog& log;
-    IsCaptioned isCaptioned;
+    const FetchListener& listener;
+
+    IsCaptioned isCaptioned() const {
+        return [known = &manifest](const QString& name) { return known->isProcessedByName(name); };
+    }
 };
 
 /// Fetches files one after the other, sidecars first, and shows how far it is. A file is fetched under a
@@ -66,12 +74,17 @@ private:
     /// False if the image is left for a later poll.
     QCoro::Task<bool> isReady(FTPFileInfo* file);
     QCoro::Task<> fetchInTurn(QCoro::Task<> fetch, FTPFileInfo file);
-    QCoro::Task<> fetch(FTPFileInfo file);
+    /// False if it is left for a later poll.
+    QCoro::Task<bool> fetch(FTPFileInfo file);
+    QCoro::Task<> fetchPart(FTPFileInfo file, QString part);
+    /// False if the file in whose place it would come is being captioned, or has been meanwhile.
+    QCoro::Task<bool> place(FTPFileInfo file, QString part);
+    void fail(const FTPFileInfo& file, const QString& reason);
     void count(const FTPFileInfo& file);
     void showProgress(qint64 bytes);
     void showNumber();
     QString planned() const;
-    bool isCaptionLost(const QString& name) const;
+    void print(const QString& words) { m_parts.log.print(QStringLiteral("[FTPWatcher] ") + words); }
 
     FetchParts m_parts;
     FetchPlan m_plan;

@@ -114,10 +114,17 @@ std::shared_ptr<FTPWatcher> ServerSource::makeWatcher() {
         FTPWatcherParts{.status = m_parts.status,
                         .manifest = m_parts.manifest,
                         .ledger = m_ledger,
+                        .fetched = m_parts.fetched,
+                        .claims = m_parts.claims,
                         .clock = m_parts.clock,
                         .log = m_parts.log,
                         .access = m_parts.access,
-                        .threads = m_parts.threads});
+                        .threads = m_parts.threads,
+                        .listener = {.begun = [this](const QString& name) { Q_EMIT fetchBegan(name); },
+                                     .ended = [this](const FetchedFile& file) { Q_EMIT fetchEnded(file); },
+                                     .allEnded = [this](const QString& failure) {
+                                         Q_EMIT transferEnded(failure);
+                                     }}});
     m_watchers.push_back(watcher);
     return watcher;
 }

@@ -13,9 +13,11 @@
 #include "transfer/remote/DownloadedImages.h"
 #include "transfer/remote/FTPWatcher.h"
 #include "transfer/remote/FetchLedger.h"
+#include "transfer/remote/FetchedImages.h"
 #include "transfer/remote/RemoteSource.h"
 
 #include <QCoroTask>
+#include <QObject>
 #include <QString>
 #include <functional>
 #include <memory>
@@ -29,6 +31,8 @@ struct ServerSourceParts {
     StatusStore& status;
     ProcessedFilesManifest& manifest;
     DownloadedImages& images;
+    FetchedImages& fetched;
+    ImageClaims& claims;
     FtpStreamMaker makeStream;
     FileAccess& access;
     FolderThreads& threads;
@@ -40,7 +44,9 @@ struct ServerSourceParts {
 
 /// The server of the settings: watches it for auto mode, downloads everything when the user asks for it, and
 /// has the images captioned. For the thread of the event loop only; await finished() before destroying it.
-class ServerSource : public RemoteSource {
+class ServerSource : public QObject, public RemoteSource {
+    Q_OBJECT
+
 public:
     explicit ServerSource(ServerSourceParts parts);
 
@@ -58,6 +64,12 @@ public:
     void abandon();
     /// Resumes when no transfer is under way and all images are captioned or dismissed.
     QCoro::Task<> finished() const;
+
+Q_SIGNALS:
+    void fetchBegan(const QString& name);
+    void fetchEnded(const ostrelle::FetchedFile& file);
+    /// A poll or a full download has ended; `failure` is empty unless it failed as a whole.
+    void transferEnded(const QString& failure);
 
 private:
     std::unique_ptr<FileTransferClient> makeClient() const;
