@@ -18,7 +18,9 @@ public:
         constexpr int patience = 30'000; // milliseconds
         while (!m_process.canReadLine() && m_process.waitForReadyRead(patience)) {
         }
-        port = m_process.readLine().trimmed().toInt();
+        const QByteArrayList line = m_process.readLine().trimmed().split(' ');
+        port = line.first().toInt();
+        fingerprint = QString::fromLatin1(line.value(1));
         EXPECT_GT(port, 0) << "the server does not start";
     }
     ~FtpServer() { stop(); }
@@ -31,6 +33,7 @@ public:
     }
 
     int port = 0;
+    QString fingerprint; ///< of its certificate, with --tls
 
 private:
     QProcess m_process;

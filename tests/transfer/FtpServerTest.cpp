@@ -5,6 +5,7 @@
 #include "standins/MemoryDefaults.h"
 #include "support/Await.h"
 #include "support/RecordingLog.h"
+#include "transfer/ftp/CertificateCheck.h"
 #include "transfer/ftp/CurlFtpStreams.h"
 #include "transfer/ftp/FTPClient.h"
 #include "transfer/ftp/TransferBuffer.h"
@@ -30,7 +31,8 @@ protected:
                           .username = u"camera"_s,
                           .passwordProvider = [password] { return password; },
                           .path = path,
-                          .port = port},
+                          .port = port,
+                          .security = security},
                          {.makeStream = [this](const FtpAddress& address) { return streams.make(address); },
                           .clock = clock,
                           .log = log,
@@ -60,6 +62,7 @@ protected:
     QTemporaryDir remote;
     QTemporaryDir local;
     QString target = local.filePath(u"IMG_1.JPG"_s);
+    FtpSecurity security;
     CurlFtpStreams streams;
     SystemClock clock;
     RecordingLog log;
@@ -138,6 +141,52 @@ TEST_F(FtpServerTest, SaysInOneLineWhyItCannotList) {
     FtpServer full(remote.path(), {u"--reply"_s, u"USER"_s, u"421 Too many."_s});
     EXPECT_EQ(reasonOf(client(full.port)), u"The server takes no further connections at the moment."_s);
     EXPECT_EQ(log.count(u"secret"_s) + log.count(u"wrong"_s), 0);
+}
+
+TEST_F(FtpServerTest, EncryptsAndTrustsJustTheCertificateThatTheUserDoes) {
+    const QByteArray bytes = pattern(3'000'000);
+    put(u"IMG_1.JPG"_s, bytes);
+    const FtpServer server(remote.path(), {u"--tls"_s, u"required"_s});
+    const auto test = [&](FtpEncryption encryption, const QString& trusted) {
+        security = {.encryption = encryption, .trustedCertificate = trusted};
+        return await(client(server.port).testConnection());
+    };
+    const ConnectionResult plain = test(FtpEncryption::none, {});
+    EXPECT_EQ(plain.reason, u"The server refuses the user name or the password."_s);
+    EXPECT_TRUE(plain.offersTls);
+    const ConnectionResult selfSigned = test(FtpEncryption::explicitTls, {});
+    EXPECT_EQ(selfSigned.reason, u"The server's certificate cannot be trusted (self-signed certificate). Its "
+                                 "SHA-256 fingerprint is %1."_s.arg(server.fingerprint));
+    EXPECT_EQ(selfSigned.untrustedCertificate, server.fingerprint);
+    const QString another = QString(server.fingerprint).replace(0, 2, u"XX"_s);
+    const ConnectionResult changed = test(FtpEncryption::explicitTls, another);
+    EXPECT_TRUE(changed.reason.startsWith(u"The server's certificate has changed")) << changed.reason.toStdString();
+    EXPECT_EQ(changed.untrustedCertificate, server.fingerprint);
+    EXPECT_TRUE(test(FtpEncryption::explicitTls, server.fingerprint).isGood);
+    EXPECT_EQ(fetch(server.port, u"IMG_1.JPG"_s, bytes.size()).failure, QString());
+    EXPECT_EQ(fetched(), bytes);
+    EXPECT_FALSE(test(FtpEncryption::explicitTls, another).isGood) << "also while connections are kept";
+}
+
+TEST_F(FtpServerTest, FindsOutWhetherTheServerOffersEncryption) {
+    const FtpServer plain(remote.path());
+    EXPECT_FALSE(await(client(plain.port).testConnection()).offersTls);
+    const FtpServer both(remote.path(), {u"--tls"_s, u"offered"_s});
+    const ConnectionResult result = await(client(both.port).testConnection());
+    EXPECT_TRUE(result.isGood && result.offersTls);
+    security.encryption = FtpEncryption::explicitTls;
+    EXPECT_EQ(reasonOf(client(plain.port)), u"The server offers no encryption."_s);
+}
+
+TEST(CertificateCheck, ReadsFingerprintsHoweverTheyAreWritten) {
+    const QString bytes = QString(u"A1"_s).repeated(32);
+    const QString colons = u"A1:"_s.repeated(31) + u"A1"_s;
+    for (const QString& text : {bytes, bytes.toLower(), colons, u"a1 "_s.repeated(32)}) {
+        EXPECT_EQ(normalizedFingerprint(text), colons);
+    }
+    for (const QString& text : {QString(), bytes.chopped(2), bytes + u"A1"_s, QString(bytes).replace(4, 1, u"x"_s)}) {
+        EXPECT_EQ(normalizedFingerprint(text), QString());
+    }
 }
 
 TEST(TransferBuffer, TellsTheEndOnlyAfterItWasOpenAndAllIsRead) {

@@ -31,6 +31,10 @@ QString curlFailure(CURLcode result, long reply) {
     case CURLE_FTP_PORT_FAILED:
     case CURLE_FTP_ACCEPT_FAILED:
         return u"The server offers no connection for its data."_s;
+    case CURLE_USE_SSL_FAILED:
+        return u"The server offers no encryption."_s;
+    case CURLE_SSL_CONNECT_ERROR:
+        return u"No encrypted connection comes about."_s;
     case CURLE_PARTIAL_FILE:
     case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/ftp/CurlFtpStreams.h"
 
+#include "transfer/ftp/CertificateCheck.h"
 #include "transfer/ftp/CurlFailure.h"
 #include "transfer/ftp/TransferBuffer.h"
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -30,11 +32,23 @@ std::size_t takeBytes(const char* bytes, std::size_t size, std::size_t count, vo
     return static_cast<TransferBuffer*>(buffer)->write(view) ? size * count : CURL_WRITEFUNC_ERROR;
 }
 
-/// The server's replies: 150 or 125 comes before the bytes.
-std::size_t takeReply(const char* bytes, std::size_t size, std::size_t count, void* buffer) {
+/// A transfer under way, for the library's callbacks.
+struct Transfer {
+    const FtpAddress& address;
+    TransferBuffer* buffer;
+    FtpServerFacts facts = {};
+};
+
+/// The lines of the server's replies: 150 or 125 comes before the bytes, and each line within a list of
+/// features begins with a blank (RFC 2389).
+std::size_t takeReply(const char* bytes, std::size_t size, std::size_t count, void* transfer) {
     const QByteArrayView reply(bytes, static_cast<qsizetype>(size * count));
+    auto& own = *static_cast<Transfer*>(transfer);
+    own.facts.isAnswering = true;
     if (reply.startsWith("150") || reply.startsWith("125")) {
-        static_cast<TransferBuffer*>(buffer)->markOpen();
+        own.buffer->markOpen();
+    } else if (reply.startsWith(" AUTH") && reply.contains("TLS")) {
+        own.facts.offersTls = true;
     }
     return size * count;
 }
@@ -44,7 +58,8 @@ int checkInterest(void* buffer, curl_off_t, curl_off_t, curl_off_t, curl_off_t) 
 }
 
 /// What one transfer asks of the library.
-void configure(CURL* handle, const FtpAddress& address, TransferBuffer* buffer, const curl_slist* commands) {
+void configure(CURL* handle, Transfer* transfer, const curl_slist* commands) {
+    const FtpAddress& address = transfer->address;
     // Seconds; a listing that nobody answers must fail before its reader takes it for an empty one.
     const long longestSilence = address.path.endsWith(QLatin1Char('/')) ? 45 : 60;
     constexpr long bufferSize = 256 << 10;
@@ -65,69 +80,107 @@ void configure(CURL* handle, const FtpAddress& address, TransferBuffer* buffer, 
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, longestSilence);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, bufferSize);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, takeBytes);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, buffer);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, transfer->buffer);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, takeReply);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, buffer);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, transfer);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, checkInterest);
-    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, buffer);
+    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, transfer->buffer);
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
 }
 
 } // namespace
 
-/// The library's handles that nobody uses at the moment; each keeps its connection.
+/// One of the library's handles, which keeps its connection for the next transfer.
+struct CurlConnection {
+    explicit CurlConnection(FtpSecurity wanted)
+        : security(std::move(wanted)), certificates(security.trustedCertificate), handle(curl_easy_init()) {}
+
+    FtpSecurity security;
+    CertificateCheck certificates; // before the handle, whose connection may ask it at any time
+    Handle handle;
+};
+using Connection = std::unique_ptr<CurlConnection>;
+
+/// The connections that nobody uses at the moment.
 class CurlConnections {
 public:
-    Handle take() {
+    /// A connection that was made under other conditions of security does not count.
+    Connection take(const FtpSecurity& security) {
         const std::lock_guard lock(m_mutex);
-        if (m_idle.empty()) {
-            return Handle(curl_easy_init());
+        const auto fits = [&security](const Connection& idle) { return idle->security == security; };
+        const auto found = std::find_if(m_idle.begin(), m_idle.end(), fits);
+        if (found == m_idle.end()) {
+            return std::make_unique<CurlConnection>(security);
         }
-        Handle handle = std::move(m_idle.back());
-        m_idle.pop_back();
-        return handle;
+        Connection connection = std::move(*found);
+        m_idle.erase(found);
+        return connection;
     }
     /// Cleaning up waits for the server to answer a QUIT, so this is for worker threads.
-    void putBack(Handle handle) {
+    void putBack(Connection connection) {
         constexpr std::size_t mostIdle = 2;
+        Connection surplus; // cleaned up without the lock
         const std::lock_guard lock(m_mutex);
-        if (!m_isClosed && m_idle.size() < mostIdle) {
-            m_idle.push_back(std::move(handle));
+        if (m_isClosed) {
+            return;
+        }
+        m_idle.push_back(std::move(connection));
+        if (m_idle.size() > mostIdle) {
+            surplus = std::move(m_idle.front());
+            m_idle.erase(m_idle.begin());
         }
     }
     void close() {
         const std::lock_guard lock(m_mutex);
         m_isClosed = true;
-        for (Handle& handle : m_idle) {
-            std::thread([handle = std::move(handle)]() mutable { handle.reset(); }).detach();
+        for (Connection& connection : m_idle) {
+            std::thread([connection = std::move(connection)]() mutable { connection.reset(); }).detach();
         }
         m_idle.clear();
     }
 
 private:
     std::mutex m_mutex;
-    std::vector<Handle> m_idle;
+    std::vector<Connection> m_idle;
     bool m_isClosed = false;
 };
 
 namespace {
 
+CommandList commandsFor(const FtpAddress& address) {
+    // Not every server knows the commands, hence the asterisks.
+    CommandList commands(curl_slist_append(nullptr, "*OPTS UTF8 ON"));
+    if (address.asksForFeatures) {
+        curl_slist_append(commands.get(), "*FEAT");
+    }
+    return commands;
+}
+
 void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& buffer,
               const std::shared_ptr<CurlConnections>& connections) {
-    Handle handle = connections->take();
+    Connection connection = connections->take(address.security);
+    CURL* handle = connection->handle.get();
     if (!handle) {
         buffer->finish(curlFailure(CURLE_OUT_OF_MEMORY, 0));
         return;
     }
-    // Not every server knows the command, hence the asterisk.
-    const CommandList commands(curl_slist_append(nullptr, "*OPTS UTF8 ON"));
-    configure(handle.get(), address, buffer.get(), commands.get());
-    const CURLcode result = curl_easy_perform(handle.get());
+    const CommandList commands = commandsFor(address);
+    Transfer own{.address = address, .buffer = buffer.get()};
+    configure(handle, &own, commands.get());
+    if (address.security.encryption == FtpEncryption::explicitTls) {
+        connection->certificates.install(handle);
+    }
+    const CURLcode result = curl_easy_perform(handle);
     long reply = 0;
-    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &reply);
-    buffer->finish(curlFailure(result, reply));
+    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &reply);
+    if (result == CURLE_PEER_FAILED_VERIFICATION) {
+        own.facts.untrustedCertificate = connection->certificates.fingerprint();
+        buffer->finish(connection->certificates.failure(), own.facts);
+    } else {
+        buffer->finish(curlFailure(result, reply), own.facts);
+    }
     if (result == CURLE_OK) {
-        connections->putBack(std::move(handle));
+        connections->putBack(std::move(connection));
     }
 }
 
@@ -150,6 +203,7 @@ public:
     void close() override { m_buffer->abandon(); }
     Event news() override { return m_buffer->news(); }
     QString failure() const override { return m_buffer->failure(); }
+    FtpServerFacts facts() const override { return m_buffer->facts(); }
 
 private:
     FtpAddress m_address;

@@ -22,10 +22,15 @@ FTPClient::FTPClient(FtpAccount account, FtpParts parts)
     : m_account(std::move(account)), m_parts(std::move(parts)) {}
 
 QCoro::Task<QList<FTPFileInfo>> FTPClient::listFiles() {
-    constexpr int mostPasses = 1000;
-    print(u"Listing files from path: "_s + folder());
     const FtpAddress address = addressOf(folder());
     StreamReader reader(m_parts, address);
+    co_return co_await list(&reader, address.password);
+}
+
+QCoro::Task<QList<FTPFileInfo>> FTPClient::list(StreamReader* given, QString password) {
+    constexpr int mostPasses = 1000;
+    StreamReader& reader = *given;
+    print(u"Listing files from path: "_s + folder());
     reader.create();
     print(u"Constructed URL: "_s + reader.shownAddress());
     print(u"Stream created, opening connection..."_s);
@@ -47,9 +52,7 @@ QCoro::Task<QList<FTPFileInfo>> FTPClient::listFiles() {
         co_return QList<FTPFileInfo>();
     }
     const auto lines = std::make_shared<KeptLines>();
-    auto parse = [bytes, password = address.password, lines] {
-        return parseListing(bytes, password, *lines);
-    };
+    auto parse = [bytes, password, lines] { return parseListing(bytes, password, *lines); };
     const auto entries = co_await attemptOffMainThread(parse);
     lines->tell(m_parts.log);
     if (!entries) {
@@ -64,16 +67,35 @@ QCoro::Task<Download> FTPClient::downloadFile(QString name, DownloadTarget targe
     co_return co_await download.execute();
 }
 
-/// Does not throw.
 QCoro::Task<ConnectionResult> FTPClient::testConnection() {
-    const auto listing = co_await attempt(listFiles());
+    FtpAddress address = addressOf(folder());
+    address.asksForFeatures = address.security.encryption == FtpEncryption::none;
+    FtpServerFacts facts;
+    ConnectionResult result = co_await tryToList(address, &facts);
+    if (result.isGood || !address.asksForFeatures || !facts.isAnswering) {
+        result.offersTls = facts.offersTls;
+        co_return result;
+    }
+    // A server may refuse all who come without encryption, and tell its features to none of them.
+    address.asksForFeatures = false;
+    address.security.encryption = FtpEncryption::explicitTls;
+    const ConnectionResult encrypted = co_await tryToList(address, &facts);
+    result.offersTls = encrypted.isGood || !encrypted.untrustedCertificate.isEmpty();
+    co_return result;
+}
+
+QCoro::Task<ConnectionResult> FTPClient::tryToList(FtpAddress address, FtpServerFacts* facts) {
+    StreamReader reader(m_parts, address);
+    const auto listing = co_await attempt(list(&reader, address.password));
+    *facts = reader.facts();
     if (listing) {
         co_return ConnectionResult{.isGood = true};
     }
     print(u"Connection test failed: "_s + listing.words());
     const auto error = listing.failureAs<FTPError>();
     const bool hasReason = error && !error->reason().isEmpty();
-    co_return ConnectionResult{.reason = hasReason ? error->reason() : listing.words()};
+    co_return ConnectionResult{.reason = hasReason ? error->reason() : listing.words(),
+                               .untrustedCertificate = facts->untrustedCertificate};
 }
 
 QCoro::Task<qint64> FTPClient::fileSize(QString name) {
@@ -103,7 +125,8 @@ FtpAddress FTPClient::addressOf(const QString& path) const {
             .port = m_account.port,
             .path = path,
             .username = m_account.username,
-            .password = m_account.passwordProvider()};
+            .password = m_account.passwordProvider(),
+            .security = m_account.security};
 }
 
 void FTPClient::print(const QString& words) {

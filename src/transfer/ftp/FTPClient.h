@@ -3,6 +3,7 @@
 
 #include "transfer/ftp/FileTransferClient.h"
 #include "transfer/ftp/FtpParts.h"
+#include "transfer/ftp/StreamReader.h"
 
 #include <functional>
 
@@ -15,6 +16,7 @@ struct FtpAccount {
     std::function<QString()> passwordProvider; ///< asked for each stream; the password is not kept
     QString path;                              ///< of the remote folder; empty for the topmost
     int port = 21;
+    FtpSecurity security = {};
 };
 
 /// Fetches files over FTP. Each listing and each file is a stream of its own; no connection is kept here. For
@@ -33,6 +35,7 @@ public:
     /// without a byte. An empty file throws FTPError::readError and stays.
     QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
                                        DownloadProgress progress) override;
+    /// Does not throw. Without encryption, also finds out whether the server offers it.
     QCoro::Task<ConnectionResult> testConnection() override;
     QCoro::Task<qint64> fileSize(QString name) override;
     QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds checkInterval,
@@ -41,6 +44,8 @@ public:
                                          std::chrono::milliseconds timeout) override;
 
 private:
+    QCoro::Task<QList<FTPFileInfo>> list(StreamReader* given, QString password);
+    QCoro::Task<ConnectionResult> tryToList(FtpAddress address, FtpServerFacts* facts);
     QString folder() const;
     FtpAddress addressOf(const QString& path) const;
     void print(const QString& words);

@@ -36,7 +36,9 @@ struct Stability {
 /// Whether the folder can be listed, and why not.
 struct ConnectionResult {
     bool isGood = false;
-    QString reason = {}; ///< a sentence
+    QString reason = {};               ///< a sentence
+    QString untrustedCertificate = {}; ///< its SHA-256 fingerprint, if that is the reason
+    bool offersTls = false;            ///< the server has encryption that is not asked for
 };
 
 using DownloadProgress = std::function<void(qint64 bytesSoFar)>;

@@ -1,11 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/FtpEncryption.h"
+
 #include <QByteArray>
 #include <QString>
 #include <optional>
 
 namespace ostrelle {
+
+/// How a connection is protected.
+struct FtpSecurity {
+    FtpEncryption encryption = FtpEncryption::none;
+    /// The SHA-256 fingerprint of the only certificate to trust; empty for those that an authority has signed.
+    QString trustedCertificate = {};
+
+    bool operator==(const FtpSecurity&) const = default;
+};
 
 /// A folder or file on a server, and who asks for it.
 struct FtpAddress {
@@ -14,6 +25,8 @@ struct FtpAddress {
     QString path; ///< absolute; a folder ends in a slash
     QString username;
     QString password;
+    FtpSecurity security = {};
+    bool asksForFeatures = false; ///< of the server, before the transfer
 
     /// As an ftp URL for the log, with "***" in place of the password. Nothing if the parts make no URL.
     std::optional<QString> shown() const;

@@ -11,6 +11,13 @@
 
 namespace ostrelle {
 
+/// What a transfer has told of the server.
+struct FtpServerFacts {
+    bool isAnswering = false;
+    bool offersTls = false;            ///< if it was asked for its features
+    QString untrustedCertificate = {}; ///< the SHA-256 fingerprint of the certificate that was refused, if any
+};
+
 /// The bytes of one file or one folder's listing on their way from a server. No call blocks. For the thread
 /// of the event loop only. Destroying the stream closes it.
 class FtpStream {
@@ -32,6 +39,8 @@ public:
     virtual Event news() = 0;
     /// Why the stream failed, a sentence; empty if it did not.
     virtual QString failure() const = 0;
+    /// Known once the stream has ended.
+    virtual FtpServerFacts facts() const { return {}; }
 };
 
 /// Makes a stream, or nothing if the address cannot be opened.

@@ -38,6 +38,8 @@ public:
     const QString& shownAddress() const { return m_shownAddress; }
     /// Why the stream ended early, a sentence; empty if it did not.
     QString failure() const { return m_stream->failure(); }
+    /// What the stream has told of the server; nothing before create().
+    FtpServerFacts facts() const { return m_stream ? m_stream->facts() : FtpServerFacts(); }
     /// The computer's clock has no say in it: how long no byte has come.
     std::chrono::milliseconds silence() const { return std::chrono::milliseconds(m_sinceBytes.elapsed()); }
 

@@ -32,11 +32,12 @@ bool TransferBuffer::isAbandoned() const {
     return m_isAbandoned;
 }
 
-void TransferBuffer::finish(const QString& failure) {
+void TransferBuffer::finish(const QString& failure, const FtpServerFacts& facts) {
     const std::lock_guard lock(m_mutex);
     m_isFinished = true;
     m_isOpen = m_isOpen || failure.isEmpty();
     m_failure = failure;
+    m_facts = facts;
     tell();
 }
 
@@ -91,6 +92,11 @@ Event TransferBuffer::news() {
 QString TransferBuffer::failure() const {
     const std::lock_guard lock(m_mutex);
     return m_failure;
+}
+
+FtpServerFacts TransferBuffer::facts() const {
+    const std::lock_guard lock(m_mutex);
+    return m_facts;
 }
 
 void TransferBuffer::tell() {

@@ -27,7 +27,7 @@ public:
     bool write(QByteArrayView bytes);
     bool isAbandoned() const;
     /// The transfer is over; `failure` is a sentence, empty after a success.
-    void finish(const QString& failure);
+    void finish(const QString& failure, const FtpServerFacts& facts = {});
 
     // For the thread of the event loop.
 
@@ -39,6 +39,7 @@ public:
     /// Has happened already if there is something to read or to see.
     Event news();
     QString failure() const;
+    FtpServerFacts facts() const;
 
 private:
     void tell();
@@ -51,6 +52,7 @@ private:
     bool m_isFinished = false;
     bool m_isAbandoned = false;
     QString m_failure;
+    FtpServerFacts m_facts;
     Event m_news;
 };
 
