@@ -3,10 +3,12 @@
 
 #include "cli/SecretInput.h"
 #include "pipeline/CodeReplacements.h"
+#include "platform/Patience.h"
 #include "product/ApiKey.h"
 
 #include <unistd.h>
 
+#include <QCoroSignal>
 #include <QDir>
 #include <QFileInfo>
 #include <chrono>
@@ -127,18 +129,47 @@ void CommandProgram::takeIngestFolder(const QString& folder) {
     m_runOnly.set(u"autoMode"_s, isWatching);
 }
 
-/// The server replaces the one of the settings. Its folder is made if need be.
+/// The server replaces the one of the settings, which may still tell the password and the certificate of the
+/// same server. Its folder is made if need be.
 void CommandProgram::takeServer() {
     const PathReferences references;
     QDir().mkpath(options.into);
+    const QString user = options.server.userName(QUrl::FullyDecoded);
+    const bool isStored = defaults.get<QString>(u"ftpHost"_s) == options.server.host() &&
+                          defaults.get<QString>(u"ftpUsername"_s) == user;
+    if (isStored && !options.passwordStdin) {
+        m_secrets.allowReading();
+    }
+    if (options.tls) { // otherwise an encryption that is stored for the server stays
+        m_runOnly.set(u"ftpEncryption"_s, rawValue(FtpEncryption::explicitTls));
+    } else if (!isStored) {
+        m_runOnly.set(u"ftpEncryption"_s, rawValue(FtpEncryption::none));
+    }
+    if (!options.certificate.isEmpty() || !isStored) {
+        m_runOnly.set(u"ftpTrustedCertificate"_s, options.certificate);
+    }
     m_runOnly.set(u"destinationFolder"_s, references.make(QFileInfo(options.into).absoluteFilePath()));
     m_runOnly.set(u"ftpHost"_s, options.server.host());
-    m_runOnly.set(u"ftpUsername"_s, options.server.userName(QUrl::FullyDecoded));
+    m_runOnly.set(u"ftpUsername"_s, user);
     m_runOnly.set(u"ftpPath"_s, options.server.path(QUrl::FullyDecoded));
     m_runOnly.set(u"ftpPort"_s,
                   qint64{options.server.port(static_cast<int>(defaultPort(TransferProtocol::ftp)))});
     m_runOnly.set(u"sourceType"_s, rawValue(SourceType::ftp));
     m_runOnly.set(u"autoMode"_s, options.command == Options::Command::watchServer);
+}
+
+QCoro::Task<bool> CommandProgram::findPassword() {
+    constexpr std::chrono::seconds patience{30}; // the keyring may ask for its own password first
+    if (!options.passwordStdin) {
+        co_await endsWithin(passwordKnown(), captions.clock, patience);
+    }
+    co_return !captions.settings.ftpPassword().isEmpty() || askForPassword();
+}
+
+QCoro::Task<> CommandProgram::passwordKnown() {
+    if (!captions.settings.isPasswordKnown()) {
+        co_await qCoro(&captions.settings, &SettingsStore::passwordKnown);
+    }
 }
 
 bool CommandProgram::askForPassword() {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "cli/NoSecrets.h"
 #include "cli/Options.h"
 #include "cli/RunOnlyDefaults.h"
+#include "cli/RunOnlySecrets.h"
 #include "cli/TerminalAlerts.h"
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopNotificationCenter.h"
@@ -26,8 +26,8 @@ public:
     CommandProgram(const CommandProgram&) = delete;
     CommandProgram& operator=(const CommandProgram&) = delete;
 
-    /// Reads the server's password; false if none was given.
-    bool askForPassword();
+    /// Takes the server's password from the keyring or from standard input; false if there is none.
+    QCoro::Task<bool> findPassword();
     /// What is missing to caption anything; empty when nothing is.
     QString missingConfiguration() const;
     /// Prints on standard error if the names in the roster will not be used.
@@ -48,10 +48,12 @@ private:
     DefaultsStore& withRunOnlyValues();
     void takeIngestFolder(const QString& folder);
     void takeServer();
+    QCoro::Task<> passwordKnown();
+    bool askForPassword();
 
     SilentLog m_silent;
     RunOnlyDefaults m_runOnly{defaults};
-    NoSecrets m_secrets;
+    RunOnlySecrets m_secrets;
     DesktopNotificationCenter m_notificationCenter{{applicationName, applicationIdentifier}};
     TerminalAlerts m_alerts{errors};
     AppEvents m_events;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/Options.h"
 
+#include "transfer/ftp/CertificateCheck.h"
+
 #include <QCommandLineParser>
 
 namespace ostrelle {
@@ -47,6 +49,8 @@ void addOptions(QCommandLineParser& parser) {
         {u"into"_s, {}, u"dir"_s},
         {u"download-all"_s, {}},
         {u"password-stdin"_s, {}},
+        {u"tls"_s, {}},
+        {u"certificate"_s, {}, u"fingerprint"_s},
         {{u"h"_s, u"help"_s}, {}},
         {u"version"_s, {}},
     });
@@ -125,9 +129,18 @@ QString readServerCommand(const QCommandLineParser& parser, Options& options) {
     if (options.server.hasQuery() || options.server.hasFragment()) {
         return u"Write \"?\" and \"#\" in the server's address as %3F and %23."_s;
     }
-    if (options.server.scheme() != u"ftp" || options.server.host().isEmpty() ||
+    const bool isEncrypted = options.server.scheme() == u"ftps";
+    if ((!isEncrypted && options.server.scheme() != u"ftp") || options.server.host().isEmpty() ||
         options.server.userName().isEmpty()) {
         return u"The server's address must look like ftp://USER@HOST/PATH."_s;
+    }
+    options.tls = isEncrypted || parser.isSet(u"tls"_s);
+    options.certificate = normalizedFingerprint(parser.value(u"certificate"_s));
+    if (parser.isSet(u"certificate"_s) && options.certificate.isEmpty()) {
+        return u"--certificate takes a SHA-256 fingerprint: 64 hexadecimal digits, with or without colons."_s;
+    }
+    if (!options.certificate.isEmpty() && !options.tls) {
+        return u"--certificate belongs to --tls."_s;
     }
     options.into = parser.value(u"into"_s);
     if (options.into.isEmpty()) {
@@ -165,7 +178,8 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
     if (parser.isSet(u"server"_s)) {
         return readServerCommand(parser, options);
     }
-    for (const QString& option : {u"into"_s, u"download-all"_s, u"password-stdin"_s}) {
+    for (const QString& option :
+         {u"into"_s, u"download-all"_s, u"password-stdin"_s, u"tls"_s, u"certificate"_s}) {
         if (parser.isSet(option)) {
             return u"--%1 belongs to --server."_s.arg(option);
         }
@@ -213,11 +227,15 @@ QString helpText() {
            "  --folder DIR    all images of the folder, ten in a request\n"
            "  --only-new      only those that have not been captioned before\n"
            "  --watch DIR     whatever arrives in the folder without a caption, until Ctrl-C\n"
-           "  --server URL    whatever arrives on the FTP server, until Ctrl-C; the transfer is not "
-           "encrypted\n"
+           "  --server URL    whatever arrives in a folder of the FTP server, until Ctrl-C. PATH begins at "
+           "the\n"
+           "                  folder that the user is in after the login; //PATH begins at the topmost one\n"
            "  --into DIR      the folder that its files go into\n"
            "  --download-all  fetch and caption all that is there, and end\n"
-           "  --password-stdin  read the server's password from standard input\n"
+           "  --password-stdin  read the server's password from standard input; otherwise it comes from the\n"
+           "                  keyring, if the server is that of the settings, or is asked for\n"
+           "  --tls           encrypt the transfer (explicit TLS), as does an ftps address\n"
+           "  --certificate SHA256  trust only the certificate with this fingerprint\n"
            "\n"
            "Options, for this run only:\n"
            "  --style STYLE   ap, getty, imagn or simple\n"

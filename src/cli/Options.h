@@ -32,9 +32,11 @@ struct Options {
     QStringList files;
     std::optional<QString> folder; ///< of captionFolder and watchFolder
     FolderImages images = FolderImages::all;
-    QUrl server;                ///< an ftp address with a user, for watchServer and downloadServer
+    QUrl server;                ///< an ftp or ftps address with a user, for watchServer and downloadServer
     QString into;               ///< where its files go
     bool passwordStdin = false; ///< read the server's password from standard input without asking
+    bool tls = false;           ///< encrypt the transfer
+    QString certificate;        ///< the only one to trust, by its fingerprint; empty for those of authorities
     std::optional<CaptionStyle> style;
     std::optional<Sport> sport;
     std::optional<QString> roster;

@@ -6,6 +6,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -20,23 +22,29 @@ qsizetype columnsOf(std::FILE* stream) {
 
 } // namespace
 
-QString progressLine(qsizetype done, qsizetype steps, const QString& label, qsizetype columns) {
+QString progressLine(double fraction, const QString& label, qsizetype columns) {
     constexpr qsizetype width = 20;
-    const qsizetype filled = steps > 0 ? done * width / steps : 0;
+    const auto filled = static_cast<qsizetype>(std::clamp(fraction, 0.0, 1.0) * width);
     const QString bar = QString(filled, u'#') + QString(width - filled, u'-');
-    const QString line = u"[%1]  %2/%3  %4"_s.arg(bar, QString::number(done), QString::number(steps), label);
-    return firstCharacters(line, columns - 1);
+    return firstCharacters(u"[%1]  %2"_s.arg(bar, label), columns - 1);
 }
 
 ProgressBar::ProgressBar(std::FILE* stream, bool isWanted)
     : m_stream(stream), m_isEnabled(isWanted && ::isatty(::fileno(stream)) == 1) {}
 
 void ProgressBar::show(qsizetype done, qsizetype steps, const QString& label) {
-    if (!m_isEnabled || steps < 2) {
+    if (steps >= 2) {
+        show(static_cast<double>(done) / static_cast<double>(steps),
+             u"%1/%2  %3"_s.arg(QString::number(done), QString::number(steps), label));
+    }
+}
+
+void ProgressBar::show(double fraction, const QString& label) {
+    if (!m_isEnabled) {
         return;
     }
     clear();
-    const QByteArray line = progressLine(done, steps, label, columnsOf(m_stream)).toUtf8();
+    const QByteArray line = progressLine(fraction, label, columnsOf(m_stream)).toUtf8();
     std::fputs(line.constData(), m_stream);
     std::fflush(m_stream);
     m_isDrawn = true;

@@ -17,6 +17,8 @@ public:
 
     /// Shows how many steps are done and what is being done, if there is more than one step.
     void show(qsizetype done, qsizetype steps, const QString& label);
+    /// Shows a fraction from 0 to 1.
+    void show(double fraction, const QString& label);
     /// Erases the line, so that other output starts on a clean one.
     void clear();
 
@@ -26,7 +28,7 @@ private:
     bool m_isEnabled;
 };
 
-/// "[######----]  6/10  label", at most `columns` wide.
-QString progressLine(qsizetype done, qsizetype steps, const QString& label, qsizetype columns);
+/// "[######----]  label", at most `columns` wide.
+QString progressLine(double fraction, const QString& label, qsizetype columns);
 
 } // namespace ostrelle

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/ReportPrinter.h"
 
+#include "core/Text.h"
+
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -80,6 +82,25 @@ QString reportJson(const ImageOutcome& image) {
         {u"after"_s, textOrNull(image.captionAfter)},
         {u"rendition"_s, textOrNull(image.previewPath)},
         {u"cost"_s, image.cost ? QJsonValue(*image.cost) : QJsonValue(QJsonValue::Null)},
+    };
+    return QString::fromUtf8(QJsonDocument(line).toJson(QJsonDocument::Compact));
+}
+
+QString fetchLine(const FetchedFile& file) {
+    const bool isFetched = file.failure.isEmpty();
+    const QString line =
+        u"%1  %2  %3"_s.arg((isFetched ? u"fetched"_s : u"failed"_s).leftJustified(9),
+                            QFileInfo(file.path).fileName(), isFetched ? dataSize(file.bytes) : file.failure);
+    return printable(QString(line).replace(u'\n', u' '));
+}
+
+QString fetchJson(const FetchedFile& file) {
+    const bool isFetched = file.failure.isEmpty();
+    const QJsonObject line{
+        {u"file"_s, file.path},
+        {u"result"_s, isFetched ? u"fetched"_s : u"failed"_s},
+        {u"bytes"_s, file.bytes},
+        {u"reason"_s, isFetched ? QJsonValue(QJsonValue::Null) : QJsonValue(file.failure)},
     };
     return QString::fromUtf8(QJsonDocument(line).toJson(QJsonDocument::Compact));
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/ImageOutcome.h"
+#include "transfer/remote/FetchListener.h"
 
 #include <QString>
 
@@ -16,5 +17,11 @@ QString reportLine(const ImageOutcome& image);
 
 /// The same as one line of JSON.
 QString reportJson(const ImageOutcome& image);
+
+/// What became of a file on the server, in one line for a person.
+QString fetchLine(const FetchedFile& file);
+
+/// The same as one line of JSON.
+QString fetchJson(const FetchedFile& file);
 
 } // namespace ostrelle

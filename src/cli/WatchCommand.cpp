@@ -3,6 +3,7 @@
 
 #include "cli/CommandLoop.h"
 #include "cli/CommandProgram.h"
+#include "cli/FetchReport.h"
 #include "cli/ReportPrinter.h"
 #include "core/Event.h"
 #include "platform/InterruptSignals.h"
@@ -24,16 +25,17 @@ public:
         connect(&interrupts, &InterruptSignals::interrupted, this, [this] { m_over.happen(); });
         connect(&program.captions.manifest, &ProcessedFilesManifest::savingFailureChanged, this,
                 [&program] { program.warnOfManifest(); });
-        connect(&program.captions.status, &StatusStore::ftpStatusMessageChanged, this,
-                &WatchRun::showServerTrouble);
         connect(&program.captions.settings, &SettingsStore::autoModeChanged, this,
                 &WatchRun::endWithoutAutoMode);
     }
 
     QCoro::Task<int> run() {
         const Options& options = m_program.options;
-        if (!options.server.isEmpty() && !m_program.askForPassword()) {
-            co_return ExitStatus::usageOrConfiguration;
+        if (!options.server.isEmpty()) {
+            const bool hasPassword = co_await m_program.findPassword();
+            if (!hasPassword) {
+                co_return ExitStatus::usageOrConfiguration;
+            }
         }
         if (options.command == Options::Command::downloadServer) {
             m_program.captions.server.downloadAll();
@@ -48,12 +50,14 @@ public:
             m_program.errors.print(u"Finishing the images in the works. Ctrl-C again ends at once."_s);
         }
         const bool isTold = co_await m_program.finish();
-        const bool isWell = isTold && m_failed.isEmpty();
+        m_fetches.clearBar();
+        const bool isWell = isTold && m_failed.isEmpty() && m_fetches.isComplete();
         co_return isWell || m_status != ExitStatus::success ? m_status : ExitStatus::fileFailed;
     }
 
 private:
     void print(const ImageOutcome& image) {
+        m_fetches.clearBar();
         for (const QString& warning : image.warnings) {
             m_program.warn(warning);
         }
@@ -63,16 +67,6 @@ private:
             m_failed.remove(image.file); // a later attempt succeeded
         }
         m_program.output.print(m_program.options.json ? reportJson(image) : reportLine(image));
-    }
-
-    /// A server that cannot be reached is tried again, but the user should know.
-    void showServerTrouble() {
-        const QString message = m_program.captions.status.ftpStatusMessage().value_or(QString());
-        if (message.startsWith(u"Error: "_s) || message.contains(u"Could not fetch"_s)) {
-            m_program.errors.print(u"ostrelle-caption: "_s + message);
-            m_status = m_program.options.command == Options::Command::downloadServer ? ExitStatus::fileFailed
-                                                                                     : m_status;
-        }
     }
 
     static QCoro::Task<> endAfterDownload(ServerSource& server, Event over) {
@@ -91,6 +85,7 @@ private:
     }
 
     CommandProgram& m_program;
+    FetchReport m_fetches{m_program};
     Event m_over;
     ExitStatus m_status = ExitStatus::success;
     QSet<QString> m_failed; ///< files whose last attempt failed

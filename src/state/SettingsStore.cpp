@@ -110,6 +110,19 @@ void SettingsStore::setTransferProtocol(TransferProtocol protocol) {
     }
 }
 
+void SettingsStore::setFtpHost(const QString& host) {
+    if (host != ftpHost() && !ftpTrustedCertificate().isEmpty()) {
+        setFtpTrustedCertificate({}); // it was the other server's
+    }
+    store(m_ftpHost, host);
+}
+
+void SettingsStore::resetFtpEncryption() {
+    setFtpTrustedCertificate({});
+    m_defaults.remove(m_ftpEncryption.key);
+    publish(m_ftpEncryption, FtpEncryption::none);
+}
+
 void SettingsStore::setPath(PathSetting setting, const Path& path) {
     publish(this->*setting, path);
     // In the next turn of the event loop: of several values set in this one, only the last is stored.

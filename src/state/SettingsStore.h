@@ -3,6 +3,7 @@
 
 #include "core/CaptionStyle.h"
 #include "core/FallbackBehavior.h"
+#include "core/FtpEncryption.h"
 #include "core/SourceType.h"
 #include "core/Sport.h"
 #include "core/TaskGroup.h"
@@ -126,7 +127,9 @@ public:
     /// Also moves the port, if it is the other protocol's default one.
     LOADED_SETTING(TransferProtocol, transferProtocol, setTransferProtocol, TransferProtocol::ftp)
     void setTransferProtocol(TransferProtocol protocol);
-    STORED_SETTING(QString, ftpHost, setFtpHost, QString())
+    /// Another host also clears ftpTrustedCertificate.
+    LOADED_SETTING(QString, ftpHost, setFtpHost, QString())
+    void setFtpHost(const QString& host);
     STORED_SETTING(QString, ftpUsername, setFtpUsername, QString())
     /// An empty password removes the stored one.
     PUBLISHED_SETTING(QString, ftpPassword, setFtpPassword, QString())
@@ -136,6 +139,13 @@ public:
     STORED_SETTING(QString, ftpPath, setFtpPath, QStringLiteral("/"))
     /// As the user gave it: it need not be a valid port.
     STORED_SETTING(qint64, ftpPort, setFtpPort, defaultPort(TransferProtocol::ftp))
+    STORED_SETTING(FtpEncryption, ftpEncryption, setFtpEncryption, FtpEncryption::none)
+    /// False as long as nobody has decided for or against encryption.
+    bool isFtpEncryptionChosen() const { return m_defaults.exists(m_ftpEncryption.key); }
+    /// The SHA-256 fingerprint of the server's certificate, if the user trusts just that one; or empty.
+    STORED_SETTING(QString, ftpTrustedCertificate, setFtpTrustedCertificate, QString())
+    /// As before any choice.
+    void resetFtpEncryption();
     /// Not stored.
     PUBLISHED_SETTING(std::optional<QString>, ftpConnectionStatus, setFtpConnectionStatus, std::nullopt)
     void setFtpConnectionStatus(const std::optional<QString>& status) {

@@ -42,6 +42,8 @@ void AutoModeController::observeAutoModeSettings() {
     observe(&SettingsStore::ingestFolderChanged);
     observe(&SettingsStore::destinationFolderChanged);
     observe(&SettingsStore::ftpHostChanged);
+    observe(&SettingsStore::ftpEncryptionChanged);
+    observe(&SettingsStore::ftpTrustedCertificateChanged);
     observe(&SettingsStore::codeReplacementsFileChanged);
     scheduleUpdate();
 }

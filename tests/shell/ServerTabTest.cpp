@@ -21,7 +21,7 @@ protected:
     }
     /// Shows the window with a connection test that runs until endTest() gives it a result.
     void showWithTest() {
-        world.parts.connectionTest = [this]() -> QCoro::Task<QString> {
+        world.parts.connectionTest = [this]() -> QCoro::Task<ConnectionResult> {
             ++begun;
             while (!result) {
                 co_await world.clock.sleep(std::chrono::seconds(1));
@@ -36,13 +36,13 @@ protected:
         world.settings.setFtpUsername(u"sideline"_s);
         world.settings.setFtpPassword(u"secret"_s);
     }
-    void endTest(std::function<QString()> ending) {
+    void endTest(std::function<ConnectionResult()> ending) {
         result = std::move(ending);
         world.clock.advance(std::chrono::seconds(1));
     }
 
     int begun = 0;
-    std::function<QString()> result;
+    std::function<ConnectionResult()> result;
 };
 
 } // namespace
@@ -127,13 +127,14 @@ TEST_F(ServerTabTest, AConnectionTestTellsHowItWent) {
     EXPECT_EQ(begun, 0);
     enterServer();
     const struct {
-        std::function<QString()> result;
+        std::function<ConnectionResult()> result;
         StatusTone tone;
         QString words;
     } rows[] = {
-        {[] { return QString(); }, StatusTone::good, u"Connection successful"_s},
-        {[] { return u"It is closed."_s; }, StatusTone::destroying, u"Connection failed\nIt is closed."_s},
-        {[]() -> QString { throw std::runtime_error("refused"); }, StatusTone::destroying,
+        {[] { return ConnectionResult{.isGood = true}; }, StatusTone::good, u"Connection successful"_s},
+        {[] { return ConnectionResult{.reason = u"It is closed."_s}; }, StatusTone::destroying,
+         u"Connection failed\nIt is closed."_s},
+        {[]() -> ConnectionResult { throw std::runtime_error("refused"); }, StatusTone::destroying,
          u"Connection failed\nrefused"_s},
     };
     auto* button = find<QAbstractButton>(u"testConnection"_s);
@@ -150,13 +151,48 @@ TEST_F(ServerTabTest, AConnectionTestTellsHowItWent) {
     EXPECT_EQ(world.console.lines.last(), u"[SettingsView] A connection test failed: refused"_s);
 }
 
+TEST_F(ServerTabTest, AConnectionTestOffersEncryptionAndAsksWhomToTrust) {
+    SettingsStore& settings = world.settings;
+    world.parts.connectionTest = [&settings]() -> QCoro::Task<ConnectionResult> {
+        const bool isPlain = settings.ftpEncryption() == FtpEncryption::none;
+        const bool isGood = isPlain || settings.ftpTrustedCertificate() == u"AB:CD";
+        co_return ConnectionResult{.isGood = isGood,
+                                   .reason = isGood ? QString() : u"It has signed itself."_s,
+                                   .untrustedCertificate = isGood ? QString() : u"AB:CD"_s,
+                                   .offersTls = isPlain};
+    };
+    show(std::make_unique<SettingsView>(world.parts));
+    showTab(1);
+    enterServer();
+    const auto test = [this](int answer) {
+        world.alerts.answer = answer;
+        const qsizetype before = world.alerts.shown.size();
+        click(u"testConnection"_s);
+        await(view->finished());
+        return world.alerts.shown.size() - before;
+    };
+    EXPECT_EQ(test(0), 2) << "Encrypt, then Cancel";
+    EXPECT_EQ(settings.ftpEncryption(), FtpEncryption::explicitTls);
+    EXPECT_EQ(status(), std::pair(StatusTone::destroying, u"Connection failed\nIt has signed itself."_s));
+    EXPECT_EQ(test(1), 1) << "Trust This Certificate";
+    EXPECT_EQ(status(), std::pair(StatusTone::good, u"Connection successful"_s));
+    EXPECT_EQ(settings.ftpTrustedCertificate(), u"AB:CD"_s);
+    settings.setFtpHost(u"another.example"_s);
+    EXPECT_EQ(settings.ftpTrustedCertificate(), QString()) << "it was the other server's";
+    click(u"clearFtpSettings"_s);
+    enterServer();
+    EXPECT_EQ(test(1), 1) << "Don't Encrypt";
+    EXPECT_EQ(test(0), 0) << "nobody is asked twice";
+    EXPECT_EQ(settings.ftpEncryption(), FtpEncryption::none);
+}
+
 TEST_F(ServerTabTest, AWindowThatGoesLeavesItsTestToEndUnheard) {
     showWithTest();
     enterServer();
     find<QAbstractButton>(u"testConnection"_s)->click();
     QCoro::Task<> finished = view->finished();
     show(std::make_unique<SettingsView>(world.parts));
-    endTest([] { return QString(); });
+    endTest([] { return ConnectionResult{.isGood = true}; });
     await(std::move(finished));
     EXPECT_FALSE(world.settings.ftpConnectionStatus());
 }
@@ -170,7 +206,7 @@ TEST_F(ServerTabTest, ClearingTheServerKeepsTheProtocolAndDropsARunningTest) {
     settings.setFtpPort(2222);
     find<QAbstractButton>(u"testConnection"_s)->click();
     find<QAbstractButton>(u"clearFtpSettings"_s)->click();
-    endTest([] { return QString(); });
+    endTest([] { return ConnectionResult{.isGood = true}; });
     await(view->finished());
     EXPECT_FALSE(status()) << "the tested server is no longer set";
     EXPECT_EQ(settings.transferProtocol(), TransferProtocol::sftp);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "transfer/FtpServer.h"
+#include "support/FtpServer.h"
 
 #include "platform/SystemClock.h"
 #include "standins/MemoryDefaults.h"
@@ -160,7 +160,8 @@ TEST_F(FtpServerTest, EncryptsAndTrustsJustTheCertificateThatTheUserDoes) {
     EXPECT_EQ(selfSigned.untrustedCertificate, server.fingerprint);
     const QString another = QString(server.fingerprint).replace(0, 2, u"XX"_s);
     const ConnectionResult changed = test(FtpEncryption::explicitTls, another);
-    EXPECT_TRUE(changed.reason.startsWith(u"The server's certificate has changed")) << changed.reason.toStdString();
+    EXPECT_TRUE(changed.reason.startsWith(u"The server's certificate has changed"))
+        << changed.reason.toStdString();
     EXPECT_EQ(changed.untrustedCertificate, server.fingerprint);
     EXPECT_TRUE(test(FtpEncryption::explicitTls, server.fingerprint).isGood);
     EXPECT_EQ(fetch(server.port, u"IMG_1.JPG"_s, bytes.size()).failure, QString());
@@ -184,7 +185,8 @@ TEST(CertificateCheck, ReadsFingerprintsHoweverTheyAreWritten) {
     for (const QString& text : {bytes, bytes.toLower(), colons, u"a1 "_s.repeated(32)}) {
         EXPECT_EQ(normalizedFingerprint(text), colons);
     }
-    for (const QString& text : {QString(), bytes.chopped(2), bytes + u"A1"_s, QString(bytes).replace(4, 1, u"x"_s)}) {
+    for (const QString& text :
+         {QString(), bytes.chopped(2), bytes + u"A1"_s, QString(bytes).replace(4, 1, u"x"_s)}) {
         EXPECT_EQ(normalizedFingerprint(text), QString());
     }
 }

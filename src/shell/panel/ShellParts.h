@@ -16,6 +16,7 @@
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
+#include "transfer/ftp/ConnectionResult.h"
 
 #include <QCoroTask>
 #include <QString>
@@ -23,9 +24,8 @@
 
 namespace ostrelle {
 
-/// Connects once to the server in the settings. Resumes with a sentence that says why that failed; empty if
-/// it did not.
-using ConnectionTest = std::function<QCoro::Task<QString>()>;
+/// Connects once to the server in the settings.
+using ConnectionTest = std::function<QCoro::Task<ConnectionResult>()>;
 
 /// What the windows show and act through. All of it must outlive them.
 struct ShellParts {

@@ -6,6 +6,7 @@
 #include "shell/toolkit/Card.h"
 #include "shell/toolkit/PortField.h"
 #include "shell/toolkit/SecureField.h"
+#include "shell/toolkit/SegmentedControl.h"
 #include "shell/toolkit/SettingRow.h"
 #include "shell/toolkit/StatusMark.h"
 #include "shell/toolkit/Theme.h"
@@ -20,6 +21,16 @@ namespace ostrelle {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const InfoText encryptionInfo{
+    u"Encryption"_s,
+    {{u"• The password and the pictures cross the network as they are\n"
+      "• For servers in a network of your own, and for cameras and transmitters that know nothing else"_s,
+      u"None:"_s},
+     {u"• The connection is encrypted, or there is none (explicit TLS)\n"
+      "• The server's certificate must be signed by an authority that this computer knows. If it is not, "
+      "Test Connection shows its fingerprint, and you can trust just that one"_s,
+      u"TLS:"_s}}};
 
 QLineEdit* makeField(const QString& objectName, const QString& prompt = {}) {
     auto* field = new QLineEdit;
@@ -46,6 +57,8 @@ ServerTab::ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent
         *card, u"Username:"_s, makeField(u"ftpUsername"_s),
         {&SettingsStore::ftpUsername, &SettingsStore::setFtpUsername, &SettingsStore::ftpUsernameChanged});
     addPassword(*card);
+    addEncryption(*card);
+    addTrustedCertificate(*card);
     addField(*card, u"Path:"_s, makeField(u"ftpPath"_s, u"/remote/path"_s),
              {&SettingsStore::ftpPath, &SettingsStore::setFtpPath, &SettingsStore::ftpPathChanged});
 
@@ -79,6 +92,47 @@ void ServerTab::addPort(Card& card) {
     show();
     connect(&settings, &SettingsStore::ftpPortChanged, port, show);
     connect(port, &PortField::entered, &settings, &SettingsStore::setFtpPort);
+}
+
+void ServerTab::addEncryption(Card& card) {
+    QStringList names;
+    for (const auto& row : rawValueRows<FtpEncryption>()) {
+        names.append(row.label.toString());
+    }
+    auto* encryption = new SegmentedControl(names, u"ftpEncryption"_s);
+    encryption->setAccessibleName(u"Encryption"_s);
+    auto* row = new SettingRow(u"Encryption:"_s, encryption);
+    card.addRow(row);
+    row->setInfo(encryptionInfo);
+    SettingsStore& settings = m_parts.settings;
+    const auto show = [encryption, &settings] {
+        encryption->setCurrentIndex(static_cast<int>(settings.ftpEncryption()));
+    };
+    show();
+    connect(&settings, &SettingsStore::ftpEncryptionChanged, encryption, show);
+    connect(encryption, &SegmentedControl::chosen, &settings,
+            [&settings](int index) { settings.setFtpEncryption(static_cast<FtpEncryption>(index)); });
+}
+
+void ServerTab::addTrustedCertificate(Card& card) {
+    auto* forget = new ActionButton(u"Forget"_s, ActionKind::destroying);
+    forget->setObjectName(u"forgetCertificate"_s);
+    auto* row = new SettingRow(u"Trusted Certificate:"_s, forget);
+    auto* fingerprint = makeLabel({}, TypeSize::small, TextTone::dim);
+    fingerprint->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    row->setSecondLine(fingerprint);
+    card.addRow(row);
+    SettingsStore& settings = m_parts.settings;
+    const auto show = [row, fingerprint, &settings] {
+        // In two lines, which fit the window.
+        QString text = settings.ftpTrustedCertificate();
+        row->setVisible(!text.isEmpty());
+        fingerprint->setText(text.replace(text.size() / 2, 1, u"\n"_s));
+    };
+    show();
+    connect(&settings, &SettingsStore::ftpTrustedCertificateChanged, row, show);
+    connect(forget, &ActionButton::clicked, &settings,
+            [&settings] { settings.setFtpTrustedCertificate({}); });
 }
 
 /// Sets the password when the field is left, so that the keyring does not save each letter.

@@ -24,6 +24,8 @@ public:
 private:
     void addField(Card& card, const QString& name, QLineEdit* field, SettingAccess<QString> setting);
     void addPort(Card& card);
+    void addEncryption(Card& card);
+    void addTrustedCertificate(Card& card);
     QLayout* makeButtons();
     void addPassword(Card& card);
     void savePassword();

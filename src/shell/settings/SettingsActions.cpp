@@ -53,6 +53,22 @@ Alert keyNotRemovedWarning() {
         {u"OK"_s});
 }
 
+Alert encryptionQuestion(const QString& host) {
+    Alert alert = news(u"Encrypt the Transfer?"_s,
+                       u"%1 offers encryption by TLS. Without it, others in the same network can read the "
+                       "password and the pictures. Once it is on, Ostrelle Captions no longer connects "
+                       "without it."_s.arg(host));
+    alert.buttons = QStringList{u"Encrypt"_s, u"Don't Encrypt"_s};
+    return alert;
+}
+
+Alert certificateQuestion(const QString& host, const ConnectionResult& result) {
+    return warning(u"Trust the Certificate of %1?"_s.arg(host),
+                   result.reason + u"\n\nTrust it only if whoever runs the server tells you the same "
+                                   "fingerprint. Ostrelle Captions then accepts just this certificate."_s,
+                   {u"Cancel"_s, u"Trust This Certificate"_s}, 1);
+}
+
 Alert clearKeyQuestion() {
     return warning(u"Clear API Key?"_s,
                    u"This will remove your personal API key. You will need to add your own OpenAI API key to "
@@ -194,22 +210,52 @@ void SettingsActions::testConnection() {
     }
 }
 
-QCoro::Task<QString> SettingsActions::connects(ConnectionTest test) {
+QCoro::Task<ConnectionResult> SettingsActions::connects(ConnectionTest test) {
     co_return co_await test(); // this also catches what it throws before its first wait
 }
 
 QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTest running) {
-    const auto connected = co_await attempt(connects(std::move(test)));
-    if (!self || self->m_runningTest != running) {
+    const auto isWanted = [&self, &running] { return self && self->m_runningTest == running; };
+    auto result = co_await attempt(connects(test));
+    bool isAgain = true;
+    while (isWanted() && result && isAgain) {
+        isAgain = co_await adjustSecurity(self->m_parts, *result);
+        if (isAgain && isWanted()) {
+            result = co_await attempt(connects(test));
+        }
+    }
+    if (!isWanted()) {
         co_return;
     }
-    const QString reason = connected ? *connected : connected.words();
-    self->m_parts.settings.setFtpConnectionStatus(reason.isEmpty() ? connectionSucceeded
-                                                                   : u"Connection failed\n"_s + reason);
+    const bool isGood = result && result->isGood;
+    const QString reason = result ? result->reason : result.words();
+    self->m_parts.settings.setFtpConnectionStatus(isGood ? connectionSucceeded
+                                                         : u"Connection failed\n"_s + reason);
     self->setRunningTest(nullptr);
-    if (!connected) {
-        connected.rethrow(); // for the log
+    if (!result) {
+        result.rethrow(); // for the log
     }
+}
+
+QCoro::Task<bool> SettingsActions::adjustSecurity(ShellParts parts, ConnectionResult result) {
+    SettingsStore& settings = parts.settings;
+    if (!result.untrustedCertificate.isEmpty()) {
+        const Alert question = certificateQuestion(settings.ftpHost(), result);
+        const QString answer = co_await parts.alerts.show(question);
+        if (answer == u"Trust This Certificate") {
+            settings.setFtpTrustedCertificate(result.untrustedCertificate);
+            co_return true;
+        }
+    } else if (result.offersTls && !settings.isFtpEncryptionChosen()) {
+        const Alert question = encryptionQuestion(settings.ftpHost());
+        const QString answer = co_await parts.alerts.show(question);
+        const bool isWanted = answer == u"Encrypt";
+        if (isWanted || answer == u"Don't Encrypt") {
+            settings.setFtpEncryption(isWanted ? FtpEncryption::explicitTls : FtpEncryption::none);
+        }
+        co_return isWanted;
+    }
+    co_return false;
 }
 
 void SettingsActions::setRunningTest(RunningTest running) {
@@ -225,6 +271,7 @@ void SettingsActions::clearFtpSettings() {
     settings.setFtpPassword({});
     settings.setFtpPath(u"/"_s);
     settings.setFtpPort(defaultPort(TransferProtocol::ftp));
+    settings.resetFtpEncryption();
     settings.setFtpConnectionStatus(std::nullopt);
 }
 

@@ -27,7 +27,8 @@ public:
     void saveKey(const QString& entered);
     void clearKey();
     /// Puts the result into the settings' connection status, unless the server has been cleared meanwhile.
-    /// Only one test runs at a time.
+    /// Asks whether to encrypt where the server offers it, and whether to trust a certificate that no
+    /// authority has signed. Only one test runs at a time.
     void testConnection();
     bool isTestingConnection() const { return m_runningTest != nullptr; }
     /// Back to no server. The protocol stays.
@@ -54,8 +55,10 @@ private:
     static QCoro::Task<> confirmClearKey(Self self);
     static QCoro::Task<> confirmClearStatistics(Self self);
     static QCoro::Task<> confirmClearPromptCache(Self self);
-    static QCoro::Task<QString> connects(ConnectionTest test);
+    static QCoro::Task<ConnectionResult> connects(ConnectionTest test);
     static QCoro::Task<> runTest(Self self, ConnectionTest test, RunningTest running);
+    /// Asks what the result gives reason to ask. True if the test is to be made again.
+    static QCoro::Task<bool> adjustSecurity(ShellParts parts, ConnectionResult result);
 
     void begin(QCoro::Task<> (*question)(Self self));
     void setRunningTest(RunningTest running);

@@ -52,9 +52,8 @@ int CertificateCheck::verify(X509_STORE_CTX* store, void* check) {
     }
     const int isVerified = X509_verify_cert(store);
     self.m_problem =
-        isVerified == 1
-            ? QString()
-            : QString::fromLatin1(X509_verify_cert_error_string(X509_STORE_CTX_get_error(store)));
+        isVerified == 1 ? QString()
+                        : QString::fromLatin1(X509_verify_cert_error_string(X509_STORE_CTX_get_error(store)));
     return isVerified;
 }
 
@@ -78,7 +77,7 @@ QString normalizedFingerprint(const QString& text) {
     const QByteArray bytes = QByteArray::fromHex(digits);
     const bool isWhole = digits.size() == 2 * size && bytes.size() == size;
     return isWhole && bytes.toHex().toUpper() == digits ? QString::fromLatin1(bytes.toHex(':').toUpper())
-                                                         : QString();
+                                                        : QString();
 }
 
 } // namespace ostrelle

@@ -35,7 +35,8 @@ private:
     QString m_problem; ///< in OpenSSL's words; empty if the authorities vouch for the certificate
 };
 
-/// The fingerprint in the form of CertificateCheck::fingerprint(), however it is written; empty if it is none.
+/// The fingerprint in the form of CertificateCheck::fingerprint(), however it is written; empty if it is
+/// none.
 QString normalizedFingerprint(const QString& text);
 
 } // namespace ostrelle

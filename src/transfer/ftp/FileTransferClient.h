@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "transfer/ftp/ConnectionResult.h"
 #include "transfer/ftp/FTPFileInfo.h"
 
 #include <QCoroTask>
@@ -31,14 +32,6 @@ struct Stability {
     bool isStable = false;
     bool hasChanged = false;
     qint64 size = -1; ///< as last seen, in bytes; -1 if the file was never there
-};
-
-/// Whether the folder can be listed, and why not.
-struct ConnectionResult {
-    bool isGood = false;
-    QString reason = {};               ///< a sentence
-    QString untrustedCertificate = {}; ///< its SHA-256 fingerprint, if that is the reason
-    bool offersTls = false;            ///< the server has encryption that is not asked for
 };
 
 using DownloadProgress = std::function<void(qint64 bytesSoFar)>;

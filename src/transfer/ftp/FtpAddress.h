@@ -12,7 +12,8 @@ namespace ostrelle {
 /// How a connection is protected.
 struct FtpSecurity {
     FtpEncryption encryption = FtpEncryption::none;
-    /// The SHA-256 fingerprint of the only certificate to trust; empty for those that an authority has signed.
+    /// The SHA-256 fingerprint of the only certificate to trust; empty for those that an authority has
+    /// signed.
     QString trustedCertificate = {};
 
     bool operator==(const FtpSecurity&) const = default;

@@ -14,8 +14,9 @@ namespace ostrelle {
 /// What a transfer has told of the server.
 struct FtpServerFacts {
     bool isAnswering = false;
-    bool offersTls = false;            ///< if it was asked for its features
-    QString untrustedCertificate = {}; ///< the SHA-256 fingerprint of the certificate that was refused, if any
+    bool offersTls = false; ///< if it was asked for its features
+    QString untrustedCertificate =
+        {}; ///< the SHA-256 fingerprint of the certificate that was refused, if any
 };
 
 /// The bytes of one file or one folder's listing on their way from a server. No call blocks. For the thread

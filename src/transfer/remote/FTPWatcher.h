@@ -6,11 +6,11 @@
 #include "platform/Clock.h"
 #include "platform/FileAccess.h"
 #include "platform/FolderThreads.h"
+#include "platform/ImageClaims.h"
 #include "platform/PlainLog.h"
 #include "state/ProcessedFilesManifest.h"
 #include "state/StatusStore.h"
 #include "transfer/ftp/FileTransferClient.h"
-#include "platform/ImageClaims.h"
 #include "transfer/remote/FetchRun.h"
 
 #include <QCoroTask>

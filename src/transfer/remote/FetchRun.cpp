@@ -173,8 +173,8 @@ QCoro::Task<bool> FetchRun::fetch(FTPFileInfo file) {
 
 QCoro::Task<> FetchRun::fetchPart(FTPFileInfo file, QString part) {
     const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
-    const Download done = co_await m_parts.client.downloadFile(
-        file.name, target, [this](qint64 bytes) { showProgress(bytes); });
+    const Download done = co_await m_parts.client.downloadFile(file.name, target,
+                                                               [this](qint64 bytes) { showProgress(bytes); });
     if (!done.failure.isEmpty() || done.bytes != file.size) {
         throw FTPError(FTPError::Case::readError,
                        !done.failure.isEmpty()
@@ -195,9 +195,8 @@ QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
     if (m_care == Care::poll) {
         co_await m_parts.manifest.refresh();
         const LocalCopy copy = co_await destination.copyOf(file.name);
-        const FetchDecision decision =
-            isImage ? decideOnImage(file, copy, m_parts.isCaptioned(), Look::first)
-                    : decideOnMetadata(file, copy, m_parts.isCaptioned());
+        const FetchDecision decision = isImage ? decideOnImage(file, copy, m_parts.isCaptioned(), Look::first)
+                                               : decideOnMetadata(file, copy, m_parts.isCaptioned());
         for (const QString& line : decision.lines) {
             m_parts.log.print(line);
         }

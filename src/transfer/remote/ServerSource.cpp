@@ -86,10 +86,9 @@ QString ServerSource::missingForDownload() {
     return {};
 }
 
-QCoro::Task<QString> ServerSource::testConnection() {
+QCoro::Task<ConnectionResult> ServerSource::testConnection() {
     const std::unique_ptr<FileTransferClient> client = makeClient();
-    const ConnectionResult result = co_await client->testConnection();
-    co_return result.isGood ? QString() : result.reason;
+    co_return co_await client->testConnection();
 }
 
 std::unique_ptr<FileTransferClient> ServerSource::makeClient() const {
@@ -98,7 +97,9 @@ std::unique_ptr<FileTransferClient> ServerSource::makeClient() const {
                        .username = settings.ftpUsername(),
                        .passwordProvider = [password = settings.ftpPassword()] { return password; },
                        .path = settings.ftpPath(),
-                       .port = static_cast<int>(settings.ftpPort())};
+                       .port = static_cast<int>(settings.ftpPort()),
+                       .security = {.encryption = settings.ftpEncryption(),
+                                    .trustedCertificate = settings.ftpTrustedCertificate()}};
     return std::make_unique<FTPClient>(std::move(account), FtpParts{.makeStream = m_parts.makeStream,
                                                                     .clock = m_parts.clock,
                                                                     .log = m_parts.log,
@@ -111,20 +112,19 @@ std::shared_ptr<FTPWatcher> ServerSource::makeWatcher() {
     std::erase_if(m_watchers, [](const auto& known) { return known.expired(); });
     const auto watcher = std::make_shared<FTPWatcher>(
         makeClient(), m_parts.settings.destinationFolder().value_or(m_parts.usualFolder),
-        FTPWatcherParts{.status = m_parts.status,
-                        .manifest = m_parts.manifest,
-                        .ledger = m_ledger,
-                        .fetched = m_parts.fetched,
-                        .claims = m_parts.claims,
-                        .clock = m_parts.clock,
-                        .log = m_parts.log,
-                        .access = m_parts.access,
-                        .threads = m_parts.threads,
-                        .listener = {.begun = [this](const QString& name) { Q_EMIT fetchBegan(name); },
-                                     .ended = [this](const FetchedFile& file) { Q_EMIT fetchEnded(file); },
-                                     .allEnded = [this](const QString& failure) {
-                                         Q_EMIT transferEnded(failure);
-                                     }}});
+        FTPWatcherParts{
+            .status = m_parts.status,
+            .manifest = m_parts.manifest,
+            .ledger = m_ledger,
+            .fetched = m_parts.fetched,
+            .claims = m_parts.claims,
+            .clock = m_parts.clock,
+            .log = m_parts.log,
+            .access = m_parts.access,
+            .threads = m_parts.threads,
+            .listener = {.begun = [this](const QString& name) { Q_EMIT fetchBegan(name); },
+                         .ended = [this](const FetchedFile& file) { Q_EMIT fetchEnded(file); },
+                         .allEnded = [this](const QString& failure) { Q_EMIT transferEnded(failure); }}});
     m_watchers.push_back(watcher);
     return watcher;
 }

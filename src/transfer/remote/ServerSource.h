@@ -56,9 +56,8 @@ public:
     /// Starts a full download, or shows in the status why it cannot.
     void downloadAll();
 
-    /// Lists the folder on the server once. Resumes with a sentence that says why that failed; empty if it
-    /// did not.
-    QCoro::Task<QString> testConnection();
+    /// Lists the folder on the server once.
+    QCoro::Task<ConnectionResult> testConnection();
 
     /// As the program ends: nothing more is fetched, and no part of a file is left behind.
     void abandon();

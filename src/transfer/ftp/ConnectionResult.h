@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+namespace ostrelle {
+
+/// Whether the folder on the server can be listed, and why not.
+struct ConnectionResult {
+    bool isGood = false;
+    QString reason = {};               ///< a sentence
+    QString untrustedCertificate = {}; ///< its SHA-256 fingerprint, if that is the reason
+    bool offersTls = false;            ///< the server has encryption that is not asked for
+};
+
+} // namespace ostrelle
