@@ -30,10 +30,10 @@ QList<ProgressRow> transferRows(const StatusStore& status) {
         rows.append({.text = *status.ftpStatusMessage(), .style = Style::small});
     }
     if (status.ftpIsDownloading() && status.ftpTotalBytesToDownload() > 0) {
-        rows.append({.fraction = barOf(status.ftpDownloadProgress())});
         rows.append({.text = u"%1 of %2"_s.arg(dataSize(status.ftpBytesDownloaded()),
                                                dataSize(status.ftpTotalBytesToDownload())),
-                     .style = Style::small});
+                     .style = Style::small,
+                     .fraction = barOf(status.ftpDownloadProgress())});
     }
     if (status.ftpLeftAlone()) {
         rows.append({.text = *status.ftpLeftAlone(), .style = Style::small});

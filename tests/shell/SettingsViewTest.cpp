@@ -185,7 +185,7 @@ TEST_F(SettingsViewTest, EscapeClosesAnExplanationAndThenTheWindow) {
 TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
     const QString orders[] = {
         u"keyInfo apiKey apiKeyReveal saveKey getKey launchWithPhotoMechanic"_s,
-        u"ftpHost ftpPort ftpUsername ftpPassword ftpPasswordReveal ftpPath testConnection clearFtpSettings"_s,
+        u"ftpHost ftpPort ftpUsername ftpPassword ftpPasswordReveal ftpEncryptionInfo ftpEncryption0 ftpPath testConnection clearFtpSettings"_s,
         u"captionStyle0 fallbackBehaviorInfo fallbackBehavior appendCreditToCaptionInfo "
         "appendCreditToCaption defaultRightsFallbackInfo defaultRightsFallback"_s,
         u"clearStatistics clearPromptCache"_s,

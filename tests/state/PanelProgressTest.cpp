@@ -85,7 +85,7 @@ TEST_F(PanelProgressTest, ARemoteRunGoesBeforeTheTransfer) {
     EXPECT_EQ(ftp(), QStringList{u"Checking||"_s}); // no bar before the download
     status.setFtpIsChecking(false);
     status.setFtpIsDownloading(true);
-    EXPECT_EQ(ftp(), (QStringList{u"Checking||"_s, u"||25%"_s}));
+    EXPECT_EQ(ftp(), (QStringList{u"Checking||"_s, u"0 bytes of 4.0 kB||25%"_s}));
     status.setFtpTotalBytesToDownload(0);
     EXPECT_EQ(ftp(), QStringList{u"Checking||"_s});
     status.setIsProcessing(true);

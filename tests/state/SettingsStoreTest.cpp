@@ -69,6 +69,7 @@ Example exampleOf(const QMetaProperty& setting, const QString& folder, const QVa
         {u"sourceType"_s, example(SourceType::local, SourceType::ftp, u"ftp"_s)},
         {u"transferProtocol"_s, example(TransferProtocol::ftp, TransferProtocol::sftp, u"sftp"_s)},
         {u"ftpPassword"_s, {u""_s, u"secret"_s, nothing}},
+        {u"ftpEncryption"_s, example(FtpEncryption::none, FtpEncryption::explicitTls, u"explicitTLS"_s)},
         {u"ftpPath"_s, {u"/"_s, u"/in"_s, u"/in"_s}},
         {u"ftpPort"_s, {qint64(21), qint64(70'000), qint64(70'000)}},
         {u"ftpConnectionStatus"_s, example<OptionalText>({}, u"Connected"_s, nothing)},
