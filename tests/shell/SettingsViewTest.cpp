@@ -185,7 +185,7 @@ TEST_F(SettingsViewTest, EscapeClosesAnExplanationAndThenTheWindow) {
 TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
     const QString orders[] = {
         u"keyInfo apiKey apiKeyReveal saveKey getKey launchWithPhotoMechanic"_s,
-        u"ftpHost ftpPort ftpUsername ftpPassword ftpPasswordReveal ftpEncryptionInfo ftpEncryption0 ftpPath testConnection clearFtpSettings"_s,
+        u"ftpHost ftpPort ftpUsername ftpPassword ftpPasswordReveal ftpEncryption0 ftpEncryptionInfo ftpPath testConnection clearFtpSettings"_s,
         u"captionStyle0 fallbackBehaviorInfo fallbackBehavior appendCreditToCaptionInfo "
         "appendCreditToCaption defaultRightsFallbackInfo defaultRightsFallback"_s,
         u"clearStatistics clearPromptCache"_s,
@@ -195,7 +195,8 @@ TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
         ASSERT_EQ(bar->currentIndex(), tab);
         bar->setFocus();
         QTest::keyClick(bar, Qt::Key_Tab);
-        EXPECT_EQ(tabStops(view->focusWidget(), u"showOnboarding"_s).join(u' '), orders[tab]);
+        EXPECT_EQ(tabStops(view->focusWidget(), u"showOnboarding"_s).join(u' ').toStdString(),
+                  orders[tab].toStdString());
         QTest::keyClick(view.get(), tab % 2 == 0 ? Qt::Key_PageDown : Qt::Key_Tab, Qt::ControlModifier);
     }
     EXPECT_EQ(bar->currentIndex(), 0) << "the last tab leads back to the first";
