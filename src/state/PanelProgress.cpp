@@ -26,8 +26,9 @@ QList<ProgressRow> remoteRunRows(const StatusStore& status) {
 
 QList<ProgressRow> transferRows(const StatusStore& status) {
     QList<ProgressRow> rows;
-    if (status.ftpStatusMessage()) {
-        rows.append({.text = *status.ftpStatusMessage(), .style = Style::small});
+    const QString message = status.ftpStatusMessage().value_or(QString());
+    for (const QString& line : message.split(u'\n', Qt::SkipEmptyParts)) { // a failure, and its reason
+        rows.append({.text = line, .style = Style::small});
     }
     if (status.ftpIsDownloading() && status.ftpTotalBytesToDownload() > 0) {
         rows.append({.text = u"%1 of %2"_s.arg(dataSize(status.ftpBytesDownloaded()),

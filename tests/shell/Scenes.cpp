@@ -119,9 +119,11 @@ void useServer(GameWorld& world) {
     world.settings.setSourceType(SourceType::ftp);
     world.settings.setFtpHost(u"ftp.gameday.example"_s);
     world.status.setFtpIsDownloading(true);
-    world.status.setFtpStatusMessage(u"Downloading 2N6A4471.CR3 (3 of 12 files)"_s);
-    world.status.setFtpTotalBytesToDownload(100);
+    world.status.setFtpStatusMessage(u"Found 12 new image files. Downloading 3/12..."_s);
+    world.status.setFtpTotalBytesToDownload(312'000'000);
+    world.status.setFtpBytesDownloaded(124'800'000);
     world.status.setFtpDownloadProgress(0.4);
+    world.status.setFtpLeftAlone(u"Captioned before, not fetched: 2N6A0001.CR3, 2N6A0002.CR3"_s);
 }
 
 void openMenu(GameWorld& world) {
@@ -138,6 +140,8 @@ void showServer(GameWorld& world, const QString& result) {
     world.settings.setFtpHost(u"ftp.gameday.example"_s);
     world.settings.setFtpUsername(u"sideline"_s);
     world.settings.setFtpPassword(u"12345678"_s);
+    world.settings.setFtpEncryption(FtpEncryption::explicitTls);
+    world.settings.setFtpTrustedCertificate(u"3F:"_s.repeated(31) + u"3F"_s);
     world.settings.setFtpConnectionStatus(result);
     world.showSettings(1);
 }

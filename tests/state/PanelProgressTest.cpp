@@ -87,7 +87,8 @@ TEST_F(PanelProgressTest, ARemoteRunGoesBeforeTheTransfer) {
     status.setFtpIsDownloading(true);
     EXPECT_EQ(ftp(), (QStringList{u"Checking||"_s, u"0 bytes of 4.0 kB||25%"_s}));
     status.setFtpTotalBytesToDownload(0);
-    EXPECT_EQ(ftp(), QStringList{u"Checking||"_s});
+    status.setFtpStatusMessage(u"Error\nIts reason"_s);
+    EXPECT_EQ(ftp(), (QStringList{u"Error||"_s, u"Its reason||"_s}));
     status.setIsProcessing(true);
     status.setCurrentFileName(u"a.jpg"_s);
     status.setCurrentFileIndex(3);

@@ -247,8 +247,7 @@ TEST_F(FTPWatcherTest, ACaptionedLocalCopyIsNeverReplaced) {
     EXPECT_EQ(handed, QStringList{u"IMG_3.CR2"_s});
     const QString trash = home.filePath(u"Trash/files/IMG_2.xmp"_s);
     EXPECT_TRUE(QFile::exists(trash) || QFile::exists(folder.filePath(u"IMG_2.xmp.replaced"_s)));
-    EXPECT_EQ(status.ftpLeftAlone(),
-              u"1 file left alone, as images of the same names were captioned before: IMG_1.CR2"_s);
+    EXPECT_EQ(status.ftpLeftAlone(), u"Captioned before, not fetched: IMG_1.CR2"_s);
 }
 
 TEST_F(FTPWatcherTest, ACaptionThatIsWrittenWhileAFileComesIsNotReplaced) {

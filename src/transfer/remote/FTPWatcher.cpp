@@ -270,9 +270,7 @@ QCoro::Task<QStringList> FTPWatcher::leftBehind() {
 }
 
 void FTPWatcher::showLeftAlone(const QStringList& names) {
-    const QString words =
-        u"%1 file%2 left alone, as images of the same names were captioned before: "_s.arg(names.size())
-            .arg(plural(names.size()));
+    const QString words = u"Captioned before, not fetched: "_s; // by their names
     m_parts.status.setFtpLeftAlone(names.isEmpty() ? std::nullopt
                                                    : std::optional(words + shortNameList(names)));
     if (m_parts.ledger.setLeftAlone(names) && !names.isEmpty()) {
