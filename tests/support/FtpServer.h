@@ -12,9 +12,10 @@ namespace ostrelle {
 /// A real FTP server of its own process over a folder, for one test.
 class FtpServer {
 public:
-    explicit FtpServer(const QString& folder, const QStringList& options = {}) {
+    explicit FtpServer(const QString& folder, const QStringList& options = {},
+                       const QString& program = QStringLiteral(FTP_SERVER)) {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QStringLiteral(FTP_SERVER), QStringList{folder} + options);
+        m_process.start(program, QStringList{folder} + options);
         constexpr int patience = 30'000; // milliseconds
         while (!m_process.canReadLine() && m_process.waitForReadyRead(patience)) {
         }
@@ -28,6 +29,10 @@ public:
     FtpServer& operator=(const FtpServer&) = delete;
 
     void stop() {
+        m_process.closeWriteChannel();
+        if (m_process.waitForFinished(5000)) {
+            return;
+        }
         m_process.kill();
         m_process.waitForFinished();
     }

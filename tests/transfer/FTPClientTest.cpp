@@ -101,7 +101,7 @@ TEST_F(FTPClientTest, AsksForTheFolderAndShowsNoPassword) {
     list(QString());
     EXPECT_EQ(asked.path, u"/"_s);
     list(u"/a;type=a #%?/"_s);
-    EXPECT_EQ(asked.location(), "ftp://server:2121/a%3Btype%3Da%20%23%25%3F/");
+    EXPECT_EQ(asked.location(FtpAddress::Root::login), "ftp://server:2121/a%3Btype%3Da%20%23%25%3F/");
 }
 
 TEST_F(FTPClientTest, SaysWhyThereIsNoListing) {

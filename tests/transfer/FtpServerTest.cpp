@@ -169,6 +169,27 @@ TEST_F(FtpServerTest, EncryptsAndTrustsJustTheCertificateThatTheUserDoes) {
     EXPECT_FALSE(test(FtpEncryption::explicitTls, another).isGood) << "also while connections are kept";
 }
 
+TEST_F(FtpServerTest, WorksWithAServerOfAnotherMake) {
+    const QByteArray bytes = pattern(3'000'000);
+    put(u"\u00FC #1;type=a.JPG"_s, bytes);
+    for (const QStringList& options : {QStringList(), QStringList{u"--tls"_s}}) {
+        const FtpServer server(remote.path(), options, QStringLiteral(PROFTPD_SERVER));
+        security = {.encryption = options.isEmpty() ? FtpEncryption::none : FtpEncryption::explicitTls,
+                    .trustedCertificate = server.fingerprint};
+        for (const QString& path :
+             {u"/"_s, remote.path(), u"/"_s + remote.path()}) { // from the login or the top
+            FTPClient ftp = client(server.port, u"secret"_s, path);
+            const QList<FTPFileInfo> listing = await(ftp.listFiles());
+            ASSERT_EQ(listing.size(), 1) << path.toStdString();
+            const Download done = await(ftp.downloadFile(listing.first().name, {.path = target}, {}));
+            EXPECT_EQ(done.failure, QString()) << path.toStdString();
+            EXPECT_EQ(fetched(), bytes);
+        }
+        EXPECT_EQ(reasonOf(client(server.port, u"secret"_s, u"/nowhere"_s)),
+                  u"The server has no such folder, or does not let this user see it."_s);
+    }
+}
+
 TEST_F(FtpServerTest, FindsOutWhetherTheServerOffersEncryption) {
     const FtpServer plain(remote.path());
     EXPECT_FALSE(await(client(plain.port).testConnection()).offersTls);

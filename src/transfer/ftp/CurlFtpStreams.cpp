@@ -64,7 +64,7 @@ void configure(CURL* handle, Transfer* transfer, const curl_slist* commands) {
     const long longestSilence = address.path.endsWith(QLatin1Char('/')) ? 45 : 60;
     constexpr long bufferSize = 256 << 10;
     curl_easy_reset(handle); // keeps the connections
-    curl_easy_setopt(handle, CURLOPT_URL, address.location().constData());
+    curl_easy_setopt(handle, CURLOPT_URL, address.location(FtpAddress::Root::login).constData());
     curl_easy_setopt(handle, CURLOPT_USERNAME, address.username.toUtf8().constData());
     curl_easy_setopt(handle, CURLOPT_PASSWORD, address.password.toUtf8().constData());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "ftp");
@@ -170,7 +170,12 @@ void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& 
     if (address.security.encryption == FtpEncryption::explicitTls) {
         connection->certificates.install(handle);
     }
-    const CURLcode result = curl_easy_perform(handle);
+    CURLcode result = curl_easy_perform(handle);
+    if (result == CURLE_REMOTE_ACCESS_DENIED) { // there is no such folder in that of the user
+        const QByteArray location = address.location(FtpAddress::Root::top);
+        curl_easy_setopt(handle, CURLOPT_URL, location.constData());
+        result = curl_easy_perform(handle);
+    }
     long reply = 0;
     curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &reply);
     if (result == CURLE_PEER_FAILED_VERIFICATION) {

@@ -32,11 +32,12 @@ std::optional<QString> FtpAddress::shown() const {
     return password.isEmpty() ? text : text.insert(afterUser, u":***"_s);
 }
 
-QByteArray FtpAddress::location() const {
+QByteArray FtpAddress::location(Root root) const {
     QUrl url = urlOf(*this);
     url.setPath({});
     // A raw ";type=a" at the end of a path would switch the transfer to text.
-    return url.toEncoded(QUrl::FullyEncoded) + QUrl::toPercentEncoding(path, "/");
+    const QByteArray top = root == Root::top ? "/" : ""; // an FTP URL tells them apart so (RFC 1738)
+    return url.toEncoded(QUrl::FullyEncoded) + top + QUrl::toPercentEncoding(path, "/");
 }
 
 } // namespace ostrelle

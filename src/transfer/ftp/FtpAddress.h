@@ -31,8 +31,10 @@ struct FtpAddress {
 
     /// As an ftp URL for the log, with "***" in place of the password. Nothing if the parts make no URL.
     std::optional<QString> shown() const;
+    /// Where the path begins: at the folder that the user is in after the login, or at the topmost one.
+    enum class Root { login, top };
     /// As an ftp URL without user and password, percent-encoded, in ASCII. The parts make a URL.
-    QByteArray location() const;
+    QByteArray location(Root root) const;
 };
 
 } // namespace ostrelle
