@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Simulates a photographer's day: drops RAW files, JPEGs, sidecars and audio notes into a folder at random
-// for a number of seconds, some of them slowly, and prints a line of JSON for each completed image.
+// for a number of seconds, some of them slowly, and prints a line of JSON for each completed image. With
+// --card it fills the folder at once, as the memory card of a camera.
 #include "core/Error.h"
 #include "standins/DngBuilder.h"
 #include "standins/JpegBuilder.h"
+#include "standins/RawBuilder.h"
 #include "standins/SportsScene.h"
 #include "standins/StandInTranscription.h"
 
@@ -29,12 +31,33 @@ using namespace Qt::StringLiterals;
 const QByteArray keptCaption =
     "Sam Abel throws a pass against the Foxes in the first quarter on Saturday in Norwick.";
 
+struct Raw {
+    QString extension;
+    QByteArray bytes;
+};
+
+/// Of a camera that no library knows, so that its preview is shown: most of the file comes after that.
+Raw rawOfNewCamera() {
+    constexpr qsizetype sensorData = 1'000'000;
+    const QByteArray preview = jpegFile(SportsScene(1200, 800, 1).image());
+    return {u".NEF"_s, rawFile(RawKind::nef, {.preview = preview}) + QByteArray(sensorData, '\x5A')};
+}
+
 class SoakWriter {
 public:
     SoakWriter(QString folder, std::uint32_t seed) : m_folder(std::move(folder)), m_random(seed) {
         for (int scene = 0; scene < scenes; ++scene) {
-            m_raws.append(dngFile(SportsScene(900, 600, static_cast<std::uint32_t>(scene))));
-            m_jpegs.append(jpegFile(SportsScene(900, 600, static_cast<std::uint32_t>(scene)).image()));
+            const SportsScene painted(900, 600, static_cast<std::uint32_t>(scene));
+            m_raws.append({u".DNG"_s, dngFile(painted)});
+            m_jpegs.append(jpegFile(painted.image()));
+        }
+        m_raws.last() = rawOfNewCamera();
+    }
+
+    void fillCard(int images) {
+        m_slowFiles = 0;
+        for (int image = 0; image < images; ++image) {
+            dropImage();
         }
     }
 
@@ -64,6 +87,7 @@ private:
         const bool hasSidecar = isJpeg || isKept || chance(60);
         const QByteArray metadata = shootSidecar(isKept ? keptCaption : QByteArray("Stub"), headline);
         const qsizetype scene = m_count % scenes;
+        const Raw& raw = m_raws[scene];
         if (chance(30)) {
             write(stem + u".WAV"_s, voiceNote(u"Note for "_s + stem));
         }
@@ -73,9 +97,9 @@ private:
             if (hasSidecar) {
                 write(stem + u".xmp"_s, metadata);
             }
-            write(stem + u".DNG"_s, m_raws[scene]);
+            write(stem + raw.extension, raw.bytes + stem.toLatin1()); // no two files are the same
         }
-        const QJsonObject line{{u"name"_s, stem + (isJpeg ? u".JPG"_s : u".DNG"_s)},
+        const QJsonObject line{{u"name"_s, stem + (isJpeg ? u".JPG"_s : raw.extension)},
                                {u"headline"_s, hasSidecar ? QString::fromUtf8(headline) : QString()},
                                {u"kept"_s, isKept ? QString::fromUtf8(keptCaption) : QString()}};
         std::puts(QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
@@ -88,7 +112,7 @@ private:
         if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
             throw Error(file.errorString());
         }
-        const qsizetype pieces = chance(20) ? 4 : 1;
+        const qsizetype pieces = chance(m_slowFiles) ? 4 : 1;
         for (qsizetype piece = 0; piece < pieces; ++piece) {
             const qsizetype begin = bytes.size() * piece / pieces;
             const qsizetype end = bytes.size() * (piece + 1) / pieces;
@@ -103,9 +127,10 @@ private:
 
     QString m_folder;
     std::mt19937 m_random;
-    QList<QByteArray> m_raws;
+    QList<Raw> m_raws;
     QList<QByteArray> m_jpegs;
     int m_count = 0;
+    int m_slowFiles = 20; ///< in percent
 };
 
 } // namespace
@@ -114,14 +139,21 @@ private:
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 4) {
-        std::fputs("Usage: ostrelle-soak-writer FOLDER SECONDS SEED\n", stderr);
+    QStringList arguments = QCoreApplication::arguments().sliced(1);
+    const bool isCard = arguments.removeOne(QStringLiteral("--card"));
+    if (arguments.size() != 3) {
+        std::fputs("Usage: ostrelle-soak-writer FOLDER SECONDS SEED\n"
+                   "       ostrelle-soak-writer --card FOLDER IMAGES SEED\n",
+                   stderr);
         return 2;
     }
     try {
-        ostrelle::SoakWriter writer(arguments[1], arguments[3].toUInt());
-        writer.run(std::chrono::seconds(arguments[2].toInt()));
+        ostrelle::SoakWriter writer(arguments[0], arguments[2].toUInt());
+        if (isCard) {
+            writer.fillCard(arguments[1].toInt());
+        } else {
+            writer.run(std::chrono::seconds(arguments[1].toInt()));
+        }
     } catch (const ostrelle::Error& error) {
         std::fprintf(stderr, "ostrelle-soak-writer: %s\n", error.what());
         return 1;
