@@ -69,7 +69,11 @@ FtpDownload::FtpDownload(const FtpParts& parts, FtpAddress address, DownloadTarg
     , m_target(std::move(target))
     , m_progress(std::move(progress))
     , m_reader(parts, std::move(address))
-    , m_file(std::make_shared<QFile>(m_target.path)) {}
+    , m_file(std::make_shared<QFile>(m_target.path))
+    , m_unsaved(std::make_shared<QByteArray>()) {
+    // Kept for the whole file: new memory for each piece would cost more than the transfer.
+    m_unsaved->reserve(savedAtOnce + StreamReader::mostBytes);
+}
 
 QCoro::Task<Download> FtpDownload::execute() {
     m_reader.create();
@@ -103,9 +107,9 @@ QCoro::Task<> FtpDownload::readAll() {
     for (int passes = 1; pass != Pass::end && !hasEnough(passes); ++passes) {
         pass = co_await m_reader.pass();
         const QByteArrayView bytes = m_reader.bytes();
-        m_unsaved.append(bytes);
+        m_unsaved->append(bytes);
         m_result.bytes += bytes.size();
-        if (m_unsaved.size() >= savedAtOnce) {
+        if (m_unsaved->size() >= savedAtOnce) {
             co_await save();
         }
         if (m_lastReport.msecsTo(m_parts.clock.now()) >= 1000) {
@@ -156,15 +160,16 @@ QCoro::Task<> FtpDownload::report() {
 }
 
 QCoro::Task<> FtpDownload::save() {
-    if (m_unsaved.isEmpty()) {
+    if (m_unsaved->isEmpty()) {
         co_return;
     }
-    auto write = [file = m_file, bytes = std::exchange(m_unsaved, {})] {
-        if (file->write(bytes) != bytes.size()) {
+    auto write = [file = m_file, bytes = m_unsaved] {
+        if (file->write(*bytes) != bytes->size()) {
             throw FTPError(FTPError::Case::cannotCreateFile, file->errorString());
         }
     };
     co_await onThreadOf(m_parts.threads, m_target.path, write);
+    m_unsaved->resize(0); // keeps the memory
 }
 
 QCoro::Task<> FtpDownload::close() {

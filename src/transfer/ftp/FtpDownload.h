@@ -38,7 +38,7 @@ private:
     DownloadProgress m_progress;
     StreamReader m_reader;
     std::shared_ptr<QFile> m_file;
-    QByteArray m_unsaved;
+    std::shared_ptr<QByteArray> m_unsaved; ///< nobody touches it while it is written
     Download m_result;
     QDateTime m_lastReport;
 };

@@ -15,8 +15,6 @@ using Status = FtpStream::Status;
 
 namespace {
 
-constexpr qsizetype bufferSize = 8192;
-
 bool isOver(Status status) {
     return status == Status::closed || status == Status::error;
 }
@@ -68,7 +66,7 @@ QCoro::Task<> StreamReader::open() {
         }
         co_await await(interval);
     }
-    m_buffer.resize(bufferSize);
+    m_buffer.resize(mostBytes);
     m_sinceGivenWay.start();
     m_sinceBytes.start();
 }
@@ -91,7 +89,7 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
         co_await await(patience);
         co_return Pass::nothing;
     }
-    const qint64 got = m_stream->read(m_buffer.data(), bufferSize);
+    const qint64 got = m_stream->read(m_buffer.data(), mostBytes);
     if (got < 0) {
         print(u"Read error: "_s + QString::number(got));
         const QString reason = m_stream->failure();

@@ -19,6 +19,7 @@ class StreamReader {
 public:
     /// What a pass has brought.
     enum class Pass { bytes, nothing, end };
+    static constexpr qsizetype mostBytes = 8192; ///< of one pass
 
     StreamReader(const FtpParts& parts, FtpAddress address);
     StreamReader(const StreamReader&) = delete;
@@ -31,7 +32,7 @@ public:
     QCoro::Task<> open();
     /// Waits for up to 50 ms when there are no bytes. Throws FTPError::readError.
     QCoro::Task<Pass> pass();
-    /// What the latest pass has brought, at most 8192 bytes.
+    /// What the latest pass has brought, at most mostBytes.
     QByteArrayView bytes() const { return {m_buffer.data(), m_got}; }
 
     /// The address without its password; after create().
