@@ -22,12 +22,10 @@
 #include <QCoroTask>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QTemporaryDir>
 #include <QThreadPool>
-#include <QTimer>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -37,7 +35,9 @@
 #include <optional>
 
 #include "../demo/ShootSidecar.h"
+#include "Heartbeat.h"
 #include "ModelThread.h"
+#include "ProcessMemory.h"
 
 namespace ostrelle {
 namespace {
@@ -91,48 +91,6 @@ double renderAll(const QStringList& images) {
     QThreadPool::globalInstance()->waitForDone();
     return static_cast<double>(timer.nsecsElapsed()) / 1e9;
 }
-
-/// How late a timer of the main thread is: that is how long a window would freeze.
-class Heartbeat {
-public:
-    static constexpr int period = 5;      ///< milliseconds
-    static constexpr double grace = 16;   ///< milliseconds: one frame of a screen
-    static constexpr double share = 1e-3; ///< of the ticks may be later than that
-
-    Heartbeat() {
-        m_timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { tick(); });
-        m_since.start();
-        m_timer.start(period);
-    }
-
-    int ticks() const { return m_ticks; }
-    int late() const { return m_late; }
-    double worst() const { return m_worst; }
-    /// The longest time in milliseconds that the main thread itself has computed between two ticks. The rest
-    /// of a delay comes from the disk, or from other threads that the system preferred.
-    double longestTurn() const { return m_longestTurn; }
-
-private:
-    void tick() {
-        const double lateness = static_cast<double>(m_since.nsecsElapsed()) / 1e6 - period;
-        const double computed = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
-        m_since.start();
-        ++m_ticks;
-        m_late += lateness > grace ? 1 : 0;
-        m_worst = std::max(m_worst, lateness);
-        m_longestTurn = std::max(m_longestTurn, (computed - m_computed) * 1e3);
-        m_computed = computed;
-    }
-
-    QTimer m_timer;
-    QElapsedTimer m_since;
-    double m_computed = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
-    int m_ticks = 0;
-    int m_late = 0;
-    double m_worst = 0;
-    double m_longestTurn = 0;
-};
 
 Options watching(const QString& folder) {
     Options options;
@@ -306,23 +264,11 @@ void captionSlowly(const QString& folder, Course course, int secondsPerAnswer) {
         u"at most 3 %"_s, run.seconds() <= least * 1.03);
 }
 
-double peakMegabytes() {
-    QFile file(u"/proc/self/status"_s);
-    const bool isOpen = file.open(QIODevice::ReadOnly);
-    const QList<QByteArray> lines = isOpen ? file.readAll().split('\n') : QList<QByteArray>();
-    for (const QByteArray& line : lines) {
-        if (line.startsWith("VmHWM:")) {
-            return line.sliced(6).simplified().split(' ').first().toDouble() / 1024;
-        }
-    }
-    throw Error(u"The system does not tell the peak memory."_s);
-}
-
 void captionForMemory(const QString& folder) {
     UnattendedRun run(folder, Course::autoMode, std::chrono::milliseconds(0));
     std::printf("\n%lld images handed over at once:\n", static_cast<long long>(run.images()));
     run.execute();
-    printRow(u"peak memory of the process"_s, number(peakMegabytes(), 0, u"MB"_s));
+    printRow(u"peak memory of the process"_s, number(processMegabytes("VmHWM"), 0, u"MB"_s));
 }
 
 int run(const QStringList& arguments) {
