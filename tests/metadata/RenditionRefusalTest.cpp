@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/RenditionFixture.h"
+#include "metadata/rendition/CutShort.h"
+#include "standins/RawBuilder.h"
 #include "standins/TiffBuilder.h"
 #include "support/Corpus.h"
 
@@ -43,6 +45,22 @@ TEST_F(Renditions, refuseAPictureThatIsCutShort) {
         zeros.replace(zeros.size() / 2, zeros.size() / 2 + 1, QByteArray(zeros.size() / 2 + 1, '\0'));
         EXPECT_EQ(failure(file(zeros)), Case::cannotCreateThumbnail);
     }
+}
+
+TEST_F(Renditions, seeWhatIsMissingAtTheEnd) {
+    const SportsScene scene(400, 300, 2);
+    for (const QByteArray& bytes : {jpegFile(scene.image()), jpegFile(scene.image(), progressive),
+                                    jpegFile(scene.image(), restarts), dngFile(scene)}) {
+        EXPECT_FALSE(isCutShort(file(bytes + "appended")));
+        EXPECT_TRUE(isCutShort(file(bytes.chopped(1))));
+        EXPECT_TRUE(isCutShort(file(bytes.first(bytes.size() / 2))));
+    }
+    for (const RawKind kind : rawKinds) {
+        const QByteArray bytes = rawFile(kind, {.preview = jpegFile(scene.image())});
+        EXPECT_FALSE(isCutShort(file(bytes))) << static_cast<int>(kind);
+        EXPECT_TRUE(isCutShort(file(bytes.first(bytes.size() / 2)))) << static_cast<int>(kind);
+    }
+    EXPECT_FALSE(isCutShort(file("no image")));
 }
 
 TEST_F(Renditions, takeAPictureWithSmallDamage) {

@@ -290,6 +290,30 @@ TEST_F(FTPWatcherTest, AShortFileNeverGetsItsName) {
     EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
 }
 
+TEST_F(FTPWatcherTest, AnImageThatGrowsOnTheServerIsHandedOnAgain) {
+    remote.files = {{u"IMG_1.jpg"_s, {"half"}}};
+    current = watcher();
+    poll(*current);
+    remote.files[u"IMG_1.jpg"_s].bytes = "the whole";
+    pollAgain();
+    EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
+    EXPECT_EQ(local(u"IMG_1.jpg"_s), "the whole");
+    pollAgain();
+    EXPECT_EQ(handed, QStringList());
+}
+
+TEST_F(FTPWatcherTest, AnImageWaitsOnceForASidecarThatFails) {
+    remote.files = {{u"IMG_1.xmp"_s, {.bytes = "sidecar", .failures = 2}}, {u"IMG_1.jpg"_s, {"jpeg"}}};
+    current = watcher();
+    poll(*current);
+    EXPECT_EQ(filesInFolder(), QStringList());
+    pollAgain();
+    EXPECT_EQ(filesInFolder(), QStringList()) << "the sidecar is set aside";
+    clock.advance(seconds(50));
+    pollAgain();
+    EXPECT_EQ(filesInFolder(), QStringList{u"IMG_1.jpg"_s}) << "it may never come";
+}
+
 TEST_F(FTPWatcherTest, WhatWasFetchedAndNotHandedOnIsNotForgotten) {
     for (int number = 1; number <= 4; ++number) {
         remote.files[u"IMG_%1.jpg"_s.arg(number)] = {.bytes = "jpeg", .failures = number == 1 ? 0 : 1};

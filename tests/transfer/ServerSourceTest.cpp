@@ -94,6 +94,17 @@ TEST_F(ServerSourceTest, ImagesThatFailAreLeftAndTheOthersGoOn) {
     EXPECT_TRUE(console.has(u"[AppDelegate] ✗ Failed to process IMG_0.JPG"_s));
 }
 
+TEST_F(ServerSourceTest, AnImageThatCameDownShortIsCaptionedOnceItIsWhole) {
+    const QByteArray whole = std::exchange(remote[u"IMG_2.JPG"_s], {});
+    remote[u"IMG_2.JPG"_s] = whole.chopped(2); // which a decoder would hardly notice
+    watchUntil([this] { return reports.size() == 2; });
+    EXPECT_EQ(reports.value(1).reason, u"The file is cut short."_s);
+    EXPECT_FALSE(manifest.isProcessedByName(u"IMG_2.JPG"_s));
+    remote[u"IMG_2.JPG"_s] = whole;
+    driveUntil([this] { return reports.size() == 3; }, milliseconds(100));
+    EXPECT_TRUE(isCaptioned(u"IMG_2.JPG"_s));
+}
+
 TEST_F(ServerSourceTest, AFullDownloadEndsWithASummary) {
     program.server.downloadAll();
     driveUntil([this] { return !notificationCenter.posted.isEmpty(); }, milliseconds(100));

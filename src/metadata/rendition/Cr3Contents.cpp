@@ -14,11 +14,12 @@ namespace {
 constexpr int maximumBoxes = 1000;
 constexpr int maximumDepth = 8;
 
-/// A box of the ISO base media file format, without its header.
+/// The content of a box of the ISO base media file format.
 struct Box {
     QByteArray type;
     qint64 begin = 0;
     qint64 end = 0;
+    qint64 size = 0; ///< of the whole box, as it says
 };
 
 /// Walks through the boxes of one file. The preview is in a box of Canon's own; the JPEG of the full picture
@@ -69,7 +70,8 @@ std::optional<Box> BoxWalk::boxAt(qint64 offset, qint64 end) {
     }
     // A truncated file has its last box truncated too.
     return Box{m_file.read(offset + 4, 4), offset + header,
-               offset + static_cast<qint64>(std::min(size, left))};
+               offset + static_cast<qint64>(std::min(size, left)),
+               static_cast<qint64>(std::min(size, quint64{1} << 40))};
 }
 
 void BoxWalk::walk(qint64 begin, qint64 end, int depth) {
@@ -77,6 +79,9 @@ void BoxWalk::walk(qint64 begin, qint64 end, int depth) {
         const std::optional<Box> box = boxAt(begin, end);
         if (!box) {
             return;
+        }
+        if (depth == 0) {
+            m_contents.addRange(begin, box->size);
         }
         read(*box, depth);
         begin = box->end;

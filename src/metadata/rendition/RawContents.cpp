@@ -32,6 +32,12 @@ std::optional<RawContents> readRafContents(FileBytes& file) {
     RawContents contents;
     contents.addJpeg(file, qFromBigEndian<quint32>(header.constData() + jpegOffsetField),
                      qFromBigEndian<quint32>(header.constData() + jpegOffsetField + 4));
+    constexpr qint64 tablesField = jpegOffsetField + 8; // the offsets and lengths of metadata and raw data
+    const QByteArray tables = file.read(tablesField, 16);
+    for (qsizetype at = 0; at + 8 <= tables.size(); at += 8) {
+        contents.addRange(qFromBigEndian<quint32>(tables.constData() + at),
+                          qFromBigEndian<quint32>(tables.constData() + at + 4));
+    }
     if (!contents.jpegs.empty()) {
         contents.turn = turnOfJpeg(file, contents.jpegs.front());
     }
@@ -40,7 +46,15 @@ std::optional<RawContents> readRafContents(FileBytes& file) {
 
 } // namespace
 
+void RawContents::addRange(qint64 begin, qint64 length) {
+    constexpr qint64 largest = qint64{1} << 40; // of both, so that a hostile file overflows nothing
+    if (begin > 0 && length > 0 && begin < largest && length < largest) {
+        end = std::max(end, begin + length);
+    }
+}
+
 void RawContents::addJpeg(const FileBytes& file, qint64 begin, qint64 length) {
+    addRange(begin, length);
     if (begin <= 0 || begin >= file.size() || length <= 0 || jpegs.size() >= maximumJpegs) {
         return;
     }

@@ -19,7 +19,11 @@ struct RawContents {
     std::vector<ByteRange> jpegs;
     /// The orientation of the raw picture. Nothing when the file gives none; a damaged value means no turn.
     std::optional<PictureTurn> turn;
+    /// Where the last byte named by the file's tables ends, even beyond the end of the file.
+    qint64 end = 0;
 
+    /// Takes note of bytes that should be there.
+    void addRange(qint64 begin, qint64 length);
     /// Adds a JPEG that may be there.
     void addJpeg(const FileBytes& file, qint64 begin, qint64 length);
 };

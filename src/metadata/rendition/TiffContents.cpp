@@ -20,6 +20,8 @@ constexpr quint16 panasonicJpeg = 0x002E;
 constexpr quint16 panasonicLargeJpeg = 0x0127;
 constexpr quint16 compression = 0x0103;
 constexpr quint16 photometric = 0x0106;
+constexpr quint16 tileOffsets = 0x0144;
+constexpr quint16 tileByteCounts = 0x0145;
 constexpr quint16 directoriesBelow = 0x014A;
 constexpr quint16 makerNote = 0x927C;
 
@@ -58,6 +60,9 @@ private:
     std::optional<LoneDirectory> directoryAt(quint32 offset);
     void visitLater(quint32 offset);
     void visitBelow(const LoneDirectory& directory);
+    std::vector<quint32> numbers(const LoneDirectory& directory, quint16 tag);
+    void addPieces(const LoneDirectory& directory, quint16 offsetsTag, quint16 lengthsTag,
+                   RawContents& contents);
     void addJpegs(const LoneDirectory& directory, RawContents& contents);
     void addPair(const LoneDirectory& directory, quint16 offsetTag, quint16 lengthTag, RawContents& contents);
     void readMakerNote(const LoneDirectory& directory, RawContents& contents);
@@ -122,11 +127,46 @@ RawContents TiffWalk::readAll(quint32 first) {
             contents.turn = turnOf(directory->block, directory->entries).value_or(PictureTurn());
         }
         addJpegs(*directory, contents);
+        addPieces(*directory, tiff::stripOffsets, tiff::stripByteCounts, contents);
+        addPieces(*directory, tileOffsets, tileByteCounts, contents);
         readMakerNote(*directory, contents);
         visitBelow(*directory);
         visitLater(directory->entries.next);
     }
     return contents;
+}
+
+/// The numbers of an entry, up to a limit; none if they are of another type.
+std::vector<quint32> TiffWalk::numbers(const LoneDirectory& directory, quint16 tag) {
+    constexpr quint32 most = 1 << 16;
+    constexpr quint16 shortType = 3;
+    const std::optional<TiffEntry> entry = directory.entries.find(tag);
+    if (!entry || entry->count == 0 || entry->count > most ||
+        (entry->type != shortType && entry->type != tiff::longType)) {
+        return {};
+    }
+    const qint64 size = entry->type == shortType ? 2 : 4;
+    const QByteArray bytes =
+        entry->count * size <= 4
+            ? directory.bytes.mid(entry->at + 8, entry->count * size)
+            : m_file.read(m_base + directory.block.longAt(entry->at + 8), entry->count * size);
+    const QByteArray numbered = m_header.toByteArray() + bytes;
+    const std::optional<TiffBlock> block = TiffBlock::open(numbered);
+    std::vector<quint32> numbers;
+    for (qsizetype at = m_header.size(); at + size <= numbered.size(); at += size) {
+        numbers.push_back(size == 2 ? block->shortAt(at) : block->longAt(at));
+    }
+    return numbers;
+}
+
+/// The strips or tiles of a picture.
+void TiffWalk::addPieces(const LoneDirectory& directory, quint16 offsetsTag, quint16 lengthsTag,
+                         RawContents& contents) {
+    const std::vector<quint32> offsets = numbers(directory, offsetsTag);
+    const std::vector<quint32> lengths = numbers(directory, lengthsTag);
+    for (std::size_t i = 0; i < std::min(offsets.size(), lengths.size()); ++i) {
+        contents.addRange(m_base + offsets[i], lengths[i]);
+    }
 }
 
 void TiffWalk::addPair(const LoneDirectory& directory, quint16 offsetTag, quint16 lengthTag,

@@ -5,6 +5,7 @@
 #include "core/OnThreadPool.h"
 #include "core/Text.h"
 #include "metadata/ImageMetadata.h"
+#include "metadata/rendition/CutShort.h"
 #include "transfer/remote/DestinationFolder.h"
 
 #include <QFileInfo>
@@ -23,6 +24,7 @@ namespace {
 struct Finding {
     bool exists = false;
     qint64 size = 0;
+    bool isCutShort = false;
     bool isSidecarNew = false;
     QString sidecarFailure = {};
 };
@@ -31,7 +33,8 @@ struct Finding {
 Finding examine(const QString& path) {
     const QFileInfo file(path);
     Finding finding{.exists = file.exists(), .size = file.size()};
-    if (finding.size > 0) {
+    finding.isCutShort = attemptNow([&path] { return isCutShort(path); }).valueOr(false);
+    if (finding.size > 0 && !finding.isCutShort) {
         const auto made = attemptNow([&path] { return ImageMetadata(path).provideSidecar(); });
         finding.isSidecarNew = made.valueOr(false);
         finding.sidecarFailure = made ? QString() : made.words();
@@ -141,6 +144,11 @@ QCoro::Task<bool> DownloadedImages::isReady(QString file) {
     if (found.size == 0) {
         print(u"File is empty (0 bytes), skipping: "_s + name);
         fail(file, u"The file is empty."_s);
+        co_return false;
+    }
+    if (found.isCutShort) { // the server did not tell when the upload ended
+        print(u"File is cut short, skipping until it grows: "_s + name);
+        fail(file, u"The file is cut short."_s);
         co_return false;
     }
     print(u"File verified: %1, size: %2 bytes"_s.arg(name, QString::number(found.size)));

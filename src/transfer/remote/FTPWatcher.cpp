@@ -241,6 +241,9 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) 
             leftAlone.append(file.name);
         }
     }
+    if (isPoll) {
+        leaveForSidecars(files.metadata, m_parts.ledger, &plan.images);
+    }
     showLeftAlone(leftAlone);
     plan.metadata = failedLast(plan.metadata, m_parts.ledger);
     plan.images = failedLast(plan.images, m_parts.ledger);

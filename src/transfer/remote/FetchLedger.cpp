@@ -6,7 +6,8 @@
 namespace ostrelle {
 
 void FetchLedger::setAside(const FTPFileInfo& file) {
-    m_failures.insert(file.name, {.size = file.size, .moment = m_clock.now()});
+    const int earlier = hasFailed(file) ? m_failures.value(file.name).count : 0;
+    m_failures.insert(file.name, {.size = file.size, .moment = m_clock.now(), .count = earlier + 1});
 }
 
 bool FetchLedger::hasFailed(const FTPFileInfo& file) const {
@@ -18,6 +19,10 @@ bool FetchLedger::isSetAside(const FTPFileInfo& file) const {
     constexpr qint64 rest = 60'000; // milliseconds
     // A failure in the future is none: the computer's clock has been set back.
     return hasFailed(file) && std::abs(m_failures.value(file.name).moment.msecsTo(m_clock.now())) < rest;
+}
+
+bool FetchLedger::isWorthWaitingFor(const FTPFileInfo& file) const {
+    return isSetAside(file) && m_failures.value(file.name).count == 1;
 }
 
 } // namespace ostrelle

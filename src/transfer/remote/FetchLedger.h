@@ -31,6 +31,8 @@ public:
     /// Whether the local image has been handed on to be captioned.
     bool isHandedOn(const QString& path) const { return m_handedOn.contains(path); }
     void handOn(const QString& path) { m_handedOn.insert(path); }
+    /// The image has come anew.
+    void takeBack(const QString& path) { m_handedOn.remove(path); }
 
     /// The names that a poll has left alone, as images of them were captioned before. True if they are others
     /// than in the poll before.
@@ -42,11 +44,14 @@ public:
     bool hasFailed(const FTPFileInfo& file) const;
     /// False once a minute has passed or the file has another size.
     bool isSetAside(const FTPFileInfo& file) const;
+    /// Whether the file is set aside for the first time: an image waits for its sidecar that long.
+    bool isWorthWaitingFor(const FTPFileInfo& file) const;
 
 private:
     struct Failure {
         qint64 size;
         QDateTime moment;
+        int count; ///< at this size
     };
 
     const Clock& m_clock;

@@ -7,6 +7,7 @@
 #include "transfer/ftp/FTPError.h"
 
 #include <QFileInfo>
+#include <QSet>
 #include <chrono>
 #include <limits>
 #include <utility>
@@ -34,6 +35,19 @@ QString reasonOf(const std::exception_ptr& failure) {
 }
 
 } // namespace
+
+void leaveForSidecars(const QList<FTPFileInfo>& sidecars, const FetchLedger& ledger,
+                      QList<FTPFileInfo>* images) {
+    QSet<QString> late;
+    for (const FTPFileInfo& sidecar : sidecars) {
+        if (ledger.isWorthWaitingFor(sidecar)) {
+            late.insert(QFileInfo(sidecar.name).completeBaseName());
+        }
+    }
+    images->removeIf([&late](const FTPFileInfo& image) {
+        return late.contains(QFileInfo(image.name).completeBaseName());
+    });
+}
 
 FetchRun::FetchRun(FetchParts parts, FetchPlan plan, Care care, Overtaking::Mark mark)
     : m_parts(std::move(parts))
@@ -77,6 +91,9 @@ QCoro::Task<> FetchRun::execute() {
             co_return;
         }
         co_await fetchInTurn(fetchMetadata(file), file);
+    }
+    if (m_care == Care::poll) {
+        leaveForSidecars(m_plan.metadata, m_parts.ledger, &m_plan.images);
     }
     for (const FTPFileInfo& file : std::as_const(m_plan.images)) {
         if (m_mark.isOvertaken()) {
@@ -210,6 +227,7 @@ QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
     using OldFile = DestinationFolder::OldFile;
     const bool isCaptionPossible = m_care == Care::download || !isImage;
     co_await destination.bringIn(part, file.name, isCaptionPossible ? OldFile::kept : OldFile::replaced);
+    m_parts.ledger.takeBack(destination.pathOf(file.name));
     co_return true;
 }
 

@@ -28,6 +28,11 @@ struct FetchPlan {
     qint64 count() const { return metadata.size() + images.size(); }
 };
 
+/// Takes out the images whose sidecars have failed to come for the first time. Without them they would be
+/// captioned without what the photographer has noted; those that fail again are not waited for.
+void leaveForSidecars(const QList<FTPFileInfo>& sidecars, const FetchLedger& ledger,
+                      QList<FTPFileInfo>* images);
+
 /// What a run of fetches works with. All of it must outlive the run.
 struct FetchParts {
     FileTransferClient& client;
