@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Transfers from an FTP server on this machine, as the programs do them. Driven by the script `server` beside
 // this file, which also runs other programs on the same files:
-//   bench_server file PORT PATH FOLDER NAME BYTES  fetches one file, as the client alone does; nothing is
-//   flushed bench_server all PORT PATH FOLDER              the full download, each file flushed and put in
-//   its place bench_server polls PORT PATH FOLDER COUNT      polls a server whose files are all in the
-//   folder, and takes
-//                                                  the same listing without looking at it
+//   bench_server file PORT PATH FOLDER NAME BYTES   one file, as the client alone fetches it; not flushed
+//   bench_server all PORT PATH FOLDER               the full download, each file flushed and put in its place
+//   bench_server polls PORT PATH FOLDER COUNT       polls of a server whose files are all in the folder, and
+//                                                   the same listing, only taken
 // Each prints the milliseconds of each piece of work, and at the end what the main thread and the memory did.
 #include "core/Error.h"
 #include "platform/ConsoleLog.h"
@@ -59,6 +58,8 @@ public:
                                             FTPWatcherParts{.status = m_status,
                                                             .manifest = m_manifest,
                                                             .ledger = m_ledger,
+                                                            .fetched = m_fetched,
+                                                            .claims = m_claims,
                                                             .clock = m_clock,
                                                             .log = m_log,
                                                             .access = m_access,
@@ -112,6 +113,8 @@ private:
     ProcessedFilesManifest m_manifest{m_home.filePath(u"processed_files.json"_s), m_threads, m_clock, m_log,
                                       m_events};
     FetchLedger m_ledger{m_clock};
+    FetchedImages m_fetched{m_defaults};
+    ImageClaims m_claims{m_home.filePath(u"claims"_s)};
 };
 
 template <typename Condition>

@@ -79,6 +79,7 @@ void configure(CURL* handle, Transfer* transfer, const curl_slist* commands) {
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L); // bytes a second
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, longestSilence);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, bufferSize);
+    curl_easy_setopt(handle, CURLOPT_IGNORE_CONTENT_LENGTH, 1L); // no SIZE: the listing has told it
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, takeBytes);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, transfer->buffer);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, takeReply);
@@ -98,6 +99,7 @@ struct CurlConnection {
     FtpSecurity security;
     CertificateCheck certificates; // before the handle, whose connection may ask it at any time
     Handle handle;
+    bool isGreeted = false; ///< the server has been told what it is told once
 };
 using Connection = std::unique_ptr<CurlConnection>;
 
@@ -147,13 +149,10 @@ private:
 
 namespace {
 
-CommandList commandsFor(const FtpAddress& address) {
-    // Not every server knows the commands, hence the asterisks.
-    CommandList commands(curl_slist_append(nullptr, "*OPTS UTF8 ON"));
-    if (address.asksForFeatures) {
-        curl_slist_append(commands.get(), "*FEAT");
-    }
-    return commands;
+/// What the server is told before the transfer. Not every server knows the commands, hence the asterisks.
+CommandList commandsFor(const FtpAddress& address, const CurlConnection& connection) {
+    curl_slist* commands = connection.isGreeted ? nullptr : curl_slist_append(nullptr, "*OPTS UTF8 ON");
+    return CommandList(address.asksForFeatures ? curl_slist_append(commands, "*FEAT") : commands);
 }
 
 void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& buffer,
@@ -164,7 +163,7 @@ void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& 
         buffer->finish(curlFailure(CURLE_OUT_OF_MEMORY, 0));
         return;
     }
-    const CommandList commands = commandsFor(address);
+    const CommandList commands = commandsFor(address, *connection);
     Transfer own{.address = address, .buffer = buffer.get()};
     configure(handle, &own, commands.get());
     if (address.security.encryption == FtpEncryption::explicitTls) {
@@ -185,6 +184,7 @@ void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& 
         buffer->finish(curlFailure(result, reply), own.facts);
     }
     if (result == CURLE_OK) {
+        connection->isGreeted = true;
         connections->putBack(std::move(connection));
     }
 }

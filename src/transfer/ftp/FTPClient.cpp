@@ -4,6 +4,7 @@
 #include "core/Attempt.h"
 #include "core/OffMainThread.h"
 #include "platform/KeptLines.h"
+#include "platform/PrintInTurns.h"
 #include "transfer/ftp/FTPError.h"
 #include "transfer/ftp/FTPListing.h"
 #include "transfer/ftp/FtpDownload.h"
@@ -54,7 +55,7 @@ QCoro::Task<QList<FTPFileInfo>> FTPClient::list(StreamReader* given, QString pas
     const auto lines = std::make_shared<KeptLines>();
     auto parse = [bytes, password, lines] { return parseListing(bytes, password, *lines); };
     const auto entries = co_await attemptOffMainThread(parse);
-    lines->tell(m_parts.log);
+    co_await printInTurns(m_parts.log, lines->lines());
     if (!entries) {
         entries.rethrow();
     }

@@ -3,8 +3,6 @@
 
 #include "transfer/ftp/FTPError.h"
 
-#include <QMetaObject>
-#include <QObject>
 #include <chrono>
 #include <utility>
 
@@ -67,7 +65,7 @@ QCoro::Task<> StreamReader::open() {
         co_await await(interval);
     }
     m_buffer.resize(mostBytes);
-    m_sinceGivenWay.start();
+    m_turn.restart();
     m_sinceBytes.start();
 }
 
@@ -106,7 +104,9 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
     m_emptyReads = 0;
     m_got = got;
     m_sinceBytes.start();
-    co_await giveWay();
+    if (m_turn.isLong()) { // reading on and on would hold up the event loop
+        co_await m_turn.giveWay();
+    }
     co_return Pass::bytes;
 }
 
@@ -115,20 +115,7 @@ QCoro::Task<> StreamReader::await(std::chrono::milliseconds patience) {
     const Event news = m_stream->news();
     const auto timer = m_parts.clock.after(patience, [news] { news.happen(); });
     co_await news.happened();
-    m_sinceGivenWay.start();
-}
-
-/// Reading on and on would hold up the event loop.
-QCoro::Task<> StreamReader::giveWay() {
-    constexpr qint64 longestTurn = 5; // milliseconds
-    if (m_sinceGivenWay.elapsed() < longestTurn) {
-        co_return;
-    }
-    const Event resumed;
-    QObject context;
-    QMetaObject::invokeMethod(&context, [resumed] { resumed.happen(); }, Qt::QueuedConnection);
-    co_await resumed.happened();
-    m_sinceGivenWay.start();
+    m_turn.restart();
 }
 
 void StreamReader::print(const QString& words) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/LoopTurn.h"
 #include "platform/Clock.h"
 #include "platform/PlainLog.h"
 #include "transfer/ftp/FtpParts.h"
@@ -47,7 +48,6 @@ public:
 private:
     void requireWanted() const;
     QCoro::Task<> await(std::chrono::milliseconds patience);
-    QCoro::Task<> giveWay();
     void print(const QString& words);
 
     FtpParts m_parts;
@@ -57,7 +57,7 @@ private:
     std::vector<char> m_buffer;
     qsizetype m_got = 0;
     int m_emptyReads = 0; ///< in a row
-    QElapsedTimer m_sinceGivenWay;
+    LoopTurn m_turn;
     QElapsedTimer m_sinceBytes;
 };
 

@@ -40,7 +40,8 @@ NameRules rulesOf(const QString& folder) {
 }
 
 LocalCopy lookAt(const QString& path) {
-    const QFileInfo file(path);
+    QFileInfo file(path);
+    file.stat(); // one call of the system for all that follows
     return {.exists = file.exists(),
             .size = file.isFile() ? std::optional(file.size()) : std::nullopt,
             .lastModified = file.lastModified()};
@@ -146,7 +147,8 @@ QCoro::Task<> DestinationFolder::bringIn(QString temporaryPath, QString name, Ol
     auto move = [temporaryPath, path = pathOf(name), isKept] {
         isKept ? exchange(temporaryPath, path) : moveIntoPlace(temporaryPath, path);
     };
-    co_await onThreadPool(m_threads.of(m_path), move);
+    // The folder's own thread is writing the next file, and the disk may take its time.
+    co_await onThreadPool(m_threads.renderersOf(m_path), move);
 }
 
 QCoro::Task<> DestinationFolder::putAway(QString name) {

@@ -17,7 +17,7 @@
 
 namespace ostrelle {
 
-/// The local folder that files from a server go into. Everything on the disk is done on the folder's thread.
+/// The local folder that files from a server go into. Everything on the disk is done on the folder's threads.
 /// The references must outlive the tasks.
 class DestinationFolder {
 public:

@@ -2,7 +2,10 @@
 #include "transfer/remote/FTPWatcher.h"
 
 #include "core/Attempt.h"
+#include "core/LoopTurn.h"
+#include "core/OffMainThread.h"
 #include "core/Text.h"
+#include "platform/PrintInTurns.h"
 #include "transfer/ftp/FTPError.h"
 
 #include <algorithm>
@@ -52,6 +55,26 @@ void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
     for (FTPFileInfo& file : *files) {
         file.size = sizes.value(file.name);
     }
+}
+
+/// What the log tells of a listing.
+QStringList linesOf(const QList<FTPFileInfo>& listing, const ServerFiles& files, const QString& imageLine) {
+    QStringList lines{u"Total files found on server: %1"_s.arg(listing.size())};
+    for (const FTPFileInfo& entry : listing) {
+        lines.append(u"  - %1 (size: %2, isDir: %3)"_s.arg(entry.name, QString::number(entry.size),
+                                                           entry.isDirectory ? u"true"_s : u"false"_s));
+    }
+    if (!files.skipped.isEmpty()) {
+        lines.append(u"Skipped non-image files:\n"_s + files.skipped.join(u'\n'));
+    }
+    for (const QString& words : files.refused) {
+        lines.append(u"[FTPWatcher] Not fetched: "_s + words);
+    }
+    lines.append(imageLine.arg(files.images.size()));
+    for (const FTPFileInfo& image : files.images) {
+        lines.append(u"  Image: "_s + image.name);
+    }
+    return lines;
 }
 
 } // namespace
@@ -187,24 +210,15 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
 
 QCoro::Task<ServerFiles> FTPWatcher::look(QString imageLine) {
     const QList<FTPFileInfo> listing = co_await m_client->listFiles();
-    PlainLog& log = m_parts.log;
-    log.print(u"Total files found on server: %1"_s.arg(listing.size()));
-    for (const FTPFileInfo& entry : listing) {
-        log.print(u"  - %1 (size: %2, isDir: %3)"_s.arg(entry.name, QString::number(entry.size),
-                                                        entry.isDirectory ? u"true"_s : u"false"_s));
-    }
     const NameRules rules = co_await m_destination.prepare();
-    const ServerFiles files = sortListing(listing, rules);
-    if (!files.skipped.isEmpty()) {
-        log.print(u"Skipped non-image files:\n"_s + files.skipped.join(u'\n'));
-    }
-    for (const QString& words : files.refused) {
-        print(u"Not fetched: "_s + words);
-    }
-    log.print(imageLine.arg(files.images.size()));
-    for (const FTPFileInfo& image : files.images) {
-        log.print(u"  Image: "_s + image.name);
-    }
+    const auto lines = std::make_shared<QStringList>();
+    auto sort = [listing, rules, imageLine, lines] {
+        const ServerFiles files = sortListing(listing, rules);
+        *lines = linesOf(listing, files, imageLine);
+        return files;
+    };
+    const ServerFiles files = co_await offMainThread(sort);
+    co_await printInTurns(m_parts.log, *lines);
     co_return files;
 }
 
@@ -215,10 +229,10 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) 
     const IsCaptioned isCaptioned = fetchParts().isCaptioned();
     const bool isPoll = care == FetchRun::Care::poll;
     FetchPlan plan;
+    QStringList lines;
+    LoopTurn turn;
     const auto take = [&](const FTPFileInfo& file, const FetchDecision& decision, QList<FTPFileInfo>* list) {
-        for (const QString& line : decision.lines) {
-            m_parts.log.print(line);
-        }
+        lines += decision.lines;
         // An empty file may only just have been begun.
         if (decision.isFetched && file.size >= 1 && !(isPoll && m_parts.ledger.isSetAside(file))) {
             list->append(file);
@@ -228,6 +242,9 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) 
         const LocalCopy copy = copies.value(file.name);
         take(file, isPoll ? decideOnMetadata(file, copy, isCaptioned) : decideBySize(file, copy, Look::first),
              &plan.metadata);
+        if (turn.isLong()) {
+            co_await turn.giveWay();
+        }
     }
     QStringList leftAlone;
     for (const FTPFileInfo& file : std::as_const(files.images)) {
@@ -240,7 +257,11 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) 
         if (decision.isCaptioned && copy.size != file.size && !isOurs) {
             leftAlone.append(file.name);
         }
+        if (turn.isLong()) {
+            co_await turn.giveWay();
+        }
     }
+    co_await printInTurns(m_parts.log, lines);
     if (isPoll) {
         leaveForSidecars(files.metadata, m_parts.ledger, &plan.images);
     }

@@ -10,8 +10,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Sidecars of the other RAW kinds are protected by name and size alone.
-constexpr std::array protectedExtensions = {u"cr2", u"CR2", u"cr3", u"CR3", u"nef", u"NEF",  u"arw",
-                                            u"ARW", u"dng", u"DNG", u"jpg", u"JPG", u"jpeg", u"JPEG"};
+constexpr std::array<QStringView, 14> protectedExtensions = {u"cr2", u"CR2", u"cr3",  u"CR3", u"nef",
+                                                             u"NEF", u"arw", u"ARW",  u"dng", u"DNG",
+                                                             u"jpg", u"JPG", u"jpeg", u"JPEG"};
 
 bool hasSameSize(const FTPFileInfo& file, const LocalCopy& copy) {
     return copy.exists && copy.size == file.size;
@@ -20,8 +21,12 @@ bool hasSameSize(const FTPFileInfo& file, const LocalCopy& copy) {
 /// The captioned image that the sidecar belongs to.
 std::optional<QString> captionedImageOf(QString sidecar, const IsCaptioned& isCaptioned) {
     const QString stem = sidecar.remove(u".xmp"_s, Qt::CaseInsensitive);
-    for (const char16_t* extension : protectedExtensions) {
-        const QString image = stem + u'.' + QString::fromUtf16(extension);
+    QString image = stem + u'.';
+    const qsizetype end = image.size();
+    image.reserve(end + 4); // a listing may hold thousands of sidecars
+    for (const QStringView extension : protectedExtensions) {
+        image.truncate(end);
+        image += extension;
         if (isCaptioned(image)) {
             return image;
         }

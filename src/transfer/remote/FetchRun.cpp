@@ -86,66 +86,71 @@ void FetchRun::showNumber() {
 
 QCoro::Task<> FetchRun::execute() {
     m_parts.status.setFtpTotalBytesToDownload(m_bytesPlanned); // files may have grown since announce()
-    for (const FTPFileInfo& file : std::as_const(m_plan.metadata)) {
-        if (m_mark.isOvertaken()) {
-            co_return;
-        }
-        co_await fetchInTurn(fetchMetadata(file), file);
-    }
+    co_await fetchAll(m_plan.metadata);
     if (m_care == Care::poll) {
         leaveForSidecars(m_plan.metadata, m_parts.ledger, &m_plan.images);
     }
-    for (const FTPFileInfo& file : std::as_const(m_plan.images)) {
-        if (m_mark.isOvertaken()) {
-            co_return;
+    co_await fetchAll(m_plan.images);
+    if (m_serverFailure) {
+        std::rethrow_exception(m_serverFailure);
+    }
+}
+
+QCoro::Task<> FetchRun::fetchAll(QList<FTPFileInfo> files) {
+    for (const FTPFileInfo& file : std::as_const(files)) {
+        if (m_mark.isOvertaken() || m_serverFailure) {
+            break;
         }
-        co_await fetchInTurn(fetchImage(file), file);
+        co_await fetch(file);
+    }
+    co_await settled();
+}
+
+QCoro::Task<> FetchRun::fetch(FTPFileInfo file) {
+    ++m_number;
+    print((isSupportedImage(file.name) ? u"Downloading file: "_s : u"Downloading metadata file: "_s) +
+          file.name);
+    showNumber();
+    const QString part = m_parts.destination.temporaryPath(file.name);
+    const auto come = co_await attempt(fetchPart(&file, part));
+    co_await settled();
+    if (come && *come) {
+        m_bytesDone += file.size;
+        m_settling = settle(file, part);
+    } else if (!come) {
+        co_await m_parts.destination.discard(part);
+        fail(file, come.failure());
     }
 }
 
-QCoro::Task<> FetchRun::fetchInTurn(QCoro::Task<> fetch, FTPFileInfo file) {
+QCoro::Task<> FetchRun::settled() {
+    if (m_settling) {
+        co_await *m_settling;
+        m_settling.reset();
+    }
+}
+
+QCoro::Task<> FetchRun::settle(FTPFileInfo file, QString part) {
+    const auto placed = co_await attempt(place(file, part));
+    if (!placed.valueOr(false)) {
+        co_await m_parts.destination.discard(part);
+    }
+    if (!placed) {
+        fail(file, placed.failure());
+    } else if (*placed) {
+        count(file);
+    }
+}
+
+void FetchRun::fail(const FTPFileInfo& file, const std::exception_ptr& failure) {
     constexpr int mostFailuresInARow = 3;
-    const auto done = co_await attempt(std::move(fetch));
-    if (done) {
-        m_failuresInARow = 0;
-        co_return;
-    }
-    fail(file, reasonOf(done.failure()));
-    if (++m_failuresInARow == mostFailuresInARow) { // the server is gone, or the disk is full
-        done.rethrow();
-    }
-}
-
-void FetchRun::fail(const FTPFileInfo& file, const QString& reason) {
+    const QString reason = reasonOf(failure);
     print(u"Could not fetch %1: %2"_s.arg(file.name, reason));
     m_parts.ledger.setAside(file);
     m_failed.append(file.name);
     m_parts.listener.ended({.path = m_parts.destination.pathOf(file.name), .failure = reason});
-}
-
-QCoro::Task<> FetchRun::fetchMetadata(FTPFileInfo file) {
-    ++m_number;
-    print(u"Downloading metadata file: "_s + file.name);
-    showNumber();
-    const bool isFetched = co_await fetch(file);
-    if (isFetched) {
-        print(u"Downloaded metadata file %1 to %2"_s.arg(file.name, m_parts.destination.pathOf(file.name)));
-        ++m_metadataDone;
-        count(file);
-    }
-}
-
-QCoro::Task<> FetchRun::fetchImage(FTPFileInfo file) {
-    ++m_number;
-    print(u"Downloading file: "_s + file.name);
-    showNumber();
-    const bool ready = co_await isReady(&file);
-    const bool isFetched = ready && co_await fetch(file);
-    if (isFetched) {
-        const QString path = m_parts.destination.pathOf(file.name);
-        print(u"Downloaded %1 to %2"_s.arg(file.name, path));
-        m_images.append(path);
-        count(file);
+    if (++m_failuresInARow == mostFailuresInARow) { // the server is gone, or the disk is full
+        m_serverFailure = failure;
     }
 }
 
@@ -174,30 +179,22 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
     co_return !m_mark.isOvertaken();
 }
 
-QCoro::Task<bool> FetchRun::fetch(FTPFileInfo file) {
-    m_parts.listener.begun(file.name);
-    const QString part = m_parts.destination.temporaryPath(file.name);
-    const auto come = co_await attempt(fetchPart(file, part));
-    const auto placed = come ? co_await attempt(place(file, part)) : Attempt<bool>::failed(come.failure());
-    if (!placed.valueOr(false)) {
-        co_await m_parts.destination.discard(part);
+QCoro::Task<bool> FetchRun::fetchPart(FTPFileInfo* file, QString part) {
+    const bool ready = !isSupportedImage(file->name) || co_await isReady(file);
+    if (!ready) {
+        co_return false;
     }
-    if (!placed) {
-        placed.rethrow();
-    }
-    co_return *placed;
-}
-
-QCoro::Task<> FetchRun::fetchPart(FTPFileInfo file, QString part) {
-    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file.size};
-    const Download done = co_await m_parts.client.downloadFile(file.name, target,
+    m_parts.listener.begun(file->name);
+    const DownloadTarget target{.path = part, .isSecurityScoped = true, .expectedSize = file->size};
+    const Download done = co_await m_parts.client.downloadFile(file->name, target,
                                                                [this](qint64 bytes) { showProgress(bytes); });
-    if (!done.failure.isEmpty() || done.bytes != file.size) {
+    if (!done.failure.isEmpty() || done.bytes != file->size) {
         throw FTPError(FTPError::Case::readError,
                        !done.failure.isEmpty()
                            ? done.failure
-                           : u"%1 of %2 bytes have come."_s.arg(done.bytes).arg(file.size));
+                           : u"%1 of %2 bytes have come."_s.arg(done.bytes).arg(file->size));
     }
+    co_return true;
 }
 
 /// A caption may have been written while the file came, or be about to be written now.
@@ -205,8 +202,7 @@ QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
     DestinationFolder& destination = m_parts.destination;
     const auto claims = co_await destination.claim(file.name);
     if (!claims) {
-        fail(file, u"Its image is being captioned at the moment."_s);
-        co_return false;
+        throw FTPError(FTPError::Case::cannotCreateFile, u"Its image is being captioned at the moment."_s);
     }
     const bool isImage = isSupportedImage(file.name);
     if (m_care == Care::poll) {
@@ -235,7 +231,7 @@ void FetchRun::showProgress(qint64 bytes) {
     if (m_mark.isOvertaken()) {
         return;
     }
-    const qint64 sum = m_bytesDone + bytes;
+    const qint64 sum = m_bytesDone + bytes; // of the files before it, which are all here
     m_parts.status.setFtpBytesDownloaded(sum);
     if (m_bytesPlanned >= 1) {
         m_parts.status.setFtpDownloadProgress(static_cast<double>(sum) / static_cast<double>(m_bytesPlanned));
@@ -243,9 +239,16 @@ void FetchRun::showProgress(qint64 bytes) {
 }
 
 void FetchRun::count(const FTPFileInfo& file) {
-    m_bytesDone += file.size;
-    m_parts.listener.ended(
-        {.path = m_parts.destination.pathOf(file.name), .bytes = file.size, .failure = {}});
+    const QString path = m_parts.destination.pathOf(file.name);
+    m_failuresInARow = 0;
+    if (isSupportedImage(file.name)) {
+        print(u"Downloaded %1 to %2"_s.arg(file.name, path));
+        m_images.append(path);
+    } else {
+        print(u"Downloaded metadata file %1 to %2"_s.arg(file.name, path));
+        ++m_metadataDone;
+    }
+    m_parts.listener.ended({.path = path, .bytes = file.size, .failure = {}});
     if (m_mark.isOvertaken()) {
         return;
     }
@@ -253,7 +256,6 @@ void FetchRun::count(const FTPFileInfo& file) {
     status.setFtpFilesDownloaded(m_metadataDone + m_images.size());
     status.setFtpMetadataDownloaded(m_metadataDone);
     status.setFtpImagesDownloaded(m_images.size());
-    showProgress(0);
 }
 
 void FetchRun::conclude(qsizetype images, bool isServerEmpty) {

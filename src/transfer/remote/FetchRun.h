@@ -16,6 +16,8 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <exception>
+#include <optional>
 
 namespace ostrelle {
 
@@ -64,8 +66,8 @@ public:
 
     /// Shows what is about to be fetched.
     void announce();
-    /// Fetches all files, sidecars with the sizes of the listing. A file that fails is set aside; throws its
-    /// failure if it is the third in a row.
+    /// Fetches all files, sidecars with the sizes of the listing. A file that fails is set aside. Ends early
+    /// if three fail in a row; throws the third failure.
     QCoro::Task<> execute();
     /// Shows what was fetched; `images` are to be captioned.
     void conclude(qsizetype images, bool isServerEmpty);
@@ -74,17 +76,19 @@ public:
     const QStringList& images() const { return m_images; }
 
 private:
-    QCoro::Task<> fetchMetadata(FTPFileInfo file);
-    QCoro::Task<> fetchImage(FTPFileInfo file);
+    QCoro::Task<> fetchAll(QList<FTPFileInfo> files);
+    /// Fetches a file while the one before it is still being put in its place.
+    QCoro::Task<> fetch(FTPFileInfo file);
+    /// False if the file is left for a later poll.
+    QCoro::Task<bool> fetchPart(FTPFileInfo* file, QString part);
     /// False if the image is left for a later poll.
     QCoro::Task<bool> isReady(FTPFileInfo* file);
-    QCoro::Task<> fetchInTurn(QCoro::Task<> fetch, FTPFileInfo file);
-    /// False if it is left for a later poll.
-    QCoro::Task<bool> fetch(FTPFileInfo file);
-    QCoro::Task<> fetchPart(FTPFileInfo file, QString part);
-    /// False if the file in whose place it would come is being captioned, or has been meanwhile.
+    /// Puts a file that has come in its place.
+    QCoro::Task<> settle(FTPFileInfo file, QString part);
+    QCoro::Task<> settled();
+    /// False if a caption has been written meanwhile to the file in whose place it would come.
     QCoro::Task<bool> place(FTPFileInfo file, QString part);
-    void fail(const FTPFileInfo& file, const QString& reason);
+    void fail(const FTPFileInfo& file, const std::exception_ptr& failure);
     void count(const FTPFileInfo& file);
     void showProgress(qint64 bytes);
     void showNumber();
@@ -100,6 +104,8 @@ private:
     qint64 m_number = 0; ///< of the file under way, from 1
     qint64 m_metadataDone = 0;
     int m_failuresInARow = 0;
+    std::exception_ptr m_serverFailure;      ///< ends the run
+    std::optional<QCoro::Task<>> m_settling; ///< of the file before
     QStringList m_failed;
     QStringList m_images;
 };
