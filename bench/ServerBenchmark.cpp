@@ -66,6 +66,7 @@ public:
                                                             .threads = m_threads});
     }
     QString pathOf(const QString& name) const { return m_folder + u'/' + name; }
+    qint64 filesFound() const { return m_status.ftpFilesFound(); }
     qint64 filesDownloaded() const { return m_status.ftpFilesDownloaded(); }
 
     /// Takes the listing as the client does, but makes nothing of its bytes. Resumes with their number.
@@ -164,14 +165,11 @@ void fetchAll(Receiver& receiver) {
     report("all", time);
 }
 
-/// Milliseconds of one poll; `images` receives how many it hands on.
-double pollOnce(FTPWatcher& watcher, qsizetype* images) {
+/// Milliseconds of one poll.
+double pollOnce(FTPWatcher& watcher) {
     bool isDone = false;
     const double time = timed([&] {
-        watcher.start(std::chrono::hours(1), [&](const QStringList& found) {
-            *images += found.size();
-            isDone = true;
-        });
+        watcher.start(std::chrono::hours(1), [&isDone](const QStringList&) { isDone = true; });
         wait([&isDone] { return isDone; });
     });
     watcher.stop();
@@ -182,18 +180,17 @@ double pollOnce(FTPWatcher& watcher, qsizetype* images) {
 
 void poll(Receiver& receiver, int count) {
     const std::unique_ptr<FTPWatcher> watcher = receiver.makeWatcher();
-    qsizetype images = 0;
-    pollOnce(*watcher, &images); // unmeasured, as it connects
+    pollOnce(*watcher); // unmeasured, as it connects
     for (int number = 0; number < count; ++number) {
         report("listing", timed([&receiver] {
                    QCoro::Task<qint64> listing = receiver.takeListing();
                    wait([&listing] { return listing.isReady(); });
                    QCoro::waitFor(std::move(listing));
                }));
-        report("poll", pollOnce(*watcher, &images));
+        report("poll", pollOnce(*watcher));
     }
-    if (images == 0) { // the first poll hands all of them on
-        throw Error(u"No poll has come to its end."_s);
+    if (receiver.filesFound() == 0) {
+        throw Error(u"The polls have seen no image."_s);
     }
 }
 

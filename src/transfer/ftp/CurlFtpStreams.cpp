@@ -79,7 +79,6 @@ void configure(CURL* handle, Transfer* transfer, const curl_slist* commands) {
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L); // bytes a second
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, longestSilence);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, bufferSize);
-    curl_easy_setopt(handle, CURLOPT_IGNORE_CONTENT_LENGTH, 1L); // no SIZE: the listing has told it
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, takeBytes);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, transfer->buffer);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, takeReply);
@@ -99,7 +98,6 @@ struct CurlConnection {
     FtpSecurity security;
     CertificateCheck certificates; // before the handle, whose connection may ask it at any time
     Handle handle;
-    bool isGreeted = false; ///< the server has been told what it is told once
 };
 using Connection = std::unique_ptr<CurlConnection>;
 
@@ -149,9 +147,10 @@ private:
 
 namespace {
 
-/// What the server is told before the transfer. Not every server knows the commands, hence the asterisks.
-CommandList commandsFor(const FtpAddress& address, const CurlConnection& connection) {
-    curl_slist* commands = connection.isGreeted ? nullptr : curl_slist_append(nullptr, "*OPTS UTF8 ON");
+/// What the server is told before each transfer. Not every server knows the commands, hence the asterisks.
+/// Without any, libcurl 7.88 often waits a second between EPSV and RETR on a kept connection.
+CommandList commandsFor(const FtpAddress& address) {
+    curl_slist* commands = curl_slist_append(nullptr, "*OPTS UTF8 ON");
     return CommandList(address.asksForFeatures ? curl_slist_append(commands, "*FEAT") : commands);
 }
 
@@ -163,7 +162,7 @@ void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& 
         buffer->finish(curlFailure(CURLE_OUT_OF_MEMORY, 0));
         return;
     }
-    const CommandList commands = commandsFor(address, *connection);
+    const CommandList commands = commandsFor(address);
     Transfer own{.address = address, .buffer = buffer.get()};
     configure(handle, &own, commands.get());
     if (address.security.encryption == FtpEncryption::explicitTls) {
@@ -184,7 +183,6 @@ void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& 
         buffer->finish(curlFailure(result, reply), own.facts);
     }
     if (result == CURLE_OK) {
-        connection->isGreeted = true;
         connections->putBack(std::move(connection));
     }
 }

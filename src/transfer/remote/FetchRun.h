@@ -72,9 +72,6 @@ public:
     /// Shows what was fetched; `images` are to be captioned.
     void conclude(qsizetype images, bool isServerEmpty);
 
-    /// The paths of the images that were fetched.
-    const QStringList& images() const { return m_images; }
-
 private:
     QCoro::Task<> fetchAll(QList<FTPFileInfo> files);
     /// Fetches a file while the one before it is still being put in its place.
