@@ -290,6 +290,18 @@ TEST_F(FTPWatcherTest, AShortFileNeverGetsItsName) {
     EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
 }
 
+TEST_F(FTPWatcherTest, FilesThatFailDoNotHoldUpTheOthers) {
+    for (int number = 1; number <= 7; ++number) {
+        remote.files[u"IMG_%1.jpg"_s.arg(number)] = {.bytes = "jpeg", .failures = number < 7 ? 100 : 0};
+    }
+    current = watcher();
+    poll(*current);
+    EXPECT_EQ(handed, QStringList{u"IMG_7.jpg"_s});
+    EXPECT_EQ(texts.last(),
+              u"Downloaded 1 new image file. Could not fetch IMG_1.jpg, IMG_2.jpg, IMG_3.jpg and 3 "
+              "more, will try again."_s);
+}
+
 TEST_F(FTPWatcherTest, AnImageThatGrowsOnTheServerIsHandedOnAgain) {
     remote.files = {{u"IMG_1.jpg"_s, {"half"}}};
     current = watcher();
@@ -318,10 +330,13 @@ TEST_F(FTPWatcherTest, WhatWasFetchedAndNotHandedOnIsNotForgotten) {
     for (int number = 1; number <= 4; ++number) {
         remote.files[u"IMG_%1.jpg"_s.arg(number)] = {.bytes = "jpeg", .failures = number == 1 ? 0 : 1};
     }
+    remote.onDownload = [&](const QString& name) { remote.isReachable = name != u"IMG_4.jpg"; };
     current = watcher();
     poll(*current);
-    EXPECT_EQ(texts.last(), u"Error: Error reading from FTP server"_s) << "three failures in a row";
+    EXPECT_EQ(texts.last(), u"Error: Cannot open FTP stream"_s) << "three failures in a row";
     EXPECT_EQ(handings, 0);
+    remote.onDownload = nullptr;
+    remote.isReachable = true;
     remote.files.erase(u"IMG_1.jpg"_s);
     remote.files[u"IMG_5.jpg"_s] = {"jpeg"};
     put(u"IMG_9.jpg"_s, "of somebody else");
@@ -381,12 +396,18 @@ TEST_F(FTPWatcherTest, AStoppedWatcherBeginsNoFurtherFile) {
 TEST_F(FTPWatcherTest, AFullDownloadFetchesWhatDiffersAndKeepsTheOld) {
     markCaptioned(u"IMG_1.jpg"_s);
     put(u"IMG_2.jpg"_s, "same");
-    remote.files = {{u"IMG_1.jpg"_s, {"of the server"}}, {u"IMG_2.jpg"_s, {"SAME"}}};
+    markCaptioned(u"IMG_3.RAF"_s);
+    put(u"IMG_3.xmp"_s, "the caption of the RAF");
+    remote.files = {{u"IMG_1.jpg"_s, {"of the server"}},
+                    {u"IMG_2.jpg"_s, {"SAME"}},
+                    {u"IMG_3.RAF"_s, {"captioned"}},
+                    {u"IMG_3.xmp"_s, {"sidecar"}}};
     const auto ftp = watcher();
     await(ftp->downloadAllFiles(keeper()));
     EXPECT_EQ(remote.calls, QStringList({u"list"_s, u"IMG_1.jpg"_s})) << "it waits for nothing";
     EXPECT_EQ(local(u"IMG_1.jpg"_s), "of the server");
     EXPECT_EQ(local(u"IMG_2.jpg"_s), "same");
+    EXPECT_EQ(local(u"IMG_3.xmp"_s), "the caption of the RAF") << "nothing would write it again";
     EXPECT_EQ(handed, QStringList{u"IMG_1.jpg"_s});
     EXPECT_EQ(texts.first(), u"Downloading all files from FTP server..."_s);
     EXPECT_TRUE(QFile::exists(home.filePath(u"Trash/files/IMG_1.jpg"_s)) ||

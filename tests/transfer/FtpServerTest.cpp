@@ -56,7 +56,7 @@ protected:
     QString reasonOf(FTPClient ftp) {
         const ConnectionResult result = await(ftp.testConnection());
         EXPECT_EQ(result.isGood, result.reason.isEmpty());
-        return result.reason;
+        return result.reason.section(u" It says: "_s, 0, 0);
     }
 
     QTemporaryDir remote;
@@ -135,11 +135,11 @@ TEST_F(FtpServerTest, SaysInOneLineWhyItCannotList) {
     EXPECT_EQ(reasonOf(client(server.port, u"secret"_s, u"/nowhere"_s)),
               u"The server has no such folder, or does not let this user see it."_s);
     EXPECT_EQ(reasonOf(client(server.port, u"secret"_s, u"/"_s, u"no-such-host.invalid"_s)),
-              u"There is no server of this name."_s);
+              u"There is no server of this name, or the network is down."_s);
     server.stop();
     EXPECT_EQ(reasonOf(client(server.port)), u"The server refuses the connection."_s);
     FtpServer full(remote.path(), {u"--reply"_s, u"USER"_s, u"421 Too many."_s});
-    EXPECT_EQ(reasonOf(client(full.port)), u"The server takes no further connections at the moment."_s);
+    EXPECT_EQ(reasonOf(client(full.port)), u"The server ends the connection."_s);
     EXPECT_EQ(log.count(u"secret"_s) + log.count(u"wrong"_s), 0);
 }
 
@@ -152,7 +152,9 @@ TEST_F(FtpServerTest, EncryptsAndTrustsJustTheCertificateThatTheUserDoes) {
         return await(client(server.port).testConnection());
     };
     const ConnectionResult plain = test(FtpEncryption::none, {});
-    EXPECT_EQ(plain.reason, u"The server refuses the user name or the password."_s);
+    EXPECT_EQ(plain.reason,
+              u"The server refuses the user name or the password. It says: 550 SSL/TLS required "
+              "on the control channel."_s);
     EXPECT_TRUE(plain.offersTls);
     const ConnectionResult selfSigned = test(FtpEncryption::explicitTls, {});
     EXPECT_EQ(selfSigned.reason, u"The server's certificate cannot be trusted (self-signed certificate). Its "
@@ -167,6 +169,16 @@ TEST_F(FtpServerTest, EncryptsAndTrustsJustTheCertificateThatTheUserDoes) {
     EXPECT_EQ(fetch(server.port, u"IMG_1.JPG"_s, bytes.size()).failure, QString());
     EXPECT_EQ(fetched(), bytes);
     EXPECT_FALSE(test(FtpEncryption::explicitTls, another).isGood) << "also while connections are kept";
+}
+
+TEST_F(FtpServerTest, AKeptConnectionThatTheServerHasEndedIsMadeAnew) {
+    put(u"IMG_1.JPG"_s, "jpeg");
+    std::optional<FtpServer> server(std::in_place, remote.path());
+    const int port = server->port;
+    EXPECT_EQ(reasonOf(client(port)), QString());
+    server->stop();
+    server.emplace(remote.path(), QStringList{u"--port"_s, QString::number(port)});
+    EXPECT_EQ(reasonOf(client(port)), QString());
 }
 
 TEST_F(FtpServerTest, WorksWithAServerOfAnotherMake) {

@@ -1,22 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/ftp/CurlFailure.h"
 
+#include <cerrno>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-QString curlFailure(CURLcode result, long reply) {
-    constexpr long tooManyConnections = 421;
-    if (result != CURLE_OK && reply == tooManyConnections) {
-        return u"The server takes no further connections at the moment."_s;
+namespace {
+
+QString words(const CurlAnswer& answer) {
+    constexpr long notAvailable = 421;
+    if (answer.result != CURLE_OK && answer.reply == notAvailable) {
+        return u"The server ends the connection."_s;
     }
-    switch (result) {
+    switch (answer.result) {
     case CURLE_OK:
         return {};
     case CURLE_COULDNT_RESOLVE_HOST:
-        return u"There is no server of this name."_s;
+        return u"There is no server of this name, or the network is down."_s;
     case CURLE_COULDNT_CONNECT:
-        return u"The server refuses the connection."_s;
+        return answer.systemError == ECONNREFUSED ? u"The server refuses the connection."_s
+                                                  : u"The server cannot be reached."_s;
     case CURLE_OPERATION_TIMEDOUT:
         return u"The server does not answer."_s;
     case CURLE_LOGIN_DENIED:
@@ -25,6 +30,10 @@ QString curlFailure(CURLcode result, long reply) {
         return u"The server has no such folder, or does not let this user see it."_s;
     case CURLE_REMOTE_FILE_NOT_FOUND:
         return u"The server has no such file, or does not let this user read it."_s;
+    case CURLE_FTP_COULDNT_RETR_FILE:
+    case CURLE_FTP_COULDNT_SET_TYPE:
+    case CURLE_QUOTE_ERROR:
+        return u"The server refuses the transfer."_s;
     case CURLE_FTP_CANT_GET_HOST:
     case CURLE_FTP_WEIRD_PASV_REPLY:
     case CURLE_FTP_WEIRD_227_FORMAT:
@@ -43,8 +52,18 @@ QString curlFailure(CURLcode result, long reply) {
     case CURLE_WEIRD_SERVER_REPLY:
         return u"What answers there is no FTP server."_s;
     default:
-        return u"%1."_s.arg(QString::fromLatin1(curl_easy_strerror(result)));
+        return u"%1."_s.arg(QString::fromLatin1(curl_easy_strerror(answer.result)));
     }
+}
+
+} // namespace
+
+QString curlFailure(const CurlAnswer& answer) {
+    constexpr qsizetype longestLine = 200;
+    QString refusal = QString::fromUtf8(answer.refusal).simplified().left(longestLine);
+    refusal.removeIf([](QChar character) { return character.category() == QChar::Other_Control; });
+    const QString failure = words(answer);
+    return failure.isEmpty() || refusal.isEmpty() ? failure : failure + u" It says: "_s + refusal;
 }
 
 } // namespace ostrelle

@@ -3,12 +3,21 @@
 
 #include <curl/curl.h>
 
+#include <QByteArray>
 #include <QString>
 
 namespace ostrelle {
 
-/// What a failed transfer means to the user, as a sentence; empty for CURLE_OK. `reply` is the code of the
-/// server's last reply, such as 530, or 0.
-QString curlFailure(CURLcode result, long reply);
+/// How a transfer ended.
+struct CurlAnswer {
+    CURLcode result = CURLE_OK;
+    long reply = 0;          ///< the server's last one, a number
+    long systemError = 0;    ///< an errno, if the connection failed
+    QByteArray refusal = {}; ///< the server's last words of refusal
+};
+
+/// Why a transfer failed, for the user, with the server's own words where it has refused something. Empty if
+/// it succeeded.
+QString curlFailure(const CurlAnswer& answer);
 
 } // namespace ostrelle

@@ -27,17 +27,21 @@ struct FreeList {
 };
 using CommandList = std::unique_ptr<curl_slist, FreeList>;
 
-std::size_t takeBytes(const char* bytes, std::size_t size, std::size_t count, void* buffer) {
-    const QByteArrayView view(bytes, static_cast<qsizetype>(size * count));
-    return static_cast<TransferBuffer*>(buffer)->write(view) ? size * count : CURL_WRITEFUNC_ERROR;
-}
-
 /// A transfer under way, for the library's callbacks.
 struct Transfer {
     const FtpAddress& address;
     TransferBuffer* buffer;
     FtpServerFacts facts = {};
+    QByteArray refusal = {}; ///< the latest reply that was one, a line
+    bool hasBytes = false;
 };
+
+std::size_t takeBytes(const char* bytes, std::size_t size, std::size_t count, void* transfer) {
+    const QByteArrayView view(bytes, static_cast<qsizetype>(size * count));
+    auto& own = *static_cast<Transfer*>(transfer);
+    own.hasBytes = true;
+    return own.buffer->write(view) ? size * count : CURL_WRITEFUNC_ERROR;
+}
 
 /// The lines of the server's replies: 150 or 125 comes before the bytes, and each line within a list of
 /// features begins with a blank (RFC 2389).
@@ -50,6 +54,8 @@ std::size_t takeReply(const char* bytes, std::size_t size, std::size_t count, vo
     } else if (reply.startsWith(" AUTH") && reply.contains("TLS")) {
         own.facts.offersTls = true;
     }
+    const bool isRefusal = reply.startsWith('4') || reply.startsWith('5');
+    own.refusal = isRefusal ? reply.toByteArray() : QByteArray();
     return size * count;
 }
 
@@ -80,7 +86,7 @@ void configure(CURL* handle, Transfer* transfer, const curl_slist* commands) {
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, longestSilence);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, bufferSize);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, takeBytes);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, transfer->buffer);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, transfer);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, takeReply);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, transfer);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, checkInterest);
@@ -98,6 +104,7 @@ struct CurlConnection {
     FtpSecurity security;
     CertificateCheck certificates; // before the handle, whose connection may ask it at any time
     Handle handle;
+    bool isKept = false; ///< it has served before
 };
 using Connection = std::unique_ptr<CurlConnection>;
 
@@ -154,35 +161,68 @@ CommandList commandsFor(const FtpAddress& address) {
     return CommandList(address.asksForFeatures ? curl_slist_append(commands, "*FEAT") : commands);
 }
 
+CURLcode perform(CurlConnection& connection, Transfer& own) {
+    CURL* handle = connection.handle.get();
+    const CommandList commands = commandsFor(own.address);
+    configure(handle, &own, commands.get());
+    if (own.address.security.encryption == FtpEncryption::explicitTls) {
+        connection.certificates.install(handle);
+    }
+    const CURLcode result = curl_easy_perform(handle);
+    if (result != CURLE_REMOTE_ACCESS_DENIED) {
+        return result;
+    }
+    // There is no such folder in that of the user.
+    const QByteArray location = own.address.location(FtpAddress::Root::top);
+    curl_easy_setopt(handle, CURLOPT_URL, location.constData());
+    return curl_easy_perform(handle);
+}
+
+/// Whether a connection that was kept may only have grown too old for the server.
+bool isStale(const CurlConnection& connection, CURLcode result, const Transfer& own) {
+    switch (result) {
+    case CURLE_OK:
+    case CURLE_REMOTE_ACCESS_DENIED:
+    case CURLE_REMOTE_FILE_NOT_FOUND:
+    case CURLE_FTP_COULDNT_RETR_FILE:
+    case CURLE_ABORTED_BY_CALLBACK:
+    case CURLE_WRITE_ERROR:
+        return own.refusal.startsWith("421") && connection.isKept && !own.hasBytes;
+    default:
+        return connection.isKept && !own.hasBytes;
+    }
+}
+
+QString failureOf(const CurlConnection& connection, CURLcode result, const Transfer& own) {
+    if (result == CURLE_PEER_FAILED_VERIFICATION) {
+        return connection.certificates.failure();
+    }
+    CurlAnswer answer{.result = result, .refusal = own.refusal};
+    curl_easy_getinfo(connection.handle.get(), CURLINFO_RESPONSE_CODE, &answer.reply);
+    curl_easy_getinfo(connection.handle.get(), CURLINFO_OS_ERRNO, &answer.systemError);
+    return curlFailure(answer);
+}
+
 void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& buffer,
               const std::shared_ptr<CurlConnections>& connections) {
     Connection connection = connections->take(address.security);
-    CURL* handle = connection->handle.get();
-    if (!handle) {
-        buffer->finish(curlFailure(CURLE_OUT_OF_MEMORY, 0));
+    if (!connection->handle) {
+        buffer->finish(curlFailure({.result = CURLE_OUT_OF_MEMORY}));
         return;
     }
-    const CommandList commands = commandsFor(address);
     Transfer own{.address = address, .buffer = buffer.get()};
-    configure(handle, &own, commands.get());
-    if (address.security.encryption == FtpEncryption::explicitTls) {
-        connection->certificates.install(handle);
+    CURLcode result = perform(*connection, own);
+    if (isStale(*connection, result, own)) {
+        connection = std::make_unique<CurlConnection>(address.security);
+        own.refusal.clear();
+        result = perform(*connection, own);
     }
-    CURLcode result = curl_easy_perform(handle);
-    if (result == CURLE_REMOTE_ACCESS_DENIED) { // there is no such folder in that of the user
-        const QByteArray location = address.location(FtpAddress::Root::top);
-        curl_easy_setopt(handle, CURLOPT_URL, location.constData());
-        result = curl_easy_perform(handle);
-    }
-    long reply = 0;
-    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &reply);
     if (result == CURLE_PEER_FAILED_VERIFICATION) {
         own.facts.untrustedCertificate = connection->certificates.fingerprint();
-        buffer->finish(connection->certificates.failure(), own.facts);
-    } else {
-        buffer->finish(curlFailure(result, reply), own.facts);
     }
+    buffer->finish(failureOf(*connection, result, own), own.facts);
     if (result == CURLE_OK) {
+        connection->isKept = true;
         connections->putBack(std::move(connection));
     }
 }

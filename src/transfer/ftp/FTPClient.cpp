@@ -44,6 +44,9 @@ QCoro::Task<QList<FTPFileInfo>> FTPClient::list(StreamReader* given, QString pas
         bytes += reader.bytes();
     }
     print(u"Finished reading, total data size: %1 bytes"_s.arg(bytes.size()));
+    const bool isWhole = pass == StreamReader::Pass::end && reader.failure().isEmpty();
+    m_listingProblem =
+        isWhole ? QString() : u"The listing of the server's folder broke off, so files may be missing."_s;
     if (bytes.isEmpty() && !reader.failure().isEmpty()) {
         throw FTPError(FTPError::Case::cannotOpenStream, reader.failure());
     }

@@ -30,6 +30,7 @@ public:
     /// Cut short without an error at 1000 passes or when the connection breaks off. Throws
     /// FTPError::invalidListing for names that are not UTF-8.
     QCoro::Task<QList<FTPFileInfo>> listFiles() override;
+    QString listingProblem() const override { return m_listingProblem; }
     /// Replaces the file at the target. Without an expected size it ends after 10,000 passes, 81,920,000
     /// bytes at most, as if complete; with one, only with the stream, beyond that size, or after 60 seconds
     /// without a byte. An empty file throws FTPError::readError and stays.
@@ -52,6 +53,7 @@ private:
 
     FtpAccount m_account;
     FtpParts m_parts;
+    QString m_listingProblem;
 };
 
 } // namespace ostrelle

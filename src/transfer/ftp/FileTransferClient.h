@@ -46,6 +46,8 @@ public:
     virtual void abandon() {}
 
     virtual QCoro::Task<QList<FTPFileInfo>> listFiles() = 0;
+    /// Why files may be missing in the latest listing, a sentence; empty if none are.
+    virtual QString listingProblem() const { return {}; }
     /// Fetches a file of the folder. Calls `progress`, if there is one, about once a second and at the end.
     virtual QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
                                                DownloadProgress progress) = 0;

@@ -129,7 +129,8 @@ QCoro::Task<> FtpDownload::readAll() {
     print(u"File size on disk: %1 bytes"_s.arg(size));
     if (size == 0) {
         print(u"ERROR: File was created but is empty!"_s);
-        throw FTPError(FTPError::Case::readError, m_result.failure);
+        throw FTPError(FTPError::Case::readError,
+                       m_result.failure.isEmpty() ? u"The server has sent nothing."_s : m_result.failure);
     }
 }
 
@@ -164,8 +165,10 @@ QCoro::Task<> FtpDownload::save() {
         co_return;
     }
     auto write = [file = m_file, bytes = m_unsaved] {
-        if (file->write(*bytes) != bytes->size()) {
-            throw FTPError(FTPError::Case::cannotCreateFile, file->errorString());
+        const qint64 written = file->write(*bytes);
+        if (written != bytes->size()) {
+            throw FTPError(FTPError::Case::cannotCreateFile,
+                           written < 0 ? file->errorString() : u"The disk is full."_s);
         }
     };
     co_await onThreadOf(m_parts.threads, m_target.path, write);

@@ -2,6 +2,7 @@
 #include "transfer/remote/DestinationFolder.h"
 
 #include "core/Attempt.h"
+#include "core/Error.h"
 #include "core/OnThreadPool.h"
 #include "metadata/facts/ImageKind.h"
 #include "platform/AbandonedFiles.h"
@@ -9,10 +10,13 @@
 #include "platform/Files.h"
 #include "platform/TemporaryFile.h"
 
+#include <sys/stat.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <cerrno>
+#include <tuple>
 #include <utility>
 
 namespace ostrelle {
@@ -23,6 +27,12 @@ namespace {
 
 QString temporaryPathFor(const QString& path) {
     return QFile::decodeName(temporaryNameFor(QFile::encodeName(path).toStdString()).c_str());
+}
+
+std::optional<quint64> deviceOf(const QString& folder) {
+    struct stat status{};
+    return ::stat(QFile::encodeName(folder).constData(), &status) == 0 ? std::optional<quint64>(status.st_dev)
+                                                                       : std::nullopt;
 }
 
 /// Asks the file system itself: a file under one name shows under the other, or it does not.
@@ -105,12 +115,18 @@ DestinationFolder::DestinationFolder(QString path, FolderThreads& threads, FileA
 
 QCoro::Task<NameRules> DestinationFolder::prepare() {
     const ScopedAccess access(m_access, m_path);
-    auto work = [folder = m_path] {
-        QDir().mkpath(folder);
+    auto work = [folder = m_path, known = m_device] {
+        if (!known) {
+            QDir().mkpath(folder);
+        }
+        const std::optional<quint64> device = deviceOf(folder);
+        if (known && device != known) {
+            throw Error(u"The destination folder's disk is not there any more."_s);
+        }
         removeAbandonedTemporaryFiles(folder);
-        return rulesOf(folder);
+        return std::pair(rulesOf(folder), device);
     };
-    m_rules = co_await onThreadPool(m_threads.of(m_path), work);
+    std::tie(m_rules, m_device) = co_await onThreadPool(m_threads.of(m_path), work);
     co_return m_rules;
 }
 
@@ -144,7 +160,10 @@ QString DestinationFolder::temporaryPath(const QString& name) const {
 QCoro::Task<> DestinationFolder::bringIn(QString temporaryPath, QString name, OldFile old) {
     const ScopedAccess access(m_access, m_path);
     const bool isKept = old == OldFile::kept || m_rules == NameRules::folding;
-    auto move = [temporaryPath, path = pathOf(name), isKept] {
+    auto move = [temporaryPath, path = pathOf(name), isKept, folder = m_path, known = m_device] {
+        if (known && deviceOf(folder) != known) {
+            throw Error(u"The destination folder's disk is not there any more."_s);
+        }
         isKept ? exchange(temporaryPath, path) : moveIntoPlace(temporaryPath, path);
     };
     // The folder's own thread is writing the next file, and the disk may take its time.

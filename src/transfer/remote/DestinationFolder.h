@@ -32,7 +32,8 @@ public:
     QString pathOf(const QString& name) const { return m_path + u'/' + name; }
 
     /// Makes the folder, if it can, removes what a killed program has left in it, and finds out what it takes
-    /// for the same name.
+    /// for the same name. Throws Error if the folder has come to lie on another disk, as when its own has
+    /// been unmounted.
     QCoro::Task<NameRules> prepare();
     /// What lies in the folder under these names.
     QCoro::Task<QHash<QString, LocalCopy>> copiesOf(QStringList names);
@@ -58,6 +59,7 @@ private:
     FileAccess& m_access;
     ImageClaims& m_claims;
     NameRules m_rules = NameRules::exact;
+    std::optional<quint64> m_device; ///< that the folder was on at first
 };
 
 } // namespace ostrelle

@@ -8,6 +8,8 @@
 #include "platform/PrintInTurns.h"
 #include "transfer/ftp/FTPError.h"
 
+#include <QFileInfo>
+#include <QSet>
 #include <algorithm>
 #include <utility>
 
@@ -50,6 +52,10 @@ QList<FTPFileInfo> failedLast(const QList<FTPFileInfo>& files, const FetchLedger
     return fresh + failed;
 }
 
+QString stemOf(const QString& name) {
+    return QFileInfo(name).completeBaseName();
+}
+
 void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
     files->removeIf([&sizes](const FTPFileInfo& file) { return !sizes.contains(file.name); });
     for (FTPFileInfo& file : *files) {
@@ -67,8 +73,8 @@ QStringList linesOf(const QList<FTPFileInfo>& listing, const ServerFiles& files,
     if (!files.skipped.isEmpty()) {
         lines.append(u"Skipped non-image files:\n"_s + files.skipped.join(u'\n'));
     }
-    for (const QString& words : files.refused) {
-        lines.append(u"[FTPWatcher] Not fetched: "_s + words);
+    for (const RefusedFile& file : files.refused) {
+        lines.append(u"[FTPWatcher] Not fetched: %1: %2"_s.arg(file.name, file.reason));
     }
     lines.append(imageLine.arg(files.images.size()));
     for (const FTPFileInfo& image : files.images) {
@@ -124,7 +130,7 @@ QCoro::Task<> FTPWatcher::poll(NewFiles onNewFiles, Overtaking::Mark mark) {
     if (!done) {
         fail(u"Error polling FTP: "_s, done.failure(), mark);
     } else {
-        m_parts.listener.allEnded({});
+        m_parts.listener.allEnded(m_client->listingProblem());
     }
     end(mark);
 }
@@ -149,7 +155,7 @@ QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
     if (mark.isOvertaken()) {
         co_return; // what has come is handed on by the next poll
     }
-    run.conclude(images.size(), files.isEmpty());
+    run.conclude(images.size(), files.isEmpty(), m_client->listingProblem());
     handOn(images, onNewFiles);
 }
 
@@ -183,13 +189,16 @@ QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
     if (!done) {
         fail(u"Error downloading all files: "_s, done.failure(), mark);
     } else {
-        m_parts.listener.allEnded({});
+        m_parts.listener.allEnded(m_client->listingProblem());
     }
     end(mark);
 }
 
 QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mark) {
     const ServerFiles files = co_await look(u"[FTPWatcher] Manual download - Image files to download: %1"_s);
+    for (const RefusedFile& file : files.refused) {
+        m_parts.listener.ended({.path = m_destination.pathOf(file.name), .failure = file.reason});
+    }
     const FetchPlan planned = co_await plan(files, FetchRun::Care::download);
     if (mark.isOvertaken()) {
         co_return;
@@ -202,7 +211,7 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
     if (mark.isOvertaken()) {
         co_return;
     }
-    run.conclude(images.size(), files.isEmpty());
+    run.conclude(images.size(), files.isEmpty(), m_client->listingProblem());
     if (!images.isEmpty()) {
         handOn(images, onComplete);
     }
@@ -229,39 +238,49 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) 
     const IsCaptioned isCaptioned = fetchParts().isCaptioned();
     const bool isPoll = care == FetchRun::Care::poll;
     FetchPlan plan;
-    QStringList lines;
+    QStringList imageLines;
+    QStringList metadataLines;
     LoopTurn turn;
     const auto take = [&](const FTPFileInfo& file, const FetchDecision& decision, QList<FTPFileInfo>* list) {
-        lines += decision.lines;
-        // An empty file may only just have been begun.
         if (decision.isFetched && file.size >= 1 && !(isPoll && m_parts.ledger.isSetAside(file))) {
             list->append(file);
+        } else if (decision.isFetched && file.size < 1 && !isPoll) { // it may only just have been begun
+            m_parts.listener.ended(
+                {.path = m_destination.pathOf(file.name), .failure = u"It is empty on the server."_s});
         }
     };
-    for (const FTPFileInfo& file : std::as_const(files.metadata)) {
-        const LocalCopy copy = copies.value(file.name);
-        take(file, isPoll ? decideOnMetadata(file, copy, isCaptioned) : decideBySize(file, copy, Look::first),
-             &plan.metadata);
-        if (turn.isLong()) {
-            co_await turn.giveWay();
-        }
-    }
     QStringList leftAlone;
+    QSet<QString> captioned; // images whose local copy stays, without their extensions
     for (const FTPFileInfo& file : std::as_const(files.images)) {
         const LocalCopy copy = copies.value(file.name);
         const FetchDecision decision = isPoll ? decideOnImage(file, copy, isCaptioned, Look::first)
                                               : decideBySize(file, copy, Look::first);
+        imageLines += decision.lines;
         take(file, decision, &plan.images);
         // What was fetched by this program may have another size now that it holds its caption.
         const bool isOurs = m_parts.ledger.isHandedOn(m_destination.pathOf(file.name));
         if (decision.isCaptioned && copy.size != file.size && !isOurs) {
             leftAlone.append(file.name);
         }
+        if (!decision.isFetched && isCaptioned(file.name)) {
+            captioned.insert(stemOf(file.name));
+        }
         if (turn.isLong()) {
             co_await turn.giveWay();
         }
     }
-    co_await printInTurns(m_parts.log, lines);
+    for (const FTPFileInfo& file : std::as_const(files.metadata)) {
+        const LocalCopy copy = copies.value(file.name);
+        const FetchDecision decision =
+            isPoll ? decideOnMetadata(file, copy, isCaptioned)
+                   : decideOnMetadataOf(captioned.contains(stemOf(file.name)), file, copy);
+        metadataLines += decision.lines;
+        take(file, decision, &plan.metadata);
+        if (turn.isLong()) {
+            co_await turn.giveWay();
+        }
+    }
+    co_await printInTurns(m_parts.log, metadataLines + imageLines);
     if (isPoll) {
         leaveForSidecars(files.metadata, m_parts.ledger, &plan.images);
     }

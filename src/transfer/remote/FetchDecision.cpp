@@ -64,6 +64,16 @@ FetchDecision decideOnMetadata(const FTPFileInfo& file, const LocalCopy& copy,
     return {};
 }
 
+FetchDecision decideOnMetadataOf(bool isCaptionedImageKept, const FTPFileInfo& file, const LocalCopy& copy) {
+    if (isCaptionedImageKept && copy.exists && !hasSameSize(file, copy)) {
+        return {.isFetched = false,
+                .isCaptioned = true,
+                .lines = {u"[FTPWatcher] Metadata file %1 holds the caption of an image that stays, skipping "
+                          "download (local edits preserved)"_s.arg(file.name)}};
+    }
+    return decideBySize(file, copy, Look::first);
+}
+
 FetchDecision decideOnImage(const FTPFileInfo& file, const LocalCopy& copy, const IsCaptioned& isCaptioned,
                             Look look) {
     if (copy.exists && isCaptioned(file.name)) {

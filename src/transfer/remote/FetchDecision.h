@@ -35,6 +35,9 @@ enum class Look { first, again };
 /// the image is a RAF, ORF, RW2, SRW or PEF.
 FetchDecision decideOnMetadata(const FTPFileInfo& file, const LocalCopy& copy,
                                const IsCaptioned& isCaptioned);
+/// As in a full download: the sidecar with the caption of an image that is not fetched anew is not either,
+/// as nothing would write the caption again. Otherwise the size alone decides.
+FetchDecision decideOnMetadataOf(bool isCaptionedImageKept, const FTPFileInfo& file, const LocalCopy& copy);
 /// Nor is the local copy of a captioned image. Otherwise its size decides.
 FetchDecision decideOnImage(const FTPFileInfo& file, const LocalCopy& copy, const IsCaptioned& isCaptioned,
                             Look look);

@@ -29,6 +29,8 @@ QString counted(qsizetype count, const QString& what) {
     return u"%1 new %2 file%3"_s.arg(QString::number(count), what, plural(count));
 }
 
+constexpr int mostFailuresInARow = 3;
+
 QString reasonOf(const std::exception_ptr& failure) {
     const auto error = failureAs<FTPError>(failure);
     return error && !error->reason().isEmpty() ? error->reason() : wordsOf(failure);
@@ -91,17 +93,20 @@ QCoro::Task<> FetchRun::execute() {
         leaveForSidecars(m_plan.metadata, m_parts.ledger, &m_plan.images);
     }
     co_await fetchAll(m_plan.images);
-    if (m_serverFailure) {
-        std::rethrow_exception(m_serverFailure);
-    }
 }
 
 QCoro::Task<> FetchRun::fetchAll(QList<FTPFileInfo> files) {
     for (const FTPFileInfo& file : std::as_const(files)) {
-        if (m_mark.isOvertaken() || m_serverFailure) {
+        if (m_mark.isOvertaken() || m_isDiskInTrouble) {
             break;
         }
         co_await fetch(file);
+        if (m_failuresInARow >= mostFailuresInARow) {
+            co_await settled();
+            co_await m_parts.client
+                .listFiles(); // throws if it is the server that is gone, and not these files
+            m_failuresInARow = 0;
+        }
     }
     co_await settled();
 }
@@ -143,15 +148,14 @@ QCoro::Task<> FetchRun::settle(FTPFileInfo file, QString part) {
 }
 
 void FetchRun::fail(const FTPFileInfo& file, const std::exception_ptr& failure) {
-    constexpr int mostFailuresInARow = 3;
     const QString reason = reasonOf(failure);
     print(u"Could not fetch %1: %2"_s.arg(file.name, reason));
     m_parts.ledger.setAside(file);
     m_failed.append(file.name);
     m_parts.listener.ended({.path = m_parts.destination.pathOf(file.name), .failure = reason});
-    if (++m_failuresInARow == mostFailuresInARow) { // the server is gone, or the disk is full
-        m_serverFailure = failure;
-    }
+    const auto error = failureAs<FTPError>(failure);
+    const bool isOfServer = error && error->kind() != FTPError::Case::cannotCreateFile;
+    m_isDiskInTrouble = ++m_failuresInARow >= mostFailuresInARow && !isOfServer;
 }
 
 /// Files may have changed during the wait for the batch.
@@ -258,7 +262,7 @@ void FetchRun::count(const FTPFileInfo& file) {
     status.setFtpImagesDownloaded(m_images.size());
 }
 
-void FetchRun::conclude(qsizetype images, bool isServerEmpty) {
+void FetchRun::conclude(qsizetype images, bool isServerEmpty, const QString& problem) {
     StatusStore& status = m_parts.status;
     if (m_bytesPlanned >= 1 && m_bytesDone >= m_bytesPlanned) {
         status.setFtpDownloadProgress(1.0);
@@ -275,6 +279,9 @@ void FetchRun::conclude(qsizetype images, bool isServerEmpty) {
             u"Downloaded %1%2. All caught up!"_s.arg(counted(images, u"image"_s), metadata));
     } else {
         status.setFtpStatusMessage(isServerEmpty ? u"Directory is empty"_s : u"No new files"_s);
+    }
+    if (!problem.isEmpty()) {
+        status.setFtpStatusMessage(status.ftpStatusMessage().value_or(QString()) + u'\n' + problem);
     }
 }
 

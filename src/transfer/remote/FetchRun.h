@@ -66,11 +66,11 @@ public:
 
     /// Shows what is about to be fetched.
     void announce();
-    /// Fetches all files, sidecars with the sizes of the listing. A file that fails is set aside. Ends early
-    /// if three fail in a row; throws the third failure.
+    /// Fetches all files, sidecars with the sizes of the listing. A file that fails is set aside. When three
+    /// have failed in a row, ends early if the disk is to blame, and throws if the server is.
     QCoro::Task<> execute();
-    /// Shows what was fetched; `images` are to be captioned.
-    void conclude(qsizetype images, bool isServerEmpty);
+    /// Shows what was fetched; `images` are to be captioned. `problem` is a sentence to go beneath, or empty.
+    void conclude(qsizetype images, bool isServerEmpty, const QString& problem);
 
 private:
     QCoro::Task<> fetchAll(QList<FTPFileInfo> files);
@@ -101,7 +101,7 @@ private:
     qint64 m_number = 0; ///< of the file under way, from 1
     qint64 m_metadataDone = 0;
     int m_failuresInARow = 0;
-    std::exception_ptr m_serverFailure;      ///< ends the run
+    bool m_isDiskInTrouble = false;          ///< ends the run
     std::optional<QCoro::Task<>> m_settling; ///< of the file before
     QStringList m_failed;
     QStringList m_images;

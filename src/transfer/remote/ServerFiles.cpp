@@ -20,16 +20,16 @@ QString reasonAgainst(const QString& name) {
         return character.category() == QChar::Other_Control;
     });
     if (hasControls) {
-        return u"its name has control characters"_s;
+        return u"Its name has control characters."_s;
     }
     if (name.contains(u'/') || name.contains(u'\\')) {
-        return u"its name holds a path"_s;
+        return u"Its name holds a path."_s;
     }
     if (name.startsWith(u'.')) {
-        return u"its name is hidden"_s;
+        return u"Its name is hidden."_s;
     }
     if (name.toUtf8().size() > longestName) {
-        return u"its name is too long"_s;
+        return u"Its name is too long."_s;
     }
     return {};
 }
@@ -55,9 +55,9 @@ ServerFiles sortListing(const QList<FTPFileInfo>& listing, NameRules rules) {
         }
         const QString reason = reasonAgainst(entry.name);
         if (!reason.isEmpty()) {
-            files.refused.append(u"%1: %2"_s.arg(entry.name, reason));
+            files.refused.append({entry.name, reason});
         } else if (const QString key = keyOf(entry.name, rules); names.contains(key)) {
-            files.refused.append(u"%1: another file of this name comes before it"_s.arg(entry.name));
+            files.refused.append({entry.name, u"Another file of this name comes before it."_s});
         } else {
             names.insert(key);
             (isMetadata ? files.metadata : files.images).append(entry);

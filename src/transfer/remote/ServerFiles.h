@@ -9,12 +9,18 @@
 
 namespace ostrelle {
 
+/// A file that is not fetched for its name.
+struct RefusedFile {
+    QString name;
+    QString reason; ///< a sentence
+};
+
 /// What a server's folder holds for us, in the order of its listing.
 struct ServerFiles {
     QList<FTPFileInfo> images;
     QList<FTPFileInfo> metadata; ///< sidecars
     QStringList skipped;         ///< other files, each with its extension, as words for the log
-    QStringList refused;         ///< images and sidecars that are not fetched, each with the reason, likewise
+    QList<RefusedFile> refused;  ///< images and sidecars
 
     bool isEmpty() const { return images.isEmpty() && metadata.isEmpty(); }
 };
