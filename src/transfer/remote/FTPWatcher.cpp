@@ -2,14 +2,11 @@
 #include "transfer/remote/FTPWatcher.h"
 
 #include "core/Attempt.h"
-#include "core/LoopTurn.h"
 #include "core/OffMainThread.h"
 #include "core/Text.h"
 #include "platform/PrintInTurns.h"
 #include "transfer/ftp/FTPError.h"
 
-#include <QFileInfo>
-#include <QSet>
 #include <algorithm>
 #include <utility>
 
@@ -40,20 +37,6 @@ QStringList namesOf(const QList<FTPFileInfo>& files) {
         names.append(file.name);
     }
     return names;
-}
-
-/// Files that have failed before must not hold up the others.
-QList<FTPFileInfo> failedLast(const QList<FTPFileInfo>& files, const FetchLedger& ledger) {
-    QList<FTPFileInfo> fresh;
-    QList<FTPFileInfo> failed;
-    for (const FTPFileInfo& file : files) {
-        (ledger.hasFailed(file) ? failed : fresh).append(file);
-    }
-    return fresh + failed;
-}
-
-QString stemOf(const QString& name) {
-    return QFileInfo(name).completeBaseName();
 }
 
 void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
@@ -137,19 +120,19 @@ QCoro::Task<> FTPWatcher::poll(NewFiles onNewFiles, Overtaking::Mark mark) {
 
 QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
     const ServerFiles files = co_await look(u"Image files found: %1"_s);
-    FetchPlan planned = co_await plan(files, FetchRun::Care::poll);
+    FetchPlan planned = co_await plan(files, FetchCare::poll);
     if (mark.isOvertaken()) {
         co_return;
     }
     m_parts.status.setFtpFilesFound(files.images.size());
-    FetchRun(fetchParts(), planned, FetchRun::Care::poll, mark).announce();
+    FetchRun(fetchParts(), planned, FetchCare::poll, mark).announce();
     if (!planned.isEmpty()) {
         const bool isStable = co_await waitForBatch(&planned);
         if (!isStable || mark.isOvertaken()) {
             co_return;
         }
     }
-    FetchRun run(fetchParts(), planned, FetchRun::Care::poll, mark);
+    FetchRun run(fetchParts(), planned, FetchCare::poll, mark);
     co_await run.execute();
     const QStringList images = co_await leftBehind(); // with what this poll has fetched
     if (mark.isOvertaken()) {
@@ -199,12 +182,12 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
     for (const RefusedFile& file : files.refused) {
         m_parts.listener.ended({.path = m_destination.pathOf(file.name), .failure = file.reason});
     }
-    const FetchPlan planned = co_await plan(files, FetchRun::Care::download);
+    const FetchPlan planned = co_await plan(files, FetchCare::download);
     if (mark.isOvertaken()) {
         co_return;
     }
     m_parts.status.setFtpFilesFound(files.images.size());
-    FetchRun run(fetchParts(), planned, FetchRun::Care::download, mark);
+    FetchRun run(fetchParts(), planned, FetchCare::download, mark);
     run.announce();
     co_await run.execute();
     const QStringList images = co_await leftBehind(); // with what this download has fetched
@@ -231,62 +214,10 @@ QCoro::Task<ServerFiles> FTPWatcher::look(QString imageLine) {
     co_return files;
 }
 
-QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchRun::Care care) {
-    co_await m_parts.manifest.refresh(); // other programs may have captioned
-    const QHash<QString, LocalCopy> copies =
-        co_await m_destination.copiesOf(namesOf(files.metadata) + namesOf(files.images));
-    const IsCaptioned isCaptioned = fetchParts().isCaptioned();
-    const bool isPoll = care == FetchRun::Care::poll;
-    FetchPlan plan;
-    QStringList imageLines;
-    QStringList metadataLines;
-    LoopTurn turn;
-    const auto take = [&](const FTPFileInfo& file, const FetchDecision& decision, QList<FTPFileInfo>* list) {
-        if (decision.isFetched && file.size >= 1 && !(isPoll && m_parts.ledger.isSetAside(file))) {
-            list->append(file);
-        } else if (decision.isFetched && file.size < 1 && !isPoll) { // it may only just have been begun
-            m_parts.listener.ended(
-                {.path = m_destination.pathOf(file.name), .failure = u"It is empty on the server."_s});
-        }
-    };
-    QStringList leftAlone;
-    QSet<QString> captioned; // images whose local copy stays, without their extensions
-    for (const FTPFileInfo& file : std::as_const(files.images)) {
-        const LocalCopy copy = copies.value(file.name);
-        const FetchDecision decision = isPoll ? decideOnImage(file, copy, isCaptioned, Look::first)
-                                              : decideBySize(file, copy, Look::first);
-        imageLines += decision.lines;
-        take(file, decision, &plan.images);
-        // What was fetched by this program may have another size now that it holds its caption.
-        const bool isOurs = m_parts.ledger.isHandedOn(m_destination.pathOf(file.name));
-        if (decision.isCaptioned && copy.size != file.size && !isOurs) {
-            leftAlone.append(file.name);
-        }
-        if (!decision.isFetched && isCaptioned(file.name)) {
-            captioned.insert(stemOf(file.name));
-        }
-        if (turn.isLong()) {
-            co_await turn.giveWay();
-        }
-    }
-    for (const FTPFileInfo& file : std::as_const(files.metadata)) {
-        const LocalCopy copy = copies.value(file.name);
-        const FetchDecision decision =
-            isPoll ? decideOnMetadata(file, copy, isCaptioned)
-                   : decideOnMetadataOf(captioned.contains(stemOf(file.name)), file, copy);
-        metadataLines += decision.lines;
-        take(file, decision, &plan.metadata);
-        if (turn.isLong()) {
-            co_await turn.giveWay();
-        }
-    }
-    co_await printInTurns(m_parts.log, metadataLines + imageLines);
-    if (isPoll) {
-        leaveForSidecars(files.metadata, m_parts.ledger, &plan.images);
-    }
-    showLeftAlone(leftAlone);
-    plan.metadata = failedLast(plan.metadata, m_parts.ledger);
-    plan.images = failedLast(plan.images, m_parts.ledger);
+QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchCare care) {
+    FetchPlanning planning(fetchParts(), care);
+    const FetchPlan plan = co_await planning.execute(files);
+    showLeftAlone(plan.leftAlone);
     co_return plan;
 }
 

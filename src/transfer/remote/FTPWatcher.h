@@ -74,7 +74,7 @@ private:
     /// Lists the folder and logs what is in it; `imageLine` takes the number of images.
     QCoro::Task<ServerFiles> look(QString imageLine);
     /// Decides what to fetch.
-    QCoro::Task<FetchPlan> plan(ServerFiles files, FetchRun::Care care);
+    QCoro::Task<FetchPlan> plan(ServerFiles files, FetchCare care);
     /// The images that were fetched earlier, by this program or one that was killed, and never handed on.
     QCoro::Task<QStringList> leftBehind();
     /// Shows and logs the images that were not fetched since others of their names were captioned before.

@@ -21,6 +21,12 @@ struct LocalCopy {
 /// Whether a file has been captioned, by its name alone.
 using IsCaptioned = std::function<bool(const QString& name)>;
 
+/// What files are fetched for.
+enum class FetchCare {
+    poll,     ///< a captioned image is left alone, and one that may still grow is waited for
+    download, ///< a full download: only the size counts
+};
+
 /// Whether a file is to be fetched.
 struct FetchDecision {
     bool isFetched = true;

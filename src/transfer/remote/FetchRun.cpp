@@ -7,7 +7,6 @@
 #include "transfer/ftp/FTPError.h"
 
 #include <QFileInfo>
-#include <QSet>
 #include <chrono>
 #include <limits>
 #include <utility>
@@ -38,20 +37,7 @@ QString reasonOf(const std::exception_ptr& failure) {
 
 } // namespace
 
-void leaveForSidecars(const QList<FTPFileInfo>& sidecars, const FetchLedger& ledger,
-                      QList<FTPFileInfo>* images) {
-    QSet<QString> late;
-    for (const FTPFileInfo& sidecar : sidecars) {
-        if (ledger.isWorthWaitingFor(sidecar)) {
-            late.insert(QFileInfo(sidecar.name).completeBaseName());
-        }
-    }
-    images->removeIf([&late](const FTPFileInfo& image) {
-        return late.contains(QFileInfo(image.name).completeBaseName());
-    });
-}
-
-FetchRun::FetchRun(FetchParts parts, FetchPlan plan, Care care, Overtaking::Mark mark)
+FetchRun::FetchRun(FetchParts parts, FetchPlan plan, FetchCare care, Overtaking::Mark mark)
     : m_parts(std::move(parts))
     , m_plan(std::move(plan))
     , m_care(care)
@@ -89,7 +75,7 @@ void FetchRun::showNumber() {
 QCoro::Task<> FetchRun::execute() {
     m_parts.status.setFtpTotalBytesToDownload(m_bytesPlanned); // files may have grown since announce()
     co_await fetchAll(m_plan.metadata);
-    if (m_care == Care::poll) {
+    if (m_care == FetchCare::poll) {
         leaveForSidecars(m_plan.metadata, m_parts.ledger, &m_plan.images);
     }
     co_await fetchAll(m_plan.images);
@@ -162,7 +148,7 @@ void FetchRun::fail(const FTPFileInfo& file, const std::exception_ptr& failure) 
 QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
     using std::chrono::seconds;
     const LocalCopy copy = co_await m_parts.destination.copyOf(file->name);
-    const FetchDecision decision = m_care == Care::poll
+    const FetchDecision decision = m_care == FetchCare::poll
                                        ? decideOnImage(*file, copy, m_parts.isCaptioned(), Look::again)
                                        : decideBySize(*file, copy, Look::again);
     for (const QString& line : decision.lines) {
@@ -171,7 +157,7 @@ QCoro::Task<bool> FetchRun::isReady(FTPFileInfo* file) {
     if (!decision.isFetched) {
         co_return false;
     }
-    if (m_care == Care::poll) {
+    if (m_care == FetchCare::poll) {
         const Stability stability =
             co_await m_parts.client.waitForFileStable(file->name, seconds(2), seconds(30));
         if (!stability.isStable) {
@@ -209,7 +195,7 @@ QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
         throw FTPError(FTPError::Case::cannotCreateFile, u"Its image is being captioned at the moment."_s);
     }
     const bool isImage = isSupportedImage(file.name);
-    if (m_care == Care::poll) {
+    if (m_care == FetchCare::poll) {
         co_await m_parts.manifest.refresh();
         const LocalCopy copy = co_await destination.copyOf(file.name);
         const FetchDecision decision = isImage ? decideOnImage(file, copy, m_parts.isCaptioned(), Look::first)
@@ -225,7 +211,7 @@ QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
         co_await m_parts.fetched.add(destination.pathOf(file.name)); // first: a kill may come in between
     }
     using OldFile = DestinationFolder::OldFile;
-    const bool isCaptionPossible = m_care == Care::download || !isImage;
+    const bool isCaptionPossible = m_care == FetchCare::download || !isImage;
     co_await destination.bringIn(part, file.name, isCaptionPossible ? OldFile::kept : OldFile::replaced);
     m_parts.ledger.takeBack(destination.pathOf(file.name));
     co_return true;
@@ -268,7 +254,7 @@ void FetchRun::conclude(qsizetype images, bool isServerEmpty, const QString& pro
         status.setFtpDownloadProgress(1.0);
     }
     if (!m_failed.isEmpty()) {
-        const QString outlook = m_care == Care::poll ? u", will try again"_s : QString();
+        const QString outlook = m_care == FetchCare::poll ? u", will try again"_s : QString();
         status.setFtpStatusMessage(u"Downloaded %1. Could not fetch %2%3."_s.arg(
             counted(images, u"image"_s), shortNameList(m_failed), outlook));
     } else if (images > 0) {

@@ -2,18 +2,10 @@
 #pragma once
 
 #include "core/Overtaking.h"
-#include "platform/PlainLog.h"
-#include "state/ProcessedFilesManifest.h"
-#include "state/StatusStore.h"
-#include "transfer/ftp/FileTransferClient.h"
-#include "transfer/remote/DestinationFolder.h"
-#include "transfer/remote/FetchDecision.h"
-#include "transfer/remote/FetchLedger.h"
-#include "transfer/remote/FetchListener.h"
-#include "transfer/remote/FetchedImages.h"
+#include "transfer/remote/FetchParts.h"
+#include "transfer/remote/FetchPlan.h"
 
 #include <QCoroTask>
-#include <QList>
 #include <QString>
 #include <QStringList>
 #include <exception>
@@ -21,48 +13,12 @@
 
 namespace ostrelle {
 
-/// The files that one poll or full download fetches.
-struct FetchPlan {
-    QList<FTPFileInfo> metadata;
-    QList<FTPFileInfo> images;
-
-    bool isEmpty() const { return metadata.isEmpty() && images.isEmpty(); }
-    qint64 count() const { return metadata.size() + images.size(); }
-};
-
-/// Takes out the images whose sidecars have failed to come for the first time. Without them they would be
-/// captioned without what the photographer has noted; those that fail again are not waited for.
-void leaveForSidecars(const QList<FTPFileInfo>& sidecars, const FetchLedger& ledger,
-                      QList<FTPFileInfo>* images);
-
-/// What a run of fetches works with. All of it must outlive the run.
-struct FetchParts {
-    FileTransferClient& client;
-    DestinationFolder& destination;
-    FetchLedger& ledger;
-    FetchedImages& fetched;
-    ProcessedFilesManifest& manifest;
-    StatusStore& status;
-    PlainLog& log;
-    const FetchListener& listener;
-
-    IsCaptioned isCaptioned() const {
-        return [known = &manifest](const QString& name) { return known->isProcessedByName(name); };
-    }
-};
-
 /// Fetches files one after the other, sidecars first, and shows how far it is. A file is fetched under a
 /// hidden name and takes its place once it is whole. Lives on the coroutine frame that executes it.
 class FetchRun {
 public:
-    /// How an image is looked at again just before it is fetched.
-    enum class Care {
-        poll,     ///< a captioned one is left alone, and one that may still grow is waited for
-        download, ///< only its size counts
-    };
-
     /// Begins no further file once `mark` is overtaken, and shows nothing more.
-    FetchRun(FetchParts parts, FetchPlan plan, Care care, Overtaking::Mark mark);
+    FetchRun(FetchParts parts, FetchPlan plan, FetchCare care, Overtaking::Mark mark);
 
     /// Shows what is about to be fetched.
     void announce();
@@ -94,7 +50,7 @@ private:
 
     FetchParts m_parts;
     FetchPlan m_plan;
-    Care m_care;
+    FetchCare m_care;
     Overtaking::Mark m_mark;
     qint64 m_bytesPlanned = 0;
     qint64 m_bytesDone = 0;
