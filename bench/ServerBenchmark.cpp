@@ -147,7 +147,7 @@ void fetchOne(Receiver& receiver, const QString& name, qint64 bytes) {
         wait([&download] { return download.isReady(); });
         const Download done = QCoro::waitFor(std::move(download));
         if (done.bytes != bytes || !done.failure.isEmpty()) {
-            throw Error(u"%1 of %2 bytes have come. %3"_s.arg(done.bytes).arg(bytes).arg(done.failure));
+            throw Error(u"Only %1 of %2 bytes arrived. %3"_s.arg(done.bytes).arg(bytes).arg(done.failure));
         }
     });
     report("file", time);

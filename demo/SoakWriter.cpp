@@ -40,7 +40,7 @@ struct Raw {
 Raw rawOfNewCamera() {
     constexpr qsizetype sensorData = 1'000'000;
     const QByteArray preview = jpegFile(SportsScene(1200, 800, 1).image());
-    return {u".NEF"_s, rawFile(RawKind::nef, {.preview = preview}) + QByteArray(sensorData, '\x5A')};
+    return {u".NEF"_s, rawFile(RawKind::nef, {.preview = preview, .rawSize = sensorData})};
 }
 
 class SoakWriter {
@@ -97,7 +97,8 @@ private:
             if (hasSidecar) {
                 write(stem + u".xmp"_s, metadata);
             }
-            write(stem + raw.extension, raw.bytes + stem.toLatin1()); // no two files are the same
+            write(stem + raw.extension,
+                  raw.bytes.chopped(stem.size()) + stem.toLatin1()); // no two are the same
         }
         const QJsonObject line{{u"name"_s, stem + (isJpeg ? u".JPG"_s : raw.extension)},
                                {u"headline"_s, hasSidecar ? QString::fromUtf8(headline) : QString()},

@@ -12,7 +12,9 @@ namespace {
 using Directory = TiffDirectoryBuilder;
 
 /// Takes the place of the raw data.
-const QByteArray rawData(20'000, '\x5A');
+QByteArray rawData(const RawOptions& options) {
+    return QByteArray(options.rawSize, '\x5A');
+}
 
 /// Overwrites the bytes there, or appends after zeros.
 void place(QByteArray& file, qsizetype offset, const QByteArray& bytes) {
@@ -76,7 +78,7 @@ QByteArray tiffFile(RawKind kind, const RawOptions& options) {
     raw.addShorts(259, {layout.rawCompression});
     raw.addShorts(262, {32803});
     raw.addLong(273, previewAt + length);
-    raw.addLong(279, rawData.size());
+    raw.addLong(279, options.rawSize);
 
     qsizetype next = 0;
     qsizetype afterRaw = 0;
@@ -111,7 +113,7 @@ QByteArray tiffFile(RawKind kind, const RawOptions& options) {
     place(file, secondAt, second.written(secondAt, 0));
     place(file, rawAt, raw.written(rawAt, afterRaw));
     place(file, noteAt, kind == RawKind::orf ? olympusNote(length) : QByteArray());
-    place(file, previewAt, options.preview + rawData);
+    place(file, previewAt, options.preview + rawData(options));
     return file;
 }
 
@@ -122,7 +124,7 @@ QByteArray bigNumber(qsizetype value) {
 QByteArray rafFile(const RawOptions& options) {
     QByteArray file("FUJIFILMCCD-RAW 0201FF999999X-T99");
     place(file, 84, bigNumber(148) + bigNumber(options.preview.size()));
-    place(file, 148, options.preview + rawData);
+    place(file, 148, options.preview + rawData(options));
     return file;
 }
 
@@ -151,7 +153,7 @@ QByteArray rawFile(RawKind kind, const RawOptions& options) {
     }
     if (kind == RawKind::cr3) {
         const qsizetype mediaAt = cr3Boxes(options, 0).size() + 8;
-        return cr3Boxes(options, mediaAt) + box("mdat", options.preview + rawData);
+        return cr3Boxes(options, mediaAt) + box("mdat", options.preview + rawData(options));
     }
     return tiffFile(kind, options);
 }

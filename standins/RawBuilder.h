@@ -16,6 +16,7 @@ inline constexpr std::array rawKinds = {RawKind::arw, RawKind::cr2, RawKind::cr3
 struct RawOptions {
     QByteArray preview = {};      ///< the large JPEG; in CR3, that of the full picture
     QByteArray smallPreview = {}; ///< the other JPEG of a CR3
+    qsizetype rawSize = 20'000;   ///< of what takes the place of the raw data, in bytes
     int orientation = 1;          ///< as stated in the file; RAF has it only in the EXIF of its preview
 };
 

@@ -4,6 +4,7 @@
 #include "cli/ReportPrinter.h"
 #include "core/Text.h"
 
+#include <QFileInfo>
 #include <algorithm>
 #include <utility>
 
@@ -19,7 +20,7 @@ FetchReport::FetchReport(CommandProgram& program)
     connect(&server, &ServerSource::transferEnded, this, &FetchReport::tellOfTrouble);
     const StatusStore& status = program.captions.status;
     connect(&status, &StatusStore::ftpBytesDownloadedChanged, this, &FetchReport::showProgress);
-    connect(&status, &StatusStore::ftpLeftAloneChanged, this, &FetchReport::tellOfLeftAlone);
+    connect(&status, &StatusStore::ftpRemarksChanged, this, &FetchReport::tellOfRemarks);
 }
 
 void FetchReport::begin(const QString& name) {
@@ -42,10 +43,13 @@ void FetchReport::showProgress() {
 }
 
 void FetchReport::tell(const FetchedFile& file) {
-    m_name.clear();
+    if (m_name == QFileInfo(file.path).fileName()) { // the next one may be coming already
+        m_name.clear();
+    }
     m_bar.clear();
     file.failure.isEmpty() ? void(m_failed.remove(file.path)) : void(m_failed.insert(file.path));
     m_program.output.print(m_program.options.json ? fetchJson(file) : fetchLine(file));
+    showProgress();
 }
 
 /// A server that cannot be reached is tried again every ten seconds, but the user reads it once.
@@ -60,10 +64,11 @@ void FetchReport::tellOfTrouble(const QString& failure) {
     m_trouble = failure;
 }
 
-void FetchReport::tellOfLeftAlone() {
-    if (const auto words = m_program.captions.status.ftpLeftAlone()) {
+void FetchReport::tellOfRemarks() {
+    const QStringList remarks = m_program.captions.status.ftpRemarks();
+    for (const QString& remark : remarks) {
         m_bar.clear();
-        m_program.warn(*words);
+        m_program.warn(remark);
     }
 }
 

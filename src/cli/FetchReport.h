@@ -27,7 +27,7 @@ private:
     void showProgress();
     void tell(const FetchedFile& file);
     void tellOfTrouble(const QString& failure);
-    void tellOfLeftAlone();
+    void tellOfRemarks();
 
     CommandProgram& m_program;
     ProgressBar m_bar;

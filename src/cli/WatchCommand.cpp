@@ -22,7 +22,7 @@ class WatchRun : public QObject {
 public:
     WatchRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
         connect(&program.captions.analyzer, &Analyzer::imageFinished, this, &WatchRun::print);
-        connect(&interrupts, &InterruptSignals::interrupted, this, [this] { m_over.happen(); });
+        connect(&interrupts, &InterruptSignals::interrupted, this, &WatchRun::interrupt);
         connect(&program.captions.manifest, &ProcessedFilesManifest::savingFailureChanged, this,
                 [&program] { program.warnOfManifest(); });
         connect(&program.captions.settings, &SettingsStore::autoModeChanged, this,
@@ -67,6 +67,13 @@ private:
             m_failed.remove(image.file); // a later attempt succeeded
         }
         m_program.output.print(m_program.options.json ? reportJson(image) : reportLine(image));
+    }
+
+    void interrupt() {
+        if (m_program.options.command == Options::Command::downloadServer) {
+            m_status = ExitStatus::fileFailed; // not all has come
+        }
+        m_over.happen();
     }
 
     static QCoro::Task<> endAfterDownload(ServerSource& server, Event over) {

@@ -36,8 +36,9 @@ QList<ProgressRow> transferRows(const StatusStore& status) {
                      .style = Style::small,
                      .fraction = barOf(status.ftpDownloadProgress())});
     }
-    if (status.ftpLeftAlone()) {
-        rows.append({.text = *status.ftpLeftAlone(), .style = Style::small});
+    const QStringList remarks = status.ftpRemarks();
+    for (const QString& remark : remarks) {
+        rows.append({.text = remark, .style = Style::small});
     }
     return rows;
 }

@@ -10,6 +10,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace ostrelle {
@@ -62,8 +63,8 @@ public:
     std::optional<qint64> nextScanCountdown() const { return m_nextScanCountdown; }
     /// The latest line from the remote side.
     std::optional<QString> ftpStatusMessage() const { return m_ftpStatusMessage; }
-    /// Which images of the server are not fetched, and why; nothing if there are none.
-    std::optional<QString> ftpLeftAlone() const { return m_ftpLeftAlone; }
+    /// What else is to be said of the latest check or download: lines on what was not fetched, and why.
+    QStringList ftpRemarks() const { return m_ftpRemarks; }
     bool ftpIsChecking() const { return m_ftpIsChecking; }
     bool ftpIsDownloading() const { return m_ftpIsDownloading; }
     /// Files that the current check has found.
@@ -105,8 +106,8 @@ public:
     void setFtpStatusMessage(const std::optional<QString>& text) {
         publish(this, m_ftpStatusMessage, text, &StatusStore::ftpStatusMessageChanged);
     }
-    void setFtpLeftAlone(const std::optional<QString>& text) {
-        publish(this, m_ftpLeftAlone, text, &StatusStore::ftpLeftAloneChanged);
+    void setFtpRemarks(const QStringList& lines) {
+        publish(this, m_ftpRemarks, lines, &StatusStore::ftpRemarksChanged);
     }
     void setFtpIsChecking(bool on) { publish(this, m_ftpIsChecking, on, &StatusStore::ftpIsCheckingChanged); }
     void setFtpIsDownloading(bool on) {
@@ -178,7 +179,7 @@ Q_SIGNALS:
     void lastMessageChanged();
     void nextScanCountdownChanged();
     void ftpStatusMessageChanged();
-    void ftpLeftAloneChanged();
+    void ftpRemarksChanged();
     void ftpIsCheckingChanged();
     void ftpIsDownloadingChanged();
     void ftpFilesFoundChanged();
@@ -213,7 +214,7 @@ private:
     std::optional<QString> m_lastMessage;
     std::optional<qint64> m_nextScanCountdown;
     std::optional<QString> m_ftpStatusMessage;
-    std::optional<QString> m_ftpLeftAlone;
+    QStringList m_ftpRemarks;
     bool m_ftpIsChecking = false;
     bool m_ftpIsDownloading = false;
     qint64 m_ftpFilesFound = 0;

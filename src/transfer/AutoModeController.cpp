@@ -78,6 +78,7 @@ void AutoModeController::stop() {
     m_parts.remote.stop();
     StatusStore& status = m_parts.status;
     status.setFtpStatusMessage(std::nullopt);
+    status.setFtpRemarks({});
     status.setFtpIsChecking(false);
     status.setFtpIsDownloading(false);
     status.setFtpFilesFound(0);

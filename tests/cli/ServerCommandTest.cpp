@@ -58,7 +58,7 @@ TEST_F(ServerCommandTest, TheExitStatusTellsOfEachFileThatIsNotDone) {
     const FtpServer faulty(folder.filePath(u"remote"_s), {u"--reset-after"_s, u"100"_s});
     const Result cut = download(faulty.port);
     EXPECT_EQ(cut.status, 1);
-    EXPECT_TRUE(cut.output.contains(u"failed     IMG_3.dng  The connection broke off."_s))
+    EXPECT_TRUE(cut.output.contains(u"failed     IMG_3.dng  The connection was lost."_s))
         << cut.output.toStdString();
     EXPECT_EQ(QDir(folder.filePath(u"local"_s)).entryList({u"IMG_3*"_s}, QDir::Files | QDir::Hidden),
               QStringList());

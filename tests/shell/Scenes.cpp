@@ -123,7 +123,7 @@ void useServer(GameWorld& world) {
     world.status.setFtpTotalBytesToDownload(312'000'000);
     world.status.setFtpBytesDownloaded(124'800'000);
     world.status.setFtpDownloadProgress(0.4);
-    world.status.setFtpLeftAlone(u"Captioned before, not fetched: 2N6A0001.CR3, 2N6A0002.CR3"_s);
+    world.status.setFtpRemarks({u"Captioned before, not fetched: 2N6A0001.CR3, 2N6A0002.CR3"_s});
 }
 
 void openMenu(GameWorld& world) {

@@ -122,7 +122,7 @@ TEST_F(FtpServerTest, AFileThatBreaksOffIsNotWhole) {
     for (const QString& limit : {u"1"_s, u"100000"_s, u"999999"_s}) {
         const FtpServer server(remote.path(), {u"--reset-after"_s, limit});
         const Download done = fetch(server.port, u"IMG_1.JPG"_s, bytes.size());
-        EXPECT_EQ(done.failure, u"The connection broke off."_s);
+        EXPECT_EQ(done.failure, u"The connection was lost."_s);
         EXPECT_LE(done.bytes, limit.toLongLong());
     }
 }
@@ -139,7 +139,7 @@ TEST_F(FtpServerTest, SaysInOneLineWhyItCannotList) {
     server.stop();
     EXPECT_EQ(reasonOf(client(server.port)), u"The server refuses the connection."_s);
     FtpServer full(remote.path(), {u"--reply"_s, u"USER"_s, u"421 Too many."_s});
-    EXPECT_EQ(reasonOf(client(full.port)), u"The server ends the connection."_s);
+    EXPECT_EQ(reasonOf(client(full.port)), u"The server closed the connection."_s);
     EXPECT_EQ(log.count(u"secret"_s) + log.count(u"wrong"_s), 0);
 }
 
@@ -235,7 +235,7 @@ TEST(TransferBuffer, TellsTheEndOnlyAfterItWasOpenAndAllIsRead) {
     TransferBuffer broken;
     EXPECT_FALSE(broken.news().hasHappened());
     broken.write("ab");
-    broken.finish(u"The connection broke off."_s);
+    broken.finish(u"The connection was lost."_s);
     EXPECT_TRUE(broken.news().hasHappened());
     EXPECT_EQ(broken.status(), Status::open);
     EXPECT_EQ(broken.status(), Status::reading);

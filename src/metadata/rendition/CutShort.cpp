@@ -25,7 +25,8 @@ bool isWithoutLength(quint8 marker) {
 
 /// Where the next marker begins, from the offset on; the file's size if there is none.
 qint64 nextMarker(FileBytes& file, qint64 offset) {
-    constexpr qint64 readAtOnce = 1 << 20;
+    constexpr qint64 mostAtOnce = 1 << 20;
+    qint64 readAtOnce = 4096; // the next one is often near
     while (offset + 1 < file.size()) {
         const QByteArray bytes = file.read(offset, std::min(readAtOnce, file.size() - offset));
         qsizetype at = bytes.indexOf(markerByte);
@@ -41,13 +42,18 @@ qint64 nextMarker(FileBytes& file, qint64 offset) {
         }
         // The last byte may begin a marker.
         offset += std::max<qsizetype>(bytes.size() - 1, 1);
+        readAtOnce = mostAtOnce;
     }
     return file.size();
 }
 
 bool isJpegCutShort(FileBytes& file) {
+    constexpr int mostMarkers = 16'384; // more are no picture of a camera
     qint64 offset = nextMarker(file, 0);
-    while (offset < file.size()) {
+    for (int markers = 0; offset < file.size(); ++markers) {
+        if (markers == mostMarkers) {
+            return false;
+        }
         const QByteArray header = file.read(offset, 2);
         if (header.size() == 2 && static_cast<quint8>(header[1]) == endOfImage) {
             return false;

@@ -40,7 +40,7 @@ ProgressSection::ProgressSection(ShellParts parts, QWidget* parent) : QWidget(pa
           &StatusStore::totalBatchCountChanged, &StatusStore::ftpIsCheckingChanged,
           &StatusStore::ftpIsDownloadingChanged, &StatusStore::ftpStatusMessageChanged,
           &StatusStore::ftpDownloadProgressChanged, &StatusStore::ftpTotalBytesToDownloadChanged,
-          &StatusStore::ftpBytesDownloadedChanged, &StatusStore::ftpLeftAloneChanged}) {
+          &StatusStore::ftpBytesDownloadedChanged, &StatusStore::ftpRemarksChanged}) {
         connect(&status, changed, this, &ProgressSection::showProgress);
     }
     connect(&parts.settings, &SettingsStore::sourceTypeChanged, this, &ProgressSection::showProgress);

@@ -27,7 +27,7 @@ const InfoText encryptionInfo{
     {{u"• The password and the pictures cross the network as they are\n"
       "• For servers in a network of your own, and for cameras and transmitters that know nothing else"_s,
       u"None:"_s},
-     {u"• The connection is encrypted, or there is none (explicit TLS)\n"
+     {u"• The connection is encrypted (explicit TLS); without encryption there is none\n"
       "• The server's certificate must be signed by an authority that this computer knows. If it is not, "
       "Test Connection shows its fingerprint, and you can trust just that one"_s,
       u"TLS:"_s}}};

@@ -34,6 +34,21 @@ Alert warning(const QString& title, const QString& text, const QStringList& butt
     return alert;
 }
 
+/// Which folder of which server a connection test is about.
+struct ServerAddress {
+    explicit ServerAddress(const SettingsStore& settings)
+        : host(settings.ftpHost())
+        , user(settings.ftpUsername())
+        , path(settings.ftpPath())
+        , port(settings.ftpPort()) {}
+    bool operator==(const ServerAddress&) const = default;
+
+    QString host;
+    QString user;
+    QString path;
+    qint64 port;
+};
+
 Alert keySavedNews(bool isSaved) {
     return isSaved
                ? news(u"API Key Saved"_s, u"Your OpenAI API key has been saved successfully."_s)
@@ -215,12 +230,23 @@ QCoro::Task<ConnectionResult> SettingsActions::connects(ConnectionTest test) {
 }
 
 QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTest running) {
-    const auto isWanted = [&self, &running] { return self && self->m_runningTest == running; };
+    const ServerAddress tested(self->m_parts.settings);
+    const auto isWanted = [&self, &running, &tested] {
+        if (!self || self->m_runningTest != running) {
+            return false;
+        }
+        const bool isSame = tested == ServerAddress(self->m_parts.settings);
+        if (!isSame) { // what came out is true of another server
+            self->setRunningTest(nullptr);
+        }
+        return isSame;
+    };
     auto result = co_await attempt(connects(test));
     bool isAgain = true;
     while (isWanted() && result && isAgain) {
-        isAgain = co_await adjustSecurity(self->m_parts, *result);
-        if (isAgain && isWanted()) {
+        const QString answer = co_await askForSecurity(self->m_parts, *result);
+        isAgain = isWanted() && adjustSecurity(self->m_parts, *result, answer);
+        if (isAgain) {
             result = co_await attempt(connects(test));
         }
     }
@@ -237,25 +263,31 @@ QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTe
     }
 }
 
-QCoro::Task<bool> SettingsActions::adjustSecurity(ShellParts parts, ConnectionResult result) {
-    SettingsStore& settings = parts.settings;
+QCoro::Task<QString> SettingsActions::askForSecurity(ShellParts parts, ConnectionResult result) {
+    const QString host = parts.settings.ftpHost();
     if (!result.untrustedCertificate.isEmpty()) {
-        const Alert question = certificateQuestion(settings.ftpHost(), result);
-        const QString answer = co_await parts.alerts.show(question);
-        if (answer == u"Trust This Certificate") {
-            settings.setFtpTrustedCertificate(result.untrustedCertificate);
-            co_return true;
-        }
-    } else if (result.offersTls && !settings.isFtpEncryptionChosen()) {
-        const Alert question = encryptionQuestion(settings.ftpHost());
-        const QString answer = co_await parts.alerts.show(question);
-        const bool isWanted = answer == u"Encrypt";
-        if (isWanted || answer == u"Don't Encrypt") {
-            settings.setFtpEncryption(isWanted ? FtpEncryption::explicitTls : FtpEncryption::none);
-        }
-        co_return isWanted;
+        const Alert question = certificateQuestion(host, result);
+        co_return co_await parts.alerts.show(question);
     }
-    co_return false;
+    if (result.offersTls && !parts.settings.isFtpEncryptionChosen()) {
+        const Alert question = encryptionQuestion(host);
+        co_return co_await parts.alerts.show(question);
+    }
+    co_return QString();
+}
+
+bool SettingsActions::adjustSecurity(const ShellParts& parts, const ConnectionResult& result,
+                                     const QString& answer) {
+    if (answer == u"Trust This Certificate") {
+        parts.settings.setFtpTrustedCertificate(result.untrustedCertificate);
+        return true;
+    }
+    if (answer == u"Encrypt" || answer == u"Don't Encrypt") {
+        const bool isWanted = answer == u"Encrypt";
+        parts.settings.setFtpEncryption(isWanted ? FtpEncryption::explicitTls : FtpEncryption::none);
+        return isWanted;
+    }
+    return false;
 }
 
 void SettingsActions::setRunningTest(RunningTest running) {

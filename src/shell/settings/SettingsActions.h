@@ -57,8 +57,11 @@ private:
     static QCoro::Task<> confirmClearPromptCache(Self self);
     static QCoro::Task<ConnectionResult> connects(ConnectionTest test);
     static QCoro::Task<> runTest(Self self, ConnectionTest test, RunningTest running);
-    /// Asks what the result gives reason to ask. True if the test is to be made again.
-    static QCoro::Task<bool> adjustSecurity(ShellParts parts, ConnectionResult result);
+    /// Asks what the result gives reason to ask, and resumes with the answer; empty if that is nothing.
+    static QCoro::Task<QString> askForSecurity(ShellParts parts, ConnectionResult result);
+    /// True if the test is to be made again.
+    static bool adjustSecurity(const ShellParts& parts, const ConnectionResult& result,
+                               const QString& answer);
 
     void begin(QCoro::Task<> (*question)(Self self));
     void setRunningTest(RunningTest running);

@@ -12,7 +12,7 @@ namespace {
 QString words(const CurlAnswer& answer) {
     constexpr long notAvailable = 421;
     if (answer.result != CURLE_OK && answer.reply == notAvailable) {
-        return u"The server ends the connection."_s;
+        return u"The server closed the connection."_s;
     }
     switch (answer.result) {
     case CURLE_OK:
@@ -43,14 +43,14 @@ QString words(const CurlAnswer& answer) {
     case CURLE_USE_SSL_FAILED:
         return u"The server offers no encryption."_s;
     case CURLE_SSL_CONNECT_ERROR:
-        return u"No encrypted connection comes about."_s;
+        return u"The encrypted connection could not be set up."_s;
     case CURLE_PARTIAL_FILE:
     case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:
     case CURLE_GOT_NOTHING:
-        return u"The connection broke off."_s;
+        return u"The connection was lost."_s;
     case CURLE_WEIRD_SERVER_REPLY:
-        return u"What answers there is no FTP server."_s;
+        return u"What answers there is not an FTP server."_s;
     default:
         return u"%1."_s.arg(QString::fromLatin1(curl_easy_strerror(answer.result)));
     }
@@ -60,7 +60,7 @@ QString words(const CurlAnswer& answer) {
 
 QString curlFailure(const CurlAnswer& answer) {
     constexpr qsizetype longestLine = 200;
-    QString refusal = QString::fromUtf8(answer.refusal).simplified().left(longestLine);
+    QString refusal = answer.refusal.simplified().left(longestLine);
     refusal.removeIf([](QChar character) { return character.category() == QChar::Other_Control; });
     const QString failure = words(answer);
     return failure.isEmpty() || refusal.isEmpty() ? failure : failure + u" It says: "_s + refusal;

@@ -3,7 +3,6 @@
 
 #include <curl/curl.h>
 
-#include <QByteArray>
 #include <QString>
 
 namespace ostrelle {
@@ -11,9 +10,9 @@ namespace ostrelle {
 /// How a transfer ended.
 struct CurlAnswer {
     CURLcode result = CURLE_OK;
-    long reply = 0;          ///< the server's last one, a number
-    long systemError = 0;    ///< an errno, if the connection failed
-    QByteArray refusal = {}; ///< the server's last words of refusal
+    long reply = 0;       ///< the server's last one, a number
+    long systemError = 0; ///< an errno, if the connection failed
+    QString refusal = {}; ///< the server's last words of refusal
 };
 
 /// Why a transfer failed, for the user, with the server's own words where it has refused something. Empty if

@@ -3,9 +3,11 @@
 
 #include "transfer/ftp/CertificateCheck.h"
 #include "transfer/ftp/CurlFailure.h"
+#include "transfer/ftp/FTPListing.h"
 #include "transfer/ftp/TransferBuffer.h"
 
 #include <curl/curl.h>
+#include <openssl/crypto.h>
 
 #include <algorithm>
 #include <mutex>
@@ -172,7 +174,7 @@ CURLcode perform(CurlConnection& connection, Transfer& own) {
     if (result != CURLE_REMOTE_ACCESS_DENIED) {
         return result;
     }
-    // There is no such folder in that of the user.
+    // The login folder has no such folder: try from the top.
     const QByteArray location = own.address.location(FtpAddress::Root::top);
     curl_easy_setopt(handle, CURLOPT_URL, location.constData());
     return curl_easy_perform(handle);
@@ -185,6 +187,7 @@ bool isStale(const CurlConnection& connection, CURLcode result, const Transfer& 
     case CURLE_REMOTE_ACCESS_DENIED:
     case CURLE_REMOTE_FILE_NOT_FOUND:
     case CURLE_FTP_COULDNT_RETR_FILE:
+    case CURLE_OPERATION_TIMEDOUT:
     case CURLE_ABORTED_BY_CALLBACK:
     case CURLE_WRITE_ERROR:
         return own.refusal.startsWith("421") && connection.isKept && !own.hasBytes;
@@ -197,7 +200,8 @@ QString failureOf(const CurlConnection& connection, CURLcode result, const Trans
     if (result == CURLE_PEER_FAILED_VERIFICATION) {
         return connection.certificates.failure();
     }
-    CurlAnswer answer{.result = result, .refusal = own.refusal};
+    const QString refusal = QString::fromUtf8(own.refusal); // which might repeat what it has been told
+    CurlAnswer answer{.result = result, .refusal = withoutPassword(refusal, own.address.password)};
     curl_easy_getinfo(connection.handle.get(), CURLINFO_RESPONSE_CODE, &answer.reply);
     curl_easy_getinfo(connection.handle.get(), CURLINFO_OS_ERRNO, &answer.systemError);
     return curlFailure(answer);
@@ -258,6 +262,9 @@ private:
 } // namespace
 
 CurlFtpStreams::CurlFtpStreams() : m_connections(std::make_shared<CurlConnections>()) {
+    // Closing connections on their threads may outlast main().
+    static const int isKeptToTheEnd = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+    Q_UNUSED(isKeptToTheEnd)
     static const CURLcode isReady = curl_global_init(CURL_GLOBAL_DEFAULT); // before any thread
     Q_UNUSED(isReady)
 }

@@ -39,14 +39,16 @@ QCoro::Task<QList<FTPFileInfo>> FTPClient::list(StreamReader* given, QString pas
     print(u"Connection established, reading data..."_s);
     QByteArray bytes;
     StreamReader::Pass pass = StreamReader::Pass::nothing;
-    for (int passes = 0; passes < mostPasses && pass != StreamReader::Pass::end; ++passes) {
+    while (pass != StreamReader::Pass::end && reader.spentPasses() < mostPasses) {
         pass = co_await reader.pass();
         bytes += reader.bytes();
     }
     print(u"Finished reading, total data size: %1 bytes"_s.arg(bytes.size()));
     const bool isWhole = pass == StreamReader::Pass::end && reader.failure().isEmpty();
-    m_listingProblem =
-        isWhole ? QString() : u"The listing of the server's folder broke off, so files may be missing."_s;
+    m_listingProblem = isWhole           ? QString()
+                       : bytes.isEmpty() ? u"The server does not answer."_s
+                                         : u"The listing of the server's folder was cut short, so files may "
+                                           "be missing."_s;
     if (bytes.isEmpty() && !reader.failure().isEmpty()) {
         throw FTPError(FTPError::Case::cannotOpenStream, reader.failure());
     }
@@ -93,7 +95,7 @@ QCoro::Task<ConnectionResult> FTPClient::tryToList(FtpAddress address, FtpServer
     const auto listing = co_await attempt(list(&reader, address.password));
     *facts = reader.facts();
     if (listing) {
-        co_return ConnectionResult{.isGood = true};
+        co_return ConnectionResult{.isGood = m_listingProblem.isEmpty(), .reason = m_listingProblem};
     }
     print(u"Connection test failed: "_s + listing.words());
     const auto error = listing.failureAs<FTPError>();

@@ -104,7 +104,7 @@ QCoro::Task<> FtpDownload::createFile() {
 QCoro::Task<> FtpDownload::readAll() {
     m_lastReport = m_parts.clock.now();
     Pass pass = Pass::nothing;
-    for (int passes = 1; pass != Pass::end && !hasEnough(passes); ++passes) {
+    while (pass != Pass::end && !hasEnough()) {
         pass = co_await m_reader.pass();
         const QByteArrayView bytes = m_reader.bytes();
         m_unsaved->append(bytes);
@@ -134,11 +134,11 @@ QCoro::Task<> FtpDownload::readAll() {
     }
 }
 
-bool FtpDownload::hasEnough(int passes) {
+bool FtpDownload::hasEnough() {
     constexpr int mostPasses = 10'000;
     constexpr std::chrono::seconds longestSilence{60};
     if (!m_target.expectedSize) {
-        return passes > mostPasses;
+        return m_reader.spentPasses() >= mostPasses;
     }
     if (m_result.bytes > *m_target.expectedSize) {
         m_result.failure = u"The file is longer than the server's listing says."_s;
@@ -172,7 +172,8 @@ QCoro::Task<> FtpDownload::save() {
         }
     };
     co_await onThreadOf(m_parts.threads, m_target.path, write);
-    m_unsaved->resize(0); // keeps the memory
+    m_reader.restartSilence(); // the disk may have taken its time
+    m_unsaved->resize(0);      // keeps the memory
 }
 
 QCoro::Task<> FtpDownload::close() {

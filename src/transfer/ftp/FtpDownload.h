@@ -27,7 +27,7 @@ private:
     QCoro::Task<> createFile();
     QCoro::Task<> readAll();
     /// True when the loop is to end.
-    bool hasEnough(int passes);
+    bool hasEnough();
     QCoro::Task<> report();
     QCoro::Task<> save();
     QCoro::Task<> close();

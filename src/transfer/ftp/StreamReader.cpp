@@ -13,6 +13,8 @@ using Status = FtpStream::Status;
 
 namespace {
 
+constexpr std::chrono::milliseconds patience{50};
+
 bool isOver(Status status) {
     return status == Status::closed || status == Status::error;
 }
@@ -24,7 +26,7 @@ StreamReader::StreamReader(const FtpParts& parts, FtpAddress address)
 
 void StreamReader::requireWanted() const {
     if (*m_parts.isAbandoned) {
-        throw FTPError(FTPError::Case::readError, u"The program ends."_s);
+        throw FTPError(FTPError::Case::readError, u"The program is closing."_s);
     }
 }
 
@@ -71,7 +73,6 @@ QCoro::Task<> StreamReader::open() {
 
 QCoro::Task<StreamReader::Pass> StreamReader::pass() {
     constexpr int mostEmptyReads = 10;
-    constexpr std::chrono::milliseconds patience{50};
     m_got = 0;
     requireWanted();
     if (!m_stream->hasBytesAvailable()) {
@@ -84,7 +85,10 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
             print(u"Stream reached end"_s);
             co_return Pass::end;
         }
-        co_await await(patience);
+        QElapsedTimer waiting;
+        waiting.start();
+        const bool hasNews = co_await await(patience);
+        m_waited += hasNews ? std::chrono::milliseconds(waiting.elapsed()) : patience;
         co_return Pass::nothing;
     }
     const qint64 got = m_stream->read(m_buffer.data(), mostBytes);
@@ -103,6 +107,7 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
     }
     m_emptyReads = 0;
     m_got = got;
+    m_bytesRead += got;
     m_sinceBytes.start();
     if (m_turn.isLong()) { // reading on and on would hold up the event loop
         co_await m_turn.giveWay();
@@ -110,12 +115,22 @@ QCoro::Task<StreamReader::Pass> StreamReader::pass() {
     co_return Pass::bytes;
 }
 
-/// Ends early when the stream has something new, so that a fast server is not slowed down.
-QCoro::Task<> StreamReader::await(std::chrono::milliseconds patience) {
+/// Ends early when the stream has something new, so that a fast server is not slowed down. False if it has
+/// not.
+QCoro::Task<bool> StreamReader::await(std::chrono::milliseconds longest) {
     const Event news = m_stream->news();
-    const auto timer = m_parts.clock.after(patience, [news] { news.happen(); });
+    const auto isOver = std::make_shared<bool>(false);
+    const auto timer = m_parts.clock.after(longest, [news, isOver] {
+        *isOver = !news.hasHappened();
+        news.happen();
+    });
     co_await news.happened();
     m_turn.restart();
+    co_return !*isOver;
+}
+
+qint64 StreamReader::spentPasses() const {
+    return m_bytesRead / mostBytes + m_waited / patience;
 }
 
 void StreamReader::print(const QString& words) {

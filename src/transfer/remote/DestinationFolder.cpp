@@ -116,7 +116,8 @@ DestinationFolder::DestinationFolder(QString path, FolderThreads& threads, FileA
 QCoro::Task<NameRules> DestinationFolder::prepare() {
     const ScopedAccess access(m_access, m_path);
     auto work = [folder = m_path, known = m_device] {
-        if (!known) {
+        const bool isRemoved = !QFileInfo::exists(folder) && deviceOf(QFileInfo(folder).path()) == known;
+        if (!known || isRemoved) {
             QDir().mkpath(folder);
         }
         const std::optional<quint64> device = deviceOf(folder);

@@ -138,7 +138,8 @@ QCoro::Task<> FTPWatcher::pollOnce(NewFiles onNewFiles, Overtaking::Mark mark) {
     if (mark.isOvertaken()) {
         co_return; // what has come is handed on by the next poll
     }
-    run.conclude(images.size(), files.isEmpty(), m_client->listingProblem());
+    run.conclude(images.size(), files.isEmpty());
+    remark(planned, run);
     handOn(images, onNewFiles);
 }
 
@@ -194,7 +195,8 @@ QCoro::Task<> FTPWatcher::downloadOnce(NewFiles onComplete, Overtaking::Mark mar
     if (mark.isOvertaken()) {
         co_return;
     }
-    run.conclude(images.size(), files.isEmpty(), m_client->listingProblem());
+    run.conclude(images.size(), files.isEmpty());
+    remark(planned, run);
     if (!images.isEmpty()) {
         handOn(images, onComplete);
     }
@@ -216,9 +218,7 @@ QCoro::Task<ServerFiles> FTPWatcher::look(QString imageLine) {
 
 QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchCare care) {
     FetchPlanning planning(fetchParts(), care);
-    const FetchPlan plan = co_await planning.execute(files);
-    showLeftAlone(plan.leftAlone);
-    co_return plan;
+    co_return co_await planning.execute(files);
 }
 
 QCoro::Task<QStringList> FTPWatcher::leftBehind() {
@@ -243,13 +243,15 @@ QCoro::Task<QStringList> FTPWatcher::leftBehind() {
     co_return images;
 }
 
-void FTPWatcher::showLeftAlone(const QStringList& names) {
-    const QString words = u"Captioned before, not fetched: "_s; // by their names
-    m_parts.status.setFtpLeftAlone(names.isEmpty() ? std::nullopt
-                                                   : std::optional(words + shortNameList(names)));
-    if (m_parts.ledger.setLeftAlone(names) && !names.isEmpty()) {
-        print(words + names.join(u", "_s));
+void FTPWatcher::remark(const FetchPlan& plan, const FetchRun& run) {
+    const QString leftAlone = u"Captioned before, not fetched: "_s; // by their names
+    if (m_parts.ledger.setLeftAlone(plan.leftAlone) && !plan.leftAlone.isEmpty()) {
+        print(leftAlone + plan.leftAlone.join(u", "_s));
     }
+    QStringList remarks{run.failureRemark(), m_client->listingProblem(),
+                        plan.leftAlone.isEmpty() ? QString() : leftAlone + shortNameList(plan.leftAlone)};
+    remarks.removeAll(QString());
+    m_parts.status.setFtpRemarks(remarks);
 }
 
 void FTPWatcher::handOn(const QStringList& images, const NewFiles& onNewFiles) {
@@ -287,6 +289,7 @@ void FTPWatcher::end(const Overtaking::Mark& mark) {
     m_parts.status.setFtpIsChecking(false);
     m_parts.status.setFtpIsDownloading(false);
     if (mark.isOvertaken()) {
+        m_parts.status.setFtpRemarks({});
         m_parts.status.setFtpStatusMessage(std::nullopt);
     }
 }

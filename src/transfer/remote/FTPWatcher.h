@@ -77,8 +77,8 @@ private:
     QCoro::Task<FetchPlan> plan(ServerFiles files, FetchCare care);
     /// The images that were fetched earlier, by this program or one that was killed, and never handed on.
     QCoro::Task<QStringList> leftBehind();
-    /// Shows and logs the images that were not fetched since others of their names were captioned before.
-    void showLeftAlone(const QStringList& names);
+    /// Shows what was not fetched, beneath the words on what was.
+    void remark(const FetchPlan& plan, const FetchRun& run);
     /// False if the files go on growing. Takes their sizes from a listing after the wait.
     QCoro::Task<bool> waitForBatch(FetchPlan* plan);
     void handOn(const QStringList& images, const NewFiles& onNewFiles);

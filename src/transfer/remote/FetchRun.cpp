@@ -133,12 +133,18 @@ QCoro::Task<> FetchRun::settle(FTPFileInfo file, QString part) {
     }
 }
 
-void FetchRun::fail(const FTPFileInfo& file, const std::exception_ptr& failure) {
-    const QString reason = reasonOf(failure);
+void FetchRun::leave(const FTPFileInfo& file, const QString& reason) {
     print(u"Could not fetch %1: %2"_s.arg(file.name, reason));
+    if (m_mark.isOvertaken()) {
+        return; // it was stopped
+    }
     m_parts.ledger.setAside(file);
     m_failed.append(file.name);
     m_parts.listener.ended({.path = m_parts.destination.pathOf(file.name), .failure = reason});
+}
+
+void FetchRun::fail(const FTPFileInfo& file, const std::exception_ptr& failure) {
+    leave(file, reasonOf(failure));
     const auto error = failureAs<FTPError>(failure);
     const bool isOfServer = error && error->kind() != FTPError::Case::cannotCreateFile;
     m_isDiskInTrouble = ++m_failuresInARow >= mostFailuresInARow && !isOfServer;
@@ -182,7 +188,7 @@ QCoro::Task<bool> FetchRun::fetchPart(FTPFileInfo* file, QString part) {
         throw FTPError(FTPError::Case::readError,
                        !done.failure.isEmpty()
                            ? done.failure
-                           : u"%1 of %2 bytes have come."_s.arg(done.bytes).arg(file->size));
+                           : u"Only %1 of %2 bytes arrived."_s.arg(done.bytes).arg(file->size));
     }
     co_return true;
 }
@@ -192,7 +198,8 @@ QCoro::Task<bool> FetchRun::place(FTPFileInfo file, QString part) {
     DestinationFolder& destination = m_parts.destination;
     const auto claims = co_await destination.claim(file.name);
     if (!claims) {
-        throw FTPError(FTPError::Case::cannotCreateFile, u"Its image is being captioned at the moment."_s);
+        leave(file, u"Its image is being captioned at the moment."_s);
+        co_return false;
     }
     const bool isImage = isSupportedImage(file.name);
     if (m_care == FetchCare::poll) {
@@ -248,27 +255,26 @@ void FetchRun::count(const FTPFileInfo& file) {
     status.setFtpImagesDownloaded(m_images.size());
 }
 
-void FetchRun::conclude(qsizetype images, bool isServerEmpty, const QString& problem) {
+void FetchRun::conclude(qsizetype images, bool isServerEmpty) {
     StatusStore& status = m_parts.status;
     if (m_bytesPlanned >= 1 && m_bytesDone >= m_bytesPlanned) {
         status.setFtpDownloadProgress(1.0);
     }
-    if (!m_failed.isEmpty()) {
-        const QString outlook = m_care == FetchCare::poll ? u", will try again"_s : QString();
-        status.setFtpStatusMessage(u"Downloaded %1. Could not fetch %2%3."_s.arg(
-            counted(images, u"image"_s), shortNameList(m_failed), outlook));
-    } else if (images > 0) {
+    if (images > 0) {
         const QString metadata = m_plan.metadata.isEmpty()
                                      ? QString()
                                      : u" and "_s + counted(m_plan.metadata.size(), u"metadata"_s);
+        const QString praise = m_failed.isEmpty() ? u" All caught up!"_s : QString();
         status.setFtpStatusMessage(
-            u"Downloaded %1%2. All caught up!"_s.arg(counted(images, u"image"_s), metadata));
+            u"Downloaded %1%2.%3"_s.arg(counted(images, u"image"_s), metadata, praise));
     } else {
         status.setFtpStatusMessage(isServerEmpty ? u"Directory is empty"_s : u"No new files"_s);
     }
-    if (!problem.isEmpty()) {
-        status.setFtpStatusMessage(status.ftpStatusMessage().value_or(QString()) + u'\n' + problem);
-    }
+}
+
+QString FetchRun::failureRemark() const {
+    const QString outlook = m_care == FetchCare::poll ? u", will try again"_s : QString();
+    return m_failed.isEmpty() ? QString() : u"Could not fetch %1%2."_s.arg(shortNameList(m_failed), outlook);
 }
 
 } // namespace ostrelle

@@ -25,8 +25,10 @@ public:
     /// Fetches all files, sidecars with the sizes of the listing. A file that fails is set aside. When three
     /// have failed in a row, ends early if the disk is to blame, and throws if the server is.
     QCoro::Task<> execute();
-    /// Shows what was fetched; `images` are to be captioned. `problem` is a sentence to go beneath, or empty.
-    void conclude(qsizetype images, bool isServerEmpty, const QString& problem);
+    /// Shows what was fetched; `images` are to be captioned.
+    void conclude(qsizetype images, bool isServerEmpty);
+    /// Which files could not be fetched, a sentence; empty if there are none.
+    QString failureRemark() const;
 
 private:
     QCoro::Task<> fetchAll(QList<FTPFileInfo> files);
@@ -41,6 +43,8 @@ private:
     QCoro::Task<> settled();
     /// False if a caption has been written meanwhile to the file in whose place it would come.
     QCoro::Task<bool> place(FTPFileInfo file, QString part);
+    /// Sets the file aside.
+    void leave(const FTPFileInfo& file, const QString& reason);
     void fail(const FTPFileInfo& file, const std::exception_ptr& failure);
     void count(const FTPFileInfo& file);
     void showProgress(qint64 bytes);

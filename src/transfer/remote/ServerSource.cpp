@@ -19,7 +19,7 @@ ServerSource::ServerSource(ServerSourceParts parts)
 void ServerSource::start() {
     constexpr std::chrono::seconds interval{10};
     stop();
-    if (m_isAbandoned) {
+    if (*m_isAbandoned) {
         return;
     }
     m_watcher = makeWatcher();
@@ -38,7 +38,7 @@ void ServerSource::stop() {
 }
 
 void ServerSource::abandon() {
-    m_isAbandoned = true;
+    *m_isAbandoned = true;
     for (const std::weak_ptr<FTPWatcher>& known : m_watchers) {
         if (const std::shared_ptr<FTPWatcher> watcher = known.lock()) {
             watcher->abandon();
@@ -52,7 +52,7 @@ void ServerSource::downloadAll() {
         print(u"Manual FTP download requested but source type is not FTP"_s);
         return;
     }
-    if (m_isAbandoned) {
+    if (*m_isAbandoned) {
         return;
     }
     const QString missing = missingForDownload();
@@ -105,7 +105,8 @@ std::unique_ptr<FileTransferClient> ServerSource::makeClient() const {
                                                                     .log = m_parts.log,
                                                                     .access = m_parts.access,
                                                                     .threads = m_parts.threads,
-                                                                    .status = m_parts.status});
+                                                                    .status = m_parts.status,
+                                                                    .isAbandoned = m_isAbandoned});
 }
 
 std::shared_ptr<FTPWatcher> ServerSource::makeWatcher() {

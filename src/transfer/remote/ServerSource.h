@@ -80,8 +80,8 @@ private:
 
     ServerSourceParts m_parts;
     FetchLedger m_ledger;
-    std::vector<std::weak_ptr<FTPWatcher>> m_watchers; ///< all that may still transfer
-    bool m_isAbandoned = false;
+    std::vector<std::weak_ptr<FTPWatcher>> m_watchers;                   ///< all that may still transfer
+    std::shared_ptr<bool> m_isAbandoned = std::make_shared<bool>(false); ///< shared with all clients
     std::shared_ptr<FTPWatcher> m_watcher; ///< of auto mode, or of the latest full download
     TaskGroup m_transfers;                 ///< of stopped watchers too
     TaskGroup m_captioning;
