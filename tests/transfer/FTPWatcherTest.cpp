@@ -5,14 +5,13 @@
 #include "support/Await.h"
 #include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
-#include "transfer/ftp/FTPError.h"
+#include "transfer/FolderClient.h"
 
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <map>
 
 namespace ostrelle {
 
@@ -20,71 +19,6 @@ using namespace Qt::StringLiterals;
 using std::chrono::seconds;
 
 namespace {
-
-/// A folder on a server.
-struct RemoteFolder {
-    struct File {
-        QByteArray bytes;
-        QByteArray sent = {}; ///< what really comes, if not all
-        int failures = 0;     ///< of its next downloads
-    };
-
-    std::map<QString, File> files;
-    bool isReachable = true;
-    bool isStable = true;
-    QStringList calls; ///< listings, waits and downloads in their order
-    std::function<void(const QString& name)> onDownload;
-};
-
-/// A client of that folder.
-class FolderClient : public FileTransferClient {
-public:
-    explicit FolderClient(RemoteFolder& folder) : m_folder(folder) {}
-
-    QCoro::Task<QList<FTPFileInfo>> listFiles() override {
-        m_folder.calls.append(u"list"_s);
-        if (!m_folder.isReachable) {
-            throw FTPError(FTPError::Case::cannotOpenStream);
-        }
-        QList<FTPFileInfo> entries;
-        for (const auto& [name, file] : m_folder.files) {
-            entries.append({.name = name, .size = file.bytes.size(), .isDirectory = false});
-        }
-        co_return entries;
-    }
-    QCoro::Task<Download> downloadFile(QString name, DownloadTarget target,
-                                       DownloadProgress progress) override {
-        m_folder.calls.append(name);
-        if (m_folder.onDownload) {
-            m_folder.onDownload(name);
-        }
-        RemoteFolder::File& remote = m_folder.files.at(name);
-        if (remote.failures-- > 0) {
-            throw FTPError(FTPError::Case::readError);
-        }
-        const QByteArray bytes = remote.sent.isEmpty() ? remote.bytes : remote.sent;
-        QFile file(target.path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        progress(bytes.size());
-        co_return Download{.bytes = bytes.size(), .failure = {}};
-    }
-    QCoro::Task<ConnectionResult> testConnection() override { co_return {}; }
-    QCoro::Task<qint64> fileSize(QString) override { co_return 0; }
-    QCoro::Task<Stability> waitForFileStable(QString name, std::chrono::milliseconds,
-                                             std::chrono::milliseconds) override {
-        co_return {
-            .isStable = m_folder.isStable, .hasChanged = false, .size = m_folder.files.at(name).bytes.size()};
-    }
-    QCoro::Task<bool> waitForBatchStable(QStringList names, std::chrono::milliseconds,
-                                         std::chrono::milliseconds) override {
-        m_folder.calls.append(u"wait for "_s + names.join(u' '));
-        co_return bool(m_folder.isStable);
-    }
-
-private:
-    RemoteFolder& m_folder;
-};
 
 class FTPWatcherTest : public testing::Test {
 protected:
@@ -418,39 +352,6 @@ TEST_F(FTPWatcherTest, AFullDownloadFetchesWhatDiffersAndKeepsTheOld) {
     remote.isReachable = false;
     await(ftp->downloadAllFiles(keeper()));
     EXPECT_EQ(texts.last(), u"Error: Cannot open FTP stream"_s);
-}
-
-TEST(ServerFiles, AServerDoesNotDecideWhereFilesGo) {
-    const QStringList bad = {u"../x.jpg"_s,
-                             u"/etc/x.jpg"_s,
-                             u"a\\x.jpg"_s,
-                             u".x.jpg"_s,
-                             u"a\nx.jpg"_s,
-                             u"a\0x.jpg"_s,
-                             u"a\u0085x.jpg"_s,
-                             QString(252, u'x') + u".jpg"_s,
-                             QString(126, u'\u00FC') + u".jpg"_s};
-    QList<FTPFileInfo> listing;
-    for (const QString& name : bad) {
-        listing.append({.name = name, .size = 1, .isDirectory = false});
-    }
-    const ServerFiles files = sortListing(listing, NameRules::exact);
-    EXPECT_EQ(files.refused.size(), bad.size());
-    EXPECT_TRUE(files.images.isEmpty());
-}
-
-TEST(ServerFiles, OfTwoNamesThatAreOneTheFirstCounts) {
-    const QList<FTPFileInfo> listing = {{u"photos.jpg"_s, 1, true},
-                                        {u"IMG.XMP"_s, 1, false},
-                                        {u"\u00FC.jpg"_s, 1, false},
-                                        {u"u\u0308.JPG"_s, 1, false},
-                                        {u"\u00FC.jpg"_s, 2, false}};
-    const ServerFiles exact = sortListing(listing, NameRules::exact);
-    EXPECT_EQ(exact.images.size(), 2);
-    EXPECT_EQ(exact.metadata.size(), 1);
-    const ServerFiles folding = sortListing(listing, NameRules::folding);
-    EXPECT_EQ(folding.images, QList<FTPFileInfo>({{u"\u00FC.jpg"_s, 1, false}}));
-    EXPECT_EQ(folding.refused.size(), 2);
 }
 
 } // namespace ostrelle
