@@ -22,10 +22,6 @@ const QStringList& rawExtensions() {
     return extensions;
 }
 
-QString extensionOf(const QString& file) {
-    return QFileInfo(file).suffix().toLower();
-}
-
 /// The part of the name that an image and its sidecar share.
 QString stemOf(const QString& file) {
     return QFileInfo(file).completeBaseName().toLower();

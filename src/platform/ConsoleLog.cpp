@@ -11,4 +11,10 @@ void ConsoleLog::print(const QString& line) {
     std::fflush(m_stream);
 }
 
+void ConsoleLog::printAll(const QStringList& lines) {
+    if (!lines.isEmpty()) {
+        print(lines.join(u'\n'));
+    }
+}
+
 } // namespace ostrelle

@@ -13,6 +13,8 @@ public:
     explicit ConsoleLog(std::FILE* stream = stdout) : m_stream(stream) {}
 
     void print(const QString& line) override;
+    /// Flushed once.
+    void printAll(const QStringList& lines) override;
 
 private:
     std::FILE* m_stream;

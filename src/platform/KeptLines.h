@@ -13,11 +13,7 @@ public:
     void print(const QString& line) override { m_lines.append(line); }
 
     const QStringList& lines() const { return m_lines; }
-    void tell(PlainLog& log) const {
-        for (const QString& line : m_lines) {
-            log.print(line);
-        }
-    }
+    void tell(PlainLog& log) const { log.printAll(m_lines); }
 
 private:
     QStringList m_lines;

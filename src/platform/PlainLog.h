@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace ostrelle {
 
@@ -12,6 +13,12 @@ public:
 
     /// Writes one line, given without its line end. Never throws.
     virtual void print(const QString& line) = 0;
+    /// The same for many lines, which may cost less than one by one.
+    virtual void printAll(const QStringList& lines) {
+        for (const QString& line : lines) {
+            print(line);
+        }
+    }
 };
 
 } // namespace ostrelle

@@ -3,14 +3,15 @@
 
 #include "core/LoopTurn.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace ostrelle {
 
 QCoro::Task<> printInTurns(PlainLog& log, QStringList lines) {
+    constexpr qsizetype atOnce = 100;
     LoopTurn turn;
-    for (const QString& line : std::as_const(lines)) {
-        log.print(line);
+    for (qsizetype begin = 0; begin < lines.size(); begin += atOnce) {
+        log.printAll(lines.sliced(begin, std::min(atOnce, lines.size() - begin)));
         if (turn.isLong()) {
             co_await turn.giveWay();
         }

@@ -154,12 +154,13 @@ TEST_F(ServerTabTest, AConnectionTestTellsHowItWent) {
 TEST_F(ServerTabTest, AConnectionTestOffersEncryptionAndAsksWhomToTrust) {
     SettingsStore& settings = world.settings;
     world.parts.connectionTest = [&settings]() -> QCoro::Task<ConnectionResult> {
-        const bool isPlain = settings.ftpEncryption() == FtpEncryption::none;
+        const bool isOpen = !settings.isFtpEncryptionChosen();
+        const bool isPlain = !isOpen && settings.ftpEncryption() == FtpEncryption::none;
         const bool isGood = isPlain || settings.ftpTrustedCertificate() == u"AB:CD";
         co_return ConnectionResult{.isGood = isGood,
                                    .reason = isGood ? QString() : u"It has signed itself."_s,
                                    .untrustedCertificate = isGood ? QString() : u"AB:CD"_s,
-                                   .offersTls = isPlain};
+                                   .isEncrypted = !isPlain};
     };
     show(std::make_unique<SettingsView>(world.parts));
     showTab(1);

@@ -94,7 +94,7 @@ TEST(FTPListing, LogsNoPassword) {
     parseListing("p@ss p%40ss 1 p@ss", u"p@ss"_s, log);
     EXPECT_EQ(log.lines.value(0), u"[FTPClient] Raw directory listing:\n*** *** 1 ***"_s);
     EXPECT_EQ(log.count(u"p@ss"_s), 0);
-    EXPECT_EQ(withoutPassword(u"abc"_s, {}), u"abc"_s);
+    EXPECT_EQ(PasswordMask({}).applied(u"abc"_s), u"abc"_s);
 }
 
 TEST(FTPListing, ALineOfMillionsOfPartsIsNothingSpecial) {

@@ -32,7 +32,8 @@ protected:
                           .passwordProvider = [password] { return password; },
                           .path = path,
                           .port = port,
-                          .security = security},
+                          .security = security,
+                          .isEncryptionOpen = isEncryptionOpen},
                          {.makeStream = [this](const FtpAddress& address) { return streams.make(address); },
                           .clock = clock,
                           .log = log,
@@ -63,6 +64,7 @@ protected:
     QTemporaryDir local;
     QString target = local.filePath(u"IMG_1.JPG"_s);
     FtpSecurity security;
+    bool isEncryptionOpen = false;
     CurlFtpStreams streams;
     SystemClock clock;
     RecordingLog log;
@@ -155,7 +157,7 @@ TEST_F(FtpServerTest, EncryptsAndTrustsJustTheCertificateThatTheUserDoes) {
     EXPECT_EQ(plain.reason,
               u"The server refuses the user name or the password. It says: 550 SSL/TLS required "
               "on the control channel."_s);
-    EXPECT_TRUE(plain.offersTls);
+    EXPECT_FALSE(plain.isEncrypted);
     const ConnectionResult selfSigned = test(FtpEncryption::explicitTls, {});
     EXPECT_EQ(selfSigned.reason, u"The server's certificate cannot be trusted (self-signed certificate). Its "
                                  "SHA-256 fingerprint is %1."_s.arg(server.fingerprint));
@@ -202,12 +204,21 @@ TEST_F(FtpServerTest, WorksWithAServerOfAnotherMake) {
     }
 }
 
-TEST_F(FtpServerTest, FindsOutWhetherTheServerOffersEncryption) {
+TEST_F(FtpServerTest, TriesEncryptionBeforeThePasswordIsSentWhileNobodyHasChosen) {
+    isEncryptionOpen = true;
+    const auto test = [&](int port, const QString& password) {
+        return await(client(port, password).testConnection());
+    };
     const FtpServer plain(remote.path());
-    EXPECT_FALSE(await(client(plain.port).testConnection()).offersTls);
+    const ConnectionResult unencrypted = test(plain.port, u"secret"_s);
+    EXPECT_TRUE(unencrypted.isGood && !unencrypted.isEncrypted) << "it has no TLS";
     const FtpServer both(remote.path(), {u"--tls"_s, u"offered"_s});
-    const ConnectionResult result = await(client(both.port).testConnection());
-    EXPECT_TRUE(result.isGood && result.offersTls);
+    EXPECT_EQ(test(both.port, u"secret"_s).untrustedCertificate, both.fingerprint);
+    security.trustedCertificate = both.fingerprint;
+    const ConnectionResult good = test(both.port, u"secret"_s);
+    EXPECT_TRUE(good.isGood && good.isEncrypted);
+    const ConnectionResult wrong = test(both.port, u"wrong"_s);
+    EXPECT_TRUE(!wrong.isGood && wrong.reason.startsWith(u"The server refuses the user name"_s));
     security.encryption = FtpEncryption::explicitTls;
     EXPECT_EQ(reasonOf(client(plain.port)), u"The server offers no encryption."_s);
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/facts/ImageKind.h"
 
-#include <QFileInfo>
-
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -13,12 +11,18 @@ const QStringList& imageExtensions() {
     return extensions;
 }
 
+QString extensionOf(QStringView path) {
+    const QStringView name = path.sliced(path.lastIndexOf(u'/') + 1);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    return dot < 0 ? QString() : name.sliced(dot + 1).toString().toLower();
+}
+
 bool isSupportedImage(const QString& path) {
-    return imageExtensions().contains(QFileInfo(path).suffix().toLower());
+    return imageExtensions().contains(extensionOf(path));
 }
 
 bool isJpegImage(const QString& path) {
-    const QString extension = QFileInfo(path).suffix().toLower();
+    const QString extension = extensionOf(path);
     return extension == u"jpg" || extension == u"jpeg";
 }
 

@@ -265,12 +265,14 @@ QCoro::Task<> SettingsActions::runTest(Self self, ConnectionTest test, RunningTe
 
 QCoro::Task<QString> SettingsActions::askForSecurity(ShellParts parts, ConnectionResult result) {
     const QString host = parts.settings.ftpHost();
-    if (!result.untrustedCertificate.isEmpty()) {
-        const Alert question = certificateQuestion(host, result);
+    const bool hasCertificate = !result.untrustedCertificate.isEmpty();
+    const bool isOpen = !parts.settings.isFtpEncryptionChosen();
+    if (isOpen && result.isEncrypted && (result.isGood || hasCertificate)) {
+        const Alert question = encryptionQuestion(host);
         co_return co_await parts.alerts.show(question);
     }
-    if (result.offersTls && !parts.settings.isFtpEncryptionChosen()) {
-        const Alert question = encryptionQuestion(host);
+    if (hasCertificate) {
+        const Alert question = certificateQuestion(host, result);
         co_return co_await parts.alerts.show(question);
     }
     co_return QString();
@@ -285,7 +287,7 @@ bool SettingsActions::adjustSecurity(const ShellParts& parts, const ConnectionRe
     if (answer == u"Encrypt" || answer == u"Don't Encrypt") {
         const bool isWanted = answer == u"Encrypt";
         parts.settings.setFtpEncryption(isWanted ? FtpEncryption::explicitTls : FtpEncryption::none);
-        return isWanted;
+        return true;
     }
     return false;
 }

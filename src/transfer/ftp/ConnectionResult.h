@@ -10,7 +10,7 @@ struct ConnectionResult {
     bool isGood = false;
     QString reason = {};               ///< a sentence
     QString untrustedCertificate = {}; ///< its SHA-256 fingerprint, if that is the reason
-    bool offersTls = false;            ///< the server has encryption that is not asked for
+    bool isEncrypted = false;          ///< the server has agreed to TLS
 };
 
 } // namespace ostrelle

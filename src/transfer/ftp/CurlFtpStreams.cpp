@@ -36,6 +36,7 @@ struct Transfer {
     FtpServerFacts facts = {};
     QByteArray refusal = {}; ///< the latest reply that was one, a line
     bool hasBytes = false;
+    bool agreesToTls = false;
 };
 
 std::size_t takeBytes(const char* bytes, std::size_t size, std::size_t count, void* transfer) {
@@ -45,17 +46,16 @@ std::size_t takeBytes(const char* bytes, std::size_t size, std::size_t count, vo
     return own.buffer->write(view) ? size * count : CURL_WRITEFUNC_ERROR;
 }
 
-/// The lines of the server's replies: 150 or 125 comes before the bytes, and each line within a list of
-/// features begins with a blank (RFC 2389).
+/// The lines of the server's replies: 150 or 125 comes before the bytes, 234 before TLS (RFC 4217).
 std::size_t takeReply(const char* bytes, std::size_t size, std::size_t count, void* transfer) {
     const QByteArrayView reply(bytes, static_cast<qsizetype>(size * count));
     auto& own = *static_cast<Transfer*>(transfer);
     own.facts.isAnswering = true;
     if (reply.startsWith("150") || reply.startsWith("125")) {
         own.buffer->markOpen();
-    } else if (reply.startsWith(" AUTH") && reply.contains("TLS")) {
-        own.facts.offersTls = true;
     }
+    own.facts.isEncrypted = own.facts.isEncrypted || own.agreesToTls; // it answers after its handshake
+    own.agreesToTls = own.agreesToTls || reply.startsWith("234");
     const bool isRefusal = reply.startsWith('4') || reply.startsWith('5');
     own.refusal = isRefusal ? reply.toByteArray() : QByteArray();
     return size * count;
@@ -156,16 +156,15 @@ private:
 
 namespace {
 
-/// What the server is told before each transfer. Not every server knows the commands, hence the asterisks.
+/// What the server is told before each transfer. Not every server knows the command, hence the asterisk.
 /// Without any, libcurl 7.88 often waits a second between EPSV and RETR on a kept connection.
-CommandList commandsFor(const FtpAddress& address) {
-    curl_slist* commands = curl_slist_append(nullptr, "*OPTS UTF8 ON");
-    return CommandList(address.asksForFeatures ? curl_slist_append(commands, "*FEAT") : commands);
+CommandList firstCommands() {
+    return CommandList(curl_slist_append(nullptr, "*OPTS UTF8 ON"));
 }
 
 CURLcode perform(CurlConnection& connection, Transfer& own) {
     CURL* handle = connection.handle.get();
-    const CommandList commands = commandsFor(own.address);
+    const CommandList commands = firstCommands();
     configure(handle, &own, commands.get());
     if (own.address.security.encryption == FtpEncryption::explicitTls) {
         connection.certificates.install(handle);
@@ -201,7 +200,7 @@ QString failureOf(const CurlConnection& connection, CURLcode result, const Trans
         return connection.certificates.failure();
     }
     const QString refusal = QString::fromUtf8(own.refusal); // which might repeat what it has been told
-    CurlAnswer answer{.result = result, .refusal = withoutPassword(refusal, own.address.password)};
+    CurlAnswer answer{.result = result, .refusal = PasswordMask(own.address.password).applied(refusal)};
     curl_easy_getinfo(connection.handle.get(), CURLINFO_RESPONSE_CODE, &answer.reply);
     curl_easy_getinfo(connection.handle.get(), CURLINFO_OS_ERRNO, &answer.systemError);
     return curlFailure(answer);
@@ -223,6 +222,7 @@ void transfer(const FtpAddress& address, const std::shared_ptr<TransferBuffer>& 
     }
     if (result == CURLE_PEER_FAILED_VERIFICATION) {
         own.facts.untrustedCertificate = connection->certificates.fingerprint();
+        own.facts.isEncrypted = true;
     }
     buffer->finish(failureOf(*connection, result, own), own.facts);
     if (result == CURLE_OK) {

@@ -75,19 +75,16 @@ QCoro::Task<Download> FTPClient::downloadFile(QString name, DownloadTarget targe
 
 QCoro::Task<ConnectionResult> FTPClient::testConnection() {
     FtpAddress address = addressOf(folder());
-    address.asksForFeatures = address.security.encryption == FtpEncryption::none;
     FtpServerFacts facts;
-    ConnectionResult result = co_await tryToList(address, &facts);
-    if (result.isGood || !address.asksForFeatures || !facts.isAnswering) {
-        result.offersTls = facts.offersTls;
-        co_return result;
+    if (m_account.isEncryptionOpen) { // the password must not be sent before TLS has been tried
+        address.security.encryption = FtpEncryption::explicitTls;
+        const ConnectionResult encrypted = co_await tryToList(address, &facts);
+        if (encrypted.isEncrypted || !facts.isAnswering) {
+            co_return encrypted;
+        }
+        address.security.encryption = m_account.security.encryption;
     }
-    // A server may refuse all who come without encryption, and tell its features to none of them.
-    address.asksForFeatures = false;
-    address.security.encryption = FtpEncryption::explicitTls;
-    const ConnectionResult encrypted = co_await tryToList(address, &facts);
-    result.offersTls = encrypted.isGood || !encrypted.untrustedCertificate.isEmpty();
-    co_return result;
+    co_return co_await tryToList(address, &facts);
 }
 
 QCoro::Task<ConnectionResult> FTPClient::tryToList(FtpAddress address, FtpServerFacts* facts) {
@@ -95,13 +92,16 @@ QCoro::Task<ConnectionResult> FTPClient::tryToList(FtpAddress address, FtpServer
     const auto listing = co_await attempt(list(&reader, address.password));
     *facts = reader.facts();
     if (listing) {
-        co_return ConnectionResult{.isGood = m_listingProblem.isEmpty(), .reason = m_listingProblem};
+        co_return ConnectionResult{.isGood = m_listingProblem.isEmpty(),
+                                   .reason = m_listingProblem,
+                                   .isEncrypted = facts->isEncrypted};
     }
     print(u"Connection test failed: "_s + listing.words());
     const auto error = listing.failureAs<FTPError>();
     const bool hasReason = error && !error->reason().isEmpty();
     co_return ConnectionResult{.reason = hasReason ? error->reason() : listing.words(),
-                               .untrustedCertificate = facts->untrustedCertificate};
+                               .untrustedCertificate = facts->untrustedCertificate,
+                               .isEncrypted = facts->isEncrypted};
 }
 
 QCoro::Task<qint64> FTPClient::fileSize(QString name) {

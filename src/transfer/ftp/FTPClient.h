@@ -17,6 +17,7 @@ struct FtpAccount {
     QString path;                              ///< of the remote folder; empty for the topmost
     int port = 21;
     FtpSecurity security = {};
+    bool isEncryptionOpen = false; ///< nobody has chosen yet: a connection test tries TLS first
 };
 
 /// Fetches files over FTP. Each listing and each file is a stream of its own; no connection is kept here. For

@@ -3,6 +3,7 @@
 
 #include "transfer/ftp/FTPError.h"
 
+#include <QStringBuilder>
 #include <QStringDecoder>
 #include <QStringView>
 #include <QUrl>
@@ -104,19 +105,19 @@ std::optional<FTPFileInfo> otherEntry(QStringView line) {
 }
 
 QString described(const FTPFileInfo& entry) {
-    return u"%1 (size: %2, isDirectory: %3)"_s.arg(entry.name, QString::number(entry.size),
-                                                   entry.isDirectory ? u"true"_s : u"false"_s);
+    return entry.name % u" (size: " % QString::number(entry.size) % u", isDirectory: " %
+           (entry.isDirectory ? u"true)"_s : u"false)"_s);
 }
 
 /// A log that no password gets into: it may stand in a listing.
 class MaskedLog : public PlainLog {
 public:
-    MaskedLog(PlainLog& log, const QString& password) : m_log(log), m_password(password) {}
-    void print(const QString& line) override { m_log.print(withoutPassword(line, m_password)); }
+    MaskedLog(PlainLog& log, const QString& password) : m_log(log), m_mask(password) {}
+    void print(const QString& line) override { m_log.print(m_mask.applied(line)); }
 
 private:
     PlainLog& m_log;
-    QString m_password;
+    PasswordMask m_mask;
 };
 
 /// Logs what became of the line.
@@ -161,13 +162,15 @@ QList<FTPFileInfo> parseListing(const QByteArray& bytes, const QString& password
     return entries;
 }
 
-QString withoutPassword(QString text, const QString& password) {
-    if (password.isEmpty()) {
+PasswordMask::PasswordMask(const QString& password)
+    : m_password(password), m_encoded(QString::fromLatin1(QUrl::toPercentEncoding(password))) {}
+
+QString PasswordMask::applied(QString text) const {
+    if (m_password.isEmpty()) {
         return text;
     }
     const QString mask = u"***"_s;
-    text.replace(password, mask);
-    return text.replace(QString::fromLatin1(QUrl::toPercentEncoding(password)), mask);
+    return text.replace(m_password, mask).replace(m_encoded, mask);
 }
 
 } // namespace ostrelle

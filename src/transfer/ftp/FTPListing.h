@@ -16,7 +16,17 @@ namespace ostrelle {
 /// FTPError::invalidListing when the bytes are not UTF-8. Time and memory grow with the listing's size.
 QList<FTPFileInfo> parseListing(const QByteArray& bytes, const QString& password, PlainLog& log);
 
-/// The text with the password, as it is or percent-encoded, replaced by "***". An empty password is nowhere.
-QString withoutPassword(QString text, const QString& password);
+/// Hides a password in texts from elsewhere.
+class PasswordMask {
+public:
+    explicit PasswordMask(const QString& password);
+
+    /// The text with the password, as it is or percent-encoded, replaced by "***". An empty one is nowhere.
+    QString applied(QString text) const;
+
+private:
+    QString m_password;
+    QString m_encoded;
+};
 
 } // namespace ostrelle

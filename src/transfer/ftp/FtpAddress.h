@@ -27,7 +27,6 @@ struct FtpAddress {
     QString username;
     QString password;
     FtpSecurity security = {};
-    bool asksForFeatures = false; ///< of the server, before the transfer
 
     /// As an ftp URL for the log, with "***" in place of the password. Nothing if the parts make no URL.
     std::optional<QString> shown() const;

@@ -61,6 +61,15 @@ void create(QFile& file, PlainLog& log) {
     ::flock(file.handle(), LOCK_EX | LOCK_NB); // another program takes it for abandoned otherwise
 }
 
+/// Throws FTPError::cannotCreateFile.
+void write(QFile& file, const QByteArray& bytes) {
+    const qint64 written = file.write(bytes);
+    if (written != bytes.size()) {
+        throw FTPError(FTPError::Case::cannotCreateFile,
+                       written < 0 ? file.errorString() : u"The disk is full."_s);
+    }
+}
+
 } // namespace
 
 FtpDownload::FtpDownload(const FtpParts& parts, FtpAddress address, DownloadTarget target,
@@ -70,9 +79,10 @@ FtpDownload::FtpDownload(const FtpParts& parts, FtpAddress address, DownloadTarg
     , m_progress(std::move(progress))
     , m_reader(parts, std::move(address))
     , m_file(std::make_shared<QFile>(m_target.path))
-    , m_unsaved(std::make_shared<QByteArray>()) {
+    , m_atDisk(std::make_shared<QByteArray>()) {
     // Kept for the whole file: new memory for each piece would cost more than the transfer.
-    m_unsaved->reserve(savedAtOnce + StreamReader::mostBytes);
+    m_unsaved.reserve(savedAtOnce + StreamReader::mostBytes);
+    m_atDisk->reserve(savedAtOnce + StreamReader::mostBytes);
 }
 
 QCoro::Task<Download> FtpDownload::execute() {
@@ -88,8 +98,8 @@ QCoro::Task<Download> FtpDownload::execute() {
     }
     co_await createFile();
     const auto done = co_await attempt(readAll());
-    co_await close();
     if (!done) {
+        co_await close();
         done.rethrow();
     }
     co_return m_result;
@@ -107,9 +117,9 @@ QCoro::Task<> FtpDownload::readAll() {
     while (pass != Pass::end && !hasEnough()) {
         pass = co_await m_reader.pass();
         const QByteArrayView bytes = m_reader.bytes();
-        m_unsaved->append(bytes);
+        m_unsaved.append(bytes);
         m_result.bytes += bytes.size();
-        if (m_unsaved->size() >= savedAtOnce) {
+        if (m_unsaved.size() >= savedAtOnce) {
             co_await save();
         }
         if (m_lastReport.msecsTo(m_parts.clock.now()) >= 1000) {
@@ -119,13 +129,18 @@ QCoro::Task<> FtpDownload::readAll() {
     if (m_result.failure.isEmpty()) {
         m_result.failure = m_reader.failure();
     }
-    co_await save();
+    co_await saved();
+    auto finish = [file = m_file, bytes = m_unsaved] {
+        write(*file, bytes);
+        const qint64 size = file->size();
+        file->close();
+        return size;
+    };
+    const qint64 size = co_await onThreadOf(m_parts.threads, m_target.path, finish);
     if (m_progress) {
         m_progress(m_result.bytes);
     }
     print(u"Download complete. Total bytes downloaded: "_s + QString::number(m_result.bytes));
-    auto measure = [file = m_file] { return file->size(); };
-    const qint64 size = co_await onThreadOf(m_parts.threads, m_target.path, measure);
     print(u"File size on disk: %1 bytes"_s.arg(size));
     if (size == 0) {
         print(u"ERROR: File was created but is empty!"_s);
@@ -161,19 +176,22 @@ QCoro::Task<> FtpDownload::report() {
 }
 
 QCoro::Task<> FtpDownload::save() {
-    if (m_unsaved->isEmpty()) {
+    co_await saved();
+    if (m_unsaved.isEmpty()) {
         co_return;
     }
-    auto write = [file = m_file, bytes = m_unsaved] {
-        const qint64 written = file->write(*bytes);
-        if (written != bytes->size()) {
-            throw FTPError(FTPError::Case::cannotCreateFile,
-                           written < 0 ? file->errorString() : u"The disk is full."_s);
-        }
-    };
-    co_await onThreadOf(m_parts.threads, m_target.path, write);
-    m_reader.restartSilence(); // the disk may have taken its time
-    m_unsaved->resize(0);      // keeps the memory
+    m_atDisk->swap(m_unsaved);
+    m_unsaved.resize(0); // keeps the memory
+    auto writePiece = [file = m_file, bytes = m_atDisk] { write(*file, *bytes); };
+    m_saving = onThreadOf(m_parts.threads, m_target.path, writePiece);
+}
+
+QCoro::Task<> FtpDownload::saved() {
+    if (m_saving) {
+        const QCoro::Task<> saving = *std::exchange(m_saving, std::nullopt);
+        co_await saving;
+        m_reader.restartSilence(); // the disk may have taken its time
+    }
 }
 
 QCoro::Task<> FtpDownload::close() {

@@ -11,6 +11,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ostrelle {
 
@@ -29,7 +30,10 @@ private:
     /// True when the loop is to end.
     bool hasEnough();
     QCoro::Task<> report();
+    /// Begins to write what has come; the disk and the network work at the same time.
     QCoro::Task<> save();
+    /// Resumes when all that was given to the disk has been written. Throws FTPError::cannotCreateFile.
+    QCoro::Task<> saved();
     QCoro::Task<> close();
     void print(const QString& words);
 
@@ -38,7 +42,9 @@ private:
     DownloadProgress m_progress;
     StreamReader m_reader;
     std::shared_ptr<QFile> m_file;
-    std::shared_ptr<QByteArray> m_unsaved; ///< nobody touches it while it is written
+    QByteArray m_unsaved;
+    std::shared_ptr<QByteArray> m_atDisk;  ///< what is being written, which nobody touches
+    std::optional<QCoro::Task<>> m_saving; ///< the write under way
     Download m_result;
     QDateTime m_lastReport;
 };

@@ -14,7 +14,7 @@ namespace ostrelle {
 /// What a transfer has told of the server.
 struct FtpServerFacts {
     bool isAnswering = false;
-    bool offersTls = false; ///< if it was asked for its features
+    bool isEncrypted = false; ///< it has answered over TLS, or has shown a certificate
     QString untrustedCertificate =
         {}; ///< the SHA-256 fingerprint of the certificate that was refused, if any
 };

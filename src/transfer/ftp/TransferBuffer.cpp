@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/ftp/TransferBuffer.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace ostrelle {
 
 using Status = FtpStream::Status;
@@ -21,7 +24,13 @@ bool TransferBuffer::write(QByteArrayView bytes) {
         if (m_isAbandoned) {
             return false;
         }
-        bytes = bytes.sliced(m_bytes.append(bytes));
+        const std::span<char> room = m_bytes.free();
+        const qsizetype count = std::min(bytes.size(), static_cast<qsizetype>(room.size()));
+        lock.unlock(); // the event loop must not wait for the copy
+        std::memcpy(room.data(), bytes.data(), static_cast<std::size_t>(count));
+        lock.lock();
+        m_bytes.append(static_cast<std::size_t>(count));
+        bytes = bytes.sliced(count);
         tell();
     }
     return true;
@@ -65,10 +74,15 @@ bool TransferBuffer::hasBytes() const {
 }
 
 qint64 TransferBuffer::read(char* buffer, qint64 size) {
-    const std::lock_guard lock(m_mutex);
-    const qint64 got = m_bytes.take(buffer, size);
+    std::unique_lock lock(m_mutex);
+    const std::span<const char> filled = m_bytes.filled();
+    lock.unlock();
+    const std::size_t count = std::min(filled.size(), static_cast<std::size_t>(std::max<qint64>(size, 0)));
+    std::memcpy(buffer, filled.data(), count);
+    lock.lock();
+    m_bytes.drop(count);
     m_room.notify_one();
-    return got;
+    return static_cast<qint64>(count);
 }
 
 void TransferBuffer::abandon() {

@@ -6,10 +6,12 @@
 #include "core/OnThreadPool.h"
 #include "metadata/facts/ImageKind.h"
 #include "platform/AbandonedFiles.h"
+#include "platform/Descriptor.h"
 #include "platform/FileError.h"
 #include "platform/Files.h"
 #include "platform/TemporaryFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <QDir>
@@ -49,12 +51,15 @@ NameRules rulesOf(const QString& folder) {
     return isFolding ? NameRules::folding : NameRules::exact;
 }
 
-LocalCopy lookAt(const QString& path) {
-    QFileInfo file(path);
-    file.stat(); // one call of the system for all that follows
-    return {.exists = file.exists(),
-            .size = file.isFile() ? std::optional(file.size()) : std::nullopt,
-            .lastModified = file.lastModified()};
+/// One call of the system, as a listing may name thousands of files.
+LocalCopy lookAt(int folder, const QString& name) {
+    struct stat status{};
+    if (::fstatat(folder, QFile::encodeName(name).constData(), &status, 0) != 0) {
+        return {};
+    }
+    return {.exists = true,
+            .size = S_ISREG(status.st_mode) ? std::optional<qint64>(status.st_size) : std::nullopt,
+            .modifiedAt = status.st_mtim.tv_sec};
 }
 
 /// Returns where the file is now; empty if there was none. Throws FileError.
@@ -135,8 +140,11 @@ QCoro::Task<QHash<QString, LocalCopy>> DestinationFolder::copiesOf(QStringList n
     const ScopedAccess access(m_access, m_path);
     auto look = [folder = m_path, names] {
         QHash<QString, LocalCopy> copies;
+        copies.reserve(names.size());
+        const Descriptor opened(
+            ::open(QFile::encodeName(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         for (const QString& name : names) {
-            copies.insert(name, lookAt(folder + u'/' + name));
+            copies.insert(name, lookAt(opened.number(), name));
         }
         return copies;
     };

@@ -7,6 +7,7 @@
 #include "platform/PrintInTurns.h"
 #include "transfer/ftp/FTPError.h"
 
+#include <QStringBuilder>
 #include <algorithm>
 #include <utility>
 
@@ -50,8 +51,8 @@ void takeSizes(const QHash<QString, qint64>& sizes, QList<FTPFileInfo>* files) {
 QStringList linesOf(const QList<FTPFileInfo>& listing, const ServerFiles& files, const QString& imageLine) {
     QStringList lines{u"Total files found on server: %1"_s.arg(listing.size())};
     for (const FTPFileInfo& entry : listing) {
-        lines.append(u"  - %1 (size: %2, isDir: %3)"_s.arg(entry.name, QString::number(entry.size),
-                                                           entry.isDirectory ? u"true"_s : u"false"_s));
+        lines.append(u"  - " % entry.name % u" (size: " % QString::number(entry.size) % u", isDir: " %
+                     (entry.isDirectory ? u"true)"_s : u"false)"_s));
     }
     if (!files.skipped.isEmpty()) {
         lines.append(u"Skipped non-image files:\n"_s + files.skipped.join(u'\n'));
@@ -223,13 +224,14 @@ QCoro::Task<FetchPlan> FTPWatcher::plan(ServerFiles files, FetchCare care) {
 
 QCoro::Task<QStringList> FTPWatcher::leftBehind() {
     constexpr qint64 oldest = 12 * 3600; // seconds: the next game has another roster
+    const qint64 now = m_parts.clock.now().toSecsSinceEpoch();
     const QStringList names = m_parts.fetched.namesIn(m_destination.path());
     const QHash<QString, LocalCopy> copies = co_await m_destination.copiesOf(names);
     QStringList images;
     for (const QString& name : names) {
         const QString path = m_destination.pathOf(name);
         const LocalCopy copy = copies.value(name);
-        const bool isTooOld = copy.exists && copy.lastModified.secsTo(m_parts.clock.now()) > oldest;
+        const bool isTooOld = copy.exists && now - copy.modifiedAt > oldest;
         if (isTooOld) {
             print(u"%1 was fetched hours ago and is not captioned any more"_s.arg(name));
         }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/remote/FetchDecision.h"
 
+#include <QStringBuilder>
+#include <algorithm>
 #include <array>
 
 namespace ostrelle {
@@ -23,10 +25,10 @@ std::optional<QString> captionedImageOf(QString sidecar, const IsCaptioned& isCa
     const QString stem = sidecar.remove(u".xmp"_s, Qt::CaseInsensitive);
     QString image = stem + u'.';
     const qsizetype end = image.size();
-    image.reserve(end + 4); // a listing may hold thousands of sidecars
+    image.reserve(end + 4); // and written in place, as a listing may hold thousands of sidecars
     for (const QStringView extension : protectedExtensions) {
-        image.truncate(end);
-        image += extension;
+        image.resize(end + extension.size());
+        std::copy(extension.begin(), extension.end(), image.data() + end);
         if (isCaptioned(image)) {
             return image;
         }
@@ -57,9 +59,8 @@ FetchDecision decideOnMetadata(const FTPFileInfo& file, const LocalCopy& copy,
     }
     if (hasSameSize(file, copy)) {
         return {.isFetched = false,
-                .lines = {subject +
-                          u" already exists locally with matching size (%1 bytes), skipping download"_s.arg(
-                              file.size)}};
+                .lines = {QString(subject % u" already exists locally with matching size (" %
+                                  QString::number(file.size) % u" bytes), skipping download")}};
     }
     return {};
 }
@@ -87,12 +88,11 @@ FetchDecision decideOnImage(const FTPFileInfo& file, const LocalCopy& copy, cons
 
 FetchDecision decideBySize(const FTPFileInfo& file, const LocalCopy& copy, Look look) {
     if (hasSameSize(file, copy)) {
-        const QString words = look == Look::first
-                                  ? u"[FTPWatcher] Image file %1 already exists locally with matching size "
-                                    "(%2 bytes), skipping"_s
-                                  : u"[FTPWatcher] File %1 already exists locally with matching size "
-                                    "(%2 bytes), skipping download"_s;
-        return {.isFetched = false, .lines = {words.arg(file.name, QString::number(file.size))}};
+        const bool isFirst = look == Look::first;
+        const QString line = (isFirst ? u"[FTPWatcher] Image file "_s : u"[FTPWatcher] File "_s) % file.name %
+                             u" already exists locally with matching size (" % QString::number(file.size) %
+                             (isFirst ? u" bytes), skipping"_s : u" bytes), skipping download"_s);
+        return {.isFetched = false, .lines = {line}};
     }
     if (look == Look::again && copy.exists && copy.size) {
         return {.lines = {

@@ -3,7 +3,6 @@
 
 #include "transfer/ftp/FTPFileInfo.h"
 
-#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -15,7 +14,7 @@ namespace ostrelle {
 struct LocalCopy {
     bool exists = false;
     std::optional<qint64> size = {}; ///< in bytes; nothing if it cannot be told
-    QDateTime lastModified = {};
+    qint64 modifiedAt = 0;           ///< seconds since 1970, UTC
 };
 
 /// Whether a file has been captioned, by its name alone.

@@ -14,8 +14,11 @@ namespace {
 
 QStringList namesOf(const ServerFiles& files) {
     QStringList names;
-    for (const FTPFileInfo& file : files.metadata + files.images) {
-        names.append(file.name);
+    names.reserve(files.metadata.size() + files.images.size());
+    for (const QList<FTPFileInfo>& list : {files.metadata, files.images}) {
+        for (const FTPFileInfo& file : list) {
+            names.append(file.name);
+        }
     }
     return names;
 }
@@ -80,8 +83,8 @@ void FetchPlanning::decideOnImage(const FTPFileInfo& file) {
     m_imageLines += decision.lines;
     take(file, decision, &m_plan.images);
     // What was fetched by this program may have another size now that it holds its caption.
-    const bool isOurs = m_parts.ledger.isHandedOn(m_parts.destination.pathOf(file.name));
-    if (decision.isCaptioned && copy.size != file.size && !isOurs) {
+    if (decision.isCaptioned && copy.size != file.size &&
+        !m_parts.ledger.isHandedOn(m_parts.destination.pathOf(file.name))) {
         m_plan.leftAlone.append(file.name);
     }
     if (!decision.isFetched && isCaptioned(file.name)) {

@@ -3,7 +3,6 @@
 
 #include "metadata/facts/ImageKind.h"
 
-#include <QFileInfo>
 #include <QSet>
 #include <algorithm>
 
@@ -43,14 +42,15 @@ QString keyOf(const QString& name, NameRules rules) {
 ServerFiles sortListing(const QList<FTPFileInfo>& listing, NameRules rules) {
     ServerFiles files;
     QSet<QString> names;
+    names.reserve(listing.size());
     for (const FTPFileInfo& entry : listing) {
-        const QString extension = QFileInfo(entry.name).suffix();
-        const bool isMetadata = extension.compare(u"xmp", Qt::CaseInsensitive) == 0;
         if (entry.isDirectory) {
             continue;
         }
-        if (!isMetadata && !isSupportedImage(entry.name)) {
-            files.skipped.append(u"%1 (ext: %2)"_s.arg(entry.name, extension.toLower()));
+        const QString extension = extensionOf(entry.name);
+        const bool isMetadata = extension == u"xmp";
+        if (!isMetadata && !imageExtensions().contains(extension)) {
+            files.skipped.append(u"%1 (ext: %2)"_s.arg(entry.name, extension));
             continue;
         }
         const QString reason = reasonAgainst(entry.name);

@@ -99,7 +99,8 @@ std::unique_ptr<FileTransferClient> ServerSource::makeClient() const {
                        .path = settings.ftpPath(),
                        .port = static_cast<int>(settings.ftpPort()),
                        .security = {.encryption = settings.ftpEncryption(),
-                                    .trustedCertificate = settings.ftpTrustedCertificate()}};
+                                    .trustedCertificate = settings.ftpTrustedCertificate()},
+                       .isEncryptionOpen = !settings.isFtpEncryptionChosen()};
     return std::make_unique<FTPClient>(std::move(account), FtpParts{.makeStream = m_parts.makeStream,
                                                                     .clock = m_parts.clock,
                                                                     .log = m_parts.log,
