@@ -167,7 +167,7 @@ TEST_F(FTPWatcherTest, ACaptionedLocalCopyIsNeverReplaced) {
         markCaptioned(name);
     }
     put(u"IMG_1.xmp"_s, "caption 1");
-    put(u"IMG_2.xmp"_s, "caption 2");
+    put(u"IMG_2.xmp"_s, "<x>caption 2</x>");
     ASSERT_TRUE(QFile::remove(folder.filePath(u"IMG_3.CR2"_s)));
     remote.files = {{u"IMG_1.CR2"_s, {"another size"}},
                     {u"IMG_1.xmp"_s, {"another"}},

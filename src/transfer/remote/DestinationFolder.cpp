@@ -5,6 +5,7 @@
 #include "core/Error.h"
 #include "core/OnThreadPool.h"
 #include "metadata/facts/ImageKind.h"
+#include "metadata/rendition/CutShort.h"
 #include "platform/AbandonedFiles.h"
 #include "platform/Descriptor.h"
 #include "platform/FileError.h"
@@ -79,10 +80,15 @@ QString keep(const QString& path) {
     throw FileError(u"keep"_s, path, EEXIST);
 }
 
+/// One that was fetched while its upload stood still. There is no caption in it to be kept.
+bool isHalfSidecar(const QString& path) {
+    return extensionOf(path) == u"xmp" && attemptNow([&path] { return isCutShort(path); }).valueOr(false);
+}
+
 /// Throws FileError; the old file is then back in its place.
 void exchange(const QString& temporaryPath, const QString& path) {
     flushFile(temporaryPath); // a full disk shows here, while the old file is still there
-    const QString old = keep(path);
+    const QString old = isHalfSidecar(path) ? QString() : keep(path);
     const auto moved = attemptNow([&] {
         moveIntoPlace(temporaryPath, path);
         return true;
