@@ -36,6 +36,8 @@ ShellParts DesktopProgram::shellParts() {
             .defaults = m_defaults,
             .prompts = m_captions.prompts,
             .analyzer = m_captions.analyzer,
+            .failures = m_captions.failures,
+            .log = m_captions.log,
             .turns = m_captions.turns,
             .notifications = m_captions.notifications,
             .threads = m_captions.threads,

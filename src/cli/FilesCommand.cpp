@@ -8,6 +8,7 @@
 #include "core/Attempt.h"
 #include "pipeline/FolderTidying.h"
 #include "pipeline/FolderWork.h"
+#include "platform/InterruptSignals.h"
 
 #include <QCoroTask>
 #include <QDateTime>
@@ -31,24 +32,37 @@ QString whyNoImage(const QString& path) {
 /// Captions the files of a command line one after the other.
 class FilesRun : public QObject {
 public:
-    explicit FilesRun(CommandProgram& program) : m_program(program) {
+    FilesRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
+        connect(&interrupts, &InterruptSignals::interrupted, this, &FilesRun::stop);
         connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FilesRun::print);
     }
 
     QCoro::Task<int> run() {
         const QStringList files = m_program.options.files;
         co_await tidyFoldersOf(m_program.captions.threads, files);
-        for (qsizetype index = 0; index < files.size(); ++index) {
+        const Overtaking::Mark mark = m_program.captions.turns.stopMark();
+        qsizetype index = 0;
+        for (; index < files.size() && !mark.isOvertaken(); ++index) {
             m_bar.show(index, files.size(), QFileInfo(files[index]).fileName());
             m_program.captions.progress.expectImage(index + 1, files.size());
             co_await take(files[index]);
         }
         m_bar.clear();
+        if (index < files.size()) {
+            m_hasFailure = true;
+            m_program.errors.print(u"Interrupted. Not begun: %1."_s.arg(files.size() - index));
+        }
         const bool isTold = co_await m_program.finish();
         co_return isTold && !m_hasFailure ? ExitStatus::success : ExitStatus::fileFailed;
     }
 
 private:
+    void stop() {
+        m_bar.clear();
+        m_program.errors.print(u"Finishing the image in the works. Ctrl-C again ends at once."_s);
+        m_program.captions.turns.stop();
+    }
+
     QCoro::Task<> take(QString path) {
         auto look = [path] { return whyNoImage(path); };
         const QString obstacle = co_await onThreadOf(m_program.captions.threads, path, look);
@@ -95,7 +109,8 @@ private:
 
 int runFilesCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
     CommandProgram program(options, folders, endpoints);
-    FilesRun run(program);
+    const InterruptSignals interrupts;
+    FilesRun run(program, interrupts);
     return runCommandLoop(program, [&run] { return run.run(); });
 }
 

@@ -5,6 +5,7 @@
 #include "cli/CommandProgram.h"
 #include "cli/ProgressBar.h"
 #include "cli/ReportPrinter.h"
+#include "platform/InterruptSignals.h"
 
 #include <QCoroTask>
 
@@ -17,7 +18,8 @@ namespace {
 /// A run over a folder, with a bar that shows batch and image.
 class FolderCommandRun : public QObject {
 public:
-    explicit FolderCommandRun(CommandProgram& program) : m_program(program) {
+    FolderCommandRun(CommandProgram& program, const InterruptSignals& interrupts) : m_program(program) {
+        connect(&interrupts, &InterruptSignals::interrupted, this, &FolderCommandRun::stop);
         connect(&m_program.captions.analyzer, &Analyzer::imageFinished, this, &FolderCommandRun::print);
         connect(&m_program.captions.status, &StatusStore::lastMessageChanged, this,
                 &FolderCommandRun::showProgress);
@@ -33,6 +35,12 @@ public:
     }
 
 private:
+    void stop() {
+        m_bar.clear();
+        m_program.errors.print(u"Finishing the images in the works. Ctrl-C again ends at once."_s);
+        m_program.captions.turns.stop();
+    }
+
     void print(const ImageOutcome& image) {
         m_bar.clear();
         for (const QString& warning : image.warnings) {
@@ -57,7 +65,8 @@ private:
 
 int runFolderCommand(const Options& options, const AppFolders& folders, const ServiceEndpoints& endpoints) {
     CommandProgram program(options, folders, endpoints);
-    FolderCommandRun run(program);
+    const InterruptSignals interrupts;
+    FolderCommandRun run(program, interrupts);
     return runCommandLoop(program, [&run] { return run.run(); });
 }
 

@@ -46,7 +46,7 @@ BatchRun::BatchRun(AnalyzerParts parts, QStringList files, BatchPlace place, Rea
 QCoro::Task<QList<ImageOutcome>> BatchRun::execute() {
     m_parts.progress.prepareBatch(m_place.startIndex, m_outcomes.size());
     co_await prepareAll();
-    if (!m_parts.turns.isClosed()) { // closed when the program ends
+    if (!m_parts.turns.isRunEnding()) {
         co_await captionPrepared();
     }
     co_return m_outcomes;
@@ -67,7 +67,7 @@ QCoro::Task<> BatchRun::prepareAll() {
         files.append(image.file);
     }
     m_claims = (co_await claimImages(m_parts, files)).value_or(QList<HeldImage>());
-    for (qsizetype index = 0; index < m_claims.size() && !m_parts.turns.isClosed(); ++index) {
+    for (qsizetype index = 0; index < m_claims.size() && !m_parts.turns.isRunEnding(); ++index) {
         if (m_claims.at(index).isCaptionedSince(m_place.begun, m_parts.clock.now())) {
             skip(index, OutcomeKind::skipped, u"It was captioned by another program meanwhile."_s);
             continue;
@@ -180,7 +180,7 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
 
 QCoro::Task<> BatchRun::captionOneByOne(RosterReading roster) {
     for (const Prepared& prepared : std::as_const(m_prepared)) {
-        if (m_parts.turns.isClosed()) {
+        if (m_parts.turns.isRunEnding()) {
             co_return;
         }
         m_parts.progress.takeUpImage(m_place.startIndex + prepared.index, nameOf(prepared.index));
@@ -206,7 +206,7 @@ QCoro::Task<> BatchRun::captionReplaced() {
     for (int round = 0; round < mostRounds && !m_replaced.isEmpty(); ++round) {
         const QList<qsizetype> replaced = std::exchange(m_replaced, {});
         for (const qsizetype index : replaced) {
-            if (m_parts.turns.isClosed()) {
+            if (m_parts.turns.isRunEnding()) {
                 co_return;
             }
             m_prepared.clear();

@@ -30,7 +30,9 @@ void admit(const Waiting& waiting) {
 struct CaptionTurns::State {
     int places;
     int free;
+    bool isRunUnderWay = false;
     bool isClosed = false;
+    bool isRunStopped = false; ///< the one under way
     std::deque<Waiting> waiting = {};
     std::optional<Event> idle = {}; ///< for idle(), once called: happens when all places are free
 
@@ -38,6 +40,8 @@ struct CaptionTurns::State {
     bool isRun(int wanted) const { return wanted == places; }
     void give(int given) {
         free += given;
+        isRunUnderWay = isRunUnderWay && !isRun(given);
+        isRunStopped = isRunStopped && isRunUnderWay;
         admitNext();
         if (isIdle() && idle) {
             std::exchange(idle, std::nullopt)->happen();
@@ -48,6 +52,7 @@ struct CaptionTurns::State {
             const Waiting next = waiting.front();
             waiting.pop_front();
             free -= next.places;
+            isRunUnderWay = isRun(next.places);
             admit(next);
         }
     }
@@ -115,9 +120,23 @@ void CaptionTurns::dismissImages() {
     m_state->waiting = std::move(runs);
 }
 
+void CaptionTurns::stop() {
+    m_state->isRunStopped = m_state->isRunUnderWay;
+    dismissAll();
+}
+
+bool CaptionTurns::isRunEnding() const {
+    return m_state->isClosed || m_state->isRunStopped;
+}
+
 void CaptionTurns::close() {
-    m_dismissals.overtake();
     m_state->isClosed = true;
+    dismissAll();
+}
+
+void CaptionTurns::dismissAll() {
+    m_dismissals.overtake();
+    m_stops.overtake();
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
         waiting.answered.happen();
     }

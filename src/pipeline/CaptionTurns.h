@@ -48,14 +48,24 @@ public:
     /// a run stops before its next image or batch.
     void close();
     bool isClosed() const;
+
+    /// Stops the run under way and what waits at the moment: what is in the works finishes, and nothing else
+    /// begins. What arrives later begins as usual.
+    void stop();
+    /// For a run: whether it must begin no further image, as it is stopped or all is closed.
+    bool isRunEnding() const;
+    /// For images that follow each other: overtaken once they are stopped, or all is closed.
+    Overtaking::Mark stopMark() const { return m_stops.mark(); }
     /// Resumes when all turns are over.
     QCoro::Task<> idle() const;
 
 private:
+    void dismissAll();
     static QCoro::Task<std::unique_ptr<Turn>> wait(std::shared_ptr<State> state, int places);
 
     std::shared_ptr<State> m_state;
     Overtaking m_dismissals;
+    Overtaking m_stops;
 };
 
 } // namespace ostrelle

@@ -52,7 +52,7 @@ QCoro::Task<HeldImage> claimImage(ImageClaims& claims, FolderThreads& threads, A
 
 QCoro::Task<std::optional<QList<HeldImage>>> claimImages(AnalyzerParts parts, QStringList files) {
     bool isWaiting = false;
-    while (!parts.turns.isClosed()) {
+    while (!parts.turns.isRunEnding()) {
         auto take = [claims = &parts.claims, files] { return heldAll(claims->tryClaimAll(files)); };
         const auto claims = co_await onThreadOf(parts.threads, files.value(0), take);
         logNotice(parts.claims, parts.log);

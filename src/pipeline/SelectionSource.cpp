@@ -5,6 +5,7 @@
 #include "core/Text.h"
 #include "metadata/ImageMetadata.h"
 #include "metadata/sidecar/SidecarPath.h"
+#include "pipeline/FolderRights.h"
 #include "pipeline/FolderWork.h"
 #include "pipeline/MissingKey.h"
 #include "pipeline/SelectionTally.h"
@@ -27,8 +28,9 @@ QString nameOf(const QString& file) {
 } // namespace
 
 QCoro::Task<bool> SelectionSource::admit() {
-    if (const std::optional<Alert> alert = missingSidecarsAlert(m_selection)) {
-        co_await m_parts.alerts.show(*alert);
+    const std::optional<Alert> sidecarAlert = missingSidecarsAlert(m_selection);
+    if (sidecarAlert && m_parts.access.isSandboxed()) { // elsewhere the sidecar beside the image serves
+        co_await m_parts.alerts.show(*sidecarAlert);
         co_return false;
     }
     co_await createSidecars(m_selection.rawImages());
@@ -128,7 +130,8 @@ QCoro::Task<> SelectionSource::notify(SelectionTally tally) {
     } else if (tally.failed() > 0) {
         print(u"Sending failure notification..."_s);
         co_await m_parts.notifications.postProcessingResult(0, tally.failed(), tally.failedNames(),
-                                                            tally.hint());
+                                                            m_parts.access.isSandboxed() ? tally.hint()
+                                                                                         : tally.reasons());
     }
 }
 
@@ -144,11 +147,15 @@ QCoro::Task<> SelectionSource::notifyPermissionErrors(SelectionTally tally) {
 }
 
 QCoro::Task<> SelectionSource::explainPermissions(SelectionTally tally) {
-    const QString answer = co_await m_parts.alerts.show(tally.permissionAlert());
+    const QString folder = tally.firstFailedFolder();
+    auto look = [folder] { return folderRights(folder); };
+    Alert alert = tally.permissionAlert();
+    alert.text += u"\n\n"_s + co_await onThreadPool(m_parts.threads.of(folder), look);
+    const QString answer = co_await m_parts.alerts.show(alert);
     if (answer == u"Open System Preferences") {
-        m_workspace.openLink(privacySettings());
+        m_workspace.openLink(QUrl::fromLocalFile(folder)); // where the desktop shows and changes its rights
     } else if (answer == u"Use Watch Folder Instead") {
-        Q_EMIT m_parts.events.showSettingsWindow();
+        Q_EMIT m_parts.events.chooseWatchFolder();
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "core/Text.h"
 #include "pipeline/AnalyzerError.h"
+#include "pipeline/FailedImages.h"
 #include "pipeline/ManualSelection.h"
 
 #include <QFileInfo>
@@ -30,6 +31,9 @@ SelectionTally SelectionTally::of(const QList<ImageOutcome>& images) {
         tally.m_success += image.kind == OutcomeKind::captioned ? 1 : 0;
         if (isFailure(image.kind)) {
             tally.addFailure(image.file, classifyFailure(failureOf(image), image.file));
+            if (const QString reason = sharedReason(image); !tally.m_reasons.contains(reason)) {
+                tally.m_reasons.append(reason);
+            }
         }
     }
     return tally;
@@ -61,6 +65,14 @@ std::optional<QString> SelectionTally::hint() const {
     return u"When manually captioning RAW files, also select the matching .xmp sidecar(s)."_s;
 }
 
+std::optional<QString> SelectionTally::reasons() const {
+    return m_reasons.isEmpty() ? std::nullopt : std::optional(m_reasons.mid(0, 2).join(u' '));
+}
+
+QString SelectionTally::firstFailedFolder() const {
+    return QFileInfo(m_failedImages.value(0)).path();
+}
+
 QString SelectionTally::errorDetail() const {
     constexpr qsizetype listed = 3;
     const QString words = m_permissionWords.mid(0, listed).join(u"; "_s);
@@ -78,7 +90,7 @@ Alert SelectionTally::permissionAlert() const {
                  "2. Or use the Watch Folder feature to process images automatically\n"
                  "3. Or copy images to a folder you have write access to (like Desktop)\n\n"
                  "Location: "_s +
-                 QFileInfo(m_failedImages.value(0)).path();
+                 firstFailedFolder();
     alert.buttons = QStringList{u"Open System Preferences"_s, u"Use Watch Folder Instead"_s};
     alert.style = Alert::Style::warning;
     return alert;
@@ -95,10 +107,6 @@ QString SelectionTally::closingMessage() const {
         return u"Failed to caption %1 image%2"_s.arg(failed()).arg(plural(failed()));
     }
     return u"Captioned %1 image%2, failed %3"_s.arg(m_success).arg(plural(m_success)).arg(failed());
-}
-
-QUrl privacySettings() {
-    return QUrl(u"x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles"_s);
 }
 
 } // namespace ostrelle

@@ -8,7 +8,6 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
-#include <QUrl>
 #include <optional>
 
 namespace ostrelle {
@@ -31,9 +30,13 @@ public:
     /// An addition to the notification of failures without permission errors; nothing unless a RAW image
     /// failed.
     std::optional<QString> hint() const;
+    /// Why images failed, up to two sentences; nothing if none did.
+    std::optional<QString> reasons() const;
+    /// Of the first image that failed.
+    QString firstFailedFolder() const;
     /// The first permission errors, and how many more there are.
     QString errorDetail() const;
-    /// The alert about permission errors; its first button opens privacySettings().
+    /// The alert about permission errors.
     Alert permissionAlert() const;
     /// The status line after the run.
     QString closingMessage() const;
@@ -43,12 +46,10 @@ private:
 
     qint64 m_success = 0;
     QStringList m_failedImages; ///< paths
+    QStringList m_reasons;      ///< each once
     QStringList m_rateLimitedNames;
     QStringList m_permissionWords;
     bool m_mentionsRateLimit = false;
 };
-
-/// The desktop's settings for what programs may write to.
-QUrl privacySettings();
 
 } // namespace ostrelle

@@ -10,9 +10,7 @@ namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-std::optional<ServiceRefusals::Cause> causeOf(const std::exception_ptr& failure) {
+std::optional<ServiceRefusals::Cause> serviceRefusal(const std::exception_ptr& failure) {
     const auto error = failureAs<OpenAIError>(failure);
     if (!error || error->kind() != OpenAIError::Case::http) {
         return std::nullopt;
@@ -34,8 +32,6 @@ std::optional<ServiceRefusals::Cause> causeOf(const std::exception_ptr& failure)
     }
 }
 
-} // namespace
-
 void ServiceRefusals::succeeded() {
     m_names.clear();
     m_inARow = 0;
@@ -44,7 +40,7 @@ void ServiceRefusals::succeeded() {
 
 std::optional<ServiceRefusals::Cause>
 ServiceRefusals::failed(const QString& name, const std::exception_ptr& failure, const QString& key) {
-    const std::optional<Cause> cause = causeOf(failure);
+    const std::optional<Cause> cause = serviceRefusal(failure);
     if (key != std::exchange(m_key, key)) {
         succeeded();
     }

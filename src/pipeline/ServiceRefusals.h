@@ -38,4 +38,7 @@ private:
     bool m_isReported = false;
 };
 
+/// What is wrong with the service if this failure tells; `failure` may be null.
+std::optional<ServiceRefusals::Cause> serviceRefusal(const std::exception_ptr& failure);
+
 } // namespace ostrelle

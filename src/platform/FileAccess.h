@@ -14,6 +14,8 @@ public:
     /// True when a grant was begun; end() must then follow.
     virtual bool begin(const QString& path) = 0;
     virtual void end(const QString& path) = 0;
+    /// Whether only files that the user has chosen may be used.
+    virtual bool isSandboxed() const = 0;
 };
 
 /// A desktop without a sandbox: nothing to grant.
@@ -21,6 +23,7 @@ class UnsandboxedAccess : public FileAccess {
 public:
     bool begin(const QString&) override { return false; }
     void end(const QString&) override {}
+    bool isSandboxed() const override { return false; }
 };
 
 /// Access to one file or folder for the length of a scope.

@@ -12,12 +12,16 @@ class AppEvents : public QObject {
 Q_SIGNALS:
     void showAboutWindow();
     void showSettingsWindow();
+    /// The settings at the server's tab.
+    void showServerSettings();
     void showHelpWindow();
     void showMainWindow();
     void showOnboardingWindow();
     void showAnalyticsWindow();
     void photoMechanicSettingChanged();
     void triggerManualFTPDownload();
+    /// The user wants to choose the watch folder.
+    void chooseWatchFolder();
     /// A file was added to the manifest of processed files.
     void manifestUpdated();
 };

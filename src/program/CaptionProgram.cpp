@@ -41,7 +41,8 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .clock = clock,
             .log = given.console,
             .captioning = [this](ImageRequest request) { return analyzer.captionWatched(request); },
-            .onFailure = [this](const ImageOutcome& image) { analyzer.announceFailure(image); }})
+            .onFailure = [this](const ImageOutcome& image) { analyzer.announceFailure(image); },
+            .onLooked = [this](const std::optional<QString>& trouble) { status.setSourceTrouble(trouble); }})
     , fetched(given.defaults)
     , downloads({.manifest = manifest,
                  .tracker = tracker,
@@ -84,6 +85,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
     };
     QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, showManifestFailure);
     QObject::connect(&analyzer, &Analyzer::imageFinished, &status, [this](const ImageOutcome& image) {
+        failures.take(image);
         if (isDone(image.kind)) {
             fetched.remove(image.file); // whoever had it captioned
         }

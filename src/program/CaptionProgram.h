@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/Analyzer.h"
+#include "pipeline/FailedImages.h"
 #include "platform/FolderThreads.h"
 #include "platform/ImageClaims.h"
 #include "platform/PathReferences.h"
@@ -76,6 +77,7 @@ public:
     OpenAIClient openAI;
     CaptionTurns turns;
     Analyzer analyzer;
+    FailedImages failures;
     ProcessingTracker tracker{clock};
     LocalFolderScan scan;
     FetchedImages fetched;

@@ -116,6 +116,10 @@ void AppDelegate::observeEvents() {
     AppEvents& events = m_parts.events;
     connect(&events, &AppEvents::showAboutWindow, this, &AppDelegate::showAboutWindow);
     connect(&events, &AppEvents::showSettingsWindow, this, &AppDelegate::showSettingsWindow);
+    connect(&events, &AppEvents::showServerSettings, this, [this] {
+        showSettingsWindow();
+        m_settingsWindow->showServerTab();
+    });
     connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);

@@ -65,6 +65,8 @@ public:
     std::optional<QString> ftpStatusMessage() const { return m_ftpStatusMessage; }
     /// What else is to be said of the latest check or download: lines on what was not fetched, and why.
     QStringList ftpRemarks() const { return m_ftpRemarks; }
+    /// Why the watch folder or the server cannot be looked through, a sentence; nothing if it can.
+    std::optional<QString> sourceTrouble() const { return m_sourceTrouble; }
     bool ftpIsChecking() const { return m_ftpIsChecking; }
     bool ftpIsDownloading() const { return m_ftpIsDownloading; }
     /// Files that the current check has found.
@@ -108,6 +110,9 @@ public:
     }
     void setFtpRemarks(const QStringList& lines) {
         publish(this, m_ftpRemarks, lines, &StatusStore::ftpRemarksChanged);
+    }
+    void setSourceTrouble(const std::optional<QString>& reason) {
+        publish(this, m_sourceTrouble, reason, &StatusStore::sourceTroubleChanged);
     }
     void setFtpIsChecking(bool on) { publish(this, m_ftpIsChecking, on, &StatusStore::ftpIsCheckingChanged); }
     void setFtpIsDownloading(bool on) {
@@ -180,6 +185,7 @@ Q_SIGNALS:
     void nextScanCountdownChanged();
     void ftpStatusMessageChanged();
     void ftpRemarksChanged();
+    void sourceTroubleChanged();
     void ftpIsCheckingChanged();
     void ftpIsDownloadingChanged();
     void ftpFilesFoundChanged();
@@ -215,6 +221,7 @@ private:
     std::optional<qint64> m_nextScanCountdown;
     std::optional<QString> m_ftpStatusMessage;
     QStringList m_ftpRemarks;
+    std::optional<QString> m_sourceTrouble;
     bool m_ftpIsChecking = false;
     bool m_ftpIsDownloading = false;
     qint64 m_ftpFilesFound = 0;

@@ -79,6 +79,7 @@ void AutoModeController::stop() {
     StatusStore& status = m_parts.status;
     status.setFtpStatusMessage(std::nullopt);
     status.setFtpRemarks({});
+    status.setSourceTrouble(std::nullopt);
     status.setFtpIsChecking(false);
     status.setFtpIsDownloading(false);
     status.setFtpFilesFound(0);

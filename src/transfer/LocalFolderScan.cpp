@@ -5,10 +5,12 @@
 #include "core/OnThreadPool.h"
 #include "pipeline/FolderTidying.h"
 #include "pipeline/ImageListing.h"
+#include "platform/FileError.h"
 
 #include <QDir>
 #include <QList>
 #include <QThreadPool>
+#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -21,6 +23,13 @@ namespace {
 /// How many images are read at a time: few enough that the first need not wait long for its caption, and that
 /// deciding on them does not block the event loop for long.
 constexpr qsizetype imagesAtATime = 64;
+
+QString troubleOf(const QString& folder, const std::exception_ptr& failure) {
+    const auto error = failureAs<FileError>(failure);
+    const bool isGone = error && (error->code() == ENOENT || error->code() == ENOTDIR);
+    return isGone ? u"The watch folder is not there: "_s + folder
+                  : u"The watch folder cannot be read: "_s + wordsOf(failure);
+}
 
 struct ScanCounts {
     int toProcess = 0;
@@ -70,6 +79,9 @@ QCoro::Task<> LocalFolderScan::scanFolder(QString folder) {
         print(u"Error scanning directory: "_s + done.words());
     } else {
         summarize(*scan);
+    }
+    if (!scan->mark.isOvertaken()) {
+        m_parts.onLooked(done ? std::nullopt : std::optional(troubleOf(folder, done.failure())));
     }
     if (scan->batch->started == 0) {
         co_return;

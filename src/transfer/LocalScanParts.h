@@ -35,6 +35,9 @@ struct LocalScanParts {
     Captioning captioning;
     /// Called once for each image, and reason, that fails before it can be captioned.
     OutcomeListener onFailure = [](const ImageOutcome&) {};
+    /// Called after each look at the folder, with the reason if it failed, a sentence.
+    std::function<void(const std::optional<QString>& trouble)> onLooked = [](const std::optional<QString>&) {
+    };
 };
 
 } // namespace ostrelle

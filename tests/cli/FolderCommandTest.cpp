@@ -112,6 +112,24 @@ TEST_F(FolderCommandTest, SaysWhatCannotBeSaved) {
     EXPECT_EQ(line[u"warnings"_s].toArray().at(0).toString(), warning);
 }
 
+TEST_F(FolderCommandTest, AnInterruptedRunFinishesWhatIsInTheWorks) {
+    storeKey();
+    constexpr int images = 40; // several batches
+    for (int number = 0; number < images; ++number) {
+        rawImage(u"in/IMG_%1.dng"_s.arg(number));
+    }
+    QProcess program;
+    start(program, {u"--folder"_s, u"in"_s, u"--roster"_s, roster()});
+    ASSERT_EQ(readLines(program, 1).size(), 1);
+    ::kill(static_cast<pid_t>(program.processId()), SIGINT);
+    ASSERT_TRUE(program.waitForFinished(60'000));
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 1);
+    const QString errors = QString::fromUtf8(program.readAllStandardError());
+    EXPECT_TRUE(errors.contains(u"Interrupted. Captioned: "_s)) << errors.toStdString();
+    EXPECT_FALSE(errors.contains(u"not begun: 0."_s)) << errors.toStdString();
+}
+
 TEST_F(FolderCommandTest, WatchesAFolderUntilItIsInterrupted) {
     storeKey();
     QProcess program;

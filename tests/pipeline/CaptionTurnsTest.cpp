@@ -57,6 +57,23 @@ TEST_F(CaptionTurnsTest, ImagesTakeTheirPlacesInTheOrderInWhichTheyCame) {
     EXPECT_EQ(begunOnce(4).last(), u"d"_s);
 }
 
+TEST_F(CaptionTurnsTest, AStopEndsTheRunUnderWayAndDismissesWhatWaits) {
+    const Overtaking::Mark mark = turns->stopMark();
+    run(u"run"_s);
+    image(u"a"_s);
+    run(u"another"_s);
+    EXPECT_EQ(begunOnce(1), QStringList{u"run"_s});
+    turns->stop();
+    EXPECT_TRUE(turns->isRunEnding() && mark.isOvertaken());
+    leave(u"run"_s);
+    EXPECT_FALSE(turns->isRunEnding());
+    image(u"b"_s);
+    EXPECT_EQ(begunOnce(2).last(), u"b"_s);
+    waitUntil([this] { return sentAway.size() == 2; });
+    turns->stop(); // an image is no run: it finishes
+    EXPECT_FALSE(turns->isRunEnding());
+}
+
 TEST_F(CaptionTurnsTest, ARunGoesAheadOfWaitingImagesAndIsAlone) {
     image(u"a"_s);
     image(u"b"_s);

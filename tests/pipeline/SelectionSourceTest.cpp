@@ -38,6 +38,7 @@ protected:
     }
 
     QSignalSpy settingsShown{&events, &AppEvents::showSettingsWindow};
+    QSignalSpy folderWanted{&events, &AppEvents::chooseWatchFolder};
 };
 
 } // namespace
@@ -63,6 +64,21 @@ TEST_F(SelectionSourceTest, ASelectionThatIsNotCaptionedIsExplained) {
     EXPECT_TRUE(model.requests().isEmpty());
     EXPECT_FALSE(status.lastMessage());
     expectIdle();
+}
+
+TEST_F(SelectionSourceTest, WithoutASandboxARawBringsItsSidecarAlong) {
+    access.isGranting = false;
+    const QString raw = rawImage();
+    model.enqueue(refusal(401));
+    caption({raw});
+    EXPECT_EQ(notified(),
+              QStringList{u"Failed to caption 1 image. Files: IMG_1.DNG. OpenAI refused the API key "
+                          "(HTTP 401). Enter a valid one."_s})
+        << "the sidecar is not the trouble";
+    sidecar("Beside it");
+    caption({raw});
+    EXPECT_EQ(status.lastMessage(), u"Successfully captioned 1 image");
+    EXPECT_TRUE(alerts.shown.isEmpty());
 }
 
 TEST_F(SelectionSourceTest, AChosenSidecarThatIsMissingIsMadeFirst) {
@@ -94,10 +110,10 @@ TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess
         u"Failed to write captions to 2 images. Files: IMG_2.DNG, IMG_4290.JPG. Please grant folder "
         "access permissions. Error: "_s));
     ASSERT_EQ(alerts.titles(), QStringList{u"Permission Error — Cannot Write to Folder"_s});
-    EXPECT_TRUE(alerts.shown.first().text.endsWith(u"\n\nLocation: "_s + locked));
-    EXPECT_EQ(
-        workspace.links,
-        QList<QUrl>{QUrl(u"x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles"_s)});
+    const QString text = alerts.shown.first().text;
+    EXPECT_TRUE(text.contains(u"\n\nLocation: "_s + locked + u"\n\nThe folder belongs to "_s));
+    EXPECT_TRUE(text.endsWith(u" (r-xr-xr-x); you may not write into it."_s)) << text.toStdString();
+    EXPECT_EQ(workspace.links, QList<QUrl>{QUrl::fromLocalFile(locked)});
     EXPECT_EQ(status.lastMessage(), u"Captioned 1 image, failed 2");
     expectIdle();
 
@@ -105,7 +121,7 @@ TEST_F(SelectionSourceTest, AFolderThatCannotBeWrittenIsExplainedAfterTheSuccess
     caption({jpeg});
     setMode(locked, 0755);
     EXPECT_EQ(workspace.links.size(), 1);
-    EXPECT_EQ(settingsShown.size(), 1);
+    EXPECT_EQ(folderWanted.size(), 1);
     EXPECT_EQ(status.lastMessage(), u"Failed to caption 1 image");
 }
 

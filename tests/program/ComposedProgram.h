@@ -53,6 +53,7 @@ private:
 /// Records the sandbox grants, and expects that only held ones are given back.
 class RecordingAccess : public FileAccess {
 public:
+    bool isSandboxed() const override { return isGranting; }
     bool begin(const QString& path) override {
         if (isGranting) {
             held.append(path);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "services/OpenAIError.h"
 #include "shell/MenuContentViewFixture.h"
 #include "shell/toolkit/ColorSwatchPicker.h"
 #include "shell/toolkit/Picker.h"
@@ -228,14 +229,66 @@ TEST_F(MenuContentViewTest, TheKeyboardReachesEverythingFromTopToBottom) {
 TEST_F(MenuContentViewTest, ButtonsLeadElsewhere) {
     world.settings.setSourceType(SourceType::ftp);
     QSignalSpy settings(&world.events, &AppEvents::showSettingsWindow);
+    QSignalSpy server(&world.events, &AppEvents::showServerSettings);
     QSignalSpy help(&world.events, &AppEvents::showHelpWindow);
     click(u"keySettings"_s);
     click(u"ftpSettings"_s);
     QTest::keyClick(view.get(), Qt::Key_I, Qt::AltModifier);
     waitUntil([&help] { return help.size() == 1; }); // the button first shows as pressed
     click(u"sendFeedback"_s);
-    EXPECT_EQ(settings.size(), 2);
+    EXPECT_EQ(settings.size(), 1);
+    EXPECT_EQ(server.size(), 1);
     EXPECT_EQ(world.workspace.links.size(), 1);
+}
+
+TEST_F(MenuContentViewTest, WhatFailedStandsWithItsReasonUntilItIsDone) {
+    configure(true, true, true);
+    writeFile(world.folder.filePath(u"roster.txt"_s), "12\tJohn Smith\n");
+    world.settings.setCodeReplacementsFile(world.folder.filePath(u"roster.txt"_s));
+    const auto problems = [this] {
+        QApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QStringList words;
+        const QList<StatusMark*> labels = view->findChildren<StatusMark*>(u"problemWords"_s);
+        for (const StatusMark* label : labels) {
+            words += label->isVisible() ? QStringList{label->text()} : QStringList();
+        }
+        return words;
+    };
+    const auto end = [this](const QString& name, OutcomeKind kind, const std::exception_ptr& cause = {}) {
+        ImageOutcome image;
+        image.file = world.folder.filePath(name);
+        image.kind = kind;
+        image.cause = cause;
+        image.reason = u"It is damaged."_s;
+        world.analyzer.announceFailure(image);
+    };
+    const auto refused = std::make_exception_ptr(OpenAIError::http(401, u"{}"_s));
+    EXPECT_EQ(problems(), QStringList());
+    world.settings.setAutoMode(true);
+    auto* dot = find<QWidget>(u"autoModeDot"_s);
+    EXPECT_EQ(dot->accessibleName(), u"Watching"_s);
+    end(u"IMG_1.JPG"_s, OutcomeKind::failed, refused);
+    end(u"IMG_2.JPG"_s, OutcomeKind::failed, refused);
+    end(u"IMG_3.JPG"_s, OutcomeKind::failed, {});
+    EXPECT_EQ(problems(), (QStringList{u"2 images failed: OpenAI refused the API key (HTTP 401). Enter a "
+                                       "valid one."_s,
+                                       u"1 image failed: It is damaged."_s}));
+    EXPECT_EQ(dot->accessibleName(), u"Needs attention"_s);
+    end(u"IMG_1.JPG"_s, OutcomeKind::captioned);
+    EXPECT_TRUE(problems().value(0).startsWith(u"1 image failed: OpenAI refused"_s));
+    click(u"dismiss"_s);
+    EXPECT_EQ(problems(), QStringList{u"1 image failed: It is damaged."_s});
+    end(u"IMG_3.JPG"_s, OutcomeKind::skipped);
+    world.status.setSourceTrouble(u"The watch folder is not there: /mnt/card"_s);
+    EXPECT_EQ(problems(), QStringList{u"The watch folder is not there: /mnt/card"_s});
+    world.files.answer = {world.folder.path()};
+    click(u"remedy"_s);
+    await(view->finished());
+    EXPECT_EQ(world.settings.ingestFolder(), world.folder.path());
+    world.status.setSourceTrouble(std::nullopt);
+    EXPECT_EQ(problems(), QStringList());
+    EXPECT_EQ(dot->accessibleName(), u"Watching"_s);
 }
 
 } // namespace ostrelle

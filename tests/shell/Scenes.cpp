@@ -2,6 +2,7 @@
 #include "shell/Scenes.h"
 
 #include "pipeline/ReadinessRules.h"
+#include "services/OpenAIError.h"
 #include "shell/toolkit/ColorSwatchPicker.h"
 #include "shell/toolkit/InfoButton.h"
 #include "support/FileFacts.h"
@@ -108,6 +109,26 @@ void showTroubles(GameWorld& world) {
     world.status.setManifestFailure(u"No space left on device"_s);
 }
 
+void fail(GameWorld& world, const QString& name, int httpStatus) {
+    ImageOutcome image;
+    image.file = u"/home/desk/2025-10-26 UK–Tenn/"_s + name;
+    image.kind = OutcomeKind::failed;
+    image.cause = std::make_exception_ptr(OpenAIError::http(httpStatus, u"{}"_s));
+    world.analyzer.announceFailure(image);
+}
+
+void showProblems(GameWorld& world) {
+    world.settings.setAutoMode(true);
+    world.status.setNextScanCountdown(7);
+    world.status.setLastMessage(u"Done. Processed: 19, Failed: 6."_s);
+    world.status.setSourceTrouble(u"The watch folder is not there: /media/desk/EOS_DIGITAL/DCIM"_s);
+    for (int number = 1; number <= 5; ++number) {
+        fail(world, u"2N6A447%1.CR3"_s.arg(number), 401);
+    }
+    fail(world, u"2N6A4479.CR3"_s, 500);
+    QApplication::processEvents();
+}
+
 void showRosterProblem(GameWorld& world) {
     world.showTour(2);
     useSpoiltRoster(world);
@@ -183,6 +204,7 @@ QList<Scene> panelScenes() {
          }},
         {u"panel-first-start"_s, panel, forgetSettings},
         {u"panel-troubles"_s, panel, showTroubles},
+        {u"panel-problems"_s, panel, showProblems},
         {u"panel-ftp-incomplete"_s, panel,
          [](GameWorld& world) {
              world.settings.setSourceType(SourceType::ftp);

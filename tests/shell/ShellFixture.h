@@ -44,6 +44,8 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .defaults = defaults,
                      .prompts = prompts,
                      .analyzer = analyzer,
+                     .failures = program.failures,
+                     .log = log,
                      .turns = turns,
                      .notifications = notifications,
                      .threads = threads,

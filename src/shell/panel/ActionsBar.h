@@ -10,7 +10,8 @@ namespace ostrelle {
 class ActionButton;
 class PanelActions;
 
-/// The two actions: chosen images, and all of the source. Both are disabled while images are being captioned.
+/// The two actions: chosen images, and all of the source. While images are being captioned, both are disabled
+/// and can be stopped instead.
 class ActionsBar : public QWidget {
     Q_OBJECT
 
@@ -25,6 +26,7 @@ private:
     ShellParts m_parts;
     ActionButton* m_select;
     ActionButton* m_all;
+    ActionButton* m_stop;
 };
 
 } // namespace ostrelle

@@ -18,24 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A dot that shows that something is on.
-class Dot : public QWidget {
-public:
-    Dot() { setFixedSize(diameter, diameter); }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(Theme::of(*this).good);
-        painter.drawEllipse(rect());
-    }
-
-private:
-    static constexpr int diameter = 8;
-};
-
 QString nameOf(SourceType source) {
     return source == SourceType::local ? u"Automatically Caption New Images"_s
                                        : u"Automatically Download/Caption New Images Added to FTP Server"_s;
@@ -43,8 +25,34 @@ QString nameOf(SourceType source) {
 
 } // namespace
 
-AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, QWidget* parent)
-    : QWidget(parent), m_parts(parts), m_switch(new Switch) {
+/// A dot in the colour of the state, which it also has as a name.
+class AutoModeRow::Dot : public QWidget {
+public:
+    Dot() { setFixedSize(diameter, diameter); }
+
+    void setState(const QString& name, QColor Theme::* color) {
+        m_color = color;
+        setAccessibleName(name);
+        setToolTip(name);
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Theme::of(*this).*m_color);
+        painter.drawEllipse(rect());
+    }
+
+private:
+    static constexpr int diameter = 8;
+    QColor Theme::* m_color = &Theme::good;
+};
+
+AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, const Problems& problems, QWidget* parent)
+    : QWidget(parent), m_parts(parts), m_problems(problems), m_switch(new Switch) {
     m_switch->setObjectName(u"autoMode"_s);
     m_row = new SettingRow(nameOf(parts.settings.sourceType()), m_switch);
     m_row->setSecondLine(m_statusLine = makeStatusLine());
@@ -65,7 +73,11 @@ AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, QWidget* paren
     connect(&parts.settings, &SettingsStore::sourceTypeChanged, this, &AutoModeRow::showSource);
     connect(&parts.settings, &SettingsStore::autoModeChanged, this, &AutoModeRow::showState);
     connect(&parts.status, &StatusStore::nextScanCountdownChanged, this, &AutoModeRow::showState);
+    connect(&parts.status, &StatusStore::isProcessingChanged, this, &AutoModeRow::showDot);
+    connect(&parts.status, &StatusStore::ftpIsDownloadingChanged, this, &AutoModeRow::showDot);
+    connect(&problems, &Problems::changed, this, &AutoModeRow::showDot);
     showState();
+    showDot();
 }
 
 QWidget* AutoModeRow::makeStatusLine() {
@@ -78,7 +90,9 @@ QWidget* AutoModeRow::makeStatusLine() {
     auto* layout = new QHBoxLayout(line);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(measure::controlSpacing);
-    layout->addWidget(new Dot);
+    m_dot = new Dot;
+    m_dot->setObjectName(u"autoModeDot"_s);
+    layout->addWidget(m_dot);
     layout->addWidget(m_status, 1);
     return line;
 }
@@ -89,6 +103,17 @@ void AutoModeRow::showState() {
     const std::optional<QString> line = autoModeLine(isOn, m_parts.status);
     m_status->setText(line.value_or(QString()));
     m_statusLine->setVisible(line.has_value());
+}
+
+void AutoModeRow::showDot() {
+    const StatusStore& status = m_parts.status;
+    if (!m_problems.list().isEmpty()) {
+        m_dot->setState(u"Needs attention"_s, &Theme::missing);
+    } else if (status.isProcessing() || status.ftpIsDownloading()) {
+        m_dot->setState(u"Working"_s, &Theme::accent);
+    } else {
+        m_dot->setState(u"Watching"_s, &Theme::good);
+    }
 }
 
 void AutoModeRow::showSource() {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "shell/panel/ShellParts.h"
+#include "shell/panel/Problems.h"
 
 #include <QWidget>
 
@@ -17,18 +17,24 @@ class AutoModeRow : public QWidget {
     Q_OBJECT
 
 public:
-    /// The actions must outlive the row.
-    AutoModeRow(ShellParts parts, PanelActions& actions, QWidget* parent = nullptr);
+    /// The actions and problems must outlive the row.
+    AutoModeRow(ShellParts parts, PanelActions& actions, const Problems& problems, QWidget* parent = nullptr);
 
 private:
+    class Dot;
+
     QWidget* makeStatusLine();
     void showState();
+    /// Watching, working, or in need of attention.
+    void showDot();
     void showSource();
 
     ShellParts m_parts;
+    const Problems& m_problems;
     Switch* m_switch;
     SettingRow* m_row;
     QWidget* m_statusLine = nullptr;
+    Dot* m_dot = nullptr;
     CounterLabel* m_status = nullptr;
 };
 

@@ -113,7 +113,7 @@ void ConfigurationCard::addHost() {
     auto* button = new ActionButton(u"Settings"_s);
     button->setObjectName(u"ftpSettings"_s);
     button->setAccessibleDescription(u"FTP Server"_s);
-    connect(button, &ActionButton::clicked, &m_parts.events, &AppEvents::showSettingsWindow);
+    connect(button, &ActionButton::clicked, &m_parts.events, &AppEvents::showServerSettings);
 
     auto* line = new QHBoxLayout(m_hostRow);
     line->setContentsMargins(measure::cardPadding, 4, measure::cardPadding, 4);

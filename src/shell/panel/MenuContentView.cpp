@@ -8,6 +8,7 @@
 #include "shell/panel/AutoModeRow.h"
 #include "shell/panel/ConfigurationCard.h"
 #include "shell/panel/LastMessageLine.h"
+#include "shell/panel/ProblemsSection.h"
 #include "shell/panel/ProcessingCard.h"
 #include "shell/panel/ProgressSection.h"
 #include "shell/panel/SavingNotice.h"
@@ -49,10 +50,11 @@ void acceptAsCopy(QDropEvent* event) {
 } // namespace
 
 MenuContentView::MenuContentView(ShellParts parts, QWidget* parent)
-    : QWidget(parent), m_parts(parts), m_actions(parts) {
+    : QWidget(parent), m_parts(parts), m_actions(parts), m_problems(parts, m_actions.roster()) {
     setObjectName(u"mainPanel"_s);
     setAcceptDrops(true);
     setFocusPolicy(Qt::ClickFocus);
+    connect(&parts.events, &AppEvents::chooseWatchFolder, &m_actions, &PanelActions::chooseWatchFolder);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -127,7 +129,8 @@ QWidget* MenuContentView::makeFoot() {
     auto* foot = new PanelFoot;
     foot->addRow(new ProgressSection(m_parts));
     foot->addRow(new LastMessageLine(m_parts.status));
-    foot->addBareRow(new AutoModeRow(m_parts, m_actions));
+    foot->addRow(new ProblemsSection(m_parts, m_actions, m_problems));
+    foot->addBareRow(new AutoModeRow(m_parts, m_actions, m_problems));
     foot->addRow(new ActionsBar(m_parts, m_actions));
     foot->addBareRow(makeLinks());
     return foot;

@@ -38,6 +38,7 @@ private:
 
     ShellParts m_parts;
     PanelActions m_actions;
+    Problems m_problems;
     SavingNotice* m_savingNotice = nullptr;
 };
 

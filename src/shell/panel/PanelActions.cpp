@@ -105,6 +105,42 @@ void PanelActions::chooseCodeReplacements() {
     begin(&PanelActions::askForCodeReplacements);
 }
 
+void PanelActions::stop() {
+    m_parts.settings.setAutoMode(false); // or the next scan would begin them again
+    m_parts.turns.stop();
+}
+
+void PanelActions::help(const Problem& problem, Problem::Remedy remedy) {
+    using Remedy = Problem::Remedy;
+    const bool isLocal = m_parts.settings.sourceType() == SourceType::local;
+    switch (remedy) {
+    case Remedy::tryAgain:
+        if (!m_isAsking) {
+            m_tasks.spawn(admitFiles(this, problem.files));
+        }
+        break;
+    case Remedy::openSettings:
+        Q_EMIT m_parts.events.showSettingsWindow();
+        break;
+    case Remedy::openServerSettings:
+        Q_EMIT m_parts.events.showServerSettings();
+        break;
+    case Remedy::chooseFolder:
+        isLocal ? chooseWatchFolder() : chooseDestinationFolder();
+        break;
+    case Remedy::chooseRoster:
+        chooseCodeReplacements();
+        break;
+    case Remedy::openFolder:
+        m_parts.workspace.openLink(QUrl::fromLocalFile(QFileInfo(problem.files.value(0)).path()));
+        break;
+    }
+}
+
+void PanelActions::showLog() {
+    m_parts.workspace.openLink(QUrl::fromLocalFile(m_parts.log.path()));
+}
+
 void PanelActions::take(const DroppedFiles& files) {
     if (!m_isAsking) {
         m_tasks.spawn(files.paths.size() == 1 ? takeOne(this, files) : admitFiles(this, files.paths));

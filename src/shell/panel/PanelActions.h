@@ -4,6 +4,7 @@
 #include "core/TaskGroup.h"
 #include "pipeline/ReadinessRules.h"
 #include "shell/desktop/DroppedFiles.h"
+#include "shell/panel/Problems.h"
 #include "shell/panel/ShellParts.h"
 #include "transfer/RosterWatch.h"
 
@@ -36,6 +37,11 @@ public:
     void chooseWatchFolder();
     void chooseDestinationFolder();
     void chooseCodeReplacements();
+    /// Lets the images in the works finish and begins no others; turns auto mode off.
+    void stop();
+    /// Does what helps against a problem.
+    void help(const Problem& problem, Problem::Remedy remedy);
+    void showLog();
 
     /// True while a question is open, here or elsewhere in the program.
     bool isAsking() const;

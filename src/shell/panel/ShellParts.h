@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/Analyzer.h"
+#include "pipeline/FailedImages.h"
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
@@ -35,6 +36,8 @@ struct ShellParts {
     DefaultsStore& defaults;
     PromptService& prompts;
     Analyzer& analyzer;
+    FailedImages& failures;
+    AnalyzerLog& log;
     CaptionTurns& turns;
     NotificationManager& notifications;
     FolderThreads& threads;

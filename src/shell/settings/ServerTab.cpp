@@ -50,7 +50,9 @@ ServerTab::ServerTab(ShellParts parts, SettingsActions& actions, QWidget* parent
                   "wait for files to finish uploading to the FTP server before downloading to your local "
                   "machine."_s,
                   TypeSize::small, TextTone::dim));
-    addField(*card, u"Host:"_s, makeField(u"ftpHost"_s, u"ftp.example.com"_s),
+    QLineEdit* host = makeField(u"ftpHost"_s, u"ftp.example.com"_s);
+    setFocusProxy(host);
+    addField(*card, u"Host:"_s, host,
              {&SettingsStore::ftpHost, &SettingsStore::setFtpHost, &SettingsStore::ftpHostChanged});
     addPort(*card);
     addField(

@@ -62,6 +62,12 @@ SettingsView::SettingsView(ShellParts parts, QWidget* parent)
     addShortcuts();
 }
 
+void SettingsView::showServerTab() {
+    constexpr int serverTab = 1;
+    m_bar->setCurrentIndex(serverTab);
+    m_serverTab->setFocus();
+}
+
 QWidget* SettingsView::makeHead() {
     auto* head = new Head;
     auto* line = new QHBoxLayout(head);
@@ -74,7 +80,8 @@ QWidget* SettingsView::makeHead() {
 
 void SettingsView::addTabs() {
     addTab(IconName::key, u"&API"_s, new ApiTab(m_parts, m_actions));
-    addTab(IconName::server, u"&FTP"_s, new ServerTab(m_parts, m_actions));
+    m_serverTab = new ServerTab(m_parts, m_actions);
+    addTab(IconName::server, u"&FTP"_s, m_serverTab);
     addTab(IconName::bubble, u"&Captioning"_s, new CaptioningTab(m_parts.settings));
     addTab(IconName::chart, u"&Statistics"_s, new StatisticsTab(m_parts, m_actions));
     connect(m_bar, &QTabBar::currentChanged, m_pages, &QStackedWidget::setCurrentIndex);

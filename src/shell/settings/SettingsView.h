@@ -21,6 +21,8 @@ class SettingsView : public QWidget {
 public:
     explicit SettingsView(ShellParts parts, QWidget* parent = nullptr);
 
+    void showServerTab();
+
     /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }
 
@@ -39,6 +41,7 @@ private:
     SettingsActions m_actions;
     SettingsTabBar* m_bar;
     QStackedWidget* m_pages;
+    QWidget* m_serverTab = nullptr;
 };
 
 } // namespace ostrelle

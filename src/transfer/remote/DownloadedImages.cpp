@@ -48,7 +48,9 @@ QString nameOf(const QString& file) {
 
 } // namespace
 
-QCoro::Task<> DownloadedImages::caption(QStringList images) {
+QCoro::Task<QStringList> DownloadedImages::caption(QStringList images) {
+    const Overtaking::Mark mark = m_parts.turns.stopMark();
+    QStringList left;
     QSet<QString> old;
     for (const QString& file : std::as_const(images)) {
         const bool isKnown = co_await m_parts.manifest.isProcessed(file);
@@ -56,35 +58,45 @@ QCoro::Task<> DownloadedImages::caption(QStringList images) {
             old.insert(file);
         }
     }
-    for (qsizetype index = 0; index < images.size() && !m_parts.turns.isClosed(); ++index) {
+    for (qsizetype index = 0; index < images.size(); ++index) {
         m_parts.progress.expectDownloaded(index + 1, images.size());
-        co_await process(images.at(index), old.contains(images.at(index)));
+        const QString file = images.at(index);
+        const bool isBegun = !mark.isOvertaken() && co_await process(file, old.contains(file), mark);
+        left += isBegun ? QStringList() : QStringList{file};
     }
     if (images.isEmpty()) {
         m_parts.status.setFtpStatusMessage(std::nullopt);
     }
     m_parts.progress.endDownloaded();
+    co_return left;
 }
 
-QCoro::Task<> DownloadedImages::captionAll(QStringList images) {
+QCoro::Task<QStringList> DownloadedImages::captionAll(QStringList images) {
+    const Overtaking::Mark mark = m_parts.turns.stopMark();
+    QStringList left;
     print(u"Manual download completed: %1 files downloaded"_s.arg(images.size()));
     qint64 successful = 0;
     QStringList failed;
-    for (qsizetype index = 0; index < images.size() && !m_parts.turns.isClosed(); ++index) {
+    for (qsizetype index = 0; index < images.size(); ++index) {
         const QString file = images.at(index);
+        if (mark.isOvertaken()) {
+            left.append(file);
+            continue;
+        }
         m_parts.progress.expectDownloaded(index + 1, images.size());
         const bool wasKnown = co_await m_parts.manifest.isProcessed(file);
         if (wasKnown) {
             print(nameOf(file) + u" already processed, skipping"_s);
-        } else {
-            co_await process(file, false);
+        } else if (!co_await process(file, false, mark)) {
+            left.append(file);
+            continue;
         }
         const bool isKnown = co_await m_parts.manifest.isProcessed(file);
         successful += isKnown ? 1 : 0;
         failed += isKnown ? QStringList() : QStringList{nameOf(file)};
     }
     if (m_parts.turns.isClosed()) {
-        co_return; // the program ends
+        co_return left; // the program ends
     }
     m_parts.status.setFtpStatusMessage(
         images.isEmpty()
@@ -97,39 +109,42 @@ QCoro::Task<> DownloadedImages::captionAll(QStringList images) {
         print(u"Manual FTP download notification sent: %1 successful, %2 failed"_s.arg(successful)
                   .arg(failed.size()));
     }
+    co_return left;
 }
 
-QCoro::Task<> DownloadedImages::process(QString file, bool isOld) {
+QCoro::Task<bool> DownloadedImages::process(QString file, bool isOld, Overtaking::Mark mark) {
     const QString name = nameOf(file);
     print(u"Processing downloaded file: "_s + name);
     if (m_parts.tracker.isProcessing(name)) {
         print(u"Already processing %1, skipping"_s.arg(name));
-        co_return;
+        co_return true;
     }
     const bool isKnown = co_await m_parts.manifest.isProcessed(file);
     if (isKnown && !isOld) {
         print(name + u" was captioned by another run meanwhile"_s);
-        co_return;
+        co_return true;
     }
     if (isKnown) {
         print(name + u" already processed, skipping and cleaning up downloaded file"_s);
         DestinationFolder folder(QFileInfo(file).path(), m_parts.threads, m_parts.access, m_parts.claims);
         co_await attempt(folder.putAway(name));
-        co_return;
+        co_return true;
     }
     const ScopedAccess access(m_parts.access, QFileInfo(file).path());
     if (access.isGranted()) {
         print(u"Started security-scoped access for destination folder"_s);
     }
+    bool isBegun = true;
     const bool ready = co_await isReady(file);
     if (ready) {
         print(u"Starting analysis for %1 (security-scoped access: %2)"_s.arg(
             name, access.isGranted() ? u"true"_s : u"false"_s));
-        co_await captionOne(file);
+        isBegun = co_await captionOne(file, mark);
     }
     if (access.isGranted()) {
         print(u"Stopped security-scoped access for destination folder"_s);
     }
+    co_return isBegun;
 }
 
 QCoro::Task<bool> DownloadedImages::isReady(QString file) {
@@ -171,16 +186,16 @@ void DownloadedImages::fail(const QString& file, const QString& reason) {
     m_parts.onFailure(outcome);
 }
 
-QCoro::Task<> DownloadedImages::captionOne(QString file) {
+QCoro::Task<bool> DownloadedImages::captionOne(QString file, Overtaking::Mark mark) {
     constexpr std::chrono::seconds rest{1};
     const QString name = nameOf(file);
     m_parts.tracker.begin(name);
     co_await attempt(m_parts.clock.sleep(rest));
     auto outcome = co_await attempt(m_parts.captioning(file));
     while (outcome && outcome->kind == OutcomeKind::notBegun) { // dismissed
-        if (m_parts.turns.isClosed()) {
+        if (mark.isOvertaken()) {
             m_parts.tracker.release(name);
-            co_return;
+            co_return false;
         }
         outcome = co_await attempt(m_parts.captioning(file));
     }
@@ -188,6 +203,7 @@ QCoro::Task<> DownloadedImages::captionOne(QString file) {
     m_parts.tracker.finish(name, isDone);
     print(isDone ? u"✓ Successfully processed "_s + name : u"✗ Failed to process "_s + name);
     print(u"Finished captioning %1 - %2"_s.arg(name, isDone ? u"success"_s : u"failed"_s));
+    co_return true;
 }
 
 void DownloadedImages::print(const QString& words) {

@@ -49,18 +49,20 @@ public:
     DownloadedImages(const DownloadedImages&) = delete;
     DownloadedImages& operator=(const DownloadedImages&) = delete;
 
-    /// The images of a poll, which may be none. Never throws.
-    QCoro::Task<> caption(QStringList images);
-    /// The images of a full download, of whose end the user is notified. Never throws.
-    QCoro::Task<> captionAll(QStringList images);
+    /// The images of a poll, which may be none. Resumes with those that were not begun, as they were stopped.
+    /// Never throws.
+    QCoro::Task<QStringList> caption(QStringList images);
+    /// The same for the images of a full download, of whose end the user is notified.
+    QCoro::Task<QStringList> captionAll(QStringList images);
 
 private:
-    /// `isOld` if it was captioned before it was fetched: then it is put away.
-    QCoro::Task<> process(QString file, bool isOld);
+    /// `isOld` if it was captioned before it was fetched: then it is put away. False if it was stopped before
+    /// its turn.
+    QCoro::Task<bool> process(QString file, bool isOld, Overtaking::Mark mark);
     /// Whether there is something to caption; makes a missing sidecar. Each reason against it is logged.
     QCoro::Task<bool> isReady(QString file);
     void fail(const QString& file, const QString& reason);
-    QCoro::Task<> captionOne(QString file);
+    QCoro::Task<bool> captionOne(QString file, Overtaking::Mark mark);
     void print(const QString& words);
 
     DownloadedImagesParts m_parts;

@@ -114,6 +114,7 @@ QCoro::Task<> FTPWatcher::poll(NewFiles onNewFiles, Overtaking::Mark mark) {
     if (!done) {
         fail(u"Error polling FTP: "_s, done.failure(), mark);
     } else {
+        m_parts.status.setSourceTrouble(std::nullopt);
         m_parts.listener.allEnded(m_client->listingProblem());
     }
     end(mark);
@@ -174,6 +175,7 @@ QCoro::Task<> FTPWatcher::downloadAllFiles(NewFiles onComplete) {
     if (!done) {
         fail(u"Error downloading all files: "_s, done.failure(), mark);
     } else {
+        m_parts.status.setSourceTrouble(std::nullopt);
         m_parts.listener.allEnded(m_client->listingProblem());
     }
     end(mark);
@@ -283,6 +285,7 @@ void FTPWatcher::fail(const QString& heading, const std::exception_ptr& failure,
     print(heading + wordsOf(failure) + reason);
     if (!mark.isOvertaken()) {
         m_parts.status.setFtpStatusMessage(u"Error: "_s + wordsOf(failure) + reason);
+        m_parts.status.setSourceTrouble(u"The folder on the FTP server cannot be looked through."_s);
         m_parts.listener.allEnded(wordsOf(failure) + reason);
     }
 }

@@ -26,7 +26,7 @@ void ServerSource::start() {
     m_watcher->start(interval, [this](const QStringList& images) {
         m_parts.log.print(u"[FTPWatcher] Found %1 new files from FTP"_s.arg(images.size()));
         m_parts.onPolled();
-        m_captioning.spawn(m_parts.images.caption(images));
+        m_captioning.spawn(caption(m_parts.images.caption(images)));
     });
 }
 
@@ -66,9 +66,17 @@ void ServerSource::downloadAll() {
     }
     print(u"Manual FTP download triggered"_s);
     const NewFiles onComplete = [this](const QStringList& images) {
-        m_captioning.spawn(m_parts.images.captionAll(images));
+        m_captioning.spawn(caption(m_parts.images.captionAll(images)));
     };
     m_transfers.spawn(download(m_watcher, onComplete));
+}
+
+/// Images that are stopped before their turn are handed on again by the next poll.
+QCoro::Task<> ServerSource::caption(QCoro::Task<QStringList> captioning) {
+    const QStringList left = co_await captioning;
+    for (const QString& image : left) {
+        m_ledger.takeBack(image);
+    }
 }
 
 /// What the status shows; empty if nothing is missing.

@@ -74,6 +74,7 @@ private:
     std::unique_ptr<FileTransferClient> makeClient() const;
     std::shared_ptr<FTPWatcher> makeWatcher();
     QString missingForDownload();
+    QCoro::Task<> caption(QCoro::Task<QStringList> captioning);
     static QCoro::Task<> keepUntilFinished(std::shared_ptr<FTPWatcher> watcher);
     static QCoro::Task<> download(std::shared_ptr<FTPWatcher> watcher, NewFiles onComplete);
     void print(const QString& words);
