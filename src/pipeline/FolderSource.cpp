@@ -3,6 +3,7 @@
 
 #include "core/Attempt.h"
 #include "core/Text.h"
+#include "pipeline/CaptionCount.h"
 #include "pipeline/CodeReplacements.h"
 #include "pipeline/ImageListing.h"
 #include "pipeline/MissingKey.h"
@@ -108,6 +109,11 @@ QCoro::Task<std::optional<RunImages>> FolderSource::find() {
     }
     if (m_which == FolderImages::onlyNew) {
         images.files = co_await withoutProcessed(images.files);
+    } else if (m_which == FolderImages::withoutCaption) {
+        auto select = [files = images.files, zone = m_parts.clock.timeZone()] {
+            return withoutCaption(files, zone);
+        };
+        images.files = co_await onThreadPool(m_parts.threads.of(m_folder), select);
     } else {
         m_parts.log.appendToLog(
             u"[Analyzer] Force Re-analyze All: Processing all %1 files, ignoring manifest"_s.arg(

@@ -15,7 +15,8 @@ namespace ostrelle {
 /// Which images of a folder a run is to caption.
 enum class FolderImages {
     all,
-    onlyNew, ///< those that are not in the manifest
+    onlyNew,        ///< those that are not in the manifest
+    withoutCaption, ///< those that have no caption at all
 };
 
 /// The images of the folder in the settings: the ingest folder or the remote source's destination. Requires a

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pipeline/ReadinessRules.h"
 
+#include "core/Text.h"
 #include "pipeline/ManualSelection.h"
 #include "product/ApiKey.h"
 
@@ -40,6 +41,18 @@ QString configurationText(const QString& entry) {
         return u"Please select a %1 before processing."_s.arg(entry);
     }
     return u"Please configure %1 before processing."_s.arg(entry);
+}
+
+/// How many images there are, and what becomes of the captions that they have.
+QString countWords(const CaptionCount& count, bool isOverwriting) {
+    const QString images = u"%1 image%2"_s.arg(count.images).arg(plural(count.images));
+    const qsizetype captioned = isOverwriting ? count.captioned : count.lasting;
+    if (captioned == 0) {
+        return images + u"; none has a caption yet."_s;
+    }
+    const QString have = captioned == 1 ? u"has a caption"_s : u"have captions"_s;
+    return u"%1; %2 %3 that will be %4."_s.arg(images, QString::number(captioned), have,
+                                               isOverwriting ? u"replaced"_s : u"left alone"_s);
 }
 
 } // namespace
@@ -110,12 +123,19 @@ std::optional<Alert> switchAutoMode(SettingsStore& settings, const Readiness& re
     return refusal;
 }
 
-Alert captionAllQuestion() {
+Alert captionAllQuestion(const std::optional<CaptionCount>& count, bool isOverwriting) {
     Alert alert;
     alert.title = u"Caption All Local Images?"_s;
     alert.text = u"This will caption ALL images in the configured folder. This may take a while depending on "
                  "the number of files."_s;
     alert.buttons = QStringList{u"Cancel"_s, u"Caption All"_s};
+    if (count) {
+        alert.text += u"\n\n"_s + countWords(*count, isOverwriting);
+        const qsizetype without = count->images - count->captioned;
+        if (isOverwriting && count->captioned > 0 && without > 0) {
+            alert.buttons.append(u"Only the %1 Without"_s.arg(without));
+        }
+    }
     return alert;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/SourceType.h"
+#include "pipeline/CaptionCount.h"
 #include "platform/Alerts.h"
 #include "platform/DefaultsStore.h"
 #include "state/SettingsStore.h"
@@ -38,8 +39,10 @@ std::optional<Alert> autoModeRefusal(const Readiness& readiness);
 /// Turns auto mode on or off. If it cannot be turned on, it is off and the alert says why.
 std::optional<Alert> switchAutoMode(SettingsStore& settings, const Readiness& readiness, bool on);
 
-/// The questions before all images of the source are captioned; the second button means yes.
-Alert captionAllQuestion();
+/// The question before all images of the watch folder are captioned; the second button means yes, the third,
+/// if any, only those without a caption. Without a count, it does not tell how many there are.
+Alert captionAllQuestion(const std::optional<CaptionCount>& count = {}, bool isOverwriting = true);
+/// The question before all is fetched from the server; the second button means yes.
 Alert downloadAllQuestion();
 
 } // namespace ostrelle

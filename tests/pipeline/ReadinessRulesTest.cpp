@@ -108,4 +108,27 @@ TEST_F(PipelineTest, AutoModeIsOnlyTurnedOnWhenAllIsThere) {
     EXPECT_FALSE(settings.autoMode());
 }
 
+TEST(CaptionAllQuestionTest, TellsHowManyThereAreAndWhatIsLost) {
+    const struct {
+        CaptionCount count;
+        bool isOverwriting;
+        QString words;
+        QStringList furtherButtons;
+    } rows[] = {
+        {{60, 4, 3},
+         true,
+         u"60 images; 4 have captions that will be replaced."_s,
+         {u"Only the 56 Without"_s}},
+        {{60, 4, 3}, false, u"60 images; 3 have captions that will be left alone."_s, {}},
+        {{2, 2, 0}, true, u"2 images; 2 have captions that will be replaced."_s, {}},
+        {{2, 1, 0}, true, u"2 images; 1 has a caption that will be replaced."_s, {u"Only the 1 Without"_s}},
+        {{1, 0, 0}, true, u"1 image; none has a caption yet."_s, {}},
+    };
+    for (const auto& row : rows) {
+        const Alert alert = captionAllQuestion(row.count, row.isOverwriting);
+        EXPECT_EQ(alert.text, captionAllQuestion().text + u"\n\n"_s + row.words);
+        EXPECT_EQ(alert.buttons.mid(2), row.furtherButtons);
+    }
+}
+
 } // namespace ostrelle

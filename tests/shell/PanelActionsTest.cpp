@@ -107,6 +107,24 @@ TEST_F(PanelActionsTest, AllImagesAreCaptionedOnlyAfterAYes) {
     EXPECT_EQ(world.alerts.shown.last().title, u"Download and Caption All Files?"_s);
 }
 
+TEST_F(PanelActionsTest, ImagesWithoutACaptionCanBeChosenFromAll) {
+    configure(true, true, true);
+    const QByteArray caption = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                               "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+                               "xmlns:dc='http://purl.org/dc/elements/1.1/'><dc:description><rdf:Alt><rdf:li "
+                               "xml:lang='x-default'>Typed by hand</rdf:li></rdf:Alt></dc:description>"
+                               "</rdf:Description></rdf:RDF></x:xmpmeta>";
+    touch(u"a.cr3"_s);
+    writeFile(world.folder.filePath(u"a.xmp"_s), caption);
+    touch(u"b.cr3"_s);
+    world.alerts.answer = 2;
+    click(u"captionAll"_s);
+    EXPECT_TRUE(
+        world.alerts.shown.first().text.endsWith(u"2 images; 1 has a caption that will be replaced."_s));
+    EXPECT_EQ(world.status.lastMessage(), u"Done. Processed: 0, Failed: 1."_s) << "no model answers";
+    EXPECT_EQ(contentsOf(world.folder.filePath(u"a.xmp"_s)), caption);
+}
+
 TEST_F(PanelActionsTest, ASelectionBeginsInTheFolderAndGoesOnByItsOwnRules) {
     configure(true, true, true);
     click(u"selectImages"_s); // the user cancels

@@ -225,7 +225,9 @@ QList<Scene> panelScenes() {
         {u"alert-missing"_s,
          {},
          [](GameWorld& world) { world.ask(configurationAlert({u"OpenAI API Key"_s, u"Watch Folder"_s})); }},
-        {u"alert-caption-all"_s, {}, [](GameWorld& world) { world.ask(captionAllQuestion()); }},
+        {u"alert-caption-all"_s,
+         {},
+         [](GameWorld& world) { world.ask(captionAllQuestion(CaptionCount{60, 4, 3})); }},
     };
 }
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/panel/PanelActions.h"
 
+#include "core/Attempt.h"
 #include "core/OnThreadPool.h"
+#include "pipeline/CaptionCount.h"
+#include "pipeline/ImageListing.h"
 #include "platform/Patience.h"
 
 #include <QApplication>
@@ -18,6 +21,23 @@ namespace {
 QCoro::Task<> lookWhetherFolder(QThreadPool* thread, QString path, std::shared_ptr<bool> isFolder) {
     auto look = [path] { return QFileInfo(path).isDir(); };
     *isFolder = co_await onThreadPool(thread, look);
+}
+
+/// A folder that does not answer, or is not there, is not counted.
+QCoro::Task<> countWatched(ShellParts parts, std::shared_ptr<std::optional<CaptionCount>> result) {
+    const QString folder = parts.settings.ingestFolder().value_or(QString());
+    auto count = [folder, zone = parts.clock.timeZone()] {
+        QStringList files;
+        const QStringList names = listImages(folder).images;
+        for (const QString& name : names) {
+            files.append(folder + u'/' + name);
+        }
+        return countCaptions(files, zone);
+    };
+    const auto counted = co_await attempt(onThreadPool(parts.threads.of(folder), count));
+    if (counted && counted->images > 0) {
+        *result = *counted;
+    }
 }
 
 Alert uselessFileNews(const QString& path) {
@@ -240,14 +260,21 @@ QCoro::Task<> PanelActions::confirmAll(Self self) {
         co_return;
     }
     const bool isLocal = parts.settings.sourceType() == SourceType::local;
-    const Alert confirmation = isLocal ? captionAllQuestion() : downloadAllQuestion();
+    const auto count = std::make_shared<std::optional<CaptionCount>>();
+    if (isLocal) {
+        co_await endsWithin(countWatched(parts, count), parts.clock, RosterWatch::patience);
+    }
+    const Alert confirmation = isLocal ? captionAllQuestion(*count, parts.settings.alwaysOverwriteCaptions())
+                                       : downloadAllQuestion();
     const QString answer = co_await parts.alerts.show(confirmation);
     question.reset();
-    if (answer != (isLocal ? u"Caption All" : u"Download All")) {
+    const qsizetype button = answer.isEmpty() ? 0 : confirmation.buttons.indexOf(answer);
+    if (button < 1) {
         co_return;
     }
     if (isLocal) {
-        co_await parts.analyzer.recaptionFolder(FolderImages::all);
+        co_await parts.analyzer.recaptionFolder(button == 1 ? FolderImages::all
+                                                            : FolderImages::withoutCaption);
     } else {
         Q_EMIT parts.events.triggerManualFTPDownload();
     }
