@@ -4,6 +4,7 @@
 #include "core/Text.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace ostrelle {
 
@@ -47,16 +48,36 @@ QString captionLine(const StatusStore& status) {
     return status.currentFileName().value_or(status.lastMessage().value_or(u"Processing..."_s));
 }
 
+/// How long the rest will take, from the runs before this one; empty if there were none.
+QString timeLeft(const StatusStore& status, qint64 imagesLeft) {
+    constexpr double longestInSeconds = 90;
+    const double seconds = status.averageProcessingTime() * static_cast<double>(imagesLeft);
+    if (seconds < 1) {
+        return {};
+    }
+    return seconds < longestInSeconds ? u" · about %1 s"_s.arg(std::lround(seconds))
+                                      : u" · about %1 min"_s.arg(std::lround(seconds / 60));
+}
+
+/// Of a run over several images.
+QString doneOfTotal(const StatusStore& status) {
+    const qint64 done = status.processed() + status.failed();
+    const qint64 total = status.totalFiles();
+    return total < 2 ? QString()
+                     : u"%1 of %2"_s.arg(done).arg(total) + timeLeft(status, std::max<qint64>(total - done, 0));
+}
+
 QList<ProgressRow> localRunRows(const StatusStore& status) {
     const bool isInBatches = status.totalBatchCount() >= 2;
     QList<ProgressRow> rows{{.text = isInBatches ? u"Processing %1 images total"_s.arg(status.totalFiles())
                                                  : u"%1 images"_s.arg(status.totalFiles()),
                              .style = Style::heading},
-                            {.text = captionLine(status), .isElided = true}};
+                            {.text = captionLine(status), .count = doneOfTotal(status), .isElided = true}};
     if (status.totalBatchCount() >= 1) {
         const qint64 size = status.currentBatchSize();
         rows.append(
             {.text = u"Batch %1: %2 image%3"_s.arg(status.currentBatchNumber()).arg(size).arg(plural(size)),
+             .count = status.isWaitingForAPI() ? u"waiting for captions"_s : QString(),
              .fraction = barOf(status.batchProgress())});
     }
     if (status.totalBatchCount() < 1) {

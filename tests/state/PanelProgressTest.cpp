@@ -60,8 +60,16 @@ TEST_F(PanelProgressTest, ALocalRunShowsItsBatches) {
     status.setCurrentBatchSize(10);
     status.setCurrentBatchStartIndex(10);
     status.setProcessed(14);
-    EXPECT_EQ(local(), (QStringList{u"Processing 21 images total||"_s, u"a.jpg||"_s,
+    EXPECT_EQ(local(), (QStringList{u"Processing 21 images total||"_s, u"a.jpg|14 of 21|"_s,
                                     u"Batch 2: 10 images||40%"_s, u"Batch 2/3||67%"_s}));
+    status.beginTimedRun(10); // another one, to know how long an image takes
+    clock.advance(std::chrono::seconds(50));
+    status.recordBatchFinished();
+    EXPECT_EQ(local().at(1), u"a.jpg|14 of 21 · about 35 s|");
+    status.setTotalFiles(61);
+    EXPECT_EQ(local().at(1), u"a.jpg|14 of 61 · about 4 min|");
+    status.setIsWaitingForAPI(true);
+    EXPECT_EQ(local().at(2).section(u'|', 0, 1), u"Batch 2: 10 images|waiting for captions");
 }
 
 TEST_F(PanelProgressTest, ABarNeverLeavesItsRange) {
