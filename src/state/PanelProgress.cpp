@@ -63,8 +63,9 @@ QString timeLeft(const StatusStore& status, qint64 imagesLeft) {
 QString doneOfTotal(const StatusStore& status) {
     const qint64 done = status.processed() + status.failed();
     const qint64 total = status.totalFiles();
-    return total < 2 ? QString()
-                     : u"%1 of %2"_s.arg(done).arg(total) + timeLeft(status, std::max<qint64>(total - done, 0));
+    return total < 2
+               ? QString()
+               : u"%1 of %2"_s.arg(done).arg(total) + timeLeft(status, std::max<qint64>(total - done, 0));
 }
 
 QList<ProgressRow> localRunRows(const StatusStore& status) {

@@ -131,7 +131,8 @@ TEST_F(MenuContentViewTest, TheProgressShowsTheRowsThatThereAre) {
     status.setIsProcessing(true);
     status.setCurrentFileName(u"2N6A4471.CR3"_s);
     world.usage.recordUsage(1'000'000, 0);
-    EXPECT_EQ(progressIn(*view), (QStringList{u"21 images|$0.1500 today|"_s, u"2N6A4471.CR3|0 of 21|"_s, u"||0"_s}));
+    EXPECT_EQ(progressIn(*view),
+              (QStringList{u"21 images|$0.1500 today|"_s, u"2N6A4471.CR3|0 of 21|"_s, u"||0"_s}));
     world.settings.setSourceType(SourceType::ftp);
     status.setCurrentFileIndex(3);
     EXPECT_EQ(progressIn(*view),

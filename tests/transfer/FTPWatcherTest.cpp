@@ -184,6 +184,15 @@ TEST_F(FTPWatcherTest, ACaptionedLocalCopyIsNeverReplaced) {
     EXPECT_EQ(status.ftpRemarks(), QStringList{u"Captioned before, not fetched: IMG_1.CR2"_s});
 }
 
+TEST_F(FTPWatcherTest, HalfASidecarIsReplacedWithoutATrace) {
+    put(u"IMG_1.xmp"_s, "<x><y>");
+    remote.files = {{u"IMG_1.xmp"_s, {"<x><y/></x>"}}};
+    poll();
+    EXPECT_EQ(local(u"IMG_1.xmp"_s), "<x><y/></x>");
+    EXPECT_FALSE(QFile::exists(home.filePath(u"Trash/files/IMG_1.xmp"_s)));
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"IMG_1.xmp.replaced"_s)));
+}
+
 TEST_F(FTPWatcherTest, ACaptionThatIsWrittenWhileAFileComesIsNotReplaced) {
     put(u"IMG_1.xmp"_s, "old");
     put(u"IMG_1.CR2"_s, "raw");

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/rendition/CutShort.h"
 
-#include "metadata/facts/ImageKind.h"
 #include "metadata/rendition/FileBytes.h"
 #include "metadata/rendition/RawContents.h"
-#include "metadata/xml/XmlDocument.h"
-#include "metadata/xml/XmlError.h"
 
 #include <QtEndian>
 #include <algorithm>
@@ -69,25 +66,10 @@ bool isJpegCutShort(FileBytes& file) {
     return true;
 }
 
-bool isSidecarCutShort(FileBytes& file) {
-    if (file.size() > XmlDocument::maximumSize) {
-        return false;
-    }
-    try {
-        XmlDocument::parse(file.read(0, file.size()));
-        return false;
-    } catch (const XmlError&) {
-        return true;
-    }
-}
-
 } // namespace
 
 bool isCutShort(const QString& path) {
     FileBytes file(path);
-    if (extensionOf(path) == u"xmp") {
-        return isSidecarCutShort(file);
-    }
     if (file.read(0, 2) == "\xFF\xD8") {
         return isJpegCutShort(file);
     }

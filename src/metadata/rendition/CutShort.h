@@ -5,10 +5,9 @@
 
 namespace ostrelle {
 
-/// True if there should be more of the file than there is, as when its upload has stopped half-way: a JPEG
-/// whose picture does not end, a RAW file whose own tables name bytes beyond its end, or a sidecar whose XML
-/// is not well formed. A file of another kind is taken for whole. Reads a JPEG or a sidecar through to its
-/// end. Throws ExtractError if it cannot be opened.
+/// True if there should be more of the image than there is, as when its upload has stopped half-way: a JPEG
+/// whose picture does not end, or a RAW file whose own tables name bytes beyond its end. A file of another
+/// kind is taken for whole. Reads a JPEG through to its end. Throws ExtractError if it cannot be opened.
 bool isCutShort(const QString& path);
 
 } // namespace ostrelle

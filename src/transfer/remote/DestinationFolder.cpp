@@ -5,7 +5,7 @@
 #include "core/Error.h"
 #include "core/OnThreadPool.h"
 #include "metadata/facts/ImageKind.h"
-#include "metadata/rendition/CutShort.h"
+#include "metadata/sidecar/HalfSidecar.h"
 #include "platform/AbandonedFiles.h"
 #include "platform/Descriptor.h"
 #include "platform/FileError.h"
@@ -80,14 +80,10 @@ QString keep(const QString& path) {
     throw FileError(u"keep"_s, path, EEXIST);
 }
 
-/// One that was fetched while its upload stood still. There is no caption in it to be kept.
-bool isHalfSidecar(const QString& path) {
-    return extensionOf(path) == u"xmp" && attemptNow([&path] { return isCutShort(path); }).valueOr(false);
-}
-
 /// Throws FileError; the old file is then back in its place.
 void exchange(const QString& temporaryPath, const QString& path) {
     flushFile(temporaryPath); // a full disk shows here, while the old file is still there
+    // What was fetched while its upload stood still holds no caption to be kept.
     const QString old = isHalfSidecar(path) ? QString() : keep(path);
     const auto moved = attemptNow([&] {
         moveIntoPlace(temporaryPath, path);
