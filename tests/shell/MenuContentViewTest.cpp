@@ -141,6 +141,20 @@ TEST_F(MenuContentViewTest, TheProgressShowsTheRowsThatThereAre) {
     EXPECT_FALSE(isShown(u"progress"_s));
 }
 
+TEST_F(MenuContentViewTest, ARunCanBeStopped) {
+    const Overtaking::Mark mark = world.turns.stopMark();
+    world.settings.setAutoMode(true);
+    EXPECT_FALSE(isShown(u"stop"_s));
+    world.status.setIsProcessing(true);
+    click(u"stop"_s);
+    EXPECT_TRUE(mark.isOvertaken());
+    EXPECT_FALSE(world.settings.autoMode()) << "the next scan would begin the images again";
+    EXPECT_FALSE(find(u"stop"_s)->isEnabled()) << "until the images in the works are finished";
+    world.status.setIsProcessing(false);
+    EXPECT_FALSE(isShown(u"stop"_s));
+    EXPECT_TRUE(find(u"stop"_s)->isEnabled());
+}
+
 TEST_F(MenuContentViewTest, WhatARunCameToStaysInSightUntilTheNext) {
     EXPECT_FALSE(isShown(u"lastMessage"_s));
     world.status.setIsProcessing(true);

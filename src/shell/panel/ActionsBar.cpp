@@ -25,27 +25,17 @@ ActionsBar::ActionsBar(ShellParts parts, PanelActions& actions, QWidget* parent)
     : QWidget(parent)
     , m_parts(parts)
     , m_select(new ActionButton(u"Select Images to Caption"_s, ActionKind::main, ActionSize::wide))
-    , m_all(new ActionButton({}, ActionKind::normal, ActionSize::wide))
-    , m_stop(new ActionButton(u"Stop"_s, ActionKind::normal, ActionSize::wide)) {
+    , m_all(new ActionButton({}, ActionKind::normal, ActionSize::wide)) {
     m_select->setObjectName(u"selectImages"_s);
     m_select->setText(u"&Select Images to Caption"_s);
     m_all->setObjectName(u"captionAll"_s);
-    m_stop->setObjectName(u"stop"_s);
-    m_stop->setText(u"S&top"_s);
-    m_stop->setToolTip(u"Finishes the images in the works and begins no others; turns auto mode off."_s);
-    m_stop->setAccessibleDescription(m_stop->toolTip());
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 4);
     layout->setSpacing(7);
-    layout->addWidget(m_stop);
     layout->addWidget(m_select);
     layout->addWidget(m_all);
     connect(m_select, &ActionButton::clicked, &actions, &PanelActions::selectImages);
     connect(m_all, &ActionButton::clicked, &actions, &PanelActions::captionAll);
-    connect(m_stop, &ActionButton::clicked, this, [this, &actions] {
-        m_stop->setEnabled(false); // what is in the works may take a while
-        actions.stop();
-    });
 
     connect(&parts.settings, &SettingsStore::sourceTypeChanged, this, &ActionsBar::showSource);
     for (const auto changed : {&StatusStore::isProcessingChanged, &StatusStore::ftpIsCheckingChanged,
@@ -67,10 +57,6 @@ void ActionsBar::showState() {
     const StatusStore& status = m_parts.status;
     const QString captioning =
         status.isProcessing() ? u"Images are being captioned. Wait until this run has ended."_s : QString();
-    // In the place of the action that a run makes impossible, so that the panel does not move.
-    m_select->setVisible(!status.isProcessing());
-    m_stop->setVisible(status.isProcessing());
-    m_stop->setEnabled(m_stop->isEnabled() || !status.isProcessing());
     const bool isTransferring = m_parts.settings.sourceType() == SourceType::ftp &&
                                 (status.ftpIsChecking() || status.ftpIsDownloading());
     setHindrance(m_select, captioning);

@@ -10,8 +10,7 @@ namespace ostrelle {
 class ActionButton;
 class PanelActions;
 
-/// The two actions: chosen images, and all of the source. While images are being captioned, both are disabled
-/// and can be stopped instead.
+/// The two actions: chosen images, and all of the source. Both are disabled while images are being captioned.
 class ActionsBar : public QWidget {
     Q_OBJECT
 
@@ -26,7 +25,6 @@ private:
     ShellParts m_parts;
     ActionButton* m_select;
     ActionButton* m_all;
-    ActionButton* m_stop;
 };
 
 } // namespace ostrelle

@@ -127,7 +127,7 @@ QWidget* MenuContentView::makeManifestNotice() {
 
 QWidget* MenuContentView::makeFoot() {
     auto* foot = new PanelFoot;
-    foot->addRow(new ProgressSection(m_parts));
+    foot->addRow(new ProgressSection(m_parts, m_actions));
     foot->addRow(new LastMessageLine(m_parts.status));
     foot->addRow(new ProblemsSection(m_parts, m_actions, m_problems));
     foot->addBareRow(new AutoModeRow(m_parts, m_actions, m_problems));

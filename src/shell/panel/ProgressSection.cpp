@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/panel/ProgressSection.h"
 
+#include "shell/panel/PanelActions.h"
 #include "shell/panel/ProgressRowView.h"
+#include "shell/toolkit/ActionButton.h"
+#include "shell/toolkit/Theme.h"
 #include "state/StatisticsTexts.h"
 
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 namespace ostrelle {
@@ -24,11 +28,16 @@ QList<ProgressRow> rowsOf(const ShellParts& parts) {
 
 } // namespace
 
-ProgressSection::ProgressSection(ShellParts parts, QWidget* parent) : QWidget(parent), m_parts(parts) {
+ProgressSection::ProgressSection(ShellParts parts, PanelActions& actions, QWidget* parent)
+    : QWidget(parent), m_parts(parts), m_stop(new ActionButton(u"Stop"_s)), m_rowsLayout(new QVBoxLayout) {
     setObjectName(u"progress"_s);
-    auto* layout = new QVBoxLayout(this);
+    m_rowsLayout->setSpacing(6);
+    auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 4, 0, 4);
-    layout->setSpacing(6);
+    layout->setSpacing(measure::cardPadding);
+    layout->addLayout(m_rowsLayout, 1);
+    layout->addWidget(m_stop, 0, Qt::AlignTop);
+    addStop(actions);
 
     const StatusStore& status = parts.status;
     for (const auto changed :
@@ -48,12 +57,27 @@ ProgressSection::ProgressSection(ShellParts parts, QWidget* parent) : QWidget(pa
     showProgress();
 }
 
+/// Far from the buttons that begin a run: those under way may end at any moment, and a click must not hit
+/// another button than was aimed at.
+void ProgressSection::addStop(PanelActions& actions) {
+    m_stop->setObjectName(u"stop"_s);
+    m_stop->setText(u"S&top"_s);
+    m_stop->setToolTip(u"Finishes the images in the works and begins no others; turns auto mode off."_s);
+    m_stop->setAccessibleDescription(m_stop->toolTip());
+    connect(m_stop, &ActionButton::clicked, this, [this, &actions] {
+        m_stop->setEnabled(false); // what is in the works may take a while
+        actions.stop();
+    });
+}
+
 void ProgressSection::showProgress() {
+    m_stop->setVisible(m_parts.status.isProcessing());
+    m_stop->setEnabled(m_stop->isEnabled() || !m_parts.status.isProcessing());
     const QList<ProgressRow> rows = rowsOf(m_parts);
     while (m_rows.size() < rows.size()) {
         auto* row = new ProgressRowView;
         row->setObjectName(u"progressRow%1"_s.arg(m_rows.size()));
-        layout()->addWidget(row);
+        m_rowsLayout->addWidget(row);
         m_rows.append(row);
     }
     for (qsizetype index = 0; index < m_rows.size(); ++index) {
