@@ -361,6 +361,10 @@ TEST_F(FTPWatcherTest, AFullDownloadFetchesWhatDiffersAndKeepsTheOld) {
     remote.isReachable = false;
     await(ftp->downloadAllFiles(keeper()));
     EXPECT_EQ(texts.last(), u"Error: Cannot open FTP stream"_s);
+    EXPECT_TRUE(status.sourceTrouble());
+    remote.isReachable = true;
+    await(ftp->downloadAllFiles(keeper()));
+    EXPECT_FALSE(status.sourceTrouble());
 }
 
 } // namespace ostrelle

@@ -96,6 +96,10 @@ TEST_F(LocalScanTest, AFolderThatVanishesIsOneLine) {
             u"[AppDelegate] Error scanning directory: Could not read %1: No such file or directory."_s.arg(
                 ingest)));
     EXPECT_EQ(access.held, QStringList());
+    EXPECT_EQ(status.sourceTrouble(), u"The watch folder is not there: "_s + ingest);
+    QDir().mkpath(ingest);
+    runScan();
+    EXPECT_EQ(status.sourceTrouble(), std::nullopt) << "it is back";
 }
 
 TEST_F(LocalScanTest, AnImageThatVanishesIsSkippedAndGetsNoSidecar) {

@@ -77,15 +77,17 @@ protected:
     std::chrono::milliseconds duration{10};
     const QString ingest = folderWith(QStringLiteral("ingest"));
     ProcessingTracker& tracker = program.tracker;
-    LocalFolderScan scan{{.settings = settings,
-                          .manifest = manifest,
-                          .tracker = tracker,
-                          .access = access,
-                          .turns = turns,
-                          .threads = threads,
-                          .clock = clock,
-                          .log = console,
-                          .captioning = [this](ImageRequest request) { return takeTurn(request); }}};
+    LocalFolderScan scan{
+        {.settings = settings,
+         .manifest = manifest,
+         .tracker = tracker,
+         .access = access,
+         .turns = turns,
+         .threads = threads,
+         .clock = clock,
+         .log = console,
+         .captioning = [this](ImageRequest request) { return takeTurn(request); },
+         .onLooked = [this](const std::optional<QString>& trouble) { status.setSourceTrouble(trouble); }}};
 };
 
 } // namespace ostrelle

@@ -4,6 +4,7 @@
 #include "core/Text.h"
 
 #include <QMetaObject>
+#include <utility>
 
 namespace ostrelle {
 
