@@ -40,6 +40,7 @@ ImageCheck checkImage(const QString& path, const SeenImage& image, const QTimeZo
     ImageCheck check;
     check.image = image;
     if (provideSidecar(metadata, check)) {
+        check.metadataStamp = MetadataStamp::of(path);
         const MetadataReading reading = readOrNothing(metadata, zone, check);
         check.caption = CaptionJudgement::of(reading.facts.caption);
         check.readerLines = reading.captionLines;

@@ -35,6 +35,7 @@ struct ImageCheck {
     /// From the metadata; nothing if they could not be read.
     std::optional<ImageFacts> facts;
     std::optional<FileStamp> stamp; ///< of the image file, from just before the facts were read
+    MetadataStamp metadataStamp;    ///< from just before, too
     QStringList readerLines;        ///< for the log, from reading the caption
 };
 

@@ -20,9 +20,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How many images are read at a time: few enough that the first need not wait long for its caption, and that
-/// deciding on them does not block the event loop for long.
-constexpr qsizetype imagesAtATime = 64;
+/// How many images are looked at or read at a time: few enough that the first need not wait long for its
+/// caption, and that deciding on them does not block the event loop for long.
+constexpr qsizetype looksAtATime = 512;
+constexpr qsizetype readingsAtATime = 64;
 
 QString troubleOf(const QString& folder, const std::exception_ptr& failure) {
     const auto error = failureAs<FileError>(failure);
@@ -119,36 +120,41 @@ QCoro::Task<> LocalFolderScan::lookThrough(std::shared_ptr<Scan> scan) {
         printFor(name, u"The file name is not UTF-8, skipping"_s);
         fail(*scan, name, illegibleNameWords());
     }
-    for (qsizetype first = 0; first < total && !scan->mark.isOvertaken(); first += imagesAtATime) {
-        co_await look(scan, listing.images.mid(first, imagesAtATime));
+    m_captioned.enterFolder(scan->folder);
+    m_captioned.keepOnly(listing.images);
+    for (qsizetype first = 0; first < total && !scan->mark.isOvertaken(); first += looksAtATime) {
+        co_await look(scan, listing.images.mid(first, looksAtATime));
     }
 }
 
 QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList names) {
     QThreadPool* thread = m_parts.threads.of(scan->folder);
     const QDateTime seenAt = m_parts.clock.now();
-    auto see = [folder = scan->folder, names, unwritable = m_parts.tracker.unwritable()] {
-        return seeImages(folder, names, unwritable);
-    };
+    const CloserLook closer{.conditions = m_parts.tracker.unwritable(), .stamp = m_captioned.settled()};
+    auto see = [folder = scan->folder, names, closer] { return seeImages(folder, names, closer); };
     QList<SeenImage> images = co_await onThreadPool(thread, see);
     if (scan->mark.isOvertaken()) {
         co_return;
     }
     images.removeIf([&](const SeenImage& image) { return isLeftAlone(*scan, image); });
-    if (images.isEmpty()) {
-        co_return;
+    const qsizetype total = images.size();
+    for (qsizetype first = 0; first < total && !scan->mark.isOvertaken(); first += readingsAtATime) {
+        co_await check(scan, images.mid(first, readingsAtATime), seenAt);
     }
-    auto check = [folder = scan->folder, images, zone = m_parts.clock.timeZone()] {
+}
+
+QCoro::Task<> LocalFolderScan::check(std::shared_ptr<Scan> scan, QList<SeenImage> images, QDateTime seenAt) {
+    auto read = [folder = scan->folder, images, zone = m_parts.clock.timeZone()] {
         return checkImages(folder, images, zone);
     };
-    const QList<ImageCheck> checks = co_await onThreadPool(thread, check);
+    const QList<ImageCheck> checks = co_await onThreadPool(m_parts.threads.of(scan->folder), read);
     if (scan->mark.isOvertaken()) {
         co_return;
     }
     QList<QueuedImage> queued;
     for (const ImageCheck& checked : checks) {
         // Again: since it was read, the image may have entered the works, or left them.
-        if (!isLeftAlone(*scan, checked.image) && needsCaption(*scan, checked)) {
+        if (!isLeftAlone(*scan, checked.image) && needsCaption(*scan, checked, seenAt)) {
             print(u"  ✓ Queuing %1 for processing"_s.arg(checked.image.name));
             ++scan->counts.toProcess;
             const QString file = scan->folder + u'/' + checked.image.name;
@@ -186,6 +192,10 @@ bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {
         printFor(image.name, u"No longer there, skipping"_s);
         return true;
     }
+    if (image.stamp && m_captioned.isUnchanged(image.name, *image.stamp)) {
+        ++scan.counts.haveCaptions; // a line for each image and scan would fill the system's log
+        return true;
+    }
     return false;
 }
 
@@ -194,7 +204,7 @@ bool LocalFolderScan::isKnown(const SeenImage& image) const {
                        : m_parts.manifest.isProcessedByName(image.name);
 }
 
-bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
+bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check, const QDateTime& seenAt) {
     using Verdict = CaptionJudgement::Verdict;
     const QString& name = check.image.name;
     if (check.isSidecarNew) {
@@ -212,6 +222,7 @@ bool LocalFolderScan::needsCaption(Scan& scan, const ImageCheck& check) {
     if (check.caption.verdict == Verdict::present) {
         printFor(name, u"Already has caption (%1 chars)"_s.arg(check.caption.characters));
         ++scan.counts.haveCaptions;
+        m_captioned.add(name, check.metadataStamp, seenAt, m_parts.clock.now());
         return false;
     }
     printFor(name, check.caption.verdict == Verdict::tooShort

@@ -4,6 +4,7 @@
 #include "core/Overtaking.h"
 #include "core/TaskGroup.h"
 #include "transfer/CaptionQueue.h"
+#include "transfer/CaptionedImages.h"
 #include "transfer/ImageCheck.h"
 #include "transfer/LocalScanParts.h"
 
@@ -45,9 +46,10 @@ private:
     QCoro::Task<> prepare(QString folder);
     QCoro::Task<> lookThrough(std::shared_ptr<Scan> scan);
     QCoro::Task<> look(std::shared_ptr<Scan> scan, QStringList names);
+    QCoro::Task<> check(std::shared_ptr<Scan> scan, QList<SeenImage> images, QDateTime seenAt);
     bool isLeftAlone(Scan& scan, const SeenImage& image);
     bool isKnown(const SeenImage& image) const;
-    bool needsCaption(Scan& scan, const ImageCheck& check);
+    bool needsCaption(Scan& scan, const ImageCheck& check, const QDateTime& seenAt);
     void summarize(const Scan& scan);
     void fail(const Scan& scan, const QString& name, const QString& reason);
     void print(const QString& words);
@@ -55,6 +57,7 @@ private:
 
     LocalScanParts m_parts;
     CaptionQueue m_queue;
+    CaptionedImages m_captioned;
     TaskGroup m_scans;
     QSet<QString> m_failures;                         // paths and reasons passed to the listener
     QHash<QString, QDateTime> m_tidied;               // when each folder was tidied

@@ -167,6 +167,30 @@ TEST_F(LocalScanTest, ACaptionedImageIsNotReadAgainUntilItIsReplaced) {
     EXPECT_EQ(begun.size(), 2);
 }
 
+TEST_F(LocalScanTest, AnImageCaptionedElsewhereIsReadTwiceAndThenWhenItChanges) {
+    const QByteArray caption(51, 'x');
+    const auto readings = [this] { return console.count(u"Already has caption"_s); };
+    write(u"a.CR2"_s);
+    sidecar(caption, u"a.xmp"_s);
+    for (int scans = 1; scans <= 4; ++scans) {
+        runScan();
+        EXPECT_EQ(readings(), std::min(scans, 2));
+        EXPECT_EQ(console.count(u"1 have captions"_s), scans);
+        clock.advance(std::chrono::seconds(10));
+    }
+
+    sidecar(caption, u"a.xmp"_s);
+    runScan();
+    EXPECT_EQ(readings(), 3);
+    runScan();
+    EXPECT_EQ(readings(), 4) << "too soon after the first reading to trust the stamp";
+    clock.advance(std::chrono::seconds(10));
+    runScan();
+    sidecar("", u"a.xmp"_s);
+    runScan();
+    EXPECT_EQ(begun, QStringList{u"a.CR2"_s});
+}
+
 TEST_F(LocalScanTest, CaptionsEachOfManyImagesOnceHoweverManyScansOverlap) {
     for (int number = 0; number < 300; ++number) {
         write(u"IMG_%1.%2"_s.arg(number).arg(number % 2 == 0 ? u"JPG"_s : u"NEF"_s));
