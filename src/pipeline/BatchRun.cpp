@@ -180,7 +180,7 @@ QCoro::Task<> BatchRun::writeFromReply(Prepared prepared, std::optional<QString>
 
 QCoro::Task<> BatchRun::captionOneByOne(RosterReading roster) {
     for (const Prepared& prepared : std::as_const(m_prepared)) {
-        if (m_parts.turns.isRunEnding()) {
+        if (!co_await m_parts.turns.mayGoOn()) {
             co_return;
         }
         m_parts.progress.takeUpImage(m_place.startIndex + prepared.index, nameOf(prepared.index));

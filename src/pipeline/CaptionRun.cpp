@@ -85,7 +85,7 @@ QCoro::Task<RunTally::Ending> CaptionRun::captionBatches(RunSource* source, QStr
         m_tally.images.emplace_back().file = file;
     }
     for (qsizetype start = 0; start < files.size(); start += size) {
-        if (m_parts.turns.isRunEnding()) {
+        if (!co_await m_parts.turns.mayGoOn()) {
             co_return Ending::interrupted;
         }
         if (source->needsKeyThroughout() && apiKey(m_parts.defaults).isEmpty()) {

@@ -34,7 +34,8 @@ struct CaptionTurns::State {
     bool isClosed = false;
     bool isRunStopped = false; ///< the one under way
     std::deque<Waiting> waiting = {};
-    std::optional<Event> idle = {}; ///< for idle(), once called: happens when all places are free
+    std::optional<Event> resumption = {}; ///< while paused
+    std::optional<Event> idle = {};       ///< for idle(), once called: happens when all places are free
 
     bool isIdle() const { return free == places; }
     bool isRun(int wanted) const { return wanted == places; }
@@ -48,12 +49,18 @@ struct CaptionTurns::State {
         }
     }
     void admitNext() {
-        while (!waiting.empty() && waiting.front().places <= free) {
+        while (!resumption && !waiting.empty() && waiting.front().places <= free) {
             const Waiting next = waiting.front();
             waiting.pop_front();
             free -= next.places;
             isRunUnderWay = isRun(next.places);
             admit(next);
+        }
+    }
+    void resume() {
+        if (const std::optional<Event> ended = std::exchange(resumption, std::nullopt)) {
+            ended->happen();
+            admitNext();
         }
     }
     /// Runs queue before images.
@@ -125,6 +132,27 @@ void CaptionTurns::stop() {
     dismissAll();
 }
 
+void CaptionTurns::setPaused(bool paused) {
+    if (!paused) {
+        m_state->resume();
+    } else if (!m_state->resumption && !m_state->isClosed) {
+        m_state->resumption.emplace();
+    }
+}
+
+bool CaptionTurns::isPaused() const {
+    return m_state->resumption.has_value();
+}
+
+QCoro::Task<bool> CaptionTurns::mayGoOn() const {
+    const std::shared_ptr<State> state = m_state;
+    while (state->resumption) {
+        const Event resumed = *state->resumption;
+        co_await resumed.happened();
+    }
+    co_return !state->isClosed && !state->isRunStopped;
+}
+
 bool CaptionTurns::isRunEnding() const {
     return m_state->isClosed || m_state->isRunStopped;
 }
@@ -140,6 +168,7 @@ void CaptionTurns::dismissAll() {
     for (const Waiting& waiting : std::exchange(m_state->waiting, {})) {
         waiting.answered.happen();
     }
+    m_state->resume();
 }
 
 } // namespace ostrelle

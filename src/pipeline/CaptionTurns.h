@@ -52,8 +52,13 @@ public:
     /// Stops the run under way and what waits at the moment: what is in the works finishes, and nothing else
     /// begins. What arrives later begins as usual.
     void stop();
+    /// While paused, what is in the works finishes and nothing else begins. A stop or the end resumes.
+    void setPaused(bool paused);
+    bool isPaused() const;
     /// For a run: whether it must begin no further image, as it is stopped or all is closed.
     bool isRunEnding() const;
+    /// For a run that could be paused here. False when it must begin no further image.
+    QCoro::Task<bool> mayGoOn() const;
     /// For images that follow each other: overtaken once they are stopped, or all is closed.
     Overtaking::Mark stopMark() const { return m_stops.mark(); }
     /// Resumes when all turns are over.

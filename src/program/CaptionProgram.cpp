@@ -37,6 +37,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             .tracker = tracker,
             .access = access,
             .turns = turns,
+            .count = queue,
             .threads = threads,
             .clock = clock,
             .log = given.console,

@@ -79,6 +79,7 @@ public:
     Analyzer analyzer;
     FailedImages failures;
     ProcessingTracker tracker{clock};
+    QueueCount queue{status, usage, clock};
     LocalFolderScan scan;
     FetchedImages fetched;
     DownloadedImages downloads;

@@ -48,10 +48,10 @@ QString captionLine(const StatusStore& status) {
     return status.currentFileName().value_or(status.lastMessage().value_or(u"Processing..."_s));
 }
 
-/// How long the rest will take, from the runs before this one; empty if there were none.
-QString timeLeft(const StatusStore& status, qint64 imagesLeft) {
+/// How long the rest will take; empty if nobody knows.
+QString timeLeft(double secondsPerImage, qint64 imagesLeft) {
     constexpr double longestInSeconds = 90;
-    const double seconds = status.averageProcessingTime() * static_cast<double>(imagesLeft);
+    const double seconds = secondsPerImage * static_cast<double>(imagesLeft);
     if (seconds < 1) {
         return {};
     }
@@ -63,9 +63,26 @@ QString timeLeft(const StatusStore& status, qint64 imagesLeft) {
 QString doneOfTotal(const StatusStore& status) {
     const qint64 done = status.processed() + status.failed();
     const qint64 total = status.totalFiles();
-    return total < 2
-               ? QString()
-               : u"%1 of %2"_s.arg(done).arg(total) + timeLeft(status, std::max<qint64>(total - done, 0));
+    return total < 2 ? QString()
+                     : u"%1 of %2"_s.arg(done).arg(total) +
+                           timeLeft(status.averageProcessingTime(), std::max<qint64>(total - done, 0));
+}
+
+/// Of auto mode: what waits, rests and is in the works, as one.
+QList<ProgressRow> queueRows(const StatusStore& status) {
+    const QueueProgress queue = status.queue();
+    const double average = status.averageProcessingTime();
+    QString count =
+        u"%1 of %2"_s.arg(queue.done).arg(queue.total) +
+        timeLeft(queue.secondsPerImage > 0 ? queue.secondsPerImage : average, queue.total - queue.done);
+    if (queue.dollars > 0) {
+        count += u" · $"_s + QString::number(queue.dollars, 'f', 2);
+    }
+    return {{.text = u"%1 images"_s.arg(queue.total), .style = Style::heading},
+            {.text = status.currentFileName().value_or(u"Waiting for new files to be complete"_s),
+             .count = count,
+             .isElided = true,
+             .fraction = barOf(static_cast<double>(queue.done) / static_cast<double>(queue.total))}};
 }
 
 QList<ProgressRow> localRunRows(const StatusStore& status) {
@@ -91,14 +108,31 @@ QList<ProgressRow> localRunRows(const StatusStore& status) {
     return rows;
 }
 
-} // namespace
-
-QList<ProgressRow> progressRows(SourceType source, const StatusStore& status) {
+QList<ProgressRow> rowsOf(SourceType source, const StatusStore& status) {
     if (source == SourceType::local) {
+        const bool isRun = status.isProcessing() && status.totalFiles() > 1; // not of auto mode's images
+        if (status.queue().total > 1 && !isRun) {
+            return queueRows(status);
+        }
         return status.isProcessing() ? localRunRows(status) : QList<ProgressRow>();
     }
     // The latest words of the server's side stay to be read until the next poll.
     return status.isProcessing() ? remoteRunRows(status) : transferRows(status);
+}
+
+} // namespace
+
+QList<ProgressRow> progressRows(SourceType source, const StatusStore& status) {
+    QList<ProgressRow> rows = rowsOf(source, status);
+    if (status.isPaused()) {
+        rows.append(
+            {.text = u"Paused. Images in the works are finished; no others begin."_s, .style = Style::small});
+    }
+    return rows;
+}
+
+bool hasWork(const StatusStore& status) {
+    return status.isProcessing() || status.queue().total > 0;
 }
 
 std::optional<QString> lastMessageLine(const StatusStore& status) {

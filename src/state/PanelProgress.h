@@ -26,6 +26,9 @@ struct ProgressRow {
 /// The main panel's rows about the run or the transfer, or how the last transfer ended.
 QList<ProgressRow> progressRows(SourceType source, const StatusStore& status);
 
+/// Whether there is something to stop or pause: images being captioned, or waiting for that.
+bool hasWork(const StatusStore& status);
+
 /// The last message. Nothing during a run, whose rows show it, or when it only says that auto mode is off.
 std::optional<QString> lastMessageLine(const StatusStore& status);
 

@@ -18,6 +18,16 @@ struct RunProgress {
     qint64 totalBatchCount = 0;    ///< 0 when the run is not in batches
 };
 
+/// The images that auto mode has found and not ended yet, with those that have ended since it last had none.
+struct QueueProgress {
+    qint64 done = 0;
+    qint64 total = 0;           ///< 0 when there are none
+    double secondsPerImage = 0; ///< so far; 0 while none is done
+    double dollars = 0;         ///< spent on them
+
+    bool operator==(const QueueProgress&) const = default;
+};
+
 /// The fraction of the whole run, from 0 to 1.
 double overallProgress(const RunProgress& run);
 

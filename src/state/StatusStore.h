@@ -96,9 +96,15 @@ public:
     qint64 totalFailedAllTime() const { return m_totalFailedAllTime; }
     qint64 lifetimeImagesProcessed() const { return m_lifetimeImagesProcessed; }
 
+    QueueProgress queue() const { return m_queue; }
+    /// The user has paused the captioning.
+    bool isPaused() const { return m_isPaused; }
+
     void setProcessed(qint64 count) { publish(this, m_run.processed, count, &StatusStore::processedChanged); }
     void setFailed(qint64 count) { publish(this, m_run.failed, count, &StatusStore::failedChanged); }
     void setPending(qint64 count) { publish(this, m_pending, count, &StatusStore::pendingChanged); }
+    void setQueue(const QueueProgress& queue) { publish(this, m_queue, queue, &StatusStore::queueChanged); }
+    void setIsPaused(bool on) { publish(this, m_isPaused, on, &StatusStore::isPausedChanged); }
     void setLastMessage(const std::optional<QString>& text) {
         publish(this, m_lastMessage, text, &StatusStore::lastMessageChanged);
     }
@@ -181,6 +187,8 @@ Q_SIGNALS:
     void processedChanged();
     void failedChanged();
     void pendingChanged();
+    void queueChanged();
+    void isPausedChanged();
     void lastMessageChanged();
     void nextScanCountdownChanged();
     void ftpStatusMessageChanged();
@@ -217,6 +225,8 @@ private:
 
     RunProgress m_run;
     qint64 m_pending = 0;
+    QueueProgress m_queue;
+    bool m_isPaused = false;
     std::optional<QString> m_lastMessage;
     std::optional<qint64> m_nextScanCountdown;
     std::optional<QString> m_ftpStatusMessage;

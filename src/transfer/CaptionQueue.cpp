@@ -41,14 +41,17 @@ void CaptionQueue::add(const QString& folder, const QList<QueuedImage>& images,
         ++batch->started;
         print(u"→ Task started for "_s + name);
     }
+    m_parts.count.add(images.size());
     batch->tasks.spawn(rest(folder, images, batch));
 }
 
 void CaptionQueue::withdraw() {
     m_withdrawals.overtake();
-    for (const QString& name : std::exchange(m_resting, {})) {
+    const QSet<QString> resting = std::exchange(m_resting, {});
+    for (const QString& name : resting) {
         m_parts.tracker.release(name);
     }
+    m_parts.count.withdraw(resting.size());
     m_parts.turns.dismissImages();
 }
 
@@ -78,10 +81,10 @@ void CaptionQueue::begin(const QueuedImage& queued, const SeenImage& now,
     if (now.entry != queued.image.entry) {
         // Half an image from a camera or an ingest tool would be captioned, or left alone for a minute.
         print(name + u": Still being written, left for the next scan"_s);
-        m_parts.tracker.release(name);
+        leave(name);
     } else if (now.entry && m_parts.manifest.isProcessed(*now.entry)) {
         print(name + u": Captioned by another run meanwhile"_s);
-        m_parts.tracker.release(name);
+        leave(name);
     } else {
         batch->tasks.spawn(run(queued.request, batch));
     }
@@ -91,12 +94,12 @@ QCoro::Task<> CaptionQueue::run(ImageRequest request, std::shared_ptr<CaptionBat
     const QString name = QFileInfo(request.file).fileName();
     const ImageOutcome outcome = co_await caption(request);
     if (outcome.kind == OutcomeKind::notBegun) {
-        m_parts.tracker.release(name);
+        leave(name);
         co_return;
     }
     if (outcome.kind == OutcomeKind::changed && !isRestless(name)) {
         print(name + u": Changed by another program meanwhile, left for the next scan"_s);
-        m_parts.tracker.release(name);
+        leave(name);
         co_return;
     }
     m_changes.remove(name);
@@ -106,8 +109,14 @@ QCoro::Task<> CaptionQueue::run(ImageRequest request, std::shared_ptr<CaptionBat
         m_parts.tracker.setUnwritable(name, *outcome.editConditions);
     }
     m_parts.tracker.finish(name, succeeded);
+    m_parts.count.finishOne();
     ++(succeeded ? batch->processed : batch->failed);
     print(u"✓ Completed %1 - %2"_s.arg(name, succeeded ? u"SUCCESS"_s : u"FAILED"_s));
+}
+
+void CaptionQueue::leave(const QString& name) {
+    m_parts.tracker.release(name);
+    m_parts.count.withdraw(1);
 }
 
 bool CaptionQueue::isRestless(const QString& name) {

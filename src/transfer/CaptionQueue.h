@@ -56,6 +56,8 @@ private:
     QCoro::Task<> rest(QString folder, QList<QueuedImage> images, std::shared_ptr<CaptionBatch> batch);
     void begin(const QueuedImage& queued, const SeenImage& now, const std::shared_ptr<CaptionBatch>& batch);
     QCoro::Task<> run(ImageRequest request, std::shared_ptr<CaptionBatch> batch);
+    /// The image is out of the works, without a result.
+    void leave(const QString& name);
     /// Whether the image has changed so often in a row that the next attempt must wait.
     bool isRestless(const QString& name);
     QCoro::Task<ImageOutcome> caption(ImageRequest request);

@@ -10,6 +10,7 @@
 #include "platform/FolderThreads.h"
 #include "platform/PlainLog.h"
 #include "state/ProcessedFilesManifest.h"
+#include "state/QueueCount.h"
 #include "state/SettingsStore.h"
 
 #include <QCoroTask>
@@ -29,6 +30,7 @@ struct LocalScanParts {
     ProcessingTracker& tracker;
     FileAccess& access;
     CaptionTurns& turns;
+    QueueCount& count;
     FolderThreads& threads;
     Clock& clock;
     PlainLog& log;

@@ -74,6 +74,29 @@ TEST_F(CaptionTurnsTest, AStopEndsTheRunUnderWayAndDismissesWhatWaits) {
     EXPECT_FALSE(turns->isRunEnding());
 }
 
+TEST_F(CaptionTurnsTest, NothingBeginsDuringAPauseUntilItEndsOrAllIsStopped) {
+    run(u"run"_s);
+    turns->setPaused(true);
+    image(u"a"_s);
+    const QCoro::Task<bool> next = turns->mayGoOn();
+    leave(u"run"_s);
+    EXPECT_FALSE(next.isReady());
+    EXPECT_EQ(begunOnce(1), QStringList{u"run"_s});
+    turns->setPaused(false);
+    EXPECT_EQ(begunOnce(2).last(), u"a"_s);
+    waitUntil([&] { return next.isReady(); });
+
+    leave(u"a"_s);
+    turns->setPaused(true);
+    image(u"b"_s);
+    turns->stop();
+    EXPECT_FALSE(turns->isPaused());
+    waitUntil([this] { return sentAway == QStringList{u"b"_s}; });
+    turns->setPaused(true);
+    turns->close();
+    EXPECT_FALSE(turns->isPaused());
+}
+
 TEST_F(CaptionTurnsTest, ARunGoesAheadOfWaitingImagesAndIsAlone) {
     image(u"a"_s);
     image(u"b"_s);

@@ -202,6 +202,14 @@ QList<Scene> panelScenes() {
              world.settings.setAutoMode(true);
              world.status.setNextScanCountdown(7);
          }},
+        {u"panel-queue"_s, panel,
+         [](GameWorld& world) {
+             world.settings.setAutoMode(true);
+             world.status.setNextScanCountdown(7);
+             world.setRun(0);
+             world.status.setTotalFiles(1);
+             world.status.setQueue({.done = 15, .total = 60, .secondsPerImage = 2.6, .dollars = 0.012});
+         }},
         {u"panel-first-start"_s, panel, forgetSettings},
         {u"panel-troubles"_s, panel, showTroubles},
         {u"panel-problems"_s, panel, showProblems},

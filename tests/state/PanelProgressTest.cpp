@@ -2,6 +2,8 @@
 #include "state/PanelProgress.h"
 
 #include "standins/MemoryDefaults.h"
+#include "state/QueueCount.h"
+#include "support/RecordingLog.h"
 #include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
@@ -28,6 +30,7 @@ protected:
 
     MemoryDefaults defaults;
     VirtualClock clock;
+    RecordingLog log;
     StatusStore status{defaults, clock};
 };
 
@@ -70,6 +73,31 @@ TEST_F(PanelProgressTest, ALocalRunShowsItsBatches) {
     EXPECT_EQ(local().at(1), u"a.jpg|14 of 61 · about 4 min|");
     status.setIsWaitingForAPI(true);
     EXPECT_EQ(local().at(2).section(u'|', 0, 1), u"Batch 2: 10 images|waiting for captions");
+}
+
+TEST_F(PanelProgressTest, AutoModesImagesAreOneQueue) {
+    UsageTracker usage(defaults, clock, log);
+    QueueCount queue(status, usage, clock);
+    queue.add(60);
+    EXPECT_EQ(local(), (QStringList{u"60 images||"_s, u"Waiting for new files to be complete|0 of 60|0%"_s}));
+    status.setIsProcessing(true);
+    status.setTotalFiles(1); // the image that began last
+    status.setCurrentFileName(u"a.jpg"_s);
+    clock.advance(std::chrono::seconds(30));
+    usage.recordUsage(1'000'000, 0);
+    for (int image = 0; image < 15; ++image) {
+        queue.finishOne();
+    }
+    const QString dollars = QString::number(UsageTracker::costOf(1'000'000, 0), 'f', 2);
+    EXPECT_EQ(local().last(), u"a.jpg|15 of 60 · about 2 min · $"_s + dollars + u"|25%"_s);
+    status.setIsPaused(true);
+    EXPECT_TRUE(local().last().startsWith(u"Paused."_s));
+
+    queue.withdraw(44);
+    queue.finishOne();
+    EXPECT_EQ(status.queue(), QueueProgress());
+    queue.add(1);
+    EXPECT_EQ(local().first(), u"1 images||") << "without those before";
 }
 
 TEST_F(PanelProgressTest, ABarNeverLeavesItsRange) {

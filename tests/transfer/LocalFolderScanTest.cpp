@@ -246,7 +246,9 @@ TEST_F(LocalScanTest, AnImageThatChangesOrGoesWhileItRestsIsNotTried) {
     look();
     write(u"a.JPG"_s, "half and more");
     QFile::remove(path(u"b.JPG"_s));
+    EXPECT_EQ(status.queue().total, 2);
     finishAll();
+    EXPECT_EQ(status.queue().total, 0);
     EXPECT_TRUE(begun.isEmpty());
     EXPECT_TRUE(isPrinted(u"  a.JPG: Still being written, left for the next scan"_s));
     EXPECT_TRUE(isPrinted(u"Auto-processing batch complete: 0 processed, 0 failed"_s));

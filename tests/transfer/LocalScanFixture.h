@@ -83,6 +83,7 @@ protected:
          .tracker = tracker,
          .access = access,
          .turns = turns,
+         .count = program.queue,
          .threads = threads,
          .clock = clock,
          .log = console,

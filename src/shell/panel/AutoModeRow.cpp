@@ -74,6 +74,8 @@ AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, const Problems
     connect(&parts.settings, &SettingsStore::autoModeChanged, this, &AutoModeRow::showState);
     connect(&parts.status, &StatusStore::nextScanCountdownChanged, this, &AutoModeRow::showState);
     connect(&parts.status, &StatusStore::isProcessingChanged, this, &AutoModeRow::showDot);
+    connect(&parts.status, &StatusStore::queueChanged, this, &AutoModeRow::showDot);
+    connect(&parts.status, &StatusStore::isPausedChanged, this, &AutoModeRow::showDot);
     connect(&parts.status, &StatusStore::ftpIsDownloadingChanged, this, &AutoModeRow::showDot);
     connect(&problems, &Problems::changed, this, &AutoModeRow::showDot);
     showState();
@@ -109,7 +111,9 @@ void AutoModeRow::showDot() {
     const StatusStore& status = m_parts.status;
     if (!m_problems.list().isEmpty()) {
         m_dot->setState(u"Needs attention"_s, &Theme::missing);
-    } else if (status.isProcessing() || status.ftpIsDownloading()) {
+    } else if (status.isPaused()) {
+        m_dot->setState(u"Paused"_s, &Theme::missing);
+    } else if (hasWork(status) || status.ftpIsDownloading()) {
         m_dot->setState(u"Working"_s, &Theme::accent);
     } else {
         m_dot->setState(u"Watching"_s, &Theme::good);

@@ -128,6 +128,12 @@ void PanelActions::chooseCodeReplacements() {
 void PanelActions::stop() {
     m_parts.settings.setAutoMode(false); // or the next scan would begin them again
     m_parts.turns.stop();
+    m_parts.status.setIsPaused(m_parts.turns.isPaused());
+}
+
+void PanelActions::setPaused(bool paused) {
+    m_parts.turns.setPaused(paused);
+    m_parts.status.setIsPaused(m_parts.turns.isPaused());
 }
 
 void PanelActions::help(const Problem& problem, Problem::Remedy remedy) {

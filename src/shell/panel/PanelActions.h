@@ -39,6 +39,8 @@ public:
     void chooseCodeReplacements();
     /// Lets the images in the works finish and begins no others; turns auto mode off.
     void stop();
+    /// While paused, images in the works are finished and no others begin.
+    void setPaused(bool paused);
     /// Does what helps against a problem.
     void help(const Problem& problem, Problem::Remedy remedy);
     void showLog();

@@ -29,32 +29,55 @@ QList<ProgressRow> rowsOf(const ShellParts& parts) {
 } // namespace
 
 ProgressSection::ProgressSection(ShellParts parts, PanelActions& actions, QWidget* parent)
-    : QWidget(parent), m_parts(parts), m_stop(new ActionButton(u"Stop"_s)), m_rowsLayout(new QVBoxLayout) {
+    : QWidget(parent)
+    , m_parts(parts)
+    , m_pause(new ActionButton(u"Pause"_s))
+    , m_stop(new ActionButton(u"Stop"_s))
+    , m_rowsLayout(new QVBoxLayout) {
     setObjectName(u"progress"_s);
     m_rowsLayout->setSpacing(6);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 4, 0, 4);
     layout->setSpacing(measure::cardPadding);
     layout->addLayout(m_rowsLayout, 1);
+    layout->addWidget(m_pause, 0, Qt::AlignTop);
     layout->addWidget(m_stop, 0, Qt::AlignTop);
+    addPause(actions);
     addStop(actions);
 
     const StatusStore& status = parts.status;
-    for (const auto changed :
-         {&StatusStore::isProcessingChanged, &StatusStore::currentFileNameChanged,
-          &StatusStore::lastMessageChanged, &StatusStore::processedChanged, &StatusStore::failedChanged,
-          &StatusStore::totalFilesChanged, &StatusStore::currentFileIndexChanged,
-          &StatusStore::isWaitingForAPIChanged, &StatusStore::currentBatchStartIndexChanged,
-          &StatusStore::currentBatchSizeChanged, &StatusStore::currentBatchNumberChanged,
-          &StatusStore::totalBatchCountChanged, &StatusStore::ftpIsCheckingChanged,
-          &StatusStore::ftpIsDownloadingChanged, &StatusStore::ftpStatusMessageChanged,
-          &StatusStore::ftpDownloadProgressChanged, &StatusStore::ftpTotalBytesToDownloadChanged,
-          &StatusStore::ftpBytesDownloadedChanged, &StatusStore::ftpRemarksChanged}) {
+    for (const auto changed : {&StatusStore::isProcessingChanged,
+                               &StatusStore::currentFileNameChanged,
+                               &StatusStore::lastMessageChanged,
+                               &StatusStore::processedChanged,
+                               &StatusStore::failedChanged,
+                               &StatusStore::totalFilesChanged,
+                               &StatusStore::currentFileIndexChanged,
+                               &StatusStore::isWaitingForAPIChanged,
+                               &StatusStore::currentBatchStartIndexChanged,
+                               &StatusStore::currentBatchSizeChanged,
+                               &StatusStore::currentBatchNumberChanged,
+                               &StatusStore::totalBatchCountChanged,
+                               &StatusStore::queueChanged,
+                               &StatusStore::isPausedChanged,
+                               &StatusStore::ftpIsCheckingChanged,
+                               &StatusStore::ftpIsDownloadingChanged,
+                               &StatusStore::ftpStatusMessageChanged,
+                               &StatusStore::ftpDownloadProgressChanged,
+                               &StatusStore::ftpTotalBytesToDownloadChanged,
+                               &StatusStore::ftpBytesDownloadedChanged,
+                               &StatusStore::ftpRemarksChanged}) {
         connect(&status, changed, this, &ProgressSection::showProgress);
     }
     connect(&parts.settings, &SettingsStore::sourceTypeChanged, this, &ProgressSection::showProgress);
     connect(&parts.usage, &UsageTracker::todaysCostChanged, this, &ProgressSection::showProgress);
     showProgress();
+}
+
+void ProgressSection::addPause(PanelActions& actions) {
+    m_pause->setObjectName(u"pause"_s);
+    connect(m_pause, &ActionButton::clicked, this,
+            [this, &actions] { actions.setPaused(!m_parts.status.isPaused()); });
 }
 
 /// Far from the buttons that begin a run: those under way may end at any moment, and a click must not hit
@@ -71,8 +94,14 @@ void ProgressSection::addStop(PanelActions& actions) {
 }
 
 void ProgressSection::showProgress() {
-    m_stop->setVisible(m_parts.status.isProcessing());
-    m_stop->setEnabled(m_stop->isEnabled() || !m_parts.status.isProcessing());
+    const bool isPaused = m_parts.status.isPaused();
+    const bool isBusy = hasWork(m_parts.status);
+    m_pause->setText(isPaused ? u"&Resume"_s : u"&Pause"_s);
+    m_pause->setToolTip(isPaused ? u"Goes on with the images that wait."_s
+                                 : u"Finishes the images in the works; the others wait until you resume."_s);
+    m_pause->setVisible(isBusy || isPaused);
+    m_stop->setVisible(isBusy);
+    m_stop->setEnabled(m_stop->isEnabled() || !isBusy);
     const QList<ProgressRow> rows = rowsOf(m_parts);
     while (m_rows.size() < rows.size()) {
         auto* row = new ProgressRowView;

@@ -24,10 +24,12 @@ public:
     ProgressSection(ShellParts parts, PanelActions& actions, QWidget* parent = nullptr);
 
 private:
+    void addPause(PanelActions& actions);
     void addStop(PanelActions& actions);
     void showProgress();
 
     ShellParts m_parts;
+    ActionButton* m_pause;
     ActionButton* m_stop;
     QVBoxLayout* m_rowsLayout;
     QList<ProgressRowView*> m_rows; // those not needed now are hidden
