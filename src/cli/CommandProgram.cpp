@@ -82,7 +82,7 @@ void CommandProgram::warnOfManifest() {
 void CommandProgram::warnOfRoster() {
     const auto roster = resolveCodeReplacementsFile(captions.settings.codeReplacementsFile(),
                                                     captions.settings.ingestFolder());
-    const QString problem = roster ? rosterProblem(roster->path) : QString();
+    const QString problem = roster ? rosterState(roster->path).problem : QString();
     if (!problem.isEmpty()) {
         warn(problem);
     }

@@ -149,13 +149,25 @@ QString rosterProblem(const FileError& error, const QString& name) {
         name, QString::fromStdString(std::generic_category().message(error.code())));
 }
 
-QString rosterProblem(const QString& path) {
+RosterState rosterState(const QString& path) {
     const QString name = QFileInfo(path).fileName();
     try {
-        return rosterProblem(readCodeReplacements(path), name);
+        const CodeReplacements replacements = readCodeReplacements(path);
+        return {.problem = rosterProblem(replacements, name), .entries = replacements.uniqueKeyCount};
     } catch (const FileError& error) {
-        return rosterProblem(error, name);
+        return {.problem = rosterProblem(error, name)};
     }
+}
+
+QList<RosterEntry> rosterEntries(const CodeReplacements& replacements) {
+    QList<RosterEntry> entries;
+    forEachLine(replacements.roster, [&](QStringView line) {
+        if (const QStringView code = keyOf(line); !code.isEmpty()) {
+            const QStringView name = line.sliced(line.indexOf(u'\t') + 1).trimmed();
+            entries.append({.code = code.toString(), .name = name.toString()});
+        }
+    });
+    return entries;
 }
 
 QStringList logLines(const CodeReplacements& replacements) {

@@ -5,6 +5,7 @@
 #include "platform/FileError.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -50,12 +51,29 @@ CodeReplacements parseCodeReplacements(const QByteArray& bytes);
 /// Reads a roster from a file of at most 16 MiB. Throws FileError, with EFBIG for a larger one.
 CodeReplacements readCodeReplacements(const QString& path);
 
-/// Why the names of the roster will not be used, or may be missing: a sentence for the user, with a remedy if
-/// there is one. Empty when all is well. Reads the file.
-QString rosterProblem(const QString& path);
-/// The same for a roster that was read from a file of that name, or could not be.
+/// Why the names of a roster that was read from a file of that name will not be used, or may be missing: a
+/// sentence for the user, with a remedy if there is one. Empty when all is well.
 QString rosterProblem(const CodeReplacements& replacements, const QString& name);
+/// The same for one that could not be read.
 QString rosterProblem(const FileError& error, const QString& name);
+
+/// What a user wants to know of a roster before the game.
+struct RosterState {
+    QString problem; ///< as rosterProblem()
+    qsizetype entries = 0;
+};
+
+/// Reads the file; never throws.
+RosterState rosterState(const QString& path);
+
+/// One line of a roster.
+struct RosterEntry {
+    QString code; ///< before the first tab
+    QString name; ///< the rest of the line
+};
+
+/// The entries that go to the model, in the file's order. Lines without a tab or a code are left out.
+QList<RosterEntry> rosterEntries(const CodeReplacements& replacements);
 
 /// The lines of the log file about the roster, before the model is asked.
 QStringList logLines(const CodeReplacements& replacements);

@@ -2,12 +2,12 @@
 #include "transfer/RosterWatch.h"
 
 #include "core/OnThreadPool.h"
-#include "pipeline/CodeReplacements.h"
 #include "state/Publish.h"
 
 #include <QFileInfo>
 #include <QThreadPool>
 #include <optional>
+#include <utility>
 
 namespace ostrelle {
 
@@ -28,11 +28,11 @@ bool RosterWatch::matters() const {
     return !m_settings.codeReplacementsFile() && m_settings.sourceType() == SourceType::local;
 }
 
-QString RosterWatch::problem() const {
+RosterWatch::Examined RosterWatch::inUse() const {
     if (const std::optional<QString> selected = m_settings.codeReplacementsFile()) {
-        return m_selected.path == *selected ? m_selected.problem : QString();
+        return m_selected.path == *selected ? m_selected : Examined();
     }
-    return isUsed() ? m_found.problem : QString();
+    return isUsed() ? m_found : Examined();
 }
 
 void RosterWatch::lookAgain() {
@@ -67,7 +67,11 @@ QCoro::Task<> RosterWatch::look(QPointer<RosterWatch> watch, QString folder, Eve
     const std::optional<QString> found = co_await onThreadPool(watch->m_threads.of(folder), find);
     if (watch && watch->m_settings.ingestFolder() == folder && watch->m_lastAnswer < number) {
         watch->m_lastAnswer = number;
+        const bool isFirst = std::exchange(watch->m_answered, folder) != folder;
         publish(watch.data(), watch->m_isFound, found.has_value(), &RosterWatch::foundChanged);
+        if (isFirst) {
+            Q_EMIT watch->useChanged();
+        }
         if (found) {
             examine(watch, *found, &RosterWatch::m_found);
         }
@@ -84,7 +88,7 @@ void RosterWatch::examineSelected() {
 QCoro::Task<> RosterWatch::examine(QPointer<RosterWatch> watch, QString path,
                                    Examined RosterWatch::* examined) {
     const quint64 number = ++watch->m_examinations;
-    auto read = [path, number] { return Examined{path, rosterProblem(path), number}; };
+    auto read = [path, number] { return Examined{path, rosterState(path), number}; };
     QThreadPool* thread = watch->m_threads.of(QFileInfo(path).path());
     const Examined answer = co_await onThreadPool(thread, read);
     if (watch && (watch.data()->*examined).number < number) {

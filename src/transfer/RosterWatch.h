@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Event.h"
+#include "pipeline/CodeReplacements.h"
 #include "platform/Clock.h"
 #include "platform/FolderThreads.h"
 #include "state/SettingsStore.h"
@@ -12,6 +13,7 @@
 #include <QString>
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace ostrelle {
 
@@ -30,10 +32,16 @@ public:
 
     /// The result of the last look at the present folder; false before the first has ended.
     bool isFound() const { return m_isFound; }
+    /// Whether the present folder has not answered yet.
+    bool isLooking() const { return m_settings.ingestFolder() && m_answered != m_settings.ingestFolder(); }
     /// Whether captions use the roster of the folder, as none is selected.
     bool isUsed() const;
     /// What is wrong with the roster in use, as a sentence; empty if nothing is known to be wrong.
-    QString problem() const;
+    QString problem() const { return inUse().state.problem; }
+    /// How many entries it has; 0 while that is not known.
+    qsizetype entries() const { return inUse().state.entries; }
+    /// Its path; empty while none is known to be in use.
+    QString path() const { return inUse().path; }
     /// Looks again, for example when the window becomes active: the user may have put a file there.
     void lookAgain();
     /// Looks again and resumes with the result. Resumes with isFound() if the folder does not answer, or does
@@ -42,17 +50,19 @@ public:
 
 Q_SIGNALS:
     void foundChanged();
-    /// isUsed() or problem() may have changed.
+    /// isUsed(), or what is known of the roster in use, may have changed.
     void useChanged();
 
 private:
-    /// A file that was examined, and what is wrong with it.
+    /// A file that was examined, and what it is like.
     struct Examined {
         QString path;
-        QString problem;
+        RosterState state;
         quint64 number = 0; // answers may arrive out of order
     };
 
+    /// Empty while nothing is known.
+    Examined inUse() const;
     /// Whether a roster in the folder would be used.
     bool matters() const;
     /// Starts to look. The event happens when the answer is in.
@@ -68,7 +78,8 @@ private:
     Clock& m_clock;
     bool m_isFound = false;
     quint64 m_looks = 0;
-    quint64 m_lastAnswer = 0; // the number of the look that m_isFound comes from
+    std::optional<QString> m_answered; // the folder that m_isFound is about
+    quint64 m_lastAnswer = 0;          // the number of the look that m_isFound comes from
     quint64 m_examinations = 0;
     Examined m_found;
     Examined m_selected;

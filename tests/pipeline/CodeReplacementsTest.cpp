@@ -24,9 +24,9 @@ TEST_F(PipelineTest, ARosterWhoseNamesAreOfNoUseSaysWhy) {
          u"The names in roster.txt will not be used: it is larger than 16 MB."_s},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(rosterProblem(write(u"roster.txt"_s, row.bytes)), row.problem);
+        EXPECT_EQ(rosterState(write(u"roster.txt"_s, row.bytes)).problem, row.problem);
     }
-    EXPECT_EQ(rosterProblem(path(u"gone.txt"_s)),
+    EXPECT_EQ(rosterState(path(u"gone.txt"_s)).problem,
               u"The names in gone.txt will not be used: it cannot be read (No such file or directory)."_s);
 }
 

@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/OpenAIError.h"
 #include "shell/MenuContentViewFixture.h"
+#include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/ColorSwatchPicker.h"
 #include "shell/toolkit/Picker.h"
 #include "shell/toolkit/ProgressLine.h"
 #include "shell/toolkit/StatusMark.h"
 #include "shell/toolkit/Switch.h"
+#include "state/RecentPaths.h"
 
+#include <QApplication>
+#include <QFile>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
 #include <QSignalSpy>
+#include <QTableWidget>
 
 namespace ostrelle {
 
@@ -201,17 +208,59 @@ TEST_F(MenuContentViewTest, AKeyThatWasStoredInATerminalIsSeenWhenThePanelIsUsed
 
 TEST_F(MenuContentViewTest, ARosterThatIsPutIntoTheWatchFolderIsSaidToBeUsed) {
     configure(true, true, false);
-    EXPECT_FALSE(view->findChild<QWidget*>(u"codeReplacementsNote"_s));
+    const auto* note = find<StatusMark>(u"codeReplacementsNote"_s);
+    waitUntil([note] { return note->text().startsWith(u"Needed"); });
     touch(u"code-replacements.txt"_s);
     comeBackTo(*view);
-    waitUntil([this] { return view->findChild<QWidget*>(u"codeReplacementsNote"_s) != nullptr; });
-    EXPECT_TRUE(isShown(u"codeReplacementsNote"_s));
-    const auto* note = find<StatusMark>(u"codeReplacementsNote"_s);
-    waitUntil([note] { return note->tone() == StatusTone::missing; });
-    EXPECT_TRUE(note->text().contains(u"code-replacements.txt"_s)) << "the note names the faulty file";
+    waitUntil([note] { return note->text().contains(u"code-replacements.txt"_s); });
+    EXPECT_EQ(note->tone(), StatusTone::missing) << "it is empty";
     configure(true, true, true);
     world.status.setIsProcessing(true); // a run reads the roster
     waitUntil([note] { return note->isVisible(); });
+}
+
+TEST_F(MenuContentViewTest, TheRosterTellsItsEntriesAndListsThem) {
+    configure(true, true, false);
+    QFile file(touch(u"code-replacements.txt"_s));
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("k12\tSam Abel\tforward\nno entry\nk7\tLee Oak\n");
+    file.close();
+    comeBackTo(*view);
+    auto* link = find<ActionButton>(u"codeReplacementsLink"_s);
+    waitUntil([link] { return link->text() == u"2 entries"; });
+    link->click();
+    QPointer<QTableWidget> table;
+    waitUntil([&table] {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            table = window->findChild<QTableWidget*>(u"rosterEntries"_s);
+            if (table) {
+                break;
+            }
+        }
+        return table != nullptr;
+    });
+    EXPECT_EQ(table->rowCount(), 2);
+    EXPECT_EQ(table->item(0, 1)->text(), u"Sam Abel\tforward");
+    table->window()->close();
+}
+
+TEST_F(MenuContentViewTest, OneClickBringsBackALostFolder) {
+    for (const char16_t* folder : {u"/photos/a", u"/photos/b & c", u"/photos/d"}) {
+        world.settings.setIngestFolder(QString::fromUtf16(folder));
+    }
+    auto* recent = find<ActionButton>(u"watchFolderRecent"_s);
+    ASSERT_EQ(recent->menu()->actions().size(), 2);
+    recent->menu()->actions().at(1)->trigger();
+    EXPECT_EQ(world.settings.ingestFolder(), u"/photos/a");
+    world.settings.setIngestFolder(std::nullopt);
+    find<ActionButton>(u"watchFolderLink"_s)->click();
+    EXPECT_EQ(world.settings.ingestFolder(), u"/photos/a") << "the last one";
+    EXPECT_FALSE(isShown(u"watchFolderLink"_s));
+
+    for (int number = 0; number < 20; ++number) {
+        world.settings.setIngestFolder(u"/photos/%1"_s.arg(number));
+    }
+    EXPECT_EQ(recent->menu()->actions().size(), RecentPaths::mostPaths - 1);
 }
 
 TEST_F(MenuContentViewTest, ANameOfAnyLengthLeavesThePanelItsWidth) {

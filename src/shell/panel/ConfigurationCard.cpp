@@ -10,6 +10,7 @@
 #include "shell/toolkit/SettingBinding.h"
 #include "shell/toolkit/StatusMark.h"
 #include "shell/toolkit/Theme.h"
+#include "state/RecentPaths.h"
 
 #include <QHBoxLayout>
 #include <optional>
@@ -37,10 +38,31 @@ const InfoText audioInfo{
      {u"• The note is context only: the caption tells what the image shows"_s,
       u"When DISABLED (default):"_s}}};
 
-/// Shows a path of the settings and follows its changes.
-void follow(FileChoiceRow* row, SettingsStore& settings,
-            std::optional<QString> (SettingsStore::*path)() const, void (SettingsStore::*changed)()) {
-    const auto show = [=, &settings] { row->setPath((settings.*path)()); };
+using SetPath = void (SettingsStore::*)(const std::optional<QString>&);
+
+/// Shows a path of the settings and those before it, and follows their changes.
+void follow(FileChoiceRow* row, ShellParts parts, const RecentPaths::Source& source, SetPath set) {
+    SettingsStore& settings = parts.settings;
+    const auto* recent = new RecentPaths(parts.defaults, settings, source, row);
+    const auto show = [row, recent, &settings, path = source.path] {
+        row->setPath((settings.*path)());
+        row->setRecent(recent->others());
+    };
+    show();
+    QObject::connect(recent, &RecentPaths::changed, row, show);
+    QObject::connect(row, &FileChoiceRow::chosen, row,
+                     [&settings, set](const QString& path) { (settings.*set)(path); });
+}
+
+/// What the row says when nothing is chosen, and no image can be captioned.
+const QString neededNote = u"Needed before images can be captioned."_s;
+
+/// Says that the folder is needed while there is none.
+void noteNeed(FileChoiceRow* row, SettingsStore& settings,
+              std::optional<QString> (SettingsStore::*path)() const, void (SettingsStore::*changed)()) {
+    const auto show = [=, &settings] {
+        row->setNote((settings.*path)() ? QString() : neededNote, StatusTone::missing);
+    };
     show();
     QObject::connect(&settings, changed, row, show);
 }
@@ -52,6 +74,7 @@ ConfigurationCard::ConfigurationCard(ShellParts parts, PanelActions& actions, QW
     setObjectName(u"configuration"_s);
     addSource();
     addFolders();
+    addRoster();
     addSport();
     addAudio();
     showSource();
@@ -73,34 +96,52 @@ void ConfigurationCard::addSource() {
 void ConfigurationCard::addFolders() {
     SettingsStore& settings = m_parts.settings;
     m_watchFolder = new FileChoiceRow(u"Select Watch Folder"_s, u"watchFolder"_s);
-    follow(m_watchFolder, settings, &SettingsStore::ingestFolder, &SettingsStore::ingestFolderChanged);
+    follow(m_watchFolder, m_parts,
+           {u"recentIngestFolders"_s, &SettingsStore::ingestFolder, &SettingsStore::ingestFolderChanged},
+           &SettingsStore::setIngestFolder);
+    noteNeed(m_watchFolder, settings, &SettingsStore::ingestFolder, &SettingsStore::ingestFolderChanged);
     connect(m_watchFolder, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseWatchFolder);
     addRow(m_watchFolder);
 
     addHost();
     m_destinationFolder = new FileChoiceRow(u"Select Destination Folder"_s, u"destinationFolder"_s);
-    follow(m_destinationFolder, settings, &SettingsStore::destinationFolder,
-           &SettingsStore::destinationFolderChanged);
+    follow(m_destinationFolder, m_parts,
+           {u"recentDestinationFolders"_s, &SettingsStore::destinationFolder,
+            &SettingsStore::destinationFolderChanged},
+           &SettingsStore::setDestinationFolder);
+    noteNeed(m_destinationFolder, settings, &SettingsStore::destinationFolder,
+             &SettingsStore::destinationFolderChanged);
     connect(m_destinationFolder, &FileChoiceRow::choosing, &m_actions,
             &PanelActions::chooseDestinationFolder);
     addRow(m_destinationFolder);
     m_destinationFolder->explain(destinationInfo);
+}
 
-    auto* roster = new FileChoiceRow(u"Select Code Replacements File"_s, u"codeReplacements"_s);
-    follow(roster, settings, &SettingsStore::codeReplacementsFile,
-           &SettingsStore::codeReplacementsFileChanged);
-    connect(roster, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseCodeReplacements);
-    addRow(roster);
-    const auto showFound = [this, roster] {
-        const RosterWatch& watch = m_actions.roster();
-        if (const QString problem = watch.problem(); !problem.isEmpty()) {
-            roster->setNote(problem, StatusTone::missing);
-        } else {
-            roster->setNote(watch.isUsed() ? rosterOfFolderUsed() : QString());
-        }
-    };
-    showFound();
-    connect(&m_actions.roster(), &RosterWatch::useChanged, roster, showFound);
+void ConfigurationCard::addRoster() {
+    m_roster = new FileChoiceRow(u"Select Code Replacements File"_s, u"codeReplacements"_s);
+    follow(m_roster, m_parts,
+           {u"recentCodeReplacementsFiles"_s, &SettingsStore::codeReplacementsFile,
+            &SettingsStore::codeReplacementsFileChanged},
+           &SettingsStore::setCodeReplacementsFile);
+    connect(m_roster, &FileChoiceRow::choosing, &m_actions, &PanelActions::chooseCodeReplacements);
+    connect(m_roster, &FileChoiceRow::linkClicked, &m_actions, &PanelActions::showRoster);
+    addRow(m_roster);
+    showRoster();
+    connect(&m_actions.roster(), &RosterWatch::useChanged, this, &ConfigurationCard::showRoster);
+}
+
+void ConfigurationCard::showRoster() {
+    const RosterWatch& watch = m_actions.roster();
+    const bool isNeeded = !m_parts.settings.codeReplacementsFile() && !watch.isUsed();
+    if (const QString problem = watch.problem(); !problem.isEmpty()) {
+        m_roster->setNote(problem, StatusTone::missing);
+    } else if (isNeeded) {
+        m_roster->setNote(watch.isLooking() ? QString() : neededNote, StatusTone::missing);
+    } else {
+        m_roster->setNote(watch.isUsed() ? rosterOfFolderUsed() : QString());
+    }
+    const qsizetype entries = watch.entries();
+    m_roster->setLink(entries == 0 ? QString() : entries == 1 ? u"1 entry"_s : u"%1 entries"_s.arg(entries));
 }
 
 void ConfigurationCard::addHost() {

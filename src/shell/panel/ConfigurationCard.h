@@ -23,11 +23,13 @@ public:
 private:
     void addSource();
     void addFolders();
+    void addRoster();
     void addHost();
     void addSport();
     void addAudio();
     void showSource();
     void showHost();
+    void showRoster();
     void showSport();
 
     ShellParts m_parts;
@@ -38,6 +40,7 @@ private:
     StatusMark* m_hostMissing = nullptr;
     ElidedLabel* m_host = nullptr;
     FileChoiceRow* m_destinationFolder = nullptr;
+    FileChoiceRow* m_roster = nullptr;
     Picker* m_sport = nullptr;
 };
 

@@ -4,8 +4,11 @@
 #include "core/Attempt.h"
 #include "core/OnThreadPool.h"
 #include "pipeline/CaptionCount.h"
+#include "pipeline/CodeReplacements.h"
 #include "pipeline/ImageListing.h"
 #include "platform/Patience.h"
+#include "shell/desktop/OwnerWindow.h"
+#include "shell/panel/RosterView.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -165,6 +168,25 @@ void PanelActions::help(const Problem& problem, Problem::Remedy remedy) {
 
 void PanelActions::showLog() {
     m_parts.workspace.openLink(QUrl::fromLocalFile(m_parts.log.path()));
+}
+
+void PanelActions::showRoster() {
+    m_tasks.spawn(listRoster(this, m_roster.path()));
+}
+
+/// Reads the file anew: it may have been edited since it was counted.
+QCoro::Task<> PanelActions::listRoster(Self self, QString path) {
+    auto read = [path] { return readCodeReplacements(path); };
+    const auto roster =
+        co_await attempt(onThreadPool(self->m_parts.threads.of(QFileInfo(path).path()), read));
+    if (!self) {
+        co_return;
+    }
+    self->m_roster.lookAgain();
+    if (roster) {
+        auto* view = new RosterView(QFileInfo(path).fileName(), *roster, ownerWindow());
+        view->open();
+    }
 }
 
 void PanelActions::take(const DroppedFiles& files) {

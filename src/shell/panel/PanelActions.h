@@ -44,6 +44,8 @@ public:
     /// Does what helps against a problem.
     void help(const Problem& problem, Problem::Remedy remedy);
     void showLog();
+    /// Lists the entries of the roster in use.
+    void showRoster();
 
     /// True while a question is open, here or elsewhere in the program.
     bool isAsking() const;
@@ -62,6 +64,7 @@ private:
     static QCoro::Task<> takeOne(Self self, DroppedFiles file);
     static QCoro::Task<> admitFiles(Self self, QStringList files);
     static QCoro::Task<> confirmAll(Self self);
+    static QCoro::Task<> listRoster(Self self, QString path);
     static QCoro::Task<> askForWatchFolder(Self self);
     static QCoro::Task<> askForDestinationFolder(Self self);
     static QCoro::Task<> askForCodeReplacements(Self self);

@@ -7,6 +7,8 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHBoxLayout>
+#include <QMenu>
 
 namespace ostrelle {
 
@@ -46,22 +48,84 @@ void FileChoiceRow::explain(const InfoText& text) {
 }
 
 void FileChoiceRow::setNote(const QString& words, StatusTone tone) {
-    if (m_note == nullptr && !words.isEmpty()) {
-        m_note = new StatusMark;
-        m_note->setFont(typeFont(TypeSize::small));
-        m_note->setWordWrap(true);
-        m_note->setObjectName(m_value->objectName() + u"Note"_s);
-        setSecondLine(m_note);
+    m_noteWords = words;
+    m_noteTone = tone;
+    showSecondLine();
+}
+
+void FileChoiceRow::setLink(const QString& words) {
+    m_linkWords = words;
+    showSecondLine();
+}
+
+void FileChoiceRow::showSecondLine() {
+    const bool isOffered = m_linkWords.isEmpty() && !m_hasPath && !m_recentPaths.isEmpty();
+    const QString link = isOffered ? u"Use “%1” Again"_s.arg(nameOf(m_recentPaths.first())) : m_linkWords;
+    if (m_secondLine == nullptr && m_noteWords.isEmpty() && link.isEmpty()) {
+        return;
     }
-    if (m_note != nullptr) {
-        m_note->setStatus(tone, words);
-        m_note->setVisible(!words.isEmpty());
+    makeSecondLine();
+    m_note->setStatus(m_noteTone, m_noteWords);
+    m_note->setVisible(!m_noteWords.isEmpty());
+    m_link->setWords(link);
+    m_link->setVisible(!link.isEmpty());
+    m_secondLine->setVisible(!m_noteWords.isEmpty() || !link.isEmpty());
+}
+
+void FileChoiceRow::makeSecondLine() {
+    if (m_secondLine != nullptr) {
+        return;
     }
+    m_note = new StatusMark;
+    m_note->setFont(typeFont(TypeSize::small));
+    m_note->setWordWrap(true);
+    m_note->setObjectName(m_value->objectName() + u"Note"_s);
+    m_link = new ActionButton({}, ActionKind::link);
+    m_link->setFont(typeFont(TypeSize::small));
+    m_link->setObjectName(m_value->objectName() + u"Link"_s);
+    m_link->setAccessibleDescription(name());
+    m_link->hide();
+    connect(m_link, &ActionButton::clicked, this,
+            [this] { m_linkWords.isEmpty() ? Q_EMIT chosen(m_recentPaths.value(0)) : Q_EMIT linkClicked(); });
+    m_secondLine = new QWidget;
+    auto* layout = new QHBoxLayout(m_secondLine);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(measure::controlSpacing);
+    layout->addWidget(m_note, 1);
+    layout->addWidget(m_link, 0, Qt::AlignRight);
+    setSecondLine(m_secondLine);
+}
+
+void FileChoiceRow::setRecent(const QStringList& paths) {
+    m_recentPaths = paths;
+    showSecondLine();
+    if (m_recent == nullptr && paths.isEmpty()) {
+        return;
+    }
+    if (m_recent == nullptr) {
+        m_recent = new ActionButton({});
+        m_recent->setObjectName(m_value->objectName() + u"Recent"_s);
+        m_recent->setAccessibleName(u"Recent"_s);
+        m_recent->setToolTip(u"Recent"_s);
+        m_recent->setMenu(new QMenu(m_recent));
+        addControl(m_recent);
+        m_recent->setAccessibleDescription(name());
+    }
+    m_recent->menu()->clear();
+    for (const QString& path : paths) {
+        QAction* action = m_recent->menu()->addAction(nameOf(path).replace(u'&', u"&&"_s));
+        action->setToolTip(QDir::toNativeSeparators(path));
+        connect(action, &QAction::triggered, this, [this, path] { Q_EMIT chosen(path); });
+    }
+    m_recent->menu()->setToolTipsVisible(true);
+    m_recent->setVisible(!paths.isEmpty());
 }
 
 void FileChoiceRow::setPath(const std::optional<QString>& path) {
     m_value->setText(path ? nameOf(*path) : u"None"_s);
     m_value->setToolTip(path ? QDir::toNativeSeparators(*path) : QString());
+    m_hasPath = path.has_value();
+    showSecondLine();
 }
 
 } // namespace ostrelle
