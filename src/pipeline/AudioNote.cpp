@@ -4,6 +4,7 @@
 #include "core/Attempt.h"
 
 #include <QFileInfo>
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -16,6 +17,11 @@ namespace {
 constexpr std::array audioExtensions = {"wav"_L1, "mp3"_L1, "m4a"_L1, "aac"_L1, "aiff"_L1, "flac"_L1};
 
 } // namespace
+
+bool isAudioNote(const QString& file) {
+    const QString extension = QFileInfo(file).suffix().toLower();
+    return std::find(audioExtensions.begin(), audioExtensions.end(), extension) != audioExtensions.end();
+}
 
 QStringList audioNotesOf(const QString& image) {
     const QString stem = image.chopped(QFileInfo(image).suffix().size());

@@ -12,6 +12,9 @@
 
 namespace ostrelle {
 
+/// Whether a file of this name would be an audio note.
+bool isAudioNote(const QString& file);
+
 /// The audio files beside an image that share its name, in the order to try them. Reads the disk: for worker
 /// threads.
 QStringList audioNotesOf(const QString& image);

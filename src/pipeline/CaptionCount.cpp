@@ -21,20 +21,14 @@ CaptionCount countCaptions(const QStringList& files, const QTimeZone& zone) {
     CaptionCount count{.images = files.size()};
     for (const QString& file : files) {
         const QString caption = captionOf(file, zone);
-        count.captioned += caption.isEmpty() ? 0 : 1;
+        if (caption.isEmpty()) {
+            count.without.append(file);
+        } else {
+            ++count.captioned;
+        }
         count.lasting += isRealCaption(caption) ? 1 : 0;
     }
     return count;
-}
-
-QStringList withoutCaption(const QStringList& files, const QTimeZone& zone) {
-    QStringList without;
-    for (const QString& file : files) {
-        if (captionOf(file, zone).isEmpty()) {
-            without.append(file);
-        }
-    }
-    return without;
 }
 
 } // namespace ostrelle

@@ -111,7 +111,7 @@ QCoro::Task<std::optional<RunImages>> FolderSource::find() {
         images.files = co_await withoutProcessed(images.files);
     } else if (m_which == FolderImages::withoutCaption) {
         auto select = [files = images.files, zone = m_parts.clock.timeZone()] {
-            return withoutCaption(files, zone);
+            return countCaptions(files, zone).without;
         };
         images.files = co_await onThreadPool(m_parts.threads.of(m_folder), select);
     } else {

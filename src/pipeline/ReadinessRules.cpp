@@ -55,6 +55,13 @@ QString countWords(const CaptionCount& count, bool isOverwriting) {
                                                isOverwriting ? u"replaced"_s : u"left alone"_s);
 }
 
+void offerOnlyWithout(const CaptionCount& count, Alert& alert) {
+    const qsizetype without = count.images - count.captioned;
+    if (count.captioned > 0 && without > 0) {
+        alert.buttons.append(u"Only the %1 Without"_s.arg(without));
+    }
+}
+
 } // namespace
 
 Readiness Readiness::of(const DefaultsStore& defaults, const SettingsStore& settings, bool folderHasRoster) {
@@ -131,11 +138,22 @@ Alert captionAllQuestion(const std::optional<CaptionCount>& count, bool isOverwr
     alert.buttons = QStringList{u"Cancel"_s, u"Caption All"_s};
     if (count) {
         alert.text += u"\n\n"_s + countWords(*count, isOverwriting);
-        const qsizetype without = count->images - count->captioned;
-        if (isOverwriting && count->captioned > 0 && without > 0) {
-            alert.buttons.append(u"Only the %1 Without"_s.arg(without));
+        if (isOverwriting) {
+            offerOnlyWithout(*count, alert);
         }
     }
+    return alert;
+}
+
+std::optional<Alert> captionDroppedQuestion(const CaptionCount& count, bool isOverwriting) {
+    if (!isOverwriting || count.captioned == 0) {
+        return std::nullopt;
+    }
+    Alert alert;
+    alert.title = count.images == 1 ? u"Caption This Image?"_s : u"Caption These Images?"_s;
+    alert.text = countWords(count, isOverwriting);
+    alert.buttons = QStringList{u"Cancel"_s, u"Caption All"_s};
+    offerOnlyWithout(count, alert);
     return alert;
 }
 

@@ -42,6 +42,8 @@ std::optional<Alert> switchAutoMode(SettingsStore& settings, const Readiness& re
 /// The question before all images of the watch folder are captioned; the second button means yes, the third,
 /// if any, only those without a caption. Without a count, it does not tell how many there are.
 Alert captionAllQuestion(const std::optional<CaptionCount>& count = {}, bool isOverwriting = true);
+/// The same for images that the user has dropped; nothing if none of their captions would be replaced.
+std::optional<Alert> captionDroppedQuestion(const CaptionCount& count, bool isOverwriting);
 /// The question before all is fetched from the server; the second button means yes.
 Alert downloadAllQuestion();
 

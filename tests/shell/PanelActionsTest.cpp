@@ -30,14 +30,27 @@ protected:
         QDragEnterEvent enter(QPoint(200, 200), offered, &data, Qt::LeftButton, Qt::NoModifier);
         enter.ignore();
         QApplication::sendEvent(view.get(), &enter);
+        words = find(u"dropNotice"_s)->accessibleName();
+        EXPECT_TRUE(isShown(u"dropNotice"_s));
+        QDragMoveEvent move(QPoint(200, 201), offered, &data, Qt::LeftButton, Qt::NoModifier);
+        move.ignore();
+        QApplication::sendEvent(view.get(), &move);
         QDropEvent event(QPointF(200, 200), offered, &data, Qt::LeftButton, Qt::NoModifier);
         event.ignore();
-        QApplication::sendEvent(view.get(), &event);
-        EXPECT_EQ(enter.isAccepted(), event.isAccepted());
+        if (move.isAccepted()) {
+            QApplication::sendEvent(view.get(), &event);
+        } else {
+            QDragLeaveEvent leave;
+            QApplication::sendEvent(view.get(), &leave);
+        }
+        EXPECT_EQ(move.isAccepted(), event.isAccepted());
         EXPECT_TRUE(!event.isAccepted() || event.dropAction() == Qt::CopyAction);
         await(view->finished());
+        EXPECT_FALSE(isShown(u"dropNotice"_s));
         return event.isAccepted();
     }
+
+    QString words; ///< while the files were dragged
 };
 
 } // namespace
@@ -123,6 +136,19 @@ TEST_F(PanelActionsTest, ImagesWithoutACaptionCanBeChosenFromAll) {
         world.alerts.shown.first().text.endsWith(u"2 images; 1 has a caption that will be replaced."_s));
     EXPECT_EQ(world.status.lastMessage(), u"Done. Processed: 0, Failed: 1."_s) << "no model answers";
     EXPECT_EQ(contentsOf(world.folder.filePath(u"a.xmp"_s)), caption);
+
+    QStringList dropped;
+    for (const QString& name : {u"a.cr3"_s, u"a.xmp"_s, u"b.cr3"_s, u"b.xmp"_s}) {
+        dropped.append(world.folder.filePath(name));
+    }
+    EXPECT_TRUE(drop(dropped));
+    EXPECT_EQ(world.alerts.shown.last().text, u"2 images; 1 has a caption that will be replaced."_s);
+    EXPECT_EQ(world.status.lastMessage(), u"Failed to caption 1 image"_s);
+    world.status.setLastMessage(std::nullopt);
+    world.alerts.answer = 0;
+    EXPECT_TRUE(drop(dropped));
+    EXPECT_EQ(world.status.lastMessage(), std::nullopt) << "cancelled";
+    EXPECT_EQ(contentsOf(world.folder.filePath(u"a.xmp"_s)), caption);
 }
 
 TEST_F(PanelActionsTest, ASelectionBeginsInTheFolderAndGoesOnByItsOwnRules) {
@@ -176,10 +202,14 @@ TEST_F(PanelActionsTest, WhatIsDroppedTakesItsPlace) {
     EXPECT_TRUE(drop({u"/photos/a.nef"_s, u"/photos/b.jpg"_s}));
     EXPECT_EQ(world.alerts.shown.last().title, u"RAW files selected without XMP sidecars"_s);
 
-    for (const QString& files :
-         {u""_s, u"/p/a.xmp"_s, u"/p/a.jpg /p/a.pdf"_s, u"/p /p"_s, u"/p/a.txt /p/b.txt"_s}) {
+    for (const QString& files : {u"/p/a.xmp"_s, u"/p/a.wav"_s, u"/p /p"_s, u"/p/a.txt /p/b.txt"_s}) {
         EXPECT_FALSE(drop(files.split(u' ', Qt::SkipEmptyParts))) << files.toStdString();
+        EXPECT_TRUE(words.startsWith(u"Only images")) << words.toStdString();
     }
+    EXPECT_TRUE(drop({u"/p/a.jpg"_s, u"/p/a.wav"_s}));
+    EXPECT_EQ(words, u"Caption 1 image");
+    EXPECT_TRUE(drop({u"/p/a.jpg"_s, u"/p/a.pdf"_s}));
+    EXPECT_EQ(words, u"Caption 1 image\nLeft out: a.pdf");
     EXPECT_FALSE(drop({u"/photos/a.jpg"_s}, Qt::MoveAction)) << "files are never moved";
     EXPECT_TRUE(drop({touch(u"plan.pdf"_s)})) << "a folder may have any name";
     EXPECT_EQ(world.alerts.shown.last().title, u"File Not Used"_s);

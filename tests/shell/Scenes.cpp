@@ -3,6 +3,8 @@
 
 #include "pipeline/ReadinessRules.h"
 #include "services/OpenAIError.h"
+#include "shell/desktop/DroppedFiles.h"
+#include "shell/panel/DropNotice.h"
 #include "shell/toolkit/ColorSwatchPicker.h"
 #include "shell/toolkit/InfoButton.h"
 #include "support/FileFacts.h"
@@ -93,9 +95,17 @@ void scrollToBottom(GameWorld& world) {
 void forgetSettings(GameWorld& world) {
     world.defaults.remove(u"OPENAI_API_KEY"_s);
     world.settings.setHasAPIKey(false);
+    world.defaults.remove(u"recentIngestFolders"_s);
+    world.defaults.remove(u"recentCodeReplacementsFiles"_s);
     world.settings.setIngestFolder(std::nullopt);
     world.settings.setCodeReplacementsFile(std::nullopt);
     world.settings.setUseTeamIdentification(false);
+}
+
+void loseFolders(GameWorld& world) {
+    world.settings.setIngestFolder(u"/media/desk/EOS_DIGITAL/DCIM"_s);
+    world.settings.setIngestFolder(std::nullopt);
+    world.settings.setCodeReplacementsFile(std::nullopt);
 }
 
 void useSpoiltRoster(GameWorld& world) {
@@ -230,6 +240,17 @@ QList<Scene> panelScenes() {
         {u"pick-color"_s, panel,
          [](GameWorld& world) { world.find<ColorSwatchPicker>(u"team1Color"_s)->click(); }},
         {u"menu"_s, panel, openMenu},
+        {u"panel-lost"_s, panel, loseFolders},
+        {u"panel-drop"_s, panel,
+         [](GameWorld& world) {
+             world.find<DropNotice>(u"dropNotice"_s)
+                 ->showOver(u"Caption 12 images\nLeft out: plan.pdf"_s, DropNotice::Welcome::yes);
+         }},
+        {u"panel-drop-refused"_s, panel,
+         [](GameWorld& world) {
+             world.find<DropNotice>(u"dropNotice"_s)
+                 ->showOver(DroppedFiles().words(SourceType::local), DropNotice::Welcome::no);
+         }},
         {u"alert-missing"_s,
          {},
          [](GameWorld& world) { world.ask(configurationAlert({u"OpenAI API Key"_s, u"Watch Folder"_s})); }},

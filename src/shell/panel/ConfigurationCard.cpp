@@ -55,7 +55,7 @@ void follow(FileChoiceRow* row, ShellParts parts, const RecentPaths::Source& sou
 }
 
 /// What the row says when nothing is chosen, and no image can be captioned.
-const QString neededNote = u"Needed before images can be captioned."_s;
+const QString neededNote = u"Needed for captions"_s;
 
 /// Says that the folder is needed while there is none.
 void noteNeed(FileChoiceRow* row, SettingsStore& settings,

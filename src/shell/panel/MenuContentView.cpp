@@ -7,6 +7,7 @@
 #include "shell/panel/ActionsBar.h"
 #include "shell/panel/AutoModeRow.h"
 #include "shell/panel/ConfigurationCard.h"
+#include "shell/panel/DropNotice.h"
 #include "shell/panel/LastMessageLine.h"
 #include "shell/panel/ProblemsSection.h"
 #include "shell/panel/ProcessingCard.h"
@@ -23,7 +24,6 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
-#include <optional>
 
 namespace ostrelle {
 
@@ -31,14 +31,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A second run must not start: images are refused until the first has ended, and all files while a question
-/// is open.
-std::optional<DroppedFiles> acceptable(const QDropEvent& event, const StatusStore& status,
-                                       const PanelActions& actions) {
-    std::optional<DroppedFiles> files = DroppedFiles::of(*event.mimeData());
-    const bool isRefused = !(event.possibleActions() & Qt::CopyAction) || actions.isAsking() ||
-                           (files && files->kind == DroppedFiles::Kind::images && status.isProcessing());
-    return isRefused ? std::nullopt : files;
+/// Why the panel does not take the files; empty if it does. A second run must not start: images are refused
+/// until the first has ended, and all files while a question is open.
+QString refusal(const QDropEvent& event, const DroppedFiles& files, const StatusStore& status,
+                const PanelActions& actions) {
+    if (files.kind == DroppedFiles::Kind::useless) {
+        return files.words(SourceType::local);
+    }
+    if (!(event.possibleActions() & Qt::CopyAction)) {
+        return u"These files can only be moved, which would take them from their place."_s;
+    }
+    if (actions.isAsking()) {
+        return u"Answer the open question first."_s;
+    }
+    if (files.kind == DroppedFiles::Kind::images && status.isProcessing()) {
+        return u"Other images are being captioned. Drop these when they are done."_s;
+    }
+    return {};
 }
 
 /// The sender keeps its files, whatever it proposes.
@@ -50,7 +59,11 @@ void acceptAsCopy(QDropEvent* event) {
 } // namespace
 
 MenuContentView::MenuContentView(ShellParts parts, QWidget* parent)
-    : QWidget(parent), m_parts(parts), m_actions(parts), m_problems(parts, m_actions.roster()) {
+    : QWidget(parent)
+    , m_parts(parts)
+    , m_actions(parts)
+    , m_problems(parts, m_actions.roster())
+    , m_dropNotice(new DropNotice(this)) {
     setObjectName(u"mainPanel"_s);
     setAcceptDrops(true);
     setFocusPolicy(Qt::ClickFocus);
@@ -176,19 +189,41 @@ void MenuContentView::changeEvent(QEvent* event) {
     }
 }
 
+/// Files that are refused enter, too: otherwise nobody would tell when they leave.
 void MenuContentView::dragEnterEvent(QDragEnterEvent* event) {
-    if (acceptable(*event, m_parts.status, m_actions)) {
+    if (!event->mimeData()->hasUrls()) {
+        event->ignore();
+        return;
+    }
+    const DroppedFiles files = DroppedFiles::of(*event->mimeData());
+    const QString reason = refusal(*event, files, m_parts.status, m_actions);
+    if (reason.isEmpty()) {
+        m_dropNotice->showOver(files.words(m_parts.settings.sourceType()), DropNotice::Welcome::yes);
+    } else {
+        m_dropNotice->showOver(reason, DropNotice::Welcome::no);
+    }
+    acceptAsCopy(event);
+}
+
+void MenuContentView::dragMoveEvent(QDragMoveEvent* event) {
+    if (m_dropNotice->welcome() == DropNotice::Welcome::yes) {
         acceptAsCopy(event);
+    } else {
+        event->ignore();
     }
 }
 
+void MenuContentView::dragLeaveEvent(QDragLeaveEvent*) {
+    m_dropNotice->hide();
+}
+
 void MenuContentView::dropEvent(QDropEvent* event) {
-    const std::optional<DroppedFiles> files = acceptable(*event, m_parts.status, m_actions);
-    if (!files) {
-        return;
+    m_dropNotice->hide();
+    const DroppedFiles files = DroppedFiles::of(*event->mimeData());
+    if (refusal(*event, files, m_parts.status, m_actions).isEmpty()) {
+        acceptAsCopy(event);
+        m_actions.take(files);
     }
-    acceptAsCopy(event);
-    m_actions.take(*files);
 }
 
 } // namespace ostrelle

@@ -9,6 +9,7 @@
 
 namespace ostrelle {
 
+class DropNotice;
 class SavingNotice;
 
 /// The main panel. The settings that change from game to game scroll at the top; the photographer's actions
@@ -26,6 +27,8 @@ protected:
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
@@ -40,6 +43,7 @@ private:
     PanelActions m_actions;
     Problems m_problems;
     SavingNotice* m_savingNotice = nullptr;
+    DropNotice* m_dropNotice;
 };
 
 } // namespace ostrelle

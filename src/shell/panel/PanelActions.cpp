@@ -6,12 +6,14 @@
 #include "pipeline/CaptionCount.h"
 #include "pipeline/CodeReplacements.h"
 #include "pipeline/ImageListing.h"
+#include "pipeline/ManualSelection.h"
 #include "platform/Patience.h"
 #include "shell/desktop/OwnerWindow.h"
 #include "shell/panel/RosterView.h"
 
 #include <QApplication>
 #include <QFileInfo>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -26,18 +28,20 @@ QCoro::Task<> lookWhetherFolder(QThreadPool* thread, QString path, std::shared_p
     *isFolder = co_await onThreadPool(thread, look);
 }
 
-/// A folder that does not answer, or is not there, is not counted.
-QCoro::Task<> countWatched(ShellParts parts, std::shared_ptr<std::optional<CaptionCount>> result) {
-    const QString folder = parts.settings.ingestFolder().value_or(QString());
-    auto count = [folder, zone = parts.clock.timeZone()] {
-        QStringList files;
-        const QStringList names = listImages(folder).images;
-        for (const QString& name : names) {
-            files.append(folder + u'/' + name);
-        }
-        return countCaptions(files, zone);
-    };
-    const auto counted = co_await attempt(onThreadPool(parts.threads.of(folder), count));
+QStringList imagesIn(const QString& folder) {
+    QStringList files;
+    const QStringList names = listImages(folder).images;
+    for (const QString& name : names) {
+        files.append(folder + u'/' + name);
+    }
+    return files;
+}
+
+using Counted = std::shared_ptr<std::optional<CaptionCount>>;
+
+/// Counts images of one folder on its thread. A folder that does not answer, or is not there, is not counted.
+QCoro::Task<> countOn(QThreadPool* thread, std::function<CaptionCount()> count, Counted result) {
+    const auto counted = co_await attempt(onThreadPool(thread, count));
     if (counted && counted->images > 0) {
         *result = *counted;
     }
@@ -191,7 +195,7 @@ QCoro::Task<> PanelActions::listRoster(Self self, QString path) {
 
 void PanelActions::take(const DroppedFiles& files) {
     if (!m_isAsking) {
-        m_tasks.spawn(files.paths.size() == 1 ? takeOne(this, files) : admitFiles(this, files.paths));
+        m_tasks.spawn(files.paths.size() == 1 ? takeOne(this, files) : admitDropped(this, files.paths));
     }
 }
 
@@ -262,7 +266,7 @@ QCoro::Task<> PanelActions::takeOne(Self self, DroppedFiles file) {
         parts.settings.setCodeReplacementsFile(path);
     } else if (file.kind == DroppedFiles::Kind::images) {
         if (self) {
-            co_await admitFiles(self, file.paths);
+            co_await admitDropped(self, file.paths);
         }
     } else {
         const Alert refusal = uselessFileNews(path);
@@ -280,6 +284,41 @@ QCoro::Task<> PanelActions::admitFiles(Self self, QStringList files) {
     }
 }
 
+QCoro::Task<> PanelActions::admitDropped(Self self, QStringList files) {
+    auto question = std::make_unique<Question>(self);
+    const ShellParts parts = self->m_parts;
+    const bool admitted = co_await isAdmitted(self);
+    const QStringList wanted = admitted ? co_await confirmDropped(parts, files) : QStringList();
+    question.reset();
+    if (!wanted.isEmpty()) {
+        co_await parts.analyzer.captionSelection(wanted, accessToWorkingFolder(parts), parts.workspace);
+    }
+}
+
+QCoro::Task<QStringList> PanelActions::confirmDropped(ShellParts parts, QStringList files) {
+    const ManualSelection selection = ManualSelection::of(files);
+    const auto counted = std::make_shared<std::optional<CaptionCount>>();
+    auto count = [images = selection.images, zone = parts.clock.timeZone()] {
+        return countCaptions(images, zone);
+    };
+    QThreadPool* thread = parts.threads.of(QFileInfo(files.first()).path());
+    co_await endsWithin(countOn(thread, count, counted), parts.clock, RosterWatch::patience);
+    const std::optional<Alert> question =
+        *counted ? captionDroppedQuestion(**counted, parts.settings.alwaysOverwriteCaptions()) : std::nullopt;
+    if (!question) {
+        co_return files;
+    }
+    const QString answer = co_await parts.alerts.show(*question);
+    switch (answer.isEmpty() ? 0 : question->buttons.indexOf(answer)) {
+    case 1:
+        co_return files;
+    case 2:
+        co_return (*counted)->without + selection.sidecars;
+    default:
+        co_return QStringList();
+    }
+}
+
 QCoro::Task<> PanelActions::confirmAll(Self self) {
     auto question = std::make_unique<Question>(self);
     const ShellParts parts = self->m_parts;
@@ -288,12 +327,18 @@ QCoro::Task<> PanelActions::confirmAll(Self self) {
         co_return;
     }
     const bool isLocal = parts.settings.sourceType() == SourceType::local;
-    const auto count = std::make_shared<std::optional<CaptionCount>>();
+    const auto counted = std::make_shared<std::optional<CaptionCount>>();
     if (isLocal) {
-        co_await endsWithin(countWatched(parts, count), parts.clock, RosterWatch::patience);
+        const QString folder = parts.settings.ingestFolder().value_or(QString());
+        auto count = [folder, zone = parts.clock.timeZone()] {
+            return countCaptions(imagesIn(folder), zone);
+        };
+        co_await endsWithin(countOn(parts.threads.of(folder), count, counted), parts.clock,
+                            RosterWatch::patience);
     }
-    const Alert confirmation = isLocal ? captionAllQuestion(*count, parts.settings.alwaysOverwriteCaptions())
-                                       : downloadAllQuestion();
+    const Alert confirmation = isLocal
+                                   ? captionAllQuestion(*counted, parts.settings.alwaysOverwriteCaptions())
+                                   : downloadAllQuestion();
     const QString answer = co_await parts.alerts.show(confirmation);
     question.reset();
     const qsizetype button = answer.isEmpty() ? 0 : confirmation.buttons.indexOf(answer);

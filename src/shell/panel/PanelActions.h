@@ -63,6 +63,9 @@ private:
     static QCoro::Task<> askForImages(Self self);
     static QCoro::Task<> takeOne(Self self, DroppedFiles file);
     static QCoro::Task<> admitFiles(Self self, QStringList files);
+    static QCoro::Task<> admitDropped(Self self, QStringList files);
+    /// Those of the files that the user wants captioned, knowing what would be replaced.
+    static QCoro::Task<QStringList> confirmDropped(ShellParts parts, QStringList files);
     static QCoro::Task<> confirmAll(Self self);
     static QCoro::Task<> listRoster(Self self, QString path);
     static QCoro::Task<> askForWatchFolder(Self self);

@@ -25,6 +25,8 @@ QString ActionButton::kindName() const {
         return u"destroying"_s;
     case ActionKind::link:
         return u"link"_s;
+    case ActionKind::menu:
+        return u"menu"_s;
     case ActionKind::normal:
         break;
     }

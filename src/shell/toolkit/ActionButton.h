@@ -5,8 +5,9 @@
 
 namespace ostrelle {
 
-/// The kind of a button's action: the one main action, any other, a destructive one, or a link elsewhere.
-enum class ActionKind { main, normal, destroying, link };
+/// The kind of a button's action: the one main action, any other, a destructive one, a link elsewhere, or a
+/// menu below an icon.
+enum class ActionKind { main, normal, destroying, link, menu };
 
 /// Whether a button sits beside others or spans its column.
 enum class ActionSize { compact, wide };

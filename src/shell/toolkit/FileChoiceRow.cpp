@@ -3,6 +3,7 @@
 
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/ElidedLabel.h"
+#include "shell/toolkit/Icon.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QDir>
@@ -103,7 +104,9 @@ void FileChoiceRow::setRecent(const QStringList& paths) {
         return;
     }
     if (m_recent == nullptr) {
-        m_recent = new ActionButton({});
+        m_recent = new ActionButton({}, ActionKind::menu);
+        m_recent->setIcon(icon(IconName::chevronDown));
+        m_recent->setIconSize({12, 12});
         m_recent->setObjectName(m_value->objectName() + u"Recent"_s);
         m_recent->setAccessibleName(u"Recent"_s);
         m_recent->setToolTip(u"Recent"_s);
