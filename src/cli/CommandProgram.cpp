@@ -11,12 +11,20 @@
 #include <QCoroSignal>
 #include <QDir>
 #include <QFileInfo>
+#include <QVariantList>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString lastFailedKey = u"commandLineFailedFiles"_s;
+
+} // namespace
 
 CommandProgram::CommandProgram(const Options& givenOptions, const AppFolders& folders,
                                const ServiceEndpoints& endpoints)
@@ -63,12 +71,43 @@ QString CommandProgram::missingConfiguration() const {
 
 QCoro::Task<bool> CommandProgram::finish() {
     co_await captions.finishWork();
+    rememberFailed();
+    co_await defaults.finished();
     const bool isTold = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
     if (!isTold) {
         errors.print(u"ostrelle-caption: Not all results could be written to standard output."_s);
     }
     warnOfManifest();
     co_return isTold&& captions.manifest.savingFailure().isEmpty();
+}
+
+QStringList CommandProgram::lastFailed() const {
+    QStringList files;
+    const QVariantList stored = defaults.get<QVariantList>(lastFailedKey).value_or(QVariantList());
+    for (const QVariant& file : stored) {
+        files.append(file.toString());
+    }
+    files.removeAll(QString());
+    return files;
+}
+
+/// A run that only shows prompts changes nothing.
+void CommandProgram::rememberFailed() {
+    if (options.command == Options::Command::showPrompt) {
+        return;
+    }
+    constexpr qsizetype most = 10'000;
+    QVariantList files;
+    for (const FailedGroup& group : captions.failures.groups()) {
+        for (const QString& file : group.files.first(std::min(group.files.size(), most - files.size()))) {
+            files.append(QFileInfo(file).absoluteFilePath());
+        }
+    }
+    if (!files.isEmpty()) {
+        defaults.set(lastFailedKey, files);
+    } else if (defaults.exists(lastFailedKey)) {
+        defaults.remove(lastFailedKey);
+    }
 }
 
 void CommandProgram::warnOfManifest() {
@@ -117,7 +156,18 @@ DefaultsStore& CommandProgram::withRunOnlyValues() {
     if (options.roster && QFileInfo(*options.roster).isFile()) {
         m_runOnly.set(u"codeReplacementsFile"_s, references.make(*options.roster));
     }
+    if (options.isRetry && !options.roster && !defaults.exists(u"codeReplacementsFile"_s)) {
+        takeRosterOfFailed();
+    }
     return m_runOnly;
+}
+
+/// A run over a folder may have used the folder's own.
+void CommandProgram::takeRosterOfFailed() {
+    const QString folder = QFileInfo(lastFailed().value(0)).path();
+    if (const std::optional<QString> roster = findCodeReplacementsFile(folder)) {
+        m_runOnly.set(u"codeReplacementsFile"_s, PathReferences().make(*roster));
+    }
 }
 
 /// The folder replaces the user's ingest folder.

@@ -39,6 +39,9 @@ public:
     /// Finishes work under way. True when all results could be printed and saved.
     QCoro::Task<bool> finish();
 
+    /// The images that failed in the last run, as absolute paths.
+    QStringList lastFailed() const;
+
     const Options options;
     ConsoleLog output;
     ConsoleLog errors{stderr};
@@ -48,6 +51,8 @@ private:
     DefaultsStore& withRunOnlyValues();
     void takeIngestFolder(const QString& folder);
     void takeServer();
+    void takeRosterOfFailed();
+    void rememberFailed();
     QCoro::Task<> passwordKnown();
     bool askForPassword();
 

@@ -38,7 +38,11 @@ public:
     }
 
     QCoro::Task<int> run() {
-        const QStringList files = m_program.options.files;
+        const bool isRetry = m_program.options.isRetry;
+        const QStringList files = isRetry ? m_program.lastFailed() : m_program.options.files;
+        if (files.isEmpty()) {
+            m_program.errors.print(u"No image failed in the last run."_s);
+        }
         co_await tidyFoldersOf(m_program.captions.threads, files);
         const Overtaking::Mark mark = m_program.captions.turns.stopMark();
         qsizetype index = 0;

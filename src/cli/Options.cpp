@@ -44,6 +44,7 @@ void addOptions(QCommandLineParser& parser) {
         {u"show-prompt"_s, {}},
         {u"folder"_s, {}, u"dir"_s},
         {u"only-new"_s, {}},
+        {u"retry-failed"_s, {}},
         {u"watch"_s, {}, u"dir"_s},
         {u"server"_s, {}, u"url"_s},
         {u"into"_s, {}, u"dir"_s},
@@ -152,6 +153,17 @@ QString readServerCommand(const QCommandLineParser& parser, Options& options) {
     return {};
 }
 
+/// --retry-failed, instead of files.
+QString readRetryCommand(const QCommandLineParser& parser, Options& options) {
+    for (const QString& other : {u"folder"_s, u"watch"_s, u"server"_s, u"only-new"_s, u"show-prompt"_s}) {
+        if (parser.isSet(other)) {
+            return u"--retry-failed excludes --%1."_s.arg(other);
+        }
+    }
+    options.isRetry = true;
+    return options.files.isEmpty() ? QString() : u"--retry-failed excludes files."_s;
+}
+
 /// `key` as the first word is a command; a file of that name can be given as ./key.
 QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
@@ -174,6 +186,9 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
         if (options.json) {
             return u"--show-prompt and --json exclude each other."_s;
         }
+    }
+    if (parser.isSet(u"retry-failed"_s)) {
+        return readRetryCommand(parser, options);
     }
     if (parser.isSet(u"server"_s)) {
         return readServerCommand(parser, options);
@@ -220,6 +235,7 @@ QString helpText() {
            "       ostrelle-caption [options] --folder DIR [--only-new]\n"
            "       ostrelle-caption [options] --watch DIR\n"
            "       ostrelle-caption [options] --server ftp://USER@HOST/PATH --into DIR [--download-all]\n"
+           "       ostrelle-caption [options] --retry-failed\n"
            "       ostrelle-caption key [--clear]\n"
            "\n"
            "Writes a caption into the XMP sidecar of each RAW image and into each JPEG.\n"
@@ -227,6 +243,7 @@ QString helpText() {
            "  --folder DIR    all images of the folder, ten in a request\n"
            "  --only-new      only those that have not been captioned before\n"
            "  --watch DIR     whatever arrives in the folder without a caption, until Ctrl-C\n"
+           "  --retry-failed  the images that failed in the last run of this program\n"
            "  --server URL    whatever arrives in a folder of the FTP server, until Ctrl-C. PATH begins at "
            "the\n"
            "                  folder that the user is in after the login; //PATH begins at the topmost one\n"

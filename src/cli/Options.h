@@ -30,6 +30,7 @@ struct Options {
 
     Command command = Command::caption;
     QStringList files;
+    bool isRetry = false;          ///< the files are those that failed in the last run
     std::optional<QString> folder; ///< of captionFolder and watchFolder
     FolderImages images = FolderImages::all;
     QUrl server;                ///< an ftp or ftps address with a user, for watchServer and downloadServer

@@ -80,6 +80,14 @@ TEST_F(FolderCommandTest, ABadFileEndsNoRun) {
     EXPECT_EQ(all.output.count(u"captioned  "_s), 2) << all.output.toStdString();
     EXPECT_EQ(all.output.count(u"failed     "_s), 5) << all.output.toStdString();
 
+    write(u"in/IMG_3.JPG"_s, jpeg);
+    const Result again = run({u"--retry-failed"_s});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.output.count(u"captioned"_s), 1) << again.output.toStdString();
+    EXPECT_TRUE(again.output.contains(u"IMG_3.JPG"_s));
+    EXPECT_FALSE(run({u"--retry-failed"_s}).output.contains(u"IMG_3.JPG"_s));
+    write(u"in/IMG_3.JPG"_s, jpeg.first(jpeg.size() / 2));
+
     rawImage(u"in/GOOD_3.dng"_s);
     QProcess program;
     start(program, {u"--watch"_s, u"in"_s});
