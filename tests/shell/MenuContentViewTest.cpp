@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QInputDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
@@ -263,6 +264,34 @@ TEST_F(MenuContentViewTest, OneClickBringsBackALostFolder) {
     EXPECT_EQ(recent->menu()->actions().size(), RecentPaths::mostPaths - 1);
 }
 
+TEST_F(MenuContentViewTest, ANewGameIsNamedAndRecalledWithOneChoice) {
+    auto* picker = find<Picker>(u"game"_s);
+    const auto choose = [picker](const QString& item) {
+        picker->setCurrentText(item);
+        Q_EMIT picker->activated(picker->currentIndex());
+    };
+    for (const QString& name : {u" Kentucky  - Ohio "_s, u"Kentucky - Ohio"_s}) {
+        choose(u"New Game…"_s);
+        auto* dialog = view->window()->findChild<QInputDialog*>(u"newGame"_s);
+        ASSERT_TRUE(dialog);
+        dialog->setTextValue(name);
+        dialog->accept();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    EXPECT_EQ(picker->currentText(), u"Kentucky - Ohio (2)");
+    world.settings.setTeam1Name(u"Lions"_s);
+    choose(u"Kentucky - Ohio"_s);
+    EXPECT_EQ(world.settings.team1Name(), QString());
+    choose(u"Kentucky - Ohio (2)"_s);
+    EXPECT_EQ(world.settings.team1Name(), u"Lions");
+    world.alerts.answer = 1;
+    choose(u"Remove “Kentucky - Ohio (2)”…"_s);
+    EXPECT_EQ(picker->currentIndex(), -1);
+    EXPECT_EQ(world.settings.team1Name(), u"Lions") << "the settings stay";
+    world.status.setIsProcessing(true);
+    EXPECT_FALSE(picker->isEnabled()) << "an image would get the other game's names";
+}
+
 TEST_F(MenuContentViewTest, ANameOfAnyLengthLeavesThePanelItsWidth) {
     for (const SourceType source : {SourceType::ftp, SourceType::local}) {
         world.settings.setSourceType(source);
@@ -283,8 +312,9 @@ TEST_F(MenuContentViewTest, TheKeyboardReachesEverythingFromTopToBottom) {
     world.settings.setSourceType(SourceType::ftp);
     find(u"keySettings"_s)->setFocus();
     EXPECT_EQ(tabStops(find(u"keySettings"_s), {}).join(u' ').toStdString(),
-              "keySettings source ftpSettings destinationFolderInfo destinationFolderChoose "
-              "codeReplacementsChoose sportInfo sport prioritizeAudioFilesInfo prioritizeAudioFiles "
+              "keySettings game source ftpSettings destinationFolderInfo destinationFolderChoose "
+              "codeReplacementsChoose sportInfo sport panelCaptionStyle prioritizeAudioFilesInfo "
+              "prioritizeAudioFiles "
               "useTeamIdentificationInfo useTeamIdentification team1Name team1Color team2Name team2Color "
               "includeOffenseDefenseInfo includeOffenseDefense alwaysOverwriteCaptionsInfo "
               "alwaysOverwriteCaptions autoMode selectImages captionAll sendFeedback iptcHelp");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/panel/ConfigurationCard.h"
 
+#include "shell/panel/GameRow.h"
 #include "shell/panel/PanelActions.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/ElidedLabel.h"
@@ -72,10 +73,12 @@ void noteNeed(FileChoiceRow* row, SettingsStore& settings,
 ConfigurationCard::ConfigurationCard(ShellParts parts, PanelActions& actions, QWidget* parent)
     : Card(u"Configuration"_s, parent), m_parts(parts), m_actions(actions) {
     setObjectName(u"configuration"_s);
+    addRow(new GameRow(parts));
     addSource();
     addFolders();
     addRoster();
     addSport();
+    addStyle();
     addAudio();
     showSource();
 }
@@ -180,6 +183,23 @@ void ConfigurationCard::addSport() {
     connect(m_sport, &Picker::activated, this,
             [this] { m_parts.settings.setSport(static_cast<Sport>(m_sport->currentData().toInt())); });
     connect(&m_parts.settings, &SettingsStore::sportChanged, this, &ConfigurationCard::showSport);
+}
+
+void ConfigurationCard::addStyle() {
+    auto* style = new Picker; // narrower than the segments of the settings
+    style->setObjectName(u"panelCaptionStyle"_s);
+    for (const auto& row : rawValueRows<CaptionStyle>()) {
+        style->addItem(row.label.toString(), static_cast<int>(row.value));
+    }
+    addRow(new SettingRow(u"Caption Style:"_s, style));
+    const auto show = [style, &settings = m_parts.settings] {
+        style->setCurrentIndex(style->findData(static_cast<int>(settings.captionStyle())));
+    };
+    show();
+    connect(&m_parts.settings, &SettingsStore::captionStyleChanged, style, show);
+    connect(style, &Picker::activated, &m_parts.settings, [style, &settings = m_parts.settings] {
+        settings.setCaptionStyle(static_cast<CaptionStyle>(style->currentData().toInt()));
+    });
 }
 
 void ConfigurationCard::addAudio() {

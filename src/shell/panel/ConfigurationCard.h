@@ -26,6 +26,7 @@ private:
     void addRoster();
     void addHost();
     void addSport();
+    void addStyle();
     void addAudio();
     void showSource();
     void showHost();

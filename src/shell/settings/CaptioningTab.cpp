@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/settings/CaptioningTab.h"
 
+#include "shell/toolkit/CaptionStyleControl.h"
 #include "shell/toolkit/Card.h"
 #include "shell/toolkit/Icon.h"
 #include "shell/toolkit/Picker.h"
-#include "shell/toolkit/SegmentedControl.h"
 #include "shell/toolkit/SettingBinding.h"
 #include "shell/toolkit/SettingRow.h"
 #include "shell/toolkit/Theme.h"
@@ -68,21 +68,7 @@ CaptioningTab::CaptioningTab(SettingsStore& settings, QWidget* parent)
 }
 
 void CaptioningTab::addStyle(Card& card) {
-    QStringList names;
-    for (const auto& row : rawValueRows<CaptionStyle>()) {
-        names.append(row.label.toString());
-    }
-    auto* style = new SegmentedControl(names, u"captionStyle"_s);
-    style->setAccessibleName(u"Caption Style"_s);
-    card.addRow(new SettingRow(u"Caption Style:"_s, style));
-    const auto show = [style, &settings = m_settings] {
-        style->setCurrentIndex(static_cast<int>(settings.captionStyle()));
-    };
-    show();
-    connect(&m_settings, &SettingsStore::captionStyleChanged, style, show);
-    connect(style, &SegmentedControl::chosen, &m_settings, [&settings = m_settings](int index) {
-        settings.setCaptionStyle(static_cast<CaptionStyle>(index));
-    });
+    card.addRow(new SettingRow(u"Caption Style:"_s, new CaptionStyleControl(m_settings, u"captionStyle"_s)));
 }
 
 void CaptioningTab::addFallbackBehavior(Card& card) {
