@@ -30,6 +30,9 @@ HttpRequest parseHead(const QByteArray& head) {
 }
 
 qsizetype bodySize(const HttpRequest& request) {
+    if (request.method == "GET" && request.header("Content-Length").isEmpty()) {
+        return 0;
+    }
     bool isNumber = false;
     const qlonglong size = request.header("Content-Length").toLongLong(&isNumber);
     if (!isNumber || size < 0) {

@@ -24,6 +24,7 @@ namespace {
 
 const QByteArray chatPath = "/v1/chat/completions";
 const QByteArray transcriptionPath = "/v1/audio/transcriptions";
+const QByteArray modelsPath = "/v1/models";
 
 QByteArray encodedHead(const StandInAnswer& answer) {
     QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) +
@@ -192,10 +193,10 @@ StandInAnswer ModelStandIn::answer(const HttpRequest& request) {
 }
 
 void ModelStandIn::checkHead(const HttpRequest& request) const {
-    if (request.path != chatPath && request.path != transcriptionPath) {
+    if (request.path != chatPath && request.path != transcriptionPath && request.path != modelsPath) {
         throw ApiFault(404, u"Invalid URL."_s);
     }
-    if (request.method != "POST") {
+    if (request.method != (request.path == modelsPath ? "GET" : "POST")) {
         throw ApiFault(405, u"Not allowed to %1."_s.arg(QString::fromLatin1(request.method)));
     }
     if (request.header("Authorization").trimmed() != "Bearer " + m_apiKey) {
@@ -204,6 +205,9 @@ void ModelStandIn::checkHead(const HttpRequest& request) const {
 }
 
 QByteArray ModelStandIn::ownAnswer(const HttpRequest& request) const {
+    if (request.path == modelsPath) {
+        return R"({"object": "list", "data": []})";
+    }
     if (request.path == transcriptionPath) {
         return standInTranscription(checkTranscriptionRequest(request));
     }

@@ -35,6 +35,7 @@ ShellParts DesktopProgram::shellParts() {
             .usage = m_captions.usage,
             .defaults = m_defaults,
             .prompts = m_captions.prompts,
+            .keyCheck = m_captions.keyCheck,
             .analyzer = m_captions.analyzer,
             .failures = m_captions.failures,
             .log = m_captions.log,

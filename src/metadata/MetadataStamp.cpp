@@ -6,9 +6,15 @@
 
 namespace ostrelle {
 
-MetadataStamp MetadataStamp::of(const QString& image) {
-    return {.image = FileStamp::at(image),
-            .sidecar = isJpegImage(image) ? std::nullopt : FileStamp::at(findSidecar(image))};
+MetadataStamp MetadataStamp::of(const QString& image, const std::optional<FileStamp>& imageStamp) {
+    MetadataStamp stamp{.image = imageStamp};
+    if (!isJpegImage(image)) {
+        stamp.sidecar = FileStamp::at(sidecarPath(image)); // the usual one, without looking for others
+        if (!stamp.sidecar) {
+            stamp.sidecar = FileStamp::at(findSidecar(image));
+        }
+    }
+    return stamp;
 }
 
 } // namespace ostrelle

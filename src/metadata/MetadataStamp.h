@@ -11,12 +11,14 @@ namespace ostrelle {
 /// Changes whenever a file does that an image's metadata are read from.
 struct MetadataStamp {
     std::optional<FileStamp> image;
-    std::optional<FileStamp> sidecar; ///< of an image that has one
+    std::optional<FileStamp> sidecar = {}; ///< of an image that has one
 
     bool operator==(const MetadataStamp&) const = default;
 
     /// The current stamp. For worker threads.
-    static MetadataStamp of(const QString& image);
+    static MetadataStamp of(const QString& image) { return of(image, FileStamp::at(image)); }
+    /// The same for an image whose own stamp has just been taken.
+    static MetadataStamp of(const QString& image, const std::optional<FileStamp>& imageStamp);
 };
 
 } // namespace ostrelle

@@ -9,6 +9,7 @@
 #include "product/AppFolders.h"
 #include "product/ServiceEndpoints.h"
 #include "promptserver/PromptServer.h"
+#include "services/KeyCheck.h"
 #include "transfer/AutoModeController.h"
 #include "transfer/remote/ServerSource.h"
 
@@ -75,6 +76,7 @@ public:
     PromptAccess promptAccess;
     PromptService prompts;
     OpenAIClient openAI;
+    KeyCheck keyCheck{openAI};
     CaptionTurns turns;
     Analyzer analyzer;
     FailedImages failures;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/OpenAIClient.h"
 
+#include "core/Attempt.h"
 #include "core/OffMainThread.h"
 #include "product/ApiKey.h"
 #include "services/BatchCaptionParsing.h"
@@ -139,6 +140,29 @@ QCoro::Task<QString> OpenAIClient::transcribeAudio(QString file, QThreadPool* re
                 decodeTranscription);
     m_log.print(u"[OpenAIClient] Transcription: "_s + text);
     co_return text;
+}
+
+QCoro::Task<KeyVerdict> OpenAIClient::judgeKey() {
+    using Kind = KeyVerdict::Kind;
+    const auto reply = co_await attempt(askForModels());
+    if (!reply) {
+        co_return {.kind = Kind::unknown, .reason = reply.words()};
+    }
+    const int status = reply->status.value_or(0);
+    if (status >= 200 && status <= 299) {
+        co_return {.kind = Kind::accepted};
+    }
+    if (status == 401 || status == 403) {
+        co_return {.kind = Kind::refused};
+    }
+    co_return {.kind = Kind::unknown, .reason = u"The service answered with HTTP %1."_s.arg(status)};
+}
+
+/// The list of models: it costs nothing, and the service shows it only to whom it knows.
+QCoro::Task<HttpReply> OpenAIClient::askForModels() {
+    constexpr std::chrono::seconds idle{10};
+    const QNetworkRequest toSend = request(u"/v1/models"_s, requiredKey(), jsonType);
+    co_return co_await m_channel.get(toSend, idle);
 }
 
 QString OpenAIClient::requiredKey() const {

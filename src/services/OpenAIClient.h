@@ -26,6 +26,14 @@ struct CaptionReply {
     std::optional<Usage> usage;
 };
 
+/// What the service says of a key.
+struct KeyVerdict {
+    enum class Kind { accepted, refused, unknown };
+
+    Kind kind = Kind::unknown;
+    QString reason = {}; ///< why it is not known, a sentence
+};
+
 /// The program's connection to the model service. Keeps no state and never retries; reads the API key anew
 /// for each call. Destroying it fails the calls in flight with a TransportError.
 class OpenAIClient {
@@ -48,6 +56,9 @@ public:
     /// cannot be read, otherwise as generateCaption(). Reads the file on one of the reader's threads.
     QCoro::Task<QString> transcribeAudio(QString file, QThreadPool* reader = QThreadPool::globalInstance());
 
+    /// Whether the service accepts the stored key, without sending anything else. Never throws.
+    QCoro::Task<KeyVerdict> judgeKey();
+
 private:
     /// The start of the log lines about a reply that holds no answer.
     struct ReplyLines {
@@ -55,6 +66,7 @@ private:
         QString undecodable;
     };
 
+    QCoro::Task<HttpReply> askForModels();
     QString requiredKey() const;
     QNetworkRequest request(const QString& path, const QString& key, const QByteArray& contentType) const;
     template <typename Answer>

@@ -24,7 +24,7 @@ std::optional<ProcessedFileEntry> ProcessedFileEntry::of(const QString& path, co
     const double date = static_cast<double>(seconds - referenceDate) +
                         static_cast<double>(nanoseconds) / nanosecondsPerSecond;
     return ProcessedFileEntry{
-        .filename = QFileInfo(path).fileName(), .fileSize = stamp.size, .modificationDate = date};
+        .filename = path.mid(path.lastIndexOf(u'/') + 1), .fileSize = stamp.size, .modificationDate = date};
 }
 
 ProcessedFileEntry ProcessedFileEntry::placeholder(const QString& path, const QDateTime& date) {

@@ -8,12 +8,13 @@ QList<SeenImage> seeImages(const QString& folder, const QStringList& names, cons
     images.reserve(names.size());
     for (const QString& name : names) {
         const QString path = folder + u'/' + name;
-        images.append({.name = name, .entry = ProcessedFileEntry::of(path)});
+        const std::optional<FileStamp> stamp = FileStamp::at(path);
+        images.append({.name = name, .entry = stamp ? ProcessedFileEntry::of(path, *stamp) : std::nullopt});
         if (closer.conditions.contains(name)) {
             images.last().conditions = EditConditions::of(path);
         }
         if (closer.stamp.contains(name)) {
-            images.last().stamp = MetadataStamp::of(path);
+            images.last().stamp = MetadataStamp::of(path, stamp);
         }
     }
     return images;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "services/KeyCheck.h"
 #include "services/ModelServiceFixture.h"
 #include "standins/StandInTranscription.h"
 #include "support/FileInFolder.h"
@@ -55,6 +56,35 @@ TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
                                 .arg(reply.usage->promptTokens)
                                 .arg(reply.usage->completionTokens)
                                 .arg(reply.usage->totalTokens)));
+}
+
+TEST_F(OpenAIClientTest, AKeyIsJudgedByWhetherTheServiceKnowsIt) {
+    using State = KeyCheck::State;
+    KeyCheck check(client);
+    const auto judge = [&] {
+        check.check();
+        await(check.finished());
+        return check.state();
+    };
+    EXPECT_EQ(judge(), State::accepted) << check.reason().toStdString();
+    EXPECT_EQ(standIn.requests().last().method + ' ' + standIn.requests().last().path, "GET /v1/models");
+    defaults.set(apiKeyName, u"sk-wrong"_s);
+    EXPECT_EQ(judge(), State::refused);
+    defaults.set(apiKeyName, key);
+    standIn.enqueue({.status = 503, .body = "busy"});
+    EXPECT_EQ(judge(), State::unreachable);
+    EXPECT_EQ(check.reason(), u"The service answered with HTTP 503.");
+    standIn.enqueue({.status = 302, .body = {}});
+    EXPECT_EQ(judge(), State::unreachable) << "the key goes nowhere else";
+    defaults.set(apiKeyName, u"sk\nwrong"_s);
+    EXPECT_EQ(judge(), State::unreachable) << "no header can hold it";
+
+    defaults.set(apiKeyName, key);
+    check.check();
+    EXPECT_EQ(check.state(), State::checking);
+    check.forget(); // cleared meanwhile
+    await(check.finished());
+    EXPECT_EQ(check.state(), State::unknown);
 }
 
 TEST_F(OpenAIClientTest, RefusesWhatCannotBeEncodedWithoutARequest) {

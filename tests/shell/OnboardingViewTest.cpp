@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString completedKey = u"hasCompletedOnboarding"_s;
-constexpr int lastStep = 6;
+constexpr int lastStep = 7;
 
 class OnboardingViewTest : public ViewTest<OnboardingView> {
 protected:
@@ -99,17 +99,17 @@ TEST_F(OnboardingViewTest, KeysTurnThePagesAndStopAtBothEnds) {
 }
 
 TEST_F(OnboardingViewTest, ArrowsTurnPagesAndEnterPressesTheButtonThatHasTheFocus) {
-    goTo(2);
+    goTo(3);
     focus(u"back"_s);
     press(Qt::Key_Right);
-    EXPECT_EQ(tour.currentStep(), 3);
+    EXPECT_EQ(tour.currentStep(), 4);
     EXPECT_EQ(tour.focusWidget(), find(u"back"_s));
     press(Qt::Key_Return);
-    EXPECT_EQ(tour.currentStep(), 2);
+    EXPECT_EQ(tour.currentStep(), 3);
     focus(u"onboardingCodeReplacementsChoose"_s); // on a page that the next key leaves
     press(Qt::Key_Right);
     press(Qt::Key_Right);
-    EXPECT_EQ(tour.currentStep(), 4);
+    EXPECT_EQ(tour.currentStep(), 5);
 }
 
 TEST_F(OnboardingViewTest, GetStartedKeepsThatTheTourWasDoneAndAsksForTheMainWindow) {
@@ -133,7 +133,7 @@ TEST_F(OnboardingViewTest, AFolderAndARosterAreChosenWhereTheTourTellsOfThem) {
     EXPECT_EQ(world.settings.ingestFolder(), folder);
     EXPECT_TRUE(isInSight(u"2026-10-24 Home Game"_s));
 
-    goTo(2);
+    goTo(3);
     world.files.answer = {folder + u"/roster.txt"_s};
     click(u"onboardingCodeReplacementsChoose"_s);
     EXPECT_EQ(world.settings.codeReplacementsFile(), folder + u"/roster.txt"_s);
@@ -142,14 +142,30 @@ TEST_F(OnboardingViewTest, AFolderAndARosterAreChosenWhereTheTourTellsOfThem) {
 
 TEST_F(OnboardingViewTest, AStyleIsChosenWithArrowsWithoutLeavingThePage) {
     world.settings.setCaptionStyle(CaptionStyle::gettySports);
-    goTo(3);
+    goTo(4);
     EXPECT_TRUE(find<QAbstractButton>(u"onboardingStyle1"_s)->isChecked());
     focus(u"onboardingStyle1"_s);
     press(Qt::Key_Right);
     EXPECT_EQ(world.settings.captionStyle(), CaptionStyle::imagnImages);
-    EXPECT_EQ(tour.currentStep(), 3);
-    press(Qt::Key_Return);
     EXPECT_EQ(tour.currentStep(), 4);
+    press(Qt::Key_Return);
+    EXPECT_EQ(tour.currentStep(), 5);
+}
+
+TEST_F(OnboardingViewTest, AKeyIsEnteredWithoutLeavingItsPage) {
+    goTo(2);
+    focus(u"apiKey"_s);
+    QTest::keyClicks(tour.focusWidget(), u"sk-typed"_s);
+    press(Qt::Key_Return);
+    await(view->finished());
+    await(world.program.keyCheck.finished());
+    EXPECT_EQ(world.defaults.get<QString>(u"OPENAI_API_KEY"_s), u"sk-typed"_s);
+    EXPECT_EQ(tour.currentStep(), 2);
+    EXPECT_TRUE(isShown(u"onboardingKeyStored"_s));
+    EXPECT_FALSE(isShown(u"apiKey"_s));
+    EXPECT_TRUE(find<QLabel>(u"keyVerdict"_s)->text().startsWith(u"OpenAI could not be asked"));
+    press(Qt::Key_Return);
+    EXPECT_EQ(tour.currentStep(), 3) << "the keys turn pages again";
 }
 
 } // namespace ostrelle

@@ -140,7 +140,7 @@ void showProblems(GameWorld& world) {
 }
 
 void showRosterProblem(GameWorld& world) {
-    world.showTour(2);
+    world.showTour(3);
     useSpoiltRoster(world);
     auto* problem = world.find(u"onboardingRosterProblem"_s, GameWorld::tour);
     waitUntil([problem] { return problem->isVisible(); });
@@ -282,7 +282,7 @@ QList<Scene> settingsScenes() {
 
 QList<Scene> scenes() {
     QList<Scene> all = panelScenes() + settingsScenes();
-    for (int page = 0; page < 7; ++page) {
+    for (int page = 0; page < 8; ++page) {
         all.append({u"onboarding-%1"_s.arg(page + 1), GameWorld::tour,
                     [page](GameWorld& world) { world.showTour(page); }});
     }

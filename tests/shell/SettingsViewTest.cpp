@@ -4,6 +4,7 @@
 #include "shell/toolkit/Picker.h"
 #include "shell/toolkit/Popover.h"
 #include "shell/toolkit/SettingRow.h"
+#include "shell/toolkit/StatusMark.h"
 
 #include <QAction>
 #include <QLineEdit>
@@ -75,6 +76,20 @@ TEST_F(SettingsViewTest, AKeyThatAnotherProcessStoredIsSeenWhenTheWindowIsShown)
     world.defaults.set(keyName, u"sk-other"_s);
     view->show();
     EXPECT_EQ(textOf(u"keyState"_s), u"Using Personal API Key"_s);
+}
+
+TEST_F(SettingsViewTest, WhatIsSaidOfTheKeyStandsBelowItAndGoesWithIt) {
+    world.defaults.set(keyName, u"sk-\nwrong"_s);
+    world.settings.setHasAPIKey(true);
+    const auto* state = find<StatusMark>(u"keyState"_s);
+    EXPECT_EQ(state->tone(), StatusTone::good);
+    world.program.keyCheck.check();
+    await(world.program.keyCheck.finished());
+    EXPECT_TRUE(isShown(u"checkKeyAgain"_s)) << "it could not be asked";
+    EXPECT_EQ(state->tone(), StatusTone::good);
+    world.alerts.answer = 0;
+    click(u"clearKey"_s);
+    EXPECT_FALSE(isShown(u"keyVerdict"_s));
 }
 
 TEST_F(SettingsViewTest, LinksAndTheFootLeadElsewhere) {

@@ -43,6 +43,7 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .usage = usage,
                      .defaults = defaults,
                      .prompts = prompts,
+                     .keyCheck = program.keyCheck,
                      .analyzer = analyzer,
                      .failures = program.failures,
                      .log = log,

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/facts/ImageKind.h"
 
+#include <QSet>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
@@ -18,7 +20,8 @@ QString extensionOf(QStringView path) {
 }
 
 bool isSupportedImage(const QString& path) {
-    return imageExtensions().contains(extensionOf(path));
+    static const QSet<QString> extensions(imageExtensions().begin(), imageExtensions().end());
+    return extensions.contains(extensionOf(path));
 }
 
 bool isJpegImage(const QString& path) {

@@ -11,9 +11,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 QString withoutExtension(const QString& imagePath) {
-    const QFileInfo image(imagePath);
-    const qsizetype extension = image.suffix().isEmpty() ? 0 : image.suffix().size() + 1;
-    return imagePath.chopped(extension);
+    const qsizetype dot = imagePath.lastIndexOf(u'.');
+    const bool hasExtension = dot > imagePath.lastIndexOf(u'/') && dot + 1 < imagePath.size();
+    return hasExtension ? imagePath.first(dot) : imagePath;
 }
 
 } // namespace

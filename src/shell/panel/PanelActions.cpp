@@ -9,6 +9,7 @@
 #include "pipeline/ManualSelection.h"
 #include "platform/Patience.h"
 #include "shell/desktop/OwnerWindow.h"
+#include "shell/panel/KeyEntry.h"
 #include "shell/panel/RosterView.h"
 
 #include <QApplication>
@@ -130,6 +131,12 @@ void PanelActions::chooseDestinationFolder() {
 
 void PanelActions::chooseCodeReplacements() {
     begin(&PanelActions::askForCodeReplacements);
+}
+
+void PanelActions::saveKey(const QString& entered) {
+    if (!m_isAsking) {
+        m_tasks.spawn(storeApiKey(m_parts, entered));
+    }
 }
 
 void PanelActions::stop() {

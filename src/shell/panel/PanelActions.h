@@ -37,6 +37,7 @@ public:
     void chooseWatchFolder();
     void chooseDestinationFolder();
     void chooseCodeReplacements();
+    void saveKey(const QString& entered);
     /// Lets the images in the works finish and begins no others; turns auto mode off.
     void stop();
     /// While paused, images in the works are finished and no others begin.

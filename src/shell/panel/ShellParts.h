@@ -13,6 +13,7 @@
 #include "platform/Workspace.h"
 #include "product/AppEvents.h"
 #include "product/NotificationManager.h"
+#include "services/KeyCheck.h"
 #include "services/PromptService.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
@@ -35,6 +36,7 @@ struct ShellParts {
     UsageTracker& usage;
     DefaultsStore& defaults;
     PromptService& prompts;
+    KeyCheck& keyCheck;
     Analyzer& analyzer;
     FailedImages& failures;
     AnalyzerLog& log;

@@ -2,7 +2,7 @@
 #include "shell/settings/ApiTab.h"
 
 #include "product/ApiKey.h"
-#include "shell/help/WebPages.h"
+#include "shell/panel/KeyEntry.h"
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/Card.h"
@@ -47,7 +47,7 @@ ApiTab::ApiTab(ShellParts parts, SettingsActions& actions, QWidget* parent)
     addIntegrations();
     layout->addStretch(1);
     showKey();
-    connect(&m_actions, &SettingsActions::keyChanged, this, &ApiTab::showKey);
+    connect(&m_parts.keyCheck, &KeyCheck::changed, this, &ApiTab::showKey);
     connect(&m_parts.settings, &SettingsStore::hasAPIKeyChanged, this, &ApiTab::showKey);
 }
 
@@ -73,37 +73,18 @@ void ApiTab::addKeyState(Card& card) {
 }
 
 void ApiTab::addKeyEntry(Card& card) {
-    m_field = new SecureField(u"apiKey"_s);
-    m_field->setPlaceholderText(u"Enter your OpenAI API key..."_s);
-    m_field->setAccessibleName(u"OpenAI API Key"_s);
-    auto* save = new ActionButton(u"Save"_s, ActionKind::main);
-    save->setObjectName(u"saveKey"_s);
-    save->setText(u"Sa&ve"_s);
-    auto* link = new ActionButton(u"Get an API Key"_s, ActionKind::link);
-    link->setObjectName(u"getKey"_s);
-    link->setText(u"Get an API &Key"_s);
-    const auto enter = [this] { m_actions.saveKey(m_field->text()); };
-    connect(m_field, &SecureField::returnPressed, this, enter);
-    connect(save, &ActionButton::clicked, this, enter);
-    connect(link, &ActionButton::clicked, this, [this] { m_parts.workspace.openLink(web::keyPage()); });
-
+    auto* entry = new KeyEntry(m_parts);
+    m_field = entry->field();
+    connect(entry, &KeyEntry::entered, &m_actions, &SettingsActions::saveKey);
     auto* content = new QWidget;
     auto* lines = new QVBoxLayout(content);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(measure::controlSpacing);
     lines->addWidget(makeLabel(u"Enter your OpenAI API key to continue processing images"_s, TypeSize::text,
                                TextTone::dim));
-    auto* line = new QHBoxLayout;
-    line->setSpacing(measure::controlSpacing);
-    line->addWidget(m_field, 1);
-    line->addWidget(save);
-    lines->addLayout(line);
-    auto* linkLine = new QHBoxLayout;
-    constexpr int ring = 3; // a link keeps room for its focus ring; its words align with the rest
-    linkLine->setContentsMargins(-ring, 0, 0, 0);
-    linkLine->addWidget(link, 0, Qt::AlignLeft);
-    lines->addLayout(linkLine);
+    lines->addWidget(entry);
     m_entry = card.addPaddedRow(content);
+    m_verdict = card.addPaddedRow(new KeyVerdictLine(m_parts.keyCheck));
 }
 
 void ApiTab::addIntegrations() {
@@ -137,7 +118,10 @@ void ApiTab::showEvent(QShowEvent* event) {
 
 void ApiTab::showKey() {
     const bool hasKey = !apiKey(m_parts.defaults).isEmpty();
-    m_state->setStatus(hasKey ? StatusTone::good : StatusTone::missing,
+    const KeyCheck::State verdict = m_parts.keyCheck.state();
+    const bool isGood = hasKey && verdict != KeyCheck::State::refused;
+    m_verdict->setVisible(hasKey && verdict != KeyCheck::State::unknown);
+    m_state->setStatus(isGood ? StatusTone::good : StatusTone::missing,
                        hasKey ? u"Using Personal API Key"_s : u"No API Key Set"_s);
     if (hasKey) {
         m_field->clear(); // the secret is no longer needed here

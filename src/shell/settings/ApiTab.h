@@ -36,6 +36,7 @@ private:
     StatusMark* m_state = nullptr;
     ActionButton* m_clear = nullptr;
     QWidget* m_entry = nullptr;
+    QWidget* m_verdict = nullptr;
     SecureField* m_field = nullptr;
 };
 

@@ -3,6 +3,7 @@
 
 #include "core/Attempt.h"
 #include "product/ApiKey.h"
+#include "shell/panel/KeyEntry.h"
 
 #include <optional>
 #include <utility>
@@ -48,16 +49,6 @@ struct ServerAddress {
     QString path;
     qint64 port;
 };
-
-Alert keySavedNews(bool isSaved) {
-    return isSaved
-               ? news(u"API Key Saved"_s, u"Your OpenAI API key has been saved successfully."_s)
-               : warning(u"API Key Not Saved"_s,
-                         u"Your OpenAI API key could not be saved and is used only until you quit Ostrelle "
-                         "Captions. Check that your home folder can be written to and that the disk is not "
-                         "full, then clear the key and enter it again."_s,
-                         {u"OK"_s});
-}
 
 Alert keyNotRemovedWarning() {
     return warning(
@@ -126,7 +117,7 @@ void SettingsActions::begin(QCoro::Task<> (*question)(Self self)) {
 
 void SettingsActions::saveKey(const QString& entered) {
     if (m_questions.running() == 0) {
-        m_questions.spawn(storeKey(this, entered));
+        m_questions.spawn(storeApiKey(m_parts, entered));
     }
 }
 
@@ -147,20 +138,6 @@ QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests
     co_await tests.finished();
 }
 
-QCoro::Task<> SettingsActions::storeKey(Self self, QString entered) {
-    const ShellParts parts = self->m_parts;
-    const QString key = entered.trimmed();
-    if (key.isEmpty()) {
-        co_return;
-    }
-    parts.defaults.set(apiKeyName, key);
-    parts.settings.setHasAPIKey(true);
-    Q_EMIT self->keyChanged();
-    const bool isSaved = co_await parts.defaults.saved(apiKeyName);
-    const Alert outcome = keySavedNews(isSaved);
-    co_await parts.alerts.show(outcome);
-}
-
 QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
     const ShellParts parts = self->m_parts;
     const Alert question = clearKeyQuestion();
@@ -170,9 +147,7 @@ QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
     }
     parts.defaults.remove(apiKeyName);
     parts.settings.setHasAPIKey(false);
-    if (self) {
-        Q_EMIT self->keyChanged();
-    }
+    parts.keyCheck.forget();
     const bool isSaved = co_await parts.defaults.saved(apiKeyName);
     if (!isSaved) {
         const Alert notRemoved = keyNotRemovedWarning();

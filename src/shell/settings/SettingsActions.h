@@ -40,8 +40,6 @@ public:
     QCoro::Task<> finished() const { return bothFinished(m_questions, m_tests); }
 
 Q_SIGNALS:
-    /// The key was stored or removed.
-    void keyChanged();
     void isTestingConnectionChanged();
     void statisticsCleared();
     void promptCacheCleared();
@@ -51,7 +49,6 @@ private:
     using RunningTest = std::shared_ptr<const bool>;
 
     static QCoro::Task<> bothFinished(TaskGroup questions, TaskGroup tests);
-    static QCoro::Task<> storeKey(Self self, QString entered);
     static QCoro::Task<> confirmClearKey(Self self);
     static QCoro::Task<> confirmClearStatistics(Self self);
     static QCoro::Task<> confirmClearPromptCache(Self self);

@@ -3,6 +3,7 @@
 
 #include "shell/toolkit/Icon.h"
 
+#include <QKeyEvent>
 #include <QToolButton>
 
 namespace ostrelle {
@@ -46,6 +47,17 @@ void SecureField::setRevealed(bool revealed) {
 void SecureField::resizeEvent(QResizeEvent* event) {
     QLineEdit::resizeEvent(event);
     m_reveal->move(width() - m_reveal->width() - 4, (height() - m_reveal->height()) / 2);
+}
+
+/// Enter hands in the secret and nothing else: the window would go on to its next page. In an empty field it
+/// is the window's.
+void SecureField::keyPressEvent(QKeyEvent* event) {
+    const bool isHandedIn =
+        (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !text().isEmpty();
+    QLineEdit::keyPressEvent(event);
+    if (isHandedIn) {
+        event->accept();
+    }
 }
 
 void SecureField::hideEvent(QHideEvent* event) {

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/tour/OnboardingPage.h"
 
+#include "shell/panel/KeyEntry.h"
 #include "shell/panel/PanelActions.h"
 #include "shell/toolkit/ActionButton.h"
+#include "shell/toolkit/CaptionStyleControl.h"
 #include "shell/toolkit/ElidedLabel.h"
 #include "shell/toolkit/Icon.h"
 #include "shell/toolkit/Illustration.h"
-#include "shell/toolkit/SegmentedControl.h"
+#include "shell/toolkit/SecureField.h"
 #include "shell/toolkit/StatusMark.h"
 #include "shell/toolkit/Theme.h"
 
@@ -79,6 +81,8 @@ void OnboardingPage::addOffer(OnboardingOffer offer) {
     switch (offer) {
     case OnboardingOffer::watchFolder:
         return offerFolder();
+    case OnboardingOffer::apiKey:
+        return offerKey();
     case OnboardingOffer::codeReplacements:
         return offerRoster();
     case OnboardingOffer::captionStyle:
@@ -93,6 +97,35 @@ void OnboardingPage::addOffer(OnboardingOffer offer) {
 void OnboardingPage::offerFolder() {
     addChoice(u"onboardingWatchFolder"_s, u"Select Watch Folder"_s, &SettingsStore::ingestFolder,
               &SettingsStore::ingestFolderChanged, &PanelActions::chooseWatchFolder);
+}
+
+void OnboardingPage::offerKey() {
+    auto* entry = new KeyEntry(m_parts);
+    constexpr int width = 380;
+    entry->setMaximumWidth(widthForType(width));
+    connect(entry, &KeyEntry::entered, &m_actions, &PanelActions::saveKey);
+    m_layout->addWidget(entry);
+    m_layout->setAlignment(entry, Qt::AlignHCenter);
+    auto* stored = new StatusMark(StatusTone::good, u"Using Personal API Key"_s);
+    stored->setObjectName(u"onboardingKeyStored"_s);
+    m_layout->addWidget(stored, 0, Qt::AlignHCenter);
+    m_layout->addSpacing(4);
+    m_layout->addWidget(new KeyVerdictLine(m_parts.keyCheck));
+    const auto show = [entry, stored, parts = m_parts] {
+        const bool hasKey = parts.settings.hasAPIKey();
+        const bool isRefused = parts.keyCheck.state() == KeyCheck::State::refused;
+        if (hasKey && !isRefused) {
+            entry->field()->clear(); // the secret is no longer needed here
+        }
+        stored->setVisible(hasKey && !isRefused);
+        if (hasKey && !isRefused && entry->field()->hasFocus()) {
+            entry->window()->setFocus(); // or a button would take the next key
+        }
+        entry->setVisible(!hasKey || isRefused);
+    };
+    show();
+    connect(&m_parts.settings, &SettingsStore::hasAPIKeyChanged, entry, show);
+    connect(&m_parts.keyCheck, &KeyCheck::changed, entry, show);
 }
 
 void OnboardingPage::offerRoster() {
@@ -146,22 +179,7 @@ ElidedLabel* OnboardingPage::addChoice(const QString& name, const QString& words
 }
 
 void OnboardingPage::offerStyle() {
-    const auto rows = rawValueRows<CaptionStyle>();
-    QStringList names;
-    for (const auto& row : rows) {
-        names.append(row.label.toString());
-    }
-    auto* style = new SegmentedControl(names, u"onboardingStyle"_s);
-    style->setAccessibleName(u"Caption Style"_s);
-    m_layout->addWidget(style, 0, Qt::AlignHCenter);
-    const auto show = [=, &settings = m_parts.settings] {
-        style->setCurrentIndex(static_cast<int>(settings.captionStyle()));
-    };
-    show();
-    connect(&m_parts.settings, &SettingsStore::captionStyleChanged, style, show);
-    connect(style, &SegmentedControl::chosen, &m_parts.settings, [&settings = m_parts.settings](int index) {
-        settings.setCaptionStyle(static_cast<CaptionStyle>(index));
-    });
+    m_layout->addWidget(new CaptionStyleControl(m_parts.settings, u"onboardingStyle"_s), 0, Qt::AlignHCenter);
 }
 
 void OnboardingPage::offerGuide() {

@@ -27,6 +27,7 @@ private:
     void addWords(const OnboardingStep& step);
     void addOffer(OnboardingOffer offer);
     void offerFolder();
+    void offerKey();
     void offerRoster();
     void offerStyle();
     void offerGuide();

@@ -19,6 +19,12 @@ std::span<const OnboardingStep> onboardingSteps() {
          .description2 = {},
          .icon = u"folder.arriving"_s,
          .offer = OnboardingOffer::watchFolder},
+        {.title = u"Before the First Caption:\nYour OpenAI API Key"_s,
+         .description = u"OpenAI's models write the captions. You need your own API key, and you pay OpenAI "
+                        "directly for usage (typically $0.01-0.05 per image)."_s,
+         .description2 = {},
+         .icon = u"api.key"_s,
+         .offer = OnboardingOffer::apiKey},
         {.title = u"Step 2:\nLoad Your Code Replacements File"_s,
          .description =
              u"Load your Photo Mechanic Code Replacements file so AI can identify players by their "

@@ -9,7 +9,7 @@
 namespace ostrelle {
 
 /// What a page of the tour lets the user do right there.
-enum class OnboardingOffer { none, watchFolder, codeReplacements, captionStyle, helpGuide };
+enum class OnboardingOffer { none, watchFolder, apiKey, codeReplacements, captionStyle, helpGuide };
 
 /// Stands for the application's own icon.
 inline constexpr QStringView applicationIconName = u"AppIcon";

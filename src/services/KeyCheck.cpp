@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "services/KeyCheck.h"
+
+#include <QPointer>
+
+namespace ostrelle {
+
+KeyCheck::KeyCheck(OpenAIClient& openAI) : m_openAI(openAI) {}
+
+void KeyCheck::check() {
+    m_checks.overtake();
+    show(State::checking);
+    m_tasks.spawn(ask());
+}
+
+void KeyCheck::forget() {
+    m_checks.overtake();
+    show(State::unknown);
+}
+
+QCoro::Task<> KeyCheck::ask() {
+    const QPointer<KeyCheck> self(this);
+    const Overtaking::Mark mark = m_checks.mark();
+    const KeyVerdict verdict = co_await m_openAI.judgeKey();
+    if (!self || mark.isOvertaken()) {
+        co_return;
+    }
+    switch (verdict.kind) {
+    case KeyVerdict::Kind::accepted:
+        show(State::accepted);
+        break;
+    case KeyVerdict::Kind::refused:
+        show(State::refused);
+        break;
+    case KeyVerdict::Kind::unknown:
+        show(State::unreachable, verdict.reason);
+        break;
+    }
+}
+
+void KeyCheck::show(State state, const QString& reason) {
+    m_state = state;
+    m_reason = reason;
+    Q_EMIT changed();
+}
+
+} // namespace ostrelle
