@@ -76,7 +76,7 @@ public:
     PromptAccess promptAccess;
     PromptService prompts;
     OpenAIClient openAI;
-    KeyCheck keyCheck{openAI};
+    KeyCheck keyCheck{openAI, m_given.defaults};
     CaptionTurns turns;
     Analyzer analyzer;
     FailedImages failures;

@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "services/KeyCheck.h"
 
+#include "product/ApiKey.h"
+
 #include <QPointer>
 
 namespace ostrelle {
 
-KeyCheck::KeyCheck(OpenAIClient& openAI) : m_openAI(openAI) {}
+KeyCheck::KeyCheck(OpenAIClient& openAI, const DefaultsStore& defaults)
+    : m_openAI(openAI), m_defaults(defaults) {}
+
+KeyCheck::State KeyCheck::state() const {
+    return apiKey(m_defaults) == m_key ? m_state : State::unknown;
+}
 
 void KeyCheck::check() {
     m_checks.overtake();
+    m_key = apiKey(m_defaults);
     show(State::checking);
     m_tasks.spawn(ask());
 }

@@ -19,10 +19,11 @@ class KeyCheck : public QObject {
 public:
     enum class State { unknown, checking, accepted, refused, unreachable };
 
-    /// The client must outlive the object and its tasks.
-    explicit KeyCheck(OpenAIClient& openAI);
+    /// Both must outlive the object and its tasks.
+    KeyCheck(OpenAIClient& openAI, const DefaultsStore& defaults);
 
-    State state() const { return m_state; }
+    /// Of the key that is stored now: another program may have stored another.
+    State state() const;
     /// Why the service could not be asked; empty in any other state.
     QString reason() const { return m_reason; }
 
@@ -41,6 +42,8 @@ private:
     void show(State state, const QString& reason = {});
 
     OpenAIClient& m_openAI;
+    const DefaultsStore& m_defaults;
+    QString m_key; ///< that the state is about
     State m_state = State::unknown;
     QString m_reason;
     Overtaking m_checks;

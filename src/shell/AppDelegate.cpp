@@ -5,6 +5,7 @@
 #include "shell/help/HelpView.h"
 #include "shell/panel/MenuContentView.h"
 #include "shell/settings/SettingsView.h"
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Icon.h"
 #include "shell/toolkit/Theme.h"
 #include "shell/tour/OnboardingView.h"
@@ -173,6 +174,8 @@ void AppDelegate::addToolBar(const QList<QAction*>& actions) {
         bar->addAction(action);
     }
     m_mainWindow->menuBar()->setCornerWidget(bar);
+    bar->setAccessibleName(u"Toolbar"_s);
+    adoptAccessible(*m_panel, *bar); // a menu bar tells of its menus only
 }
 
 void AppDelegate::showMainWindow() {

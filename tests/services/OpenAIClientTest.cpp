@@ -60,7 +60,7 @@ TEST_F(OpenAIClientTest, SendsOneRequestAndReturnsCaptionAndUsage) {
 
 TEST_F(OpenAIClientTest, AKeyIsJudgedByWhetherTheServiceKnowsIt) {
     using State = KeyCheck::State;
-    KeyCheck check(client);
+    KeyCheck check(client, defaults);
     const auto judge = [&] {
         check.check();
         await(check.finished());
@@ -70,7 +70,8 @@ TEST_F(OpenAIClientTest, AKeyIsJudgedByWhetherTheServiceKnowsIt) {
     EXPECT_EQ(standIn.requests().last().method + ' ' + standIn.requests().last().path, "GET /v1/models");
     defaults.set(apiKeyName, u"sk-wrong"_s);
     EXPECT_EQ(judge(), State::refused);
-    defaults.set(apiKeyName, key);
+    defaults.set(apiKeyName, key); // by another program
+    EXPECT_EQ(check.state(), State::unknown);
     standIn.enqueue({.status = 503, .body = "busy"});
     EXPECT_EQ(judge(), State::unreachable);
     EXPECT_EQ(check.reason(), u"The service answered with HTTP 503.");

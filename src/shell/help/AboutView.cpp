@@ -2,6 +2,7 @@
 #include "shell/help/AboutView.h"
 
 #include "shell/help/WebPages.h"
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/Icon.h"
 #include "shell/toolkit/Theme.h"
@@ -39,6 +40,7 @@ QLabel* makeCentred(const QString& words, const QString& name, TypeSize size, Te
 
 AboutView::AboutView(Workspace& workspace, QWidget* parent) : QWidget(parent), m_workspace(workspace) {
     setObjectName(u"about"_s);
+    setAccessibleRole(*this, QAccessible::Window);
     setFocusPolicy(Qt::StrongFocus); // no button has the focus before the user gives it
     setFocus();
     auto* buttons = new QHBoxLayout;

@@ -2,6 +2,7 @@
 #include "shell/help/HelpView.h"
 
 #include "shell/help/IptcField.h"
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Card.h"
 #include "shell/toolkit/Illustration.h"
 #include "shell/toolkit/Theme.h"
@@ -190,6 +191,7 @@ HelpView::HelpView(QWidget* parent) : HelpView(presetPicture, parent) {}
 
 HelpView::HelpView(const QString& picture, QWidget* parent) : QWidget(parent) {
     setObjectName(u"help"_s);
+    setAccessibleRole(*this, QAccessible::Window);
     auto* scroll = new QScrollArea;
     scroll->setObjectName(u"helpScroll"_s);
     scroll->setAccessibleName(u"IPTC Preset Guide"_s);

@@ -55,6 +55,7 @@ AutoModeRow::AutoModeRow(ShellParts parts, PanelActions& actions, const Problems
     : QWidget(parent), m_parts(parts), m_problems(problems), m_switch(new Switch) {
     m_switch->setObjectName(u"autoMode"_s);
     m_row = new SettingRow(nameOf(parts.settings.sourceType()), m_switch);
+    m_row->setMnemonic(u'N');
     m_row->setSecondLine(m_statusLine = makeStatusLine());
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

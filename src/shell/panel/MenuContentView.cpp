@@ -14,6 +14,7 @@
 #include "shell/panel/ProgressSection.h"
 #include "shell/panel/SavingNotice.h"
 #include "shell/panel/TeamCard.h"
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/NoticeBar.h"
 #include "shell/toolkit/PanelFoot.h"
@@ -65,6 +66,8 @@ MenuContentView::MenuContentView(ShellParts parts, QWidget* parent)
     , m_problems(parts, m_actions.roster())
     , m_dropNotice(new DropNotice(this)) {
     setObjectName(u"mainPanel"_s);
+    setAccessibleRole(*this, QAccessible::Pane);
+    setAccessibleName(u"Captioning"_s);
     setAcceptDrops(true);
     setFocusPolicy(Qt::ClickFocus);
     connect(&parts.events, &AppEvents::chooseWatchFolder, &m_actions, &PanelActions::chooseWatchFolder);

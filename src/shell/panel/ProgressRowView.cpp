@@ -40,10 +40,14 @@ void ProgressRowView::setRow(const ProgressRow& row) {
     m_count->setText(row.count);
     m_count->setVisible(!row.count.isEmpty());
     m_bar->setVisible(row.fraction.has_value());
-    m_bar->setAccessibleName(row.text.isEmpty() ? u"Progress"_s : row.text);
-    if (row.fraction) {
-        m_bar->setFraction(*row.fraction);
+    if (!row.fraction) {
+        return; // a hidden bar has nothing to tell
     }
+    const QString name = row.text.isEmpty() ? u"Progress"_s : row.text;
+    if (m_bar->accessibleName() != name) {
+        m_bar->setAccessibleName(name); // each call is told to screen readers
+    }
+    m_bar->setFraction(*row.fraction);
 }
 
 } // namespace ostrelle

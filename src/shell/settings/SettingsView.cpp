@@ -6,6 +6,7 @@
 #include "shell/settings/ServerTab.h"
 #include "shell/settings/SettingsTabBar.h"
 #include "shell/settings/StatisticsTab.h"
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/PanelFoot.h"
 #include "shell/toolkit/Theme.h"
@@ -49,6 +50,7 @@ SettingsView::SettingsView(ShellParts parts, QWidget* parent)
     , m_bar(new SettingsTabBar)
     , m_pages(new QStackedWidget) {
     setObjectName(u"settings"_s);
+    setAccessibleRole(*this, QAccessible::Window);
     setFocusPolicy(Qt::ClickFocus);
     m_bar->setObjectName(u"settingsTabs"_s);
     m_bar->setAccessibleName(u"Settings"_s);

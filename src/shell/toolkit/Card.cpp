@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/toolkit/Card.h"
 
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QEvent>
@@ -19,6 +20,7 @@ Card::Card(const QString& title, QWidget* parent)
     m_title->setForegroundRole(QPalette::PlaceholderText);
     m_title->setContentsMargins(2, 0, 2, 5);
     m_title->setVisible(!title.isEmpty());
+    setAccessibleRole(*this, QAccessible::Grouping);
     setAccessibleName(title);
 
     auto* layout = new QVBoxLayout(this);

@@ -2,6 +2,7 @@
 #include "shell/toolkit/ColorSwatchPicker.h"
 
 #include "core/TeamColor.h"
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Icon.h"
 #include "shell/toolkit/Popover.h"
 #include "shell/toolkit/Theme.h"
@@ -46,7 +47,8 @@ void paintSwatch(QPainter& painter, QPointF center, double diameter, const QColo
 class Swatch : public QRadioButton {
 public:
     explicit Swatch(const QString& name) : m_color(colorOf(name)) {
-        setAutoExclusive(false); // the arrows move the focus; only a press chooses
+        setAutoExclusive(false);                            // the arrows move the focus; only a press chooses
+        setAccessibleRole(*this, QAccessible::RadioButton); // which Qt takes for a check box then
         setObjectName(u"swatch"_s + name);
         setAccessibleName(name);
         setToolTip(name);
@@ -144,6 +146,7 @@ void ColorSwatchPicker::setColorName(const QString& name) {
     m_name = name;
     setText(name);
     setToolTip(name);
+    setAccessibleDescription(name);
     update();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/toolkit/Popover.h"
 
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QGuiApplication>
@@ -25,6 +26,7 @@ Popover::Popover(QWidget* content, QWidget* anchor)
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_NoMouseReplay); // the click on the anchor that closes it must not open it again
     setFocusPolicy(Qt::StrongFocus);
+    setAccessibleRole(*this, QAccessible::Dialog);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(shadow, shadow, shadow, shadow);
     layout->addWidget(content);
@@ -55,6 +57,14 @@ QPoint Popover::placeOnScreen() const {
     x = std::clamp(x, screen.left() - shadow, std::max(screen.left(), screen.right() + 1 + shadow - width()));
     y = std::clamp(y, screen.top() - shadow, std::max(screen.top(), screen.bottom() + 1 + shadow - height()));
     return {x, y};
+}
+
+QWidget* Popover::hostOf(const Popover& popover) {
+    QWidget* host = popover.m_anchor;
+    do {
+        host = host->parentWidget();
+    } while (host != nullptr && !hasAccessibleRole(*host));
+    return host;
 }
 
 void Popover::paintEvent(QPaintEvent*) {

@@ -17,6 +17,9 @@ public:
     /// Shows it below the anchor, or above where the screen ends, right edges aligned.
     void openAtAnchor();
 
+    /// The nearest widget around the anchor that has a role for screen readers; null without one.
+    static QWidget* hostOf(const Popover& popover);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -4,6 +4,8 @@
 #include "shell/toolkit/ElidedLabel.h"
 #include "shell/toolkit/Theme.h"
 
+#include <QAbstractItemView>
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -22,6 +24,11 @@ QString withoutShortcuts(QString words) {
     return words.replace(u'&', u"&&"_s);
 }
 
+QString withoutMnemonic(QString words) {
+    const QString ampersand(QChar::Null); // stands for a real one meanwhile
+    return words.replace(u"&&"_s, ampersand).remove(u'&').replace(ampersand, u"&"_s);
+}
+
 /// The row's name. Unlike a plain label that may wrap, it asks for the width of one line, so that elidable
 /// words beside it are cut first.
 class NameLabel : public QLabel {
@@ -37,9 +44,15 @@ public:
 void nameForScreenReaders(QWidget& control, const QString& name) {
     const auto* button = qobject_cast<QAbstractButton*>(&control);
     if (button != nullptr && !button->text().isEmpty()) {
+        if (control.accessibleName().isEmpty()) { // the row's name would take its place
+            control.setAccessibleName(withoutMnemonic(button->text()));
+        }
         control.setAccessibleDescription(name);
     } else if (control.focusPolicy() != Qt::NoFocus && control.accessibleName().isEmpty()) {
         control.setAccessibleName(name);
+    }
+    if (const auto* picker = qobject_cast<QComboBox*>(&control)) {
+        picker->view()->setAccessibleName(name);
     }
 }
 
@@ -96,16 +109,30 @@ InfoButton* SettingRow::setInfo(const InfoText& text) {
 
 void SettingRow::setSecondLine(QWidget* widget) {
     m_lines->addWidget(widget);
+    if (qobject_cast<QLineEdit*>(widget) != nullptr) {
+        m_name->setBuddy(widget);
+    }
     m_lines->setContentsMargins(measure::cardPadding, padding, measure::cardPadding, 2 * padding);
 }
 
+void SettingRow::setMnemonic(QChar letter) {
+    m_mnemonic = letter;
+    showName(name());
+}
+
+void SettingRow::showName(const QString& name) {
+    QString words = withoutShortcuts(name);
+    const qsizetype place = m_mnemonic.isNull() ? -1 : words.indexOf(m_mnemonic);
+    m_name->setText(place < 0 ? words : words.insert(place, u'&'));
+}
+
 QString SettingRow::name() const {
-    return m_name->text().replace(u"&&"_s, u"&"_s);
+    return withoutMnemonic(m_name->text());
 }
 
 void SettingRow::setName(const QString& name) {
     const QString before = this->name();
-    m_name->setText(withoutShortcuts(name));
+    showName(name);
     for (int index = 1; index < m_line->count(); ++index) {
         QWidget& control = *m_line->itemAt(index)->widget();
         if (control.accessibleName() == before) {

@@ -33,8 +33,13 @@ public:
 
     QString name() const;
     void setName(const QString& name);
+    /// Alt and this letter of the name moves the focus to the control.
+    void setMnemonic(QChar letter);
 
 private:
+    void showName(const QString& name);
+
+    QChar m_mnemonic;
     QLabel* m_name;
     QWidget* m_control;
     QHBoxLayout* m_line;

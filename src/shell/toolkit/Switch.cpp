@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/toolkit/Switch.h"
 
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QPainter>
@@ -19,6 +20,7 @@ constexpr double knobInset = 2;
 
 Switch::Switch(QWidget* parent) : QCheckBox(parent) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setAccessibleRole(*this, QAccessible::CheckBox);
     m_knob.setStartValue(0.0);
     m_knob.setEndValue(0.0);
     connect(&m_knob, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/tour/OnboardingView.h"
 
+#include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/StepDots.h"
 #include "shell/toolkit/Theme.h"
@@ -36,6 +37,7 @@ OnboardingView::OnboardingView(ShellParts parts, QWidget* parent)
     , m_getStarted(new ActionButton(u"Get Started"_s, ActionKind::main))
     , m_dots(new StepDots(m_pages->count())) {
     setObjectName(u"onboarding"_s);
+    setAccessibleRole(*this, QAccessible::Window);
     setFocusPolicy(Qt::StrongFocus); // the keys turn pages before any button has the focus
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(60, 36, 60, 26);
