@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/DesktopMain.h"
 
+#include "app/Arguments.h"
 #include "app/DesktopProgram.h"
 #include "app/EndingInstance.h"
 #include "app/SingleInstance.h"
+#include "platform/ConsoleLog.h"
 #include "platform/DesktopColorScheme.h"
 #include "platform/InterruptSignals.h"
 #include "platform/SystemClock.h"
@@ -14,6 +16,7 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <chrono>
+#include <optional>
 
 namespace ostrelle {
 
@@ -34,7 +37,15 @@ void waitForAnswer(const DesktopColorScheme& colorScheme) {
 } // namespace
 
 int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoints()>& endpoints) {
-    QApplication application(argc, argv);
+    if (const std::optional<int> status = answerArguments(argc, argv)) {
+        return *status;
+    }
+    QApplication application(argc, argv); // which takes its own options from the arguments
+    const StartFiles start = startFiles(argc, argv);
+    if (!start.error.isEmpty()) {
+        ConsoleLog(stderr).print(u"ostrelle-captions: "_s + start.error);
+        return 2;
+    }
     QApplication::setApplicationName(u"ostrelle-captions"_s);
     QApplication::setApplicationVersion(QStringLiteral(OSTRELLE_VERSION));
     QApplication::setDesktopFileName(applicationIdentifier);
@@ -42,7 +53,7 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
     QApplication::setWindowIcon(applicationIcon());
 
     const AppFolders folders = AppFolders::ofDesktop();
-    SingleInstance instance(folders.config);
+    SingleInstance instance(folders.config, start.files);
     SystemClock clock;
     EndingInstance ending(instance, clock);
     if (ending.wait() != SingleInstance::Standing::first) {
@@ -54,10 +65,14 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
     DesktopAppearance appearance(application, colorScheme);
     QObject::connect(&instance, &SingleInstance::startedAgain, &program.delegate(),
                      &AppDelegate::applicationShouldHandleReopen);
+    QObject::connect(&instance, &SingleInstance::filesGiven, &program.delegate(), &AppDelegate::openFiles);
     const InterruptSignals interrupts;
     QObject::connect(&interrupts, &InterruptSignals::interrupted, &program.delegate(),
                      [&program] { program.quit(); }); // nobody is there to ask
     program.delegate().applicationDidFinishLaunching();
+    if (!start.files.isEmpty()) {
+        program.delegate().openFiles(start.files);
+    }
     return QApplication::exec();
 }
 

@@ -3,14 +3,18 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
 #include <QLocalSocket>
 #include <QSysInfo>
+#include <memory>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr qint64 longestMessage = qint64{1024} * 1024; // the paths of thousands of files
 
 /// A socket's path must be short; the folder's may not be.
 QString socketName(const QString& folder) {
@@ -20,8 +24,8 @@ QString socketName(const QString& folder) {
 
 } // namespace
 
-SingleInstance::SingleInstance(const QString& folder)
-    : m_socket(socketName(folder)), m_lock(folder + u"/ostrelle-captions.lock"_s) {
+SingleInstance::SingleInstance(const QString& folder, const QStringList& files)
+    : m_socket(socketName(folder)), m_files(files), m_lock(folder + u"/ostrelle-captions.lock"_s) {
     QDir().mkpath(folder);
     m_lock.setStaleLockTime(0); // a lock goes stale only with its process, however long that runs
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
@@ -51,10 +55,31 @@ void SingleInstance::listen() {
 
 void SingleInstance::answer() {
     QLocalSocket* socket = m_server.nextPendingConnection();
+    const auto received = std::make_shared<QByteArray>();
+    connect(socket, &QLocalSocket::readyRead, socket, [socket, received] {
+        received->append(socket->read(longestMessage + 1 - received->size()));
+        if (received->size() > longestMessage) {
+            received->clear();
+            socket->abort();
+        }
+    });
+    connect(socket, &QLocalSocket::disconnected, this, [this, received] { takeFiles(*received); });
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     socket->write("here");
-    socket->disconnectFromServer(); // after it is written
+    socket->flush();
     Q_EMIT startedAgain();
+}
+
+/// Each path ends with a NUL; a message that was cut short ends without.
+void SingleInstance::takeFiles(const QByteArray& message) {
+    if (!message.endsWith('\0')) {
+        return;
+    }
+    QStringList files;
+    for (const QByteArray& path : message.chopped(1).split('\0')) {
+        files.append(QFile::decodeName(path));
+    }
+    Q_EMIT filesGiven(files);
 }
 
 bool SingleInstance::knock() const {
@@ -65,7 +90,17 @@ bool SingleInstance::knock() const {
         return false;
     }
     // A busy instance will answer later; one that has closed its socket never will.
-    return socket.waitForReadyRead(patience) || socket.state() == QLocalSocket::ConnectedState;
+    const bool isThere = socket.waitForReadyRead(patience) || socket.state() == QLocalSocket::ConnectedState;
+    if (isThere && !m_files.isEmpty()) {
+        QByteArray message;
+        for (const QString& file : m_files) {
+            message += QFile::encodeName(file) + '\0';
+        }
+        socket.write(message);
+        while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(patience)) {
+        }
+    }
+    return isThere;
 }
 
 bool SingleInstance::isOwnerHere() const {

@@ -5,6 +5,7 @@
 #include <QLockFile>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 namespace ostrelle {
 
@@ -21,7 +22,8 @@ public:
     };
 
     /// `folder` holds the lock: that of the user's settings, which only one program may manage.
-    explicit SingleInstance(const QString& folder);
+    /// The files are handed to the running instance, should this be the second.
+    explicit SingleInstance(const QString& folder, const QStringList& files = {});
 
     /// Where no lock can be made, as in a read-only home, every start counts as the first.
     Standing claim();
@@ -31,15 +33,19 @@ public:
 Q_SIGNALS:
     /// The user has started the program again.
     void startedAgain();
+    /// It was started again to caption these.
+    void filesGiven(const QStringList& files);
 
 private:
     void listen();
     void answer();
+    void takeFiles(const QByteArray& message);
     /// Asks the other instance to come to the front; false when it has ended or is about to.
     bool knock() const;
     bool isOwnerHere() const;
 
     QString m_socket;
+    QStringList m_files;
     QLockFile m_lock;
     QLocalServer m_server;
 };

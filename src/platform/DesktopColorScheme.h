@@ -13,8 +13,9 @@ namespace ostrelle {
 /// Which appearance the user of the desktop prefers.
 enum class ColorScheme { noPreference, dark, light };
 
-/// The preference from the desktop's portal (org.freedesktop.portal.Settings on the session bus), kept up to
-/// date. No preference when there is no bus or portal, or its answer makes no sense.
+/// The preference, and whether high contrast is wanted, from the desktop's portal
+/// (org.freedesktop.portal.Settings on the session bus), kept up to date. No preference when there is no bus
+/// or portal, or its answer makes no sense.
 class DesktopColorScheme : public QObject {
     Q_OBJECT
 
@@ -23,11 +24,12 @@ public:
     explicit DesktopColorScheme(std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     ColorScheme preference() const { return m_preference; }
+    bool wantsHighContrast() const { return m_wantsHighContrast; }
     /// True once the answer has come, or once there will be none.
     bool isSettled() const { return m_isSettled; }
 
 Q_SIGNALS:
-    /// The preference has changed.
+    /// The preference or the contrast has changed.
     void changed();
     /// Emitted once, after the preference was set.
     void settled();
@@ -38,10 +40,11 @@ private Q_SLOTS:
 private:
     static QCoro::Task<> ask(QPointer<DesktopColorScheme> scheme, std::chrono::milliseconds patience);
     void watch(QDBusConnection bus);
-    void setPreference(ColorScheme preference);
+    void set(const QString& key, const QVariant& value);
     void settle();
 
     ColorScheme m_preference = ColorScheme::noPreference;
+    bool m_wantsHighContrast = false;
     bool m_isSettled = false;
 };
 

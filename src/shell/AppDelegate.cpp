@@ -107,6 +107,11 @@ void AppDelegate::applicationShouldHandleReopen() {
     showMainWindow();
 }
 
+void AppDelegate::openFiles(const QStringList& files) {
+    showMainWindow();
+    m_panel->open(files);
+}
+
 void AppDelegate::applicationWillTerminate() {
     if (m_mainWindow) {
         m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());

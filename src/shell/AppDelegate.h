@@ -35,6 +35,8 @@ public:
     void applicationDidFinishLaunching();
     /// The user has started the program again.
     void applicationShouldHandleReopen();
+    /// The user has named files to caption: takes them as if they were dropped on the main window.
+    void openFiles(const QStringList& files);
     /// The program is ending, for whatever reason: saves the window's position.
     void applicationWillTerminate();
     /// Ends the program; asks first if it is working.

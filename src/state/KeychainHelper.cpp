@@ -15,6 +15,7 @@ struct KeychainHelper::Context {
     SecretStore& secrets;
     PlainLog& log;
     bool isOpen = true;
+    std::function<void(bool isKept)> onSaved = [](bool) {};
     qsizetype saving = 0; // saves and removals that have not ended
 };
 
@@ -41,9 +42,14 @@ KeychainHelper::~KeychainHelper() {
     m_context->isOpen = false;
 }
 
+void KeychainHelper::setSaveListener(std::function<void(bool isKept)> listener) {
+    m_context->onSaved = std::move(listener);
+}
+
 void KeychainHelper::save(QString password, QString account) {
-    if (!password.isValidUtf16()) {
-        return; // it cannot be encoded as UTF-8
+    if (!password.isValidUtf16()) { // it cannot be encoded as UTF-8
+        m_context->onSaved(false);
+        return;
     }
     ++m_context->saving;
     m_last = saveAfter(std::move(m_last), m_context, std::move(password), std::move(account));
@@ -94,6 +100,9 @@ QCoro::Task<> KeychainHelper::saveAfter(QCoro::Task<> previous, std::shared_ptr<
     --context->saving;
     if (status != 0 && context->isOpen) {
         context->log.print(u"[KeychainHelper] Failed to save password: %1"_s.arg(status));
+    }
+    if (context->isOpen) {
+        context->onSaved(status == 0);
     }
 }
 

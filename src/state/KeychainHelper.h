@@ -6,6 +6,7 @@
 
 #include <QCoroTask>
 #include <QString>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -21,6 +22,9 @@ public:
     ~KeychainHelper();
     KeychainHelper(const KeychainHelper&) = delete;
     KeychainHelper& operator=(const KeychainHelper&) = delete;
+
+    /// Called after each save, with whether the password is in the keychain now.
+    void setSaveListener(std::function<void(bool isKept)> listener);
 
     /// Replaces the account's password. A failure is logged, and leaves the account without one.
     void save(QString password, QString account);

@@ -27,6 +27,11 @@ SettingsStore::SettingsStore(DefaultsStore& defaults, KeychainHelper& keychain,
     , m_looks([&log](const QString& words) {
         log.print(u"[SettingsStore] A path could not be looked at: "_s + words);
     }) {
+    keychain.setSaveListener([self = QPointer<SettingsStore>(this)](bool isKept) {
+        if (self) {
+            self->setIsPasswordKept(isKept);
+        }
+    });
     load(patience);
 }
 
@@ -81,6 +86,7 @@ void SettingsStore::takePassword(const QString& password) {
 void SettingsStore::setFtpPassword(const QString& password) {
     if (password.isEmpty()) {
         m_keychain.remove(passwordAccount);
+        setIsPasswordKept(true); // there is none to keep
     } else {
         m_keychain.save(password, passwordAccount);
     }

@@ -136,6 +136,8 @@ public:
     void setFtpPassword(const QString& password);
     /// False as long as an empty password may only mean that the keychain has not answered yet.
     bool isPasswordKnown() const { return m_isPasswordKnown; }
+    /// False after the keychain has refused the password, which then lasts until the program ends.
+    bool isPasswordKept() const { return m_isPasswordKept; }
     STORED_SETTING(QString, ftpPath, setFtpPath, QStringLiteral("/"))
     /// As the user gave it: it need not be a valid port.
     STORED_SETTING(qint64, ftpPort, setFtpPort, defaultPort(TransferProtocol::ftp))
@@ -155,6 +157,7 @@ public:
 Q_SIGNALS:
     /// Emitted once, after ftpPasswordChanged().
     void passwordKnown();
+    void isPasswordKeptChanged();
 
 private:
     template <typename T>
@@ -170,6 +173,9 @@ private:
     void load(std::chrono::milliseconds patience);
     static QCoro::Task<> loadPassword(QPointer<SettingsStore> store);
     void takePassword(const QString& password);
+    void setIsPasswordKept(bool isKept) {
+        ostrelle::publish(this, m_isPasswordKept, isKept, &SettingsStore::isPasswordKeptChanged);
+    }
 
     void setPath(PathSetting setting, const Path& path);
     static QCoro::Task<> pathsSettled(TaskGroup looks);
@@ -185,6 +191,7 @@ private:
     ReferenceThreads m_threads;
     TaskGroup m_looks;
     bool m_isPasswordKnown = false;
+    bool m_isPasswordKept = true;
 };
 
 #undef STORED_SETTING

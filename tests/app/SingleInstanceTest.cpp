@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SingleInstance.h"
 
+#include "app/Arguments.h"
 #include "app/EndingInstance.h"
 #include "support/Await.h"
 #include "support/FileFacts.h"
@@ -9,11 +10,14 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDir>
 #include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtConcurrentRun>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace ostrelle {
 
@@ -24,8 +28,9 @@ namespace {
 using Standing = SingleInstance::Standing;
 
 /// Claims on another thread: claim() blocks until the first instance answers from this event loop.
-Standing claimElsewhere(const QString& folder) {
-    QFuture<Standing> claim = QtConcurrent::run([folder] { return SingleInstance(folder).claim(); });
+Standing claimElsewhere(const QString& folder, const QStringList& files = {}) {
+    QFuture<Standing> claim =
+        QtConcurrent::run([folder, files] { return SingleInstance(folder, files).claim(); });
     waitUntil([&claim] { return claim.isFinished(); });
     return claim.result();
 }
@@ -42,6 +47,43 @@ TEST(SingleInstance, ASecondStartBringsTheFirstToTheFrontAndEnds) {
     waitUntil([&knocks] { return knocks == 1; });
     SingleInstance elsewhere(folder.filePath(u"another home"_s));
     EXPECT_EQ(elsewhere.claim(), Standing::first);
+}
+
+TEST(SingleInstance, ASecondStartHandsItsFilesToTheFirst) {
+    const QTemporaryDir folder;
+    SingleInstance first(folder.path());
+    ASSERT_EQ(first.claim(), Standing::first);
+    QStringList given;
+    QObject::connect(&first, &SingleInstance::filesGiven, &first,
+                     [&](const QStringList& files) { given = files; });
+    const QStringList files{u"/photos/a b.jpg"_s, u"/photos/line\nbreak ü.jpg"_s};
+    EXPECT_EQ(claimElsewhere(folder.path(), files), Standing::second);
+    waitUntil([&] { return !given.isEmpty(); });
+    EXPECT_EQ(given, files);
+    given.clear();
+    EXPECT_EQ(claimElsewhere(folder.path(), {QString(2'000'000, u'x')}), Standing::second);
+    EXPECT_EQ(claimElsewhere(folder.path(), files), Standing::second);
+    waitUntil([&] { return !given.isEmpty(); });
+    EXPECT_EQ(given, files) << "too long a message is dropped whole";
+}
+
+TEST(Arguments, NameFilesOrAskForWords) {
+    const auto of = [](std::vector<const char*> words) {
+        words.insert(words.begin(), "ostrelle-captions");
+        const int count = static_cast<int>(words.size());
+        if (const std::optional<int> status = answerArguments(count, words.data())) {
+            return u"status %1"_s.arg(*status);
+        }
+        const StartFiles start = startFiles(count, words.data());
+        return start.error.isEmpty() ? start.files.join(u' ') : start.error;
+    };
+    const QString here = QDir::currentPath() + u'/';
+    EXPECT_EQ(of({}), QString());
+    EXPECT_EQ(of({"a.jpg", "--version"}), u"status 0");
+    EXPECT_EQ(of({"/photos/a.jpg", "b.jpg"}), u"/photos/a.jpg "_s + here + u"b.jpg"_s);
+    EXPECT_EQ(of({"--", "--help"}), here + u"--help"_s);
+    EXPECT_EQ(of({"--nonsense"}), u"There is no option --nonsense.");
+    EXPECT_TRUE(of({"\xFF.jpg"}).contains(u"is not UTF-8"));
 }
 
 TEST(SingleInstance, AStartWaitsForAnEarlierOneThatIsAboutToEndButNotForEver) {

@@ -21,14 +21,26 @@ QVariant inVariant(const QVariant& value) {
 
 class Portal : public FakeBusService {
 public:
-    explicit Portal(Answer answer)
-        : FakeBusService(u"org.freedesktop.portal.Desktop"_s, portalPath, std::move(answer)) {}
+    /// Answers about the colours; without an answer about the contrast, as an older portal.
+    explicit Portal(Answer answer, const Answer& contrastAnswer = nullptr)
+        : FakeBusService(u"org.freedesktop.portal.Desktop"_s, portalPath,
+                         answer ? byKey(answer, contrastAnswer) : nullptr) {}
 
     void tell(const QString& group, const QString& key, const QVariant& value) {
         QDBusMessage signal =
             QDBusMessage::createSignal(portalPath, u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
         signal.setArguments({group, key, value});
         bus.send(signal);
+    }
+
+private:
+    static Answer byKey(const Answer& answer, const Answer& contrastAnswer) {
+        return [=](const QDBusMessage& question) {
+            const bool isContrast = question.arguments().value(1) == u"contrast"_s;
+            const QDBusMessage unknown = question.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s,
+                                                                   u"Requested setting not found"_s);
+            return !isContrast ? answer(question) : contrastAnswer ? contrastAnswer(question) : unknown;
+        };
     }
 };
 
@@ -83,10 +95,20 @@ TEST_F(WithBus, AnAnswerThatIsNotOneOfTheTwoIsNoPreference) {
         waitUntil([&] { return scheme.isSettled(); });
         EXPECT_EQ(scheme.preference(), row.preference);
         EXPECT_EQ(changed.count(), row.preference == ColorScheme::noPreference ? 0 : 1);
-        ASSERT_EQ(portal.asked.size(), 1);
+        ASSERT_EQ(portal.asked.size(), 2);
         EXPECT_EQ(portal.asked.first().member(), u"Read"_s);
         EXPECT_EQ(portal.asked.first().arguments(), (QVariantList{appearance, u"color-scheme"_s}));
     }
+}
+
+TEST_F(WithBus, HighContrastIsHeardOfBesideTheColours) {
+    Portal portal(answeringNumber(2), answeringNumber(1));
+    DesktopColorScheme scheme;
+    waitUntil([&] { return scheme.isSettled(); });
+    EXPECT_TRUE(scheme.wantsHighContrast());
+    EXPECT_EQ(scheme.preference(), ColorScheme::light);
+    portal.tell(appearance, u"contrast"_s, inVariant(0U));
+    waitUntil([&] { return !scheme.wantsHighContrast(); });
 }
 
 TEST_F(WithBus, OnlyAnotherPreferenceIsAChange) {
@@ -111,9 +133,9 @@ TEST_F(WithBus, OnlyAnotherPreferenceIsAChange) {
 TEST_F(WithBus, APortalThatNeverAnswersIsNotWaitedForInVainAndItsChangesAreHeard) {
     Portal portal(nullptr);
     expectNoPreference(std::chrono::milliseconds(50));
-    EXPECT_EQ(portal.asked.size(), 1);
+    EXPECT_EQ(portal.asked.size(), 2);
     DesktopColorScheme scheme(std::chrono::milliseconds(200));
-    waitUntil([&] { return portal.asked.size() == 2; });
+    waitUntil([&] { return portal.asked.size() == 4; });
     portal.tell(appearance, u"color-scheme"_s, inVariant(1U));
     waitUntil([&] { return scheme.isSettled(); });
     EXPECT_EQ(scheme.preference(), ColorScheme::dark) << "the missing answer does not undo it";
@@ -126,7 +148,7 @@ TEST_F(WithBus, ItMayGoBeforeTheAnswerComes) {
     DesktopColorScheme next;
     waitUntil([&] { return next.preference() == ColorScheme::dark; });
     auto asking = std::make_unique<DesktopColorScheme>();
-    waitUntil([&] { return portal.asked.size() == 2; });
+    waitUntil([&] { return portal.asked.size() > 2; });
     asking.reset();
     DesktopColorScheme last;
     waitUntil([&] { return last.preference() == ColorScheme::dark; });

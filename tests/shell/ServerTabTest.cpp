@@ -198,6 +198,23 @@ TEST_F(ServerTabTest, AWindowThatGoesLeavesItsTestToEndUnheard) {
     EXPECT_FALSE(world.settings.ftpConnectionStatus());
 }
 
+TEST_F(ServerTabTest, APasswordThatTheKeyringDoesNotKeepIsSaidToGo) {
+    showTab(1);
+    auto* field = find<QLineEdit>(u"ftpPassword"_s);
+    const auto type = [&](int status) {
+        world.secrets.status = status;
+        field->setFocus();
+        QTest::keyClicks(field, u"x"_s);
+        QTest::keyClick(field, Qt::Key_Return);
+        await(world.program.keychain.finishPending());
+        return isShown(u"passwordNotKept"_s);
+    };
+    EXPECT_FALSE(isShown(u"passwordNotKept"_s));
+    EXPECT_TRUE(type(1));
+    EXPECT_EQ(world.settings.ftpPassword(), field->text()) << "until the program ends";
+    EXPECT_FALSE(type(0));
+}
+
 TEST_F(ServerTabTest, ClearingTheServerKeepsTheProtocolAndDropsARunningTest) {
     showWithTest();
     SettingsStore& settings = world.settings;

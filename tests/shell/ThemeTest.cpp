@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <algorithm>
+#include <cmath>
 
 namespace ostrelle {
 
@@ -52,6 +54,34 @@ TEST_F(ThemeTest, AWindowThatIsShownChangesToWhatItWouldHaveBeenFromTheStart) {
         EXPECT_FALSE(light == dark);
         apply(ThemeChoice::light);
         EXPECT_TRUE(picture(window) == light);
+    }
+}
+
+/// By the Web Content Accessibility Guidelines 2.1: 1.4.3, 1.4.6 and 1.4.11.
+TEST_F(ThemeTest, HighContrastStandsOut) {
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    };
+    const auto ratio = [&](const QColor& one, const QColor& other) {
+        const auto [less, more] = std::minmax(luminance(one), luminance(other));
+        return (more + 0.05) / (less + 0.05);
+    };
+    for (const Theme& theme : {Theme::lightHighContrast(), Theme::darkHighContrast()}) {
+        for (const QColor& behind : {theme.card, theme.ground, theme.field}) {
+            for (const QColor& outline : {theme.line, theme.track, theme.accent}) {
+                EXPECT_GE(ratio(outline, behind), 3) << outline.name().toStdString();
+            }
+            for (const QColor& words :
+                 {theme.text, theme.dim, theme.accent, theme.missing, theme.good, theme.destroying}) {
+                EXPECT_GE(ratio(words, behind), words == theme.text || words == theme.dim ? 7 : 4.5)
+                    << words.name().toStdString();
+            }
+        }
+        EXPECT_GE(ratio(theme.onAccent, theme.accent), 4.5);
     }
 }
 

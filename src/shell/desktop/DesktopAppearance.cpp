@@ -43,7 +43,8 @@ bool DesktopAppearance::eventFilter(QObject*, QEvent* event) {
 }
 
 void DesktopAppearance::show() {
-    applyTheme(m_application, themeChoice(m_colorScheme.preference()));
+    applyTheme(m_application, themeChoice(m_colorScheme.preference()),
+               m_colorScheme.wantsHighContrast() ? Contrast::high : Contrast::usual);
 }
 
 } // namespace ostrelle

@@ -40,7 +40,10 @@ QString listed(const QStringList& names) {
 } // namespace
 
 DroppedFiles DroppedFiles::of(const QMimeData& data) {
-    const QStringList paths = localPaths(data);
+    return ofPaths(localPaths(data));
+}
+
+DroppedFiles DroppedFiles::ofPaths(const QStringList& paths) {
     const ManualSelection selection = ManualSelection::of(paths);
     if (!selection.images.isEmpty()) {
         DroppedFiles files{.kind = Kind::images, .paths = selection.images + selection.sidecars};

@@ -21,6 +21,7 @@ struct DroppedFiles {
     /// The panel takes one folder, one text file, or images with what belongs to them. A name that gives no
     /// clue counts as a folder.
     static DroppedFiles of(const QMimeData& data);
+    static DroppedFiles ofPaths(const QStringList& paths);
 
     /// What would happen to them, for the time while they are dragged.
     QString words(SourceType source) const;

@@ -20,6 +20,9 @@ class MenuContentView : public QWidget {
 public:
     explicit MenuContentView(ShellParts parts, QWidget* parent = nullptr);
 
+    /// Takes files as if they were dropped here.
+    void open(const QStringList& files) { m_actions.take(DroppedFiles::ofPaths(files)); }
+
     /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }
 

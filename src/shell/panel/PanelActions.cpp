@@ -201,7 +201,11 @@ QCoro::Task<> PanelActions::listRoster(Self self, QString path) {
 }
 
 void PanelActions::take(const DroppedFiles& files) {
-    if (!m_isAsking) {
+    if (m_isAsking) {
+        m_parts.status.setLastMessage(u"Files were not taken: answer the open question first."_s);
+    } else if (files.kind == DroppedFiles::Kind::useless) {
+        m_parts.status.setLastMessage(u"Files were not taken: they are no images."_s);
+    } else {
         m_tasks.spawn(files.paths.size() == 1 ? takeOne(this, files) : admitDropped(this, files.paths));
     }
 }

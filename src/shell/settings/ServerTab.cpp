@@ -140,7 +140,19 @@ void ServerTab::addTrustedCertificate(Card& card) {
 /// Sets the password when the field is left, so that the keyring does not save each letter.
 void ServerTab::addPassword(Card& card) {
     m_password = new SecureField(u"ftpPassword"_s);
-    card.addRow(new SettingRow(u"Password"_s, m_password));
+    auto* row = new SettingRow(u"Password"_s, m_password);
+    auto* warning = new StatusMark(StatusTone::missing,
+                                   u"The keyring does not keep this password. It lasts until you quit."_s);
+    warning->setObjectName(u"passwordNotKept"_s);
+    warning->setFont(typeFont(TypeSize::small));
+    warning->setWordWrap(true);
+    row->setSecondLine(warning);
+    card.addRow(row);
+    const auto warn = [warning, &settings = m_parts.settings] {
+        warning->setVisible(!settings.isPasswordKept());
+    };
+    warn();
+    connect(&m_parts.settings, &SettingsStore::isPasswordKeptChanged, warning, warn);
     const auto show = [this] {
         if (!m_password->isModified()) { // the keyring may answer while the user types
             m_password->setText(m_parts.settings.ftpPassword());

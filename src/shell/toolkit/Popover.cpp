@@ -2,11 +2,13 @@
 #include "shell/toolkit/Popover.h"
 
 #include "shell/toolkit/AccessibleView.h"
+#include "shell/toolkit/Compositing.h"
 #include "shell/toolkit/Theme.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -39,9 +41,20 @@ void Popover::openAtAnchor() {
     const bool wraps = layout()->hasHeightForWidth();
     setFixedSize(hint.width(), wraps ? layout()->totalHeightForWidth(hint.width()) : hint.height());
     move(placeOnScreen());
+    if (!isCompositing()) {
+        cutToFrame();
+    }
     show();
     m_anchor->update();
     connect(this, &QObject::destroyed, m_anchor, qOverload<>(&QWidget::update));
+}
+
+/// Without the shadow, which would be black, and with corners that are not smooth.
+void Popover::cutToFrame() {
+    QPainterPath frame;
+    frame.addRoundedRect(QRectF(rect()).adjusted(shadow, shadow, -shadow, -shadow), measure::cardRadius,
+                         measure::cardRadius);
+    setMask(QRegion(frame.toFillPolygon().toPolygon()));
 }
 
 QPoint Popover::placeOnScreen() const {

@@ -25,6 +25,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void cutToFrame();
     QPoint placeOnScreen() const;
 
     QWidget* m_anchor;

@@ -15,6 +15,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+Contrast shownContrast = Contrast::usual; ///< of the application, see applyTheme()
+
+const Theme& themeFor(bool isDark) {
+    if (shownContrast == Contrast::high) {
+        return isDark ? Theme::darkHighContrast() : Theme::lightHighContrast();
+    }
+    return isDark ? Theme::dark() : Theme::light();
+}
+
 bool isDark(const QColor& color) {
     return color.lightness() < 128;
 }
@@ -67,9 +76,9 @@ const Theme& desktopTheme() {
 const Theme& chosenTheme(ThemeChoice choice) {
     switch (choice) {
     case ThemeChoice::light:
-        return Theme::light();
+        return themeFor(false);
     case ThemeChoice::dark:
-        return Theme::dark();
+        return themeFor(true);
     case ThemeChoice::desktop:
         break;
     }
@@ -124,13 +133,44 @@ const Theme& Theme::dark() {
     return theme;
 }
 
+const Theme& Theme::lightHighContrast() {
+    static const Theme theme = [] {
+        Theme high = light();
+        high.line = QColor(0x70, 0x78, 0x84);
+        high.track = QColor(0x70, 0x78, 0x84);
+        high.text = QColor(0x00, 0x00, 0x00);
+        high.dim = QColor(0x3d, 0x44, 0x4d);
+        high.field = high.card;
+        high.accent = QColor(0x0b, 0x3f, 0xb8);
+        high.good = QColor(0x0b, 0x52, 0x27);
+        high.missing = QColor(0x7a, 0x36, 0x04);
+        high.destroying = QColor(0x8f, 0x15, 0x22);
+        return high;
+    }();
+    return theme;
+}
+
+const Theme& Theme::darkHighContrast() {
+    static const Theme theme = [] {
+        Theme high = dark();
+        high.line = QColor(0x8b, 0x93, 0x9f);
+        high.track = QColor(0x7d, 0x86, 0x93);
+        high.text = QColor(0xff, 0xff, 0xff);
+        high.dim = QColor(0xc3, 0xc9, 0xd1);
+        high.field = high.card;
+        high.accent = QColor(0x9c, 0xbf, 0xff);
+        return high;
+    }();
+    return theme;
+}
+
 const Theme& Theme::of(const QPalette& palette) {
-    return isDark(palette.color(QPalette::Active, QPalette::Window)) ? dark() : light();
+    return themeFor(isDark(palette.color(QPalette::Active, QPalette::Window)));
 }
 
 const Theme& Theme::of(const QWidget& widget) {
     // Not the window colour: a style sheet that makes a widget's background transparent turns it black.
-    return isDark(widget.palette().color(QPalette::Active, QPalette::AlternateBase)) ? dark() : light();
+    return themeFor(isDark(widget.palette().color(QPalette::Active, QPalette::AlternateBase)));
 }
 
 QPalette Theme::palette() const {
@@ -152,7 +192,8 @@ QPalette Theme::palette() const {
     return palette;
 }
 
-void applyTheme(QApplication& application, ThemeChoice choice) {
+void applyTheme(QApplication& application, ThemeChoice choice, Contrast contrast) {
+    shownContrast = contrast;
     const Theme& theme = chosenTheme(choice);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     QApplication::setPalette(theme.palette());
