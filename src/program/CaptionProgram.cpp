@@ -87,6 +87,9 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
     QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, showManifestFailure);
     QObject::connect(&analyzer, &Analyzer::imageFinished, &status, [this](const ImageOutcome& image) {
         failures.take(image);
+        if (const auto refusal = serviceRefusal(image.cause); refusal && !refusal->isRateLimit) {
+            keyCheck.hearRefusal();
+        }
         if (isDone(image.kind)) {
             fetched.remove(image.file); // whoever had it captioned
         }

@@ -26,6 +26,13 @@ void KeyCheck::forget() {
     show(State::unknown);
 }
 
+void KeyCheck::hearRefusal() {
+    if (state() == State::unknown || state() == State::unreachable) {
+        m_key = apiKey(m_defaults);
+        show(State::refused);
+    }
+}
+
 QCoro::Task<> KeyCheck::ask() {
     const QPointer<KeyCheck> self(this);
     const Overtaking::Mark mark = m_checks.mark();

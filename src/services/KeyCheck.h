@@ -31,6 +31,9 @@ public:
     void check();
     /// The key has changed or gone.
     void forget();
+    /// The service has refused a key in a request of another kind. An answer about the stored one counts
+    /// more: the request may have been sent with the key before it.
+    void hearRefusal();
 
     QCoro::Task<> finished() const { return m_tasks.finished(); }
 

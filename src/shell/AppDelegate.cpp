@@ -204,7 +204,7 @@ void AppDelegate::showSettingsWindow() {
         m_settingsWindow->resize(fitting(*m_settingsWindow, {m_settingsWindow->width(), size.height()}));
     }
     present(m_settingsWindow, u"Settings"_s, size, Resizing::free, m_parts);
-    m_settingsWindow->setMinimumSize(500, 400);
+    m_settingsWindow->setMinimumSize(fitting(*m_settingsWindow, {500, 400}));
 }
 
 void AppDelegate::showHelpWindow() {

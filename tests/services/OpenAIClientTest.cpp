@@ -86,6 +86,11 @@ TEST_F(OpenAIClientTest, AKeyIsJudgedByWhetherTheServiceKnowsIt) {
     check.forget(); // cleared meanwhile
     await(check.finished());
     EXPECT_EQ(check.state(), State::unknown);
+    check.hearRefusal(); // of a caption
+    EXPECT_EQ(check.state(), State::refused);
+    EXPECT_EQ(judge(), State::accepted);
+    check.hearRefusal(); // of a request with an earlier key
+    EXPECT_EQ(check.state(), State::accepted);
 }
 
 TEST_F(OpenAIClientTest, RefusesWhatCannotBeEncodedWithoutARequest) {

@@ -86,6 +86,8 @@ QWidget* MenuContentView::makeScroll() {
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setFocusPolicy(Qt::NoFocus);
     QWidget* settings = makeSettings();
+    settings->setMaximumWidth(widthForType(measure::widestColumn));
+    scroll->setAlignment(Qt::AlignHCenter);
     scroll->setWidget(settings);
     scroll->setMinimumWidth(settings->minimumSizeHint().width());
 

@@ -96,6 +96,8 @@ void SettingsView::addTab(IconName sign, const QString& name, QWidget* tab) {
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setFocusPolicy(Qt::NoFocus);
+    tab->setMaximumWidth(widthForType(measure::widestColumn));
+    scroll->setAlignment(Qt::AlignHCenter);
     scroll->setWidget(tab);
     m_pages->addWidget(scroll);
     m_bar->addTab(sign, name);

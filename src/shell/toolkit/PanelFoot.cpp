@@ -4,14 +4,27 @@
 #include "shell/toolkit/Theme.h"
 
 #include <QPainter>
+#include <QResizeEvent>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace ostrelle {
 
 PanelFoot::PanelFoot(QWidget* parent) : QWidget(parent), m_rows(new QVBoxLayout(this)) {
-    constexpr int side = measure::windowMargin - measure::cardPadding;
-    m_rows->setContentsMargins(side, 6, side, 8);
     m_rows->setSpacing(4);
+    setMargins(width());
+}
+
+/// The foot is as wide as the window, its rows no wider than the column above.
+void PanelFoot::setMargins(int width) {
+    constexpr int least = measure::windowMargin - measure::cardPadding;
+    const int side = least + std::max(0, (width - widthForType(measure::widestColumn)) / 2);
+    m_rows->setContentsMargins(side, 6, side, 8);
+}
+
+void PanelFoot::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    setMargins(event->size().width());
 }
 
 void PanelFoot::addRow(QWidget* row) {

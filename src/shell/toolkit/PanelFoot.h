@@ -21,8 +21,11 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void setMargins(int width);
+
     QVBoxLayout* m_rows;
 };
 

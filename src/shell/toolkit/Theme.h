@@ -72,9 +72,10 @@ namespace measure {
 inline constexpr int cardRadius = 10;
 inline constexpr int controlRadius = 7;
 inline constexpr int rowHeight = 38;
-inline constexpr int cardPadding = 12;  ///< left and right inside a card
-inline constexpr int windowMargin = 14; ///< left and right around the cards
-inline constexpr int cardSpacing = 12;  ///< between a card and the next group's name
+inline constexpr int cardPadding = 12;   ///< left and right inside a card
+inline constexpr int widestColumn = 720; ///< of controls; a wider window has more margin
+inline constexpr int windowMargin = 14;  ///< left and right around the cards
+inline constexpr int cardSpacing = 12;   ///< between a card and the next group's name
 inline constexpr int controlSpacing = 8;
 inline constexpr int focusRing = 2;
 inline constexpr int iconSize = 18;
