@@ -100,17 +100,20 @@ void OnboardingPage::offerFolder() {
 }
 
 void OnboardingPage::offerKey() {
-    auto* entry = new KeyEntry(m_parts);
     constexpr int width = 380;
-    entry->setMaximumWidth(widthForType(width));
+    auto* column = new QWidget;
+    column->setFixedWidth(widthForType(width));
+    auto* lines = new QVBoxLayout(column);
+    lines->setContentsMargins(0, 0, 0, 0);
+    lines->setSpacing(measure::controlSpacing);
+    auto* entry = new KeyEntry(m_parts);
     connect(entry, &KeyEntry::entered, &m_actions, &PanelActions::saveKey);
-    m_layout->addWidget(entry);
-    m_layout->setAlignment(entry, Qt::AlignHCenter);
+    lines->addWidget(entry);
     auto* stored = new StatusMark(StatusTone::good, u"Using Personal API Key"_s);
     stored->setObjectName(u"onboardingKeyStored"_s);
-    m_layout->addWidget(stored, 0, Qt::AlignHCenter);
-    m_layout->addSpacing(4);
-    m_layout->addWidget(new KeyVerdictLine(m_parts.keyCheck));
+    lines->addWidget(stored);
+    lines->addWidget(new KeyVerdictLine(m_parts.keyCheck));
+    m_layout->addWidget(column, 0, Qt::AlignHCenter);
     const auto show = [entry, stored, parts = m_parts] {
         const bool hasKey = parts.settings.hasAPIKey();
         const bool isRefused = parts.keyCheck.state() == KeyCheck::State::refused;
