@@ -6,8 +6,8 @@
 
 namespace ostrelle {
 
-MetadataStamp MetadataStamp::of(const QString& image, const std::optional<FileStamp>& imageStamp) {
-    MetadataStamp stamp{.image = imageStamp};
+MetadataStamp MetadataStamp::of(const QString& image) {
+    MetadataStamp stamp{.image = FileStamp::at(image)};
     if (!isJpegImage(image)) {
         stamp.sidecar = FileStamp::at(sidecarPath(image)); // the usual one, without looking for others
         if (!stamp.sidecar) {

@@ -16,9 +16,7 @@ struct MetadataStamp {
     bool operator==(const MetadataStamp&) const = default;
 
     /// The current stamp. For worker threads.
-    static MetadataStamp of(const QString& image) { return of(image, FileStamp::at(image)); }
-    /// The same for an image whose own stamp has just been taken.
-    static MetadataStamp of(const QString& image, const std::optional<FileStamp>& imageStamp);
+    static MetadataStamp of(const QString& image);
 };
 
 } // namespace ostrelle

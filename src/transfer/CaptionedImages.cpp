@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/CaptionedImages.h"
 
+#include <QSet>
 #include <chrono>
 
 namespace ostrelle {
@@ -18,7 +19,7 @@ void CaptionedImages::keepOnly(const QStringList& names) {
     }
     const QSet<QString> kept(names.begin(), names.end());
     m_readings.removeIf([&](const auto& reading) { return !kept.contains(reading.key()); });
-    m_settled.intersect(kept);
+    m_settled.removeIf([&](const auto& image) { return !kept.contains(image.key()); });
 }
 
 /// A file may change twice within one tick of its file system's clock, which is two seconds on a memory card:
@@ -32,13 +33,23 @@ void CaptionedImages::add(const QString& name, const MetadataStamp& stamp, const
         m_readings.insert(name, {.stamp = stamp, .readAt = after});
         m_settled.remove(name);
     } else if (known->readAt.msecsTo(before) >= longestTick.count()) {
-        m_settled.insert(name);
+        m_settled.insert(name, stamp);
     }
 }
 
-bool CaptionedImages::isUnchanged(const QString& name, const MetadataStamp& now) const {
-    const auto known = m_readings.constFind(name);
-    return m_settled.contains(name) && known != m_readings.constEnd() && known->stamp == now;
+QStringList withoutUnchanged(const QString& folder, const QStringList& names,
+                             const QHash<QString, MetadataStamp>& settled) {
+    if (settled.isEmpty()) {
+        return names;
+    }
+    QStringList changed;
+    for (const QString& name : names) {
+        const auto known = settled.constFind(name);
+        if (known == settled.constEnd() || *known != MetadataStamp::of(folder + u'/' + name)) {
+            changed.append(name);
+        }
+    }
+    return changed;
 }
 
 } // namespace ostrelle

@@ -5,7 +5,6 @@
 
 #include <QDateTime>
 #include <QHash>
-#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -23,9 +22,8 @@ public:
     /// The image had a caption when it was read. The stamp is from between `before` and the reading.
     void add(const QString& name, const MetadataStamp& stamp, const QDateTime& before,
              const QDateTime& after);
-    /// The images that need not be read again if their stamp is still the same.
-    const QSet<QString>& settled() const { return m_settled; }
-    bool isUnchanged(const QString& name, const MetadataStamp& now) const;
+    /// The images that need not be read again while their stamp is the same.
+    const QHash<QString, MetadataStamp>& settled() const { return m_settled; }
 
 private:
     struct Reading {
@@ -35,7 +33,11 @@ private:
 
     QString m_folder;
     QHash<QString, Reading> m_readings;
-    QSet<QString> m_settled;
+    QHash<QString, MetadataStamp> m_settled;
 };
+
+/// The names without those of settled images that have not changed. Reads the disk: for worker threads.
+QStringList withoutUnchanged(const QString& folder, const QStringList& names,
+                             const QHash<QString, MetadataStamp>& settled);
 
 } // namespace ostrelle

@@ -130,12 +130,16 @@ QCoro::Task<> LocalFolderScan::lookThrough(std::shared_ptr<Scan> scan) {
 QCoro::Task<> LocalFolderScan::look(std::shared_ptr<Scan> scan, QStringList names) {
     QThreadPool* thread = m_parts.threads.of(scan->folder);
     const QDateTime seenAt = m_parts.clock.now();
-    const CloserLook closer{.conditions = m_parts.tracker.unwritable(), .stamp = m_captioned.settled()};
-    auto see = [folder = scan->folder, names, closer] { return seeImages(folder, names, closer); };
+    auto see = [folder = scan->folder, names, settled = m_captioned.settled(),
+                unwritable = m_parts.tracker.unwritable()] {
+        return seeImages(folder, withoutUnchanged(folder, names, settled), unwritable);
+    };
     QList<SeenImage> images = co_await onThreadPool(thread, see);
     if (scan->mark.isOvertaken()) {
         co_return;
     }
+    // Without a line: one for each image and scan would fill the system's log.
+    scan->counts.haveCaptions += static_cast<int>(names.size() - images.size());
     images.removeIf([&](const SeenImage& image) { return isLeftAlone(*scan, image); });
     const qsizetype total = images.size();
     for (qsizetype first = 0; first < total && !scan->mark.isOvertaken(); first += readingsAtATime) {
@@ -190,10 +194,6 @@ bool LocalFolderScan::isLeftAlone(Scan& scan, const SeenImage& image) {
     }
     if (!image.entry) { // a missing image must not get a sidecar
         printFor(image.name, u"No longer there, skipping"_s);
-        return true;
-    }
-    if (image.stamp && m_captioned.isUnchanged(image.name, *image.stamp)) {
-        ++scan.counts.haveCaptions; // a line for each image and scan would fill the system's log
         return true;
     }
     return false;

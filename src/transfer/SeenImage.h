@@ -2,7 +2,6 @@
 #pragma once
 
 #include "metadata/EditConditions.h"
-#include "metadata/MetadataStamp.h"
 #include "state/ProcessedFileEntry.h"
 
 #include <QList>
@@ -18,16 +17,11 @@ struct SeenImage {
     QString name;
     std::optional<ProcessedFileEntry> entry;       ///< nothing if it is gone or its attributes cannot be read
     std::optional<EditConditions> conditions = {}; ///< only if requested
-    std::optional<MetadataStamp> stamp = {};       ///< only if requested
 };
 
-/// The names of images to look at more closely.
-struct CloserLook {
-    QSet<QString> conditions = {};
-    QSet<QString> stamp = {};
-};
-
-/// Looks at each image once. Reads the disk: for worker threads.
-QList<SeenImage> seeImages(const QString& folder, const QStringList& names, const CloserLook& closer = {});
+/// Looks at each image once; for those in `unwritable`, also at their edit conditions. Reads the disk: for
+/// worker threads.
+QList<SeenImage> seeImages(const QString& folder, const QStringList& names,
+                           const QSet<QString>& unwritable = {});
 
 } // namespace ostrelle

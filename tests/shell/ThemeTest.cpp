@@ -67,7 +67,7 @@ TEST_F(ThemeTest, HighContrastStandsOut) {
                0.0722 * linear(color.blueF());
     };
     const auto ratio = [&](const QColor& one, const QColor& other) {
-        const auto [less, more] = std::minmax(luminance(one), luminance(other));
+        const auto [less, more] = std::minmax({luminance(one), luminance(other)});
         return (more + 0.05) / (less + 0.05);
     };
     for (const Theme& theme : {Theme::lightHighContrast(), Theme::darkHighContrast()}) {

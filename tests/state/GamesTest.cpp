@@ -3,10 +3,9 @@
 
 #include "platform/PathReferences.h"
 #include "standins/MemoryDefaults.h"
-#include "state/SlowSecrets.h"
+#include "standins/MemorySecrets.h"
 #include "support/Await.h"
 #include "support/RecordingLog.h"
-#include "support/VirtualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -23,8 +22,7 @@ struct Start {
 
     DefaultsStore& m_defaults;
     RecordingLog log;
-    VirtualClock clock;
-    SlowSecrets secrets{clock};
+    MemorySecrets secrets;
     KeychainHelper keychain{secrets, log};
     PathReferences references;
     SettingsStore settings{m_defaults, keychain, references, log};
