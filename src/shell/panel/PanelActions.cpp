@@ -97,6 +97,8 @@ PanelActions::PanelActions(ShellParts parts, QObject* parent)
     }) {
     // A run reads the roster when it starts, and may have failed to when it ends.
     connect(&parts.status, &StatusStore::isProcessingChanged, &m_roster, &RosterWatch::lookAgain);
+    // A drive that is back may bring the roster.
+    connect(&parts.status, &StatusStore::sourceTroubleChanged, &m_roster, &RosterWatch::lookAgain);
 }
 
 bool PanelActions::isAsking() const {
