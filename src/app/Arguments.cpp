@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Arguments.h"
 
+#include "core/Error.h"
+
 #include <QByteArrayView>
 #include <QFile>
 #include <QFileInfo>
 #include <cstdio>
+#include <utility>
 
 namespace ostrelle {
 
@@ -12,17 +15,41 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr const char* help = R"(Usage: ostrelle-captions [FILE...]
+constexpr const char* help = R"(Usage: ostrelle-captions [options] [FILE...]
 
 Opens the window of Ostrelle Captions. Images that are named are captioned, a folder
 becomes the watch folder, and a text file the Code Replacements file. If the program
 runs already, its window comes to the front and takes them.
 
-  --help       this text
-  --version    the program's version
+  --hidden            no window at first, where there is a tray to open it from
+  --caption-images    ask for images to caption
+  --switch-auto-mode  turn auto mode on or off, also of the program that runs already
+  -h, --help          this text
+  --version           the program's version
 
 For captions without a window, see: ostrelle-caption --help
 )";
+
+StartRequest::Wish wishOf(const QByteArray& option) {
+    using Wish = StartRequest::Wish;
+    for (const auto& [name, wish] :
+         {std::pair("--hidden", Wish::hide), std::pair("--caption-images", Wish::captionImages),
+          std::pair("--switch-auto-mode", Wish::switchAutoMode)}) {
+        if (option == name) {
+            return wish;
+        }
+    }
+    throw Error(u"There is no option %1."_s.arg(QString::fromLocal8Bit(option)));
+}
+
+QString fileOf(const QByteArray& argument) {
+    const QString name = QFile::decodeName(argument);
+    if (QFile::encodeName(name) != argument) {
+        throw Error(u"The name of %1 is not UTF-8, so it cannot be opened. Rename it."_s.arg(
+            QString::fromLocal8Bit(argument)));
+    }
+    return QFileInfo(name).absoluteFilePath();
+}
 
 } // namespace
 
@@ -44,23 +71,20 @@ std::optional<int> answerArguments(int argc, const char* const* argv) {
     return std::nullopt;
 }
 
-StartFiles startFiles(int argc, const char* const* argv) {
-    StartFiles start;
+StartRequest startRequest(int argc, const char* const* argv) {
+    StartRequest request;
     bool areOptionsOver = false;
     for (int index = 1; index < argc; ++index) {
         const QByteArray argument(argv[index]);
         if (!areOptionsOver && argument == "--") {
             areOptionsOver = true;
         } else if (!areOptionsOver && argument.startsWith('-')) {
-            start.error = u"There is no option %1."_s.arg(QString::fromLocal8Bit(argument));
-        } else if (QFile::encodeName(QFile::decodeName(argument)) != argument) {
-            start.error = u"The name of %1 is not UTF-8, so it cannot be opened. Rename it."_s.arg(
-                QString::fromLocal8Bit(argument));
+            request.wish = wishOf(argument);
         } else {
-            start.files.append(QFileInfo(QFile::decodeName(argument)).absoluteFilePath());
+            request.files.append(fileOf(argument));
         }
     }
-    return start;
+    return request;
 }
 
 } // namespace ostrelle

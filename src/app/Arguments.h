@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include "product/StartRequest.h"
+
 #include <optional>
 
 namespace ostrelle {
@@ -11,13 +11,9 @@ namespace ostrelle {
 /// start. Needs no display.
 std::optional<int> answerArguments(int argc, const char* const* argv);
 
-/// The files to caption among the arguments that the windowing system has left, as absolute paths.
-struct StartFiles {
-    QStringList files;
-    QString error = {}; ///< a sentence about an argument that is no file; empty when there is none
-};
-
-/// Relative paths are of the current folder. A name that is not UTF-8 cannot be opened.
-StartFiles startFiles(int argc, const char* const* argv);
+/// What the arguments that the windowing system has left ask for. Relative paths are of the current folder.
+/// Throws Error about an argument that is neither a file nor an option; a name that is not UTF-8 cannot be
+/// opened.
+StartRequest startRequest(int argc, const char* const* argv);
 
 } // namespace ostrelle

@@ -5,6 +5,7 @@
 #include "app/DesktopProgram.h"
 #include "app/EndingInstance.h"
 #include "app/SingleInstance.h"
+#include "core/Error.h"
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopColorScheme.h"
 #include "platform/InterruptSignals.h"
@@ -40,12 +41,16 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
     if (const std::optional<int> status = answerArguments(argc, argv)) {
         return *status;
     }
+    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN"); // which Qt uses up
     QApplication application(argc, argv); // which takes its own options from the arguments
-    const StartFiles start = startFiles(argc, argv);
-    if (!start.error.isEmpty()) {
-        ConsoleLog(stderr).print(u"ostrelle-captions: "_s + start.error);
+    StartRequest request;
+    try {
+        request = startRequest(argc, argv);
+    } catch (const Error& error) {
+        ConsoleLog(stderr).print(u"ostrelle-captions: "_s + error.localizedDescription());
         return 2;
     }
+    request.activationToken = activationToken;
     QApplication::setApplicationName(u"ostrelle-captions"_s);
     QApplication::setApplicationVersion(QStringLiteral(OSTRELLE_VERSION));
     QApplication::setDesktopFileName(applicationIdentifier);
@@ -53,7 +58,7 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
     QApplication::setWindowIcon(applicationIcon());
 
     const AppFolders folders = AppFolders::ofDesktop();
-    SingleInstance instance(folders.config, start.files);
+    SingleInstance instance(folders.config, request);
     SystemClock clock;
     EndingInstance ending(instance, clock);
     if (ending.wait() != SingleInstance::Standing::first) {
@@ -65,14 +70,10 @@ int runDesktopProgram(int argc, char** argv, const std::function<ServiceEndpoint
     DesktopAppearance appearance(application, colorScheme);
     QObject::connect(&instance, &SingleInstance::startedAgain, &program.delegate(),
                      &AppDelegate::applicationShouldHandleReopen);
-    QObject::connect(&instance, &SingleInstance::filesGiven, &program.delegate(), &AppDelegate::openFiles);
     const InterruptSignals interrupts;
     QObject::connect(&interrupts, &InterruptSignals::interrupted, &program.delegate(),
                      [&program] { program.quit(); }); // nobody is there to ask
-    program.delegate().applicationDidFinishLaunching();
-    if (!start.files.isEmpty()) {
-        program.delegate().openFiles(start.files);
-    }
+    program.delegate().applicationDidFinishLaunching(request);
     return QApplication::exec();
 }
 

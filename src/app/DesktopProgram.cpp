@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QSystemTrayIcon>
 #include <utility>
 
 namespace ostrelle {
@@ -27,7 +28,12 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .errors = m_errors})
     , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })
     , m_notThereYet(m_events, m_captions.settings, m_alerts, m_console)
-    , m_ending(std::move(ending)) {}
+    , m_ending(std::move(ending)) {
+    QObject::connect(&m_notificationCenter, &DesktopNotificationCenter::clicked, &m_delegate,
+                     [this](const QByteArray& token) {
+                         m_delegate.applicationShouldHandleReopen({.activationToken = token});
+                     });
+}
 
 ShellParts DesktopProgram::shellParts() {
     return {.settings = m_captions.settings,
@@ -49,7 +55,9 @@ ShellParts DesktopProgram::shellParts() {
             .workspace = m_workspace,
             .clock = m_captions.clock,
             .console = m_console,
-            .connectionTest = [this] { return m_captions.server.testConnection(); }};
+            .connectionTest = [this] { return m_captions.server.testConnection(); },
+            .pages = WebPages::builtIn(),
+            .hasTray = &QSystemTrayIcon::isSystemTrayAvailable};
 }
 
 void DesktopProgram::quit() {

@@ -42,7 +42,8 @@ private:
     ConsoleLog m_errors{stderr};
     JsonDefaultsStore m_defaults;
     DesktopSecretStore m_secrets;
-    DesktopNotificationCenter m_notificationCenter{{applicationName, applicationIdentifier}};
+    DesktopNotificationCenter m_notificationCenter{
+        {.name = applicationName, .desktopEntry = applicationIdentifier, .hasWindow = true}};
     DesktopAlerts m_alerts;
     DesktopFileChooser m_files{m_defaults};
     DesktopWorkspace m_workspace{m_console};

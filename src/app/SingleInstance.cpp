@@ -3,7 +3,6 @@
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QFile>
 #include <QLocalSocket>
 #include <QSysInfo>
 #include <memory>
@@ -24,8 +23,8 @@ QString socketName(const QString& folder) {
 
 } // namespace
 
-SingleInstance::SingleInstance(const QString& folder, const QStringList& files)
-    : m_socket(socketName(folder)), m_files(files), m_lock(folder + u"/ostrelle-captions.lock"_s) {
+SingleInstance::SingleInstance(const QString& folder, const StartRequest& request)
+    : m_socket(socketName(folder)), m_request(request), m_lock(folder + u"/ostrelle-captions.lock"_s) {
     QDir().mkpath(folder);
     m_lock.setStaleLockTime(0); // a lock goes stale only with its process, however long that runs
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
@@ -63,23 +62,13 @@ void SingleInstance::answer() {
             socket->abort();
         }
     });
-    connect(socket, &QLocalSocket::disconnected, this, [this, received] { takeFiles(*received); });
+    connect(socket, &QLocalSocket::disconnected, this, [this, received] {
+        Q_EMIT startedAgain(
+            StartRequest::fromBytes(*received).value_or(StartRequest())); // at least the window
+    });
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     socket->write("here");
     socket->flush();
-    Q_EMIT startedAgain();
-}
-
-/// Each path ends with a NUL; a message that was cut short ends without.
-void SingleInstance::takeFiles(const QByteArray& message) {
-    if (!message.endsWith('\0')) {
-        return;
-    }
-    QStringList files;
-    for (const QByteArray& path : message.chopped(1).split('\0')) {
-        files.append(QFile::decodeName(path));
-    }
-    Q_EMIT filesGiven(files);
 }
 
 bool SingleInstance::knock() const {
@@ -91,12 +80,8 @@ bool SingleInstance::knock() const {
     }
     // A busy instance will answer later; one that has closed its socket never will.
     const bool isThere = socket.waitForReadyRead(patience) || socket.state() == QLocalSocket::ConnectedState;
-    if (isThere && !m_files.isEmpty()) {
-        QByteArray message;
-        for (const QString& file : m_files) {
-            message += QFile::encodeName(file) + '\0';
-        }
-        socket.write(message);
+    if (isThere) {
+        socket.write(m_request.toBytes());
         while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(patience)) {
         }
     }

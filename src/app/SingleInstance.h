@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "product/StartRequest.h"
+
 #include <QLocalServer>
 #include <QLockFile>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 namespace ostrelle {
 
@@ -22,8 +23,8 @@ public:
     };
 
     /// `folder` holds the lock: that of the user's settings, which only one program may manage.
-    /// The files are handed to the running instance, should this be the second.
-    explicit SingleInstance(const QString& folder, const QStringList& files = {});
+    /// The request is handed to the running instance, should this be the second.
+    explicit SingleInstance(const QString& folder, const StartRequest& request = {});
 
     /// Where no lock can be made, as in a read-only home, every start counts as the first.
     Standing claim();
@@ -31,21 +32,18 @@ public:
     void close();
 
 Q_SIGNALS:
-    /// The user has started the program again.
-    void startedAgain();
-    /// It was started again to caption these.
-    void filesGiven(const QStringList& files);
+    /// The user has started the program again, and wants this.
+    void startedAgain(const ostrelle::StartRequest& request);
 
 private:
     void listen();
     void answer();
-    void takeFiles(const QByteArray& message);
-    /// Asks the other instance to come to the front; false when it has ended or is about to.
+    /// Hands the request to the other instance; false when it has ended or is about to.
     bool knock() const;
     bool isOwnerHere() const;
 
     QString m_socket;
-    QStringList m_files;
+    StartRequest m_request;
     QLockFile m_lock;
     QLocalServer m_server;
 };

@@ -18,6 +18,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString notifications = u"org.freedesktop.Notifications"_s;
+const QString notificationsPath = u"/org/freedesktop/Notifications"_s;
+const QString defaultAction = u"default"_s; // a click on the message itself
 
 QDBusMessage toBus(const QString& method) {
     return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
@@ -25,8 +27,7 @@ QDBusMessage toBus(const QString& method) {
 }
 
 QDBusMessage toService(const QString& method) {
-    return QDBusMessage::createMethodCall(notifications, u"/org/freedesktop/Notifications"_s, notifications,
-                                          method);
+    return QDBusMessage::createMethodCall(notifications, notificationsPath, notifications, method);
 }
 
 QVariantMap hintsOf(const NotifyingProgram& program, const DesktopNotification& notification) {
@@ -48,8 +49,9 @@ QDBusMessage notifyMessage(const NotifyingProgram& program, const DesktopNotific
     constexpr uint replacesNothing = 0; // a newer message of a thread does not replace the older one
     constexpr int timeOfTheService = -1;
     QDBusMessage message = toService(u"Notify"_s);
-    message.setArguments({program.name, replacesNothing, QString(), notification.title, body, QStringList(),
-                          hintsOf(program, notification), timeOfTheService});
+    const QStringList actions = program.hasWindow ? QStringList{defaultAction, u"Show"_s} : QStringList();
+    message.setArguments({program.name, replacesNothing, program.desktopEntry, notification.title, body,
+                          actions, hintsOf(program, notification), timeOfTheService});
     return message;
 }
 
@@ -70,12 +72,42 @@ QCoro::Task<> DesktopNotificationCenter::post(DesktopNotification notification) 
     const QVariant capabilities = co_await call(toService(u"GetCapabilities"_s));
     const bool isMarkup = capabilities.toStringList().contains(u"body-markup"_s);
     const QString body = isMarkup ? escaped(notification.body) : notification.body;
-    co_await call(notifyMessage(m_program, notification, body));
+    const QVariant id = co_await call(notifyMessage(m_program, notification, body));
+    m_shown.insert(id.toUInt());
+}
+
+void DesktopNotificationCenter::hearClicks() {
+    const auto hear = [this](const QString& signal, const char* slot) {
+        m_bus->connect(notifications, notificationsPath, notifications, signal, this, slot);
+    };
+    hear(u"ActivationToken"_s, SLOT(takeToken(uint, QString)));
+    hear(u"ActionInvoked"_s, SLOT(takeAction(uint, QString)));
+    hear(u"NotificationClosed"_s, SLOT(forget(uint, uint)));
+}
+
+/// Signals tell of the messages of all programs.
+void DesktopNotificationCenter::takeAction(uint id, const QString& action) {
+    if (m_shown.contains(id) && action == defaultAction) {
+        Q_EMIT clicked(std::exchange(m_token, {}));
+    }
+}
+
+void DesktopNotificationCenter::takeToken(uint id, const QString& token) {
+    if (m_shown.contains(id)) {
+        m_token = token.toUtf8();
+    }
+}
+
+void DesktopNotificationCenter::forget(uint id, uint /*reason*/) {
+    m_shown.remove(id);
 }
 
 QCoro::Task<QVariant> DesktopNotificationCenter::call(QDBusMessage message) {
     if (!m_bus) {
         m_bus = co_await sessionBus(m_patience);
+        if (m_bus) {
+            hearClicks();
+        }
     }
     if (!m_bus) {
         throw Error(u"The session bus does not answer."_s);

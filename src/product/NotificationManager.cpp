@@ -109,16 +109,23 @@ QCoro::Task<> NotificationManager::postConfigurationMissing(QString item) {
                   u"Failed to post notification"_s);
 }
 
-QCoro::Task<> NotificationManager::post(DesktopNotification notification, QString postedLine,
-                                        QString failedLine) {
+QCoro::Task<bool> NotificationManager::postNews(QString title, QString body) {
+    const DesktopNotification news{.title = title, .body = body, .threadIdentifier = u"ostrelle-news"_s};
+    const bool isPosted = co_await post(news, u"Posted notification"_s, u"Failed to post notification"_s);
+    co_return isPosted;
+}
+
+QCoro::Task<bool> NotificationManager::post(DesktopNotification notification, QString postedLine,
+                                            QString failedLine) {
     const bool isPermitted = co_await hasPermission();
     if (!isPermitted) {
         m_log.print(u"[NotificationManager] No permission to post notification"_s);
-        co_return;
+        co_return false;
     }
     const auto posted = co_await attempt(m_center.post(notification));
     m_log.print(u"[NotificationManager] "_s +
                 (posted ? postedLine + u": "_s + notification.body : failedLine + u": "_s + posted.words()));
+    co_return static_cast<bool>(posted);
 }
 
 } // namespace ostrelle

@@ -34,9 +34,11 @@ public:
                                         std::optional<QString> detail = {});
     /// `item` names what is missing, such as "OpenAI API Key".
     QCoro::Task<> postConfigurationMissing(QString item);
+    /// Says something that the user need not act on. False when it could not be posted.
+    QCoro::Task<bool> postNews(QString title, QString body);
 
 private:
-    QCoro::Task<> post(DesktopNotification notification, QString postedLine, QString failedLine);
+    QCoro::Task<bool> post(DesktopNotification notification, QString postedLine, QString failedLine);
 
     NotificationCenter& m_center;
     PlainLog& m_log;

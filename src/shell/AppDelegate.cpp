@@ -4,6 +4,7 @@
 #include "shell/help/AboutView.h"
 #include "shell/help/HelpView.h"
 #include "shell/panel/MenuContentView.h"
+#include "shell/panel/TrayItem.h"
 #include "shell/settings/SettingsView.h"
 #include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/Icon.h"
@@ -26,6 +27,7 @@ namespace {
 
 const QString onboardingKey = u"hasCompletedOnboarding"_s;
 const QString placeKey = u"MainWindow"_s;
+const QString trayToldKey = u"hasToldOfTray"_s;
 
 /// The size limited to the screen, with a title bar above the window.
 QSize fitting(const QWidget& window, QSize size) {
@@ -75,13 +77,16 @@ AppDelegate::AppDelegate(ShellParts parts, AutoModeController& autoMode, std::fu
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching() {
+void AppDelegate::applicationDidFinishLaunching(const StartRequest& request) {
     makeMainWindow();
-    if (m_parts.defaults.get<bool>(onboardingKey).value_or(false)) {
-        showMainWindow();
-    } else {
+    if (!m_parts.defaults.get<bool>(onboardingKey).value_or(false)) {
         showOnboardingWindow();
+    } else if (request.wish == StartRequest::Wish::hide) {
+        hideMainWindow();
+    } else {
+        showMainWindow();
     }
+    carryOut(request);
     const auto ask = [](NotificationManager& notifications) -> QCoro::Task<> {
         co_await notifications.requestPermission();
     };
@@ -103,13 +108,27 @@ QCoro::Task<> AppDelegate::finished() const {
     co_await m_tasks.finished();
 }
 
-void AppDelegate::applicationShouldHandleReopen() {
-    showMainWindow();
+void AppDelegate::applicationShouldHandleReopen(const StartRequest& request) {
+    using Wish = StartRequest::Wish;
+    if (!request.activationToken.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", request.activationToken); // the next window that Qt activates uses it
+    }
+    const bool isSilent = request.wish == Wish::hide || request.wish == Wish::switchAutoMode;
+    if (!isSilent || !request.files.isEmpty()) {
+        showMainWindow();
+    }
+    carryOut(request);
 }
 
-void AppDelegate::openFiles(const QStringList& files) {
-    showMainWindow();
-    m_panel->open(files);
+void AppDelegate::carryOut(const StartRequest& request) {
+    if (request.wish == StartRequest::Wish::captionImages) {
+        m_panel->actions().selectImages();
+    } else if (request.wish == StartRequest::Wish::switchAutoMode) {
+        m_panel->actions().switchAutoMode();
+    }
+    if (!request.files.isEmpty()) {
+        m_panel->actions().take(DroppedFiles::ofPaths(request.files));
+    }
 }
 
 void AppDelegate::applicationWillTerminate() {
@@ -131,7 +150,11 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
     connect(&m_dashboardShortcut, &DashboardShortcut::pressed, &events, &AppEvents::showAnalyticsWindow);
     // Closing the tour before its end would leave the user without any window.
-    connect(qApp, &QGuiApplication::lastWindowClosed, this, &AppDelegate::showMainWindow);
+    connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
+        if (!m_isInTray) {
+            showMainWindow();
+        }
+    });
 }
 
 void AppDelegate::makeMainWindow() {
@@ -143,6 +166,12 @@ void AppDelegate::makeMainWindow() {
     m_mainWindow->installEventFilter(this);
     addMenus();
     restorePlace();
+    m_tray = std::make_unique<TrayItem>(m_parts, m_panel->actions(), m_panel->problems());
+    connect(m_tray.get(), &TrayItem::showRequested, this, &AppDelegate::showMainWindow);
+    connect(m_tray.get(), &TrayItem::quitRequested, this, &AppDelegate::quit);
+    connect(m_tray.get(), &TrayItem::clicked, this, [this] {
+        m_mainWindow->isVisible() && m_mainWindow->isActiveWindow() ? hideMainWindow() : showMainWindow();
+    });
 }
 
 void AppDelegate::addMenus() {
@@ -188,6 +217,7 @@ void AppDelegate::showMainWindow() {
         makeMainWindow();
         return;
     }
+    m_isInTray = false;
     m_mainWindow->setWindowState(m_mainWindow->windowState() & ~Qt::WindowMinimized);
     m_mainWindow->show();
     m_mainWindow->raise();
@@ -195,7 +225,8 @@ void AppDelegate::showMainWindow() {
 }
 
 void AppDelegate::showAboutWindow() {
-    present(m_aboutWindow, u"About Ostrelle Captions"_s, {400, 450}, Resizing::none, m_parts.workspace);
+    present(m_aboutWindow, u"About Ostrelle Captions"_s, {400, 450}, Resizing::none, m_parts.workspace,
+            m_parts.pages);
 }
 
 void AppDelegate::showSettingsWindow() {
@@ -220,10 +251,43 @@ void AppDelegate::showOnboardingWindow() {
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
     if (watched == m_mainWindow.get() && event->type() == QEvent::Close) {
         event->ignore();
-        quit();
+        closeMainWindow();
         return true;
     }
     return QObject::eventFilter(watched, event);
+}
+
+void AppDelegate::closeMainWindow() {
+    if (!m_parts.settings.autoMode() || !m_tray->isThere()) {
+        quit();
+        return;
+    }
+    hideMainWindow();
+    if (!m_parts.defaults.get<bool>(trayToldKey).value_or(false)) {
+        m_parts.defaults.set(trayToldKey, true);
+        m_tasks.spawn(tellOfTray());
+    }
+}
+
+/// Where nothing would lead back to a hidden window it is minimised.
+void AppDelegate::hideMainWindow() {
+    m_isInTray = m_tray->isThere();
+    m_isInTray ? m_mainWindow->hide() : m_mainWindow->showMinimized();
+}
+
+/// Where no notification can be shown, a dialog tells it: a window that vanishes without a word looks like a
+/// crash.
+QCoro::Task<> AppDelegate::tellOfTray() {
+    Alert alert;
+    alert.title = u"Ostrelle Captions Goes On in the Tray"_s;
+    alert.text =
+        u"New images are captioned while its window is closed. A click on its icon shows it again, and "
+        "the icon's menu ends the program."_s;
+    alert.buttons = QStringList{u"OK"_s};
+    const bool isNotified = co_await m_parts.notifications.postNews(alert.title, alert.text);
+    if (!isNotified) {
+        co_await m_parts.alerts.show(alert);
+    }
 }
 
 bool AppDelegate::isAtWork() const {
@@ -254,7 +318,7 @@ QCoro::Task<> AppDelegate::askAndQuit() {
     const QString answer = co_await m_parts.alerts.show(alert);
     m_isAsking = false;
     if (answer == u"Keep Captioning in the Background") {
-        m_mainWindow->showMinimized();
+        hideMainWindow();
     } else if (answer == u"Quit") {
         m_quit();
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/TaskGroup.h"
+#include "product/StartRequest.h"
 #include "shell/desktop/DashboardShortcut.h"
 #include "shell/panel/ShellParts.h"
 #include "transfer/AutoModeController.h"
@@ -19,9 +20,11 @@ class HelpView;
 class MenuContentView;
 class OnboardingView;
 class SettingsView;
+class TrayItem;
 
 /// Owns the windows and answers the in-process notifications that request one. A window is made when first
-/// requested. Closing only hides it, except for the main one, which ends the program.
+/// requested. Closing only hides it, except for the main one: that ends the program, unless auto mode goes on
+/// and the tray leads back to the window.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -32,11 +35,10 @@ public:
 
     /// Starts the program: its windows, the permission for notifications, and auto mode, which follows the
     /// settings from now on.
-    void applicationDidFinishLaunching();
-    /// The user has started the program again.
-    void applicationShouldHandleReopen();
-    /// The user has named files to caption: takes them as if they were dropped on the main window.
-    void openFiles(const QStringList& files);
+    void applicationDidFinishLaunching(const StartRequest& request = {});
+    /// The user has started the program again, or has clicked on one of its notifications. Files are taken as
+    /// if they were dropped on the main window.
+    void applicationShouldHandleReopen(const StartRequest& request = {});
     /// The program is ending, for whatever reason: saves the window's position.
     void applicationWillTerminate();
     /// Ends the program; asks first if it is working.
@@ -60,6 +62,10 @@ private:
     void addToolBar(const QList<QAction*>& actions);
     void observeEvents();
     void restorePlace();
+    void carryOut(const StartRequest& request);
+    void closeMainWindow();
+    void hideMainWindow();
+    QCoro::Task<> tellOfTray();
     bool isAtWork() const;
     QCoro::Task<> askAndQuit();
 
@@ -69,9 +75,11 @@ private:
     TaskGroup m_tasks;
     DashboardShortcut m_dashboardShortcut;
     bool m_isAsking = false;
+    bool m_isInTray = false; ///< the main window was hidden, and the tray leads back to it
     std::unique_ptr<QMainWindow> m_mainWindow;
     QList<QAction*> m_shortcuts;        ///< the main window's items whose shortcuts work in all windows
     MenuContentView* m_panel = nullptr; ///< the main window's
+    std::unique_ptr<TrayItem> m_tray;
     std::unique_ptr<AboutView> m_aboutWindow;
     std::unique_ptr<SettingsView> m_settingsWindow;
     std::unique_ptr<OnboardingView> m_onboardingWindow;

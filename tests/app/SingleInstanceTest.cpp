@@ -3,6 +3,7 @@
 
 #include "app/Arguments.h"
 #include "app/EndingInstance.h"
+#include "core/Error.h"
 #include "support/Await.h"
 #include "support/FileFacts.h"
 #include "support/VirtualClock.h"
@@ -10,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCborMap>
+#include <QCborValue>
 #include <QDir>
 #include <QMessageBox>
 #include <QTemporaryDir>
@@ -28,9 +31,9 @@ namespace {
 using Standing = SingleInstance::Standing;
 
 /// Claims on another thread: claim() blocks until the first instance answers from this event loop.
-Standing claimElsewhere(const QString& folder, const QStringList& files = {}) {
+Standing claimElsewhere(const QString& folder, const StartRequest& request = {}) {
     QFuture<Standing> claim =
-        QtConcurrent::run([folder, files] { return SingleInstance(folder, files).claim(); });
+        QtConcurrent::run([folder, request] { return SingleInstance(folder, request).claim(); });
     waitUntil([&claim] { return claim.isFinished(); });
     return claim.result();
 }
@@ -49,22 +52,32 @@ TEST(SingleInstance, ASecondStartBringsTheFirstToTheFrontAndEnds) {
     EXPECT_EQ(elsewhere.claim(), Standing::first);
 }
 
-TEST(SingleInstance, ASecondStartHandsItsFilesToTheFirst) {
+TEST(SingleInstance, ASecondStartHandsWhatIsWantedToTheFirst) {
     const QTemporaryDir folder;
     SingleInstance first(folder.path());
     ASSERT_EQ(first.claim(), Standing::first);
-    QStringList given;
-    QObject::connect(&first, &SingleInstance::filesGiven, &first,
-                     [&](const QStringList& files) { given = files; });
-    const QStringList files{u"/photos/a b.jpg"_s, u"/photos/line\nbreak ü.jpg"_s};
-    EXPECT_EQ(claimElsewhere(folder.path(), files), Standing::second);
-    waitUntil([&] { return !given.isEmpty(); });
-    EXPECT_EQ(given, files);
-    given.clear();
-    EXPECT_EQ(claimElsewhere(folder.path(), {QString(2'000'000, u'x')}), Standing::second);
-    EXPECT_EQ(claimElsewhere(folder.path(), files), Standing::second);
-    waitUntil([&] { return !given.isEmpty(); });
-    EXPECT_EQ(given, files) << "too long a message is dropped whole";
+    QList<StartRequest> given;
+    QObject::connect(&first, &SingleInstance::startedAgain, &first,
+                     [&](const StartRequest& request) { given.append(request); });
+    const StartRequest request{.wish = StartRequest::Wish::captionImages,
+                               .files = {u"/photos/a b.jpg"_s, u"/photos/line\nbreak ü.jpg"_s},
+                               .activationToken = "token"};
+    EXPECT_EQ(claimElsewhere(folder.path(), request), Standing::second);
+    waitUntil([&] { return given.size() == 1; });
+    EXPECT_EQ(given.last(), request);
+    EXPECT_EQ(claimElsewhere(folder.path(), {.files = {QString(2'000'000, u'x')}}), Standing::second);
+    waitUntil([&] { return given.size() == 2; });
+    EXPECT_EQ(given.last(), StartRequest()) << "too long a request only shows the window";
+}
+
+TEST(StartRequest, BytesThatAreNoneAreRefused) {
+    const QByteArray bytes = StartRequest{.files = {u"/a.jpg"_s}}.toBytes();
+    EXPECT_TRUE(StartRequest::fromBytes(bytes));
+    for (const QByteArray& wrong :
+         {QByteArray(), bytes.chopped(1), QByteArray("{}"), QCborMap{{u"wish"_s, 4}}.toCborValue().toCbor(),
+          QCborMap{{u"wish"_s, u"show"_s}}.toCborValue().toCbor()}) {
+        EXPECT_FALSE(StartRequest::fromBytes(wrong)) << wrong.toHex().toStdString();
+    }
 }
 
 TEST(Arguments, NameFilesOrAskForWords) {
@@ -74,14 +87,21 @@ TEST(Arguments, NameFilesOrAskForWords) {
         if (const std::optional<int> status = answerArguments(count, words.data())) {
             return u"status %1"_s.arg(*status);
         }
-        const StartFiles start = startFiles(count, words.data());
-        return start.error.isEmpty() ? start.files.join(u' ') : start.error;
+        try {
+            const StartRequest request = startRequest(count, words.data());
+            const QString wish =
+                request.wish == StartRequest::Wish::switchAutoMode ? u"switch "_s : QString();
+            return wish + request.files.join(u' ');
+        } catch (const Error& error) {
+            return error.localizedDescription();
+        }
     };
     const QString here = QDir::currentPath() + u'/';
     EXPECT_EQ(of({}), QString());
     EXPECT_EQ(of({"a.jpg", "--version"}), u"status 0");
     EXPECT_EQ(of({"/photos/a.jpg", "b.jpg"}), u"/photos/a.jpg "_s + here + u"b.jpg"_s);
     EXPECT_EQ(of({"--", "--help"}), here + u"--help"_s);
+    EXPECT_EQ(of({"--switch-auto-mode", "/a.jpg"}), u"switch /a.jpg"_s);
     EXPECT_EQ(of({"--nonsense"}), u"There is no option --nonsense.");
     EXPECT_TRUE(of({"\xFF.jpg"}).contains(u"is not UTF-8"));
 }

@@ -69,7 +69,8 @@ TEST_F(WithNotifications, TheServiceIsToldExactlyThis) {
     await(center.post(failure));
     const QVariantList arguments = notified();
     ASSERT_EQ(arguments.size(), 8);
-    EXPECT_EQ(arguments.first(5), (QVariantList{sender.name, 0U, u""_s, failure.title, failure.body}));
+    EXPECT_EQ(arguments.first(5),
+              (QVariantList{sender.name, 0U, sender.desktopEntry, failure.title, failure.body}));
     EXPECT_EQ(qdbus_cast<QStringList>(arguments[5]), QStringList());
     EXPECT_EQ(qdbus_cast<QVariantMap>(arguments[6]),
               (QVariantMap{{u"urgency"_s, QVariant::fromValue(uchar(2))},
@@ -77,6 +78,25 @@ TEST_F(WithNotifications, TheServiceIsToldExactlyThis) {
                            {u"sound-name"_s, u"dialog-warning"_s},
                            {u"x-ostrelle-thread"_s, u"ostrelle-processing"_s}}));
     EXPECT_EQ(arguments[7], -1);
+}
+
+TEST_F(WithNotifications, AClickOnAMessageOfOursIsHeardAndNoOther) {
+    DesktopNotificationCenter withWindow({.name = sender.name, .desktopEntry = {}, .hasWindow = true});
+    QList<QByteArray> clicks;
+    QObject::connect(&withWindow, &DesktopNotificationCenter::clicked, &withWindow,
+                     [&clicks](const QByteArray& token) { clicks.append(token); });
+    setMethod(u"Notify"_s, u"susssasa{sv}i"_s, u"u"_s, u"ret = dbus.UInt32(7)"_s);
+    await(withWindow.post(failure));
+    EXPECT_EQ(qdbus_cast<QStringList>(notified().value(5)), QStringList({u"default"_s, u"Show"_s}));
+    const auto emitSignal = [](const QString& name, uint id, const QString& text) {
+        callMock(u"EmitSignal"_s, {notifications, name, u"us"_s, QVariantList{id, text}});
+    };
+    emitSignal(u"ActionInvoked"_s, 6, u"default"_s);
+    emitSignal(u"ActivationToken"_s, 6, u"another's"_s);
+    emitSignal(u"ActivationToken"_s, 7, u"token"_s);
+    emitSignal(u"ActionInvoked"_s, 7, u"default"_s);
+    waitUntil([&clicks] { return !clicks.isEmpty(); });
+    EXPECT_EQ(clicks, QList<QByteArray>({"token"}));
 }
 
 TEST_F(WithNotifications, UrgencyAndSoundAreToldApart) {

@@ -95,6 +95,45 @@ TEST_F(AppDelegateTest, ClosingThePanelQuitsOrAsksWhatIsToBecomeOfTheWork) {
     EXPECT_TRUE(world.defaults.get<QByteArray>(u"MainWindow"_s));
 }
 
+TEST_F(AppDelegateTest, WithATrayClosingHidesThePanelWhileAutoModeIsOnAndSaysSoOnce) {
+    world.isTrayThere = true;
+    world.start();
+    world.settings.setAutoMode(true);
+    for (int time = 0; time < 2; ++time) {
+        delegate.mainWindow()->close();
+        await(delegate.finished());
+        EXPECT_FALSE(delegate.mainWindow()->isVisible());
+        EXPECT_EQ(world.alerts.shown.size() + world.notificationCenter.posted.size(), 1);
+        Q_EMIT world.events.showSettingsWindow();
+        world.window(u"Settings"_s)->close();
+        QApplication::processEvents();
+        EXPECT_FALSE(delegate.mainWindow()->isVisible())
+            << "a window closed elsewhere does not bring it back";
+        delegate.applicationShouldHandleReopen({.wish = StartRequest::Wish::switchAutoMode});
+        EXPECT_FALSE(world.settings.autoMode());
+        EXPECT_FALSE(delegate.mainWindow()->isVisible());
+        delegate.applicationShouldHandleReopen();
+        EXPECT_TRUE(delegate.mainWindow()->isVisible());
+        world.settings.setAutoMode(true);
+    }
+    EXPECT_EQ(world.quits, 0);
+    world.isTrayThere = false;
+    world.settings.setAutoMode(false);
+    delegate.mainWindow()->close();
+    EXPECT_EQ(world.quits, 1);
+}
+
+TEST_F(AppDelegateTest, AHiddenStartShowsNoWindowWhereTheTrayLeadsBackToIt) {
+    world.isTrayThere = true;
+    world.defaults.set(u"hasCompletedOnboarding"_s, true);
+    delegate.applicationDidFinishLaunching({.wish = StartRequest::Wish::hide});
+    EXPECT_FALSE(delegate.mainWindow()->isVisible());
+    delegate.applicationShouldHandleReopen({.wish = StartRequest::Wish::hide});
+    EXPECT_FALSE(delegate.mainWindow()->isVisible());
+    delegate.applicationShouldHandleReopen();
+    EXPECT_TRUE(delegate.mainWindow()->isVisible());
+}
+
 TEST_F(AppDelegateTest, TheSignsBesideTheMenusAreThoseOfTheirItems) {
     world.start();
     const auto* bar = delegate.mainWindow()->findChild<QToolBar*>(u"MainToolbar"_s);

@@ -3,12 +3,12 @@
 #include "shell/help/AboutView.h"
 #include "shell/help/HelpView.h"
 #include "shell/help/IptcField.h"
-#include "shell/help/WebPages.h"
 #include "shell/toolkit/Illustration.h"
 #include "support/FileInFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -72,17 +72,20 @@ TEST(HelpViewTest, KeysScrollAndCloseAWindowThatIsTooLow) {
 TEST(AboutViewTest, TellsTheVersionAndLeadsToTheWebPages) {
     ShellWorld world;
     QCoreApplication::setApplicationVersion(u"7.8.9"_s);
-    AboutView about(world.workspace);
+    const WebPages pages{.product = QUrl(u"https://a.example"_s), .feedback = QUrl(u"https://b.example"_s)};
+    AboutView about(world.workspace, pages);
     about.show();
     EXPECT_EQ(about.findChild<QLabel*>(u"version"_s)->text(), u"Version 7.8.9"_s);
     QTest::mouseClick(about.findChild<QWidget*>(u"learnMore"_s), Qt::LeftButton);
     auto* feedback = about.findChild<QWidget*>(u"aboutSendFeedback"_s);
     feedback->setFocus();
     QTest::keyClick(feedback, Qt::Key_Return);
-    EXPECT_EQ(world.workspace.links, QList<QUrl>({web::productPage(), web::feedbackPage()}));
+    EXPECT_EQ(world.workspace.links, QList<QUrl>({pages.product, pages.feedback}));
     EXPECT_TRUE(about.isVisible());
     QTest::keyClick(&about, Qt::Key_Escape);
     EXPECT_FALSE(about.isVisible());
+    const AboutView without(world.workspace, {});
+    EXPECT_TRUE(without.findChildren<QAbstractButton*>().isEmpty()) << "no button leads nowhere";
 }
 
 } // namespace ostrelle

@@ -36,6 +36,7 @@ struct ShellFolder {
 struct ShellWorld : ShellFolder, ComposedProgram {
     ShellWorld() : ComposedProgram(folder.path(), QUrl(QStringLiteral("http://127.0.0.1:9"))) {}
 
+    bool isTrayThere = false;
     ScriptedFileChooser files;
     RecordingWorkspace workspace;
     ShellParts parts{.settings = settings,
@@ -57,7 +58,8 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .workspace = workspace,
                      .clock = clock,
                      .console = console,
-                     .connectionTest = {}};
+                     .connectionTest = {},
+                     .hasTray = [this] { return isTrayThere; }};
 };
 
 } // namespace ostrelle

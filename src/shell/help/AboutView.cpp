@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/help/AboutView.h"
 
-#include "shell/help/WebPages.h"
 #include "shell/toolkit/AccessibleView.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/Icon.h"
@@ -38,7 +37,8 @@ QLabel* makeCentred(const QString& words, const QString& name, TypeSize size, Te
 
 } // namespace
 
-AboutView::AboutView(Workspace& workspace, QWidget* parent) : QWidget(parent), m_workspace(workspace) {
+AboutView::AboutView(Workspace& workspace, const WebPages& pages, QWidget* parent)
+    : QWidget(parent), m_workspace(workspace) {
     setObjectName(u"about"_s);
     setAccessibleRole(*this, QAccessible::Window);
     setFocusPolicy(Qt::StrongFocus); // no button has the focus before the user gives it
@@ -46,8 +46,12 @@ AboutView::AboutView(Workspace& workspace, QWidget* parent) : QWidget(parent), m
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(measure::controlSpacing);
     buttons->addStretch();
-    buttons->addWidget(makeLink(u"Learn More"_s, u"learnMore"_s, web::productPage()));
-    buttons->addWidget(makeLink(u"Send Feedback"_s, u"aboutSendFeedback"_s, web::feedbackPage()));
+    if (!pages.product.isEmpty()) {
+        buttons->addWidget(makeLink(u"Learn More"_s, u"learnMore"_s, pages.product));
+    }
+    if (!pages.feedback.isEmpty()) {
+        buttons->addWidget(makeLink(u"Send Feedback"_s, u"aboutSendFeedback"_s, pages.feedback));
+    }
     buttons->addStretch();
 
     auto* layout = new QVBoxLayout(this);

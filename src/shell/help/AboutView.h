@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "product/WebPages.h"
 
 #include <QWidget>
 
@@ -15,7 +16,7 @@ class AboutView : public QWidget {
 
 public:
     /// The workspace must outlive the view.
-    explicit AboutView(Workspace& workspace, QWidget* parent = nullptr);
+    explicit AboutView(Workspace& workspace, const WebPages& pages, QWidget* parent = nullptr);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

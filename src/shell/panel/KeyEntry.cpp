@@ -2,7 +2,7 @@
 #include "shell/panel/KeyEntry.h"
 
 #include "product/ApiKey.h"
-#include "shell/help/WebPages.h"
+#include "product/WebPages.h"
 #include "shell/toolkit/ActionButton.h"
 #include "shell/toolkit/SecureField.h"
 #include "shell/toolkit/StatusMark.h"
@@ -93,7 +93,7 @@ KeyEntry::KeyEntry(ShellParts parts, QWidget* parent)
     connect(m_field, &SecureField::returnPressed, this, enter);
     connect(save, &ActionButton::clicked, this, enter);
     connect(link, &ActionButton::clicked, this,
-            [&workspace = parts.workspace] { workspace.openLink(web::keyPage()); });
+            [&workspace = parts.workspace] { workspace.openLink(keyPage()); });
 
     auto* lines = new QVBoxLayout(this);
     lines->setContentsMargins(0, 0, 0, 0);

@@ -3,7 +3,6 @@
 
 #include "product/ApiKey.h"
 #include "shell/desktop/DroppedFiles.h"
-#include "shell/help/WebPages.h"
 #include "shell/panel/ActionsBar.h"
 #include "shell/panel/AutoModeRow.h"
 #include "shell/panel/ConfigurationCard.h"
@@ -159,7 +158,10 @@ QWidget* MenuContentView::makeLinks() {
     feedback->setObjectName(u"sendFeedback"_s);
     feedback->setText(u"Send &Feedback"_s);
     connect(feedback, &ActionButton::clicked, this,
-            [this] { m_parts.workspace.openLink(web::feedbackPage()); });
+            [this] { m_parts.workspace.openLink(m_parts.pages.feedback); });
+    if (m_parts.pages.feedback.isEmpty()) {
+        feedback->hide();
+    }
     auto* help = new ActionButton(u"IPTC Help"_s, ActionKind::link);
     help->setObjectName(u"iptcHelp"_s);
     help->setText(u"&IPTC Help"_s);

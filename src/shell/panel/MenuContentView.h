@@ -20,8 +20,8 @@ class MenuContentView : public QWidget {
 public:
     explicit MenuContentView(ShellParts parts, QWidget* parent = nullptr);
 
-    /// Takes files as if they were dropped here.
-    void open(const QStringList& files) { m_actions.take(DroppedFiles::ofPaths(files)); }
+    PanelActions& actions() { return m_actions; }
+    const Problems& problems() const { return m_problems; }
 
     /// Resumes when all tasks started here have ended.
     QCoro::Task<> finished() const { return m_actions.finished(); }

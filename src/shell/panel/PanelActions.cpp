@@ -115,6 +115,14 @@ void PanelActions::turnAutoModeOn() {
     begin(&PanelActions::tryAutoMode);
 }
 
+void PanelActions::switchAutoMode() {
+    if (m_parts.settings.autoMode()) {
+        m_parts.settings.setAutoMode(false);
+    } else {
+        turnAutoModeOn();
+    }
+}
+
 void PanelActions::selectImages() {
     begin(&PanelActions::askForImages);
 }
@@ -239,7 +247,7 @@ QCoro::Task<> PanelActions::tryAutoMode(Self self) {
     if (!known) {
         co_return;
     }
-    if (const std::optional<Alert> refusal = switchAutoMode(parts.settings, *known, true)) {
+    if (const std::optional<Alert> refusal = ostrelle::switchAutoMode(parts.settings, *known, true)) {
         co_await parts.alerts.show(*refusal);
     }
 }

@@ -29,6 +29,7 @@ public:
 
     /// Turns auto mode on, or shows what is missing.
     void turnAutoModeOn();
+    void switchAutoMode();
     void selectImages();
     /// Takes what the user has dropped: a folder or roster as if chosen, images by the rules of a selection.
     void take(const DroppedFiles& files);

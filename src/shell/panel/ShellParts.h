@@ -13,6 +13,7 @@
 #include "platform/Workspace.h"
 #include "product/AppEvents.h"
 #include "product/NotificationManager.h"
+#include "product/WebPages.h"
 #include "services/KeyCheck.h"
 #include "services/PromptService.h"
 #include "state/SettingsStore.h"
@@ -51,6 +52,8 @@ struct ShellParts {
     Clock& clock;
     PlainLog& console;
     ConnectionTest connectionTest;
+    WebPages pages = {};
+    std::function<bool()> hasTray = [] { return false; }; ///< whether the desktop shows tray icons now
 };
 
 } // namespace ostrelle
