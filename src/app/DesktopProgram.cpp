@@ -3,12 +3,30 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 #include <QSystemTrayIcon>
 #include <utility>
 
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// In the folder of the program where it was built, and where it is installed.
+LaunchPaths launchPaths() {
+    const QString folder = QCoreApplication::applicationDirPath();
+    const QString name = u"/OstrelleCaptionsHelper.sh"_s;
+    const QString installed =
+        QDir::cleanPath(folder + u"/" OSTRELLE_LIBEXEC_FROM_BIN "/ostrelle-captions"_s) + name;
+    return {.helper = QFileInfo::exists(folder + name) ? folder + name : installed,
+            .program = QCoreApplication::applicationFilePath(),
+            .config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)};
+}
+
+} // namespace
 
 DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints& endpoints,
                                std::function<void()> ending)
@@ -27,7 +45,6 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .console = m_console,
                   .errors = m_errors})
     , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })
-    , m_notThereYet(m_events, m_captions.settings, m_alerts, m_console)
     , m_ending(std::move(ending)) {
     QObject::connect(&m_notificationCenter, &DesktopNotificationCenter::clicked, &m_delegate,
                      [this](const QByteArray& token) {
@@ -53,10 +70,12 @@ ShellParts DesktopProgram::shellParts() {
             .alerts = m_alerts,
             .events = m_events,
             .workspace = m_workspace,
+            .commands = m_commands,
             .clock = m_captions.clock,
             .console = m_console,
             .connectionTest = [this] { return m_captions.server.testConnection(); },
             .pages = WebPages::builtIn(),
+            .launch = launchPaths(),
             .hasTray = &QSystemTrayIcon::isSystemTrayAvailable};
 }
 
@@ -82,7 +101,6 @@ void DesktopProgram::quit() {
 QCoro::Task<> DesktopProgram::finish(DesktopProgram& program) {
     co_await program.m_captions.finishWork();
     co_await program.m_delegate.finished();
-    co_await program.m_notThereYet.finished();
     co_await program.m_defaults.finished(); // which these may have changed
     QCoreApplication::exit();
 }

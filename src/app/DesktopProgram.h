@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/NotThereYet.h"
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/DesktopSecretStore.h"
 #include "platform/JsonDefaultsStore.h"
+#include "platform/ProcessCommands.h"
 #include "platform/SystemClock.h"
 #include "product/AppFolders.h"
 #include "program/CaptionProgram.h"
@@ -16,6 +16,7 @@
 #include "transfer/ftp/CurlFtpStreams.h"
 
 #include <QCoroTask>
+#include <chrono>
 #include <functional>
 
 namespace ostrelle {
@@ -47,13 +48,13 @@ private:
     DesktopAlerts m_alerts;
     DesktopFileChooser m_files{m_defaults};
     DesktopWorkspace m_workspace{m_console};
+    ProcessCommands m_commands{std::chrono::seconds(5)};
     AppEvents m_events;
     CurlFtpStreams m_streams;
     UnsandboxedAccess m_access;
     SystemClock m_clock;
     CaptionProgram m_captions;
     AppDelegate m_delegate;
-    NotThereYet m_notThereYet;
     std::function<void()> m_ending;
     bool m_isQuitting = false;
 };

@@ -71,9 +71,14 @@ void present(std::unique_ptr<View>& window, const QString& title, QSize size, Re
 } // namespace
 
 AppDelegate::AppDelegate(ShellParts parts, AutoModeController& autoMode, std::function<void()> quit)
-    : m_parts(parts), m_autoMode(autoMode), m_quit(std::move(quit)), m_tasks([this](const QString& words) {
-        m_parts.console.print(u"[AppDelegate] A task failed: "_s + words);
-    }) {}
+    : m_parts(parts)
+    , m_autoMode(autoMode)
+    , m_quit(std::move(quit))
+    , m_tasks(
+          [this](const QString& words) { m_parts.console.print(u"[AppDelegate] A task failed: "_s + words); })
+    , m_photoMechanic(
+          parts.launch, parts.settings, parts.commands, parts.workspace, [this] { showMainWindow(); },
+          parts.clock, parts.console) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -91,6 +96,7 @@ void AppDelegate::applicationDidFinishLaunching(const StartRequest& request) {
         co_await notifications.requestPermission();
     };
     m_tasks.spawn(ask(m_parts.notifications));
+    m_photoMechanic.setupPhotoMechanicMonitoring();
     observeEvents();
     m_autoMode.observeAutoModeSettings();
 }
@@ -105,6 +111,7 @@ QCoro::Task<> AppDelegate::finished() const {
     if (m_onboardingWindow) {
         co_await m_onboardingWindow->finished();
     }
+    co_await m_photoMechanic.finished();
     co_await m_tasks.finished();
 }
 
@@ -132,6 +139,7 @@ void AppDelegate::carryOut(const StartRequest& request) {
 }
 
 void AppDelegate::applicationWillTerminate() {
+    m_photoMechanic.stop();
     if (m_mainWindow) {
         m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());
     }
@@ -148,6 +156,10 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
+    connect(&events, &AppEvents::photoMechanicSettingChanged, this, [this] {
+        m_parts.console.print(u"[AppDelegate] Photo Mechanic setting changed"_s);
+        m_photoMechanic.setupPhotoMechanicMonitoring();
+    });
     connect(&m_dashboardShortcut, &DashboardShortcut::pressed, &events, &AppEvents::showAnalyticsWindow);
     // Closing the tour before its end would leave the user without any window.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {

@@ -4,6 +4,7 @@
 #include "core/TaskGroup.h"
 #include "product/StartRequest.h"
 #include "shell/desktop/DashboardShortcut.h"
+#include "shell/desktop/PhotoMechanicMonitoring.h"
 #include "shell/panel/ShellParts.h"
 #include "transfer/AutoModeController.h"
 
@@ -74,6 +75,7 @@ private:
     std::function<void()> m_quit;
     TaskGroup m_tasks;
     DashboardShortcut m_dashboardShortcut;
+    PhotoMechanicMonitoring m_photoMechanic;
     bool m_isAsking = false;
     bool m_isInTray = false; ///< the main window was hidden, and the tray leads back to it
     std::unique_ptr<QMainWindow> m_mainWindow;

@@ -3,6 +3,7 @@
 
 #include "program/ComposedProgram.h"
 #include "shell/panel/ShellParts.h"
+#include "support/RecordedCommands.h"
 
 #include <QTemporaryDir>
 
@@ -39,6 +40,7 @@ struct ShellWorld : ShellFolder, ComposedProgram {
     bool isTrayThere = false;
     ScriptedFileChooser files;
     RecordingWorkspace workspace;
+    RecordedCommands commands;
     ShellParts parts{.settings = settings,
                      .status = status,
                      .usage = usage,
@@ -56,6 +58,7 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .alerts = alerts,
                      .events = events,
                      .workspace = workspace,
+                     .commands = commands,
                      .clock = clock,
                      .console = console,
                      .connectionTest = {},

@@ -5,6 +5,7 @@
 #include "pipeline/FailedImages.h"
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
+#include "platform/CommandRunner.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileAccess.h"
 #include "platform/FileChooser.h"
@@ -16,6 +17,7 @@
 #include "product/WebPages.h"
 #include "services/KeyCheck.h"
 #include "services/PromptService.h"
+#include "shell/desktop/LaunchJob.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
 #include "state/UsageTracker.h"
@@ -49,10 +51,12 @@ struct ShellParts {
     Alerts& alerts;
     AppEvents& events;
     Workspace& workspace;
+    CommandRunner& commands;
     Clock& clock;
     PlainLog& console;
     ConnectionTest connectionTest;
     WebPages pages = {};
+    LaunchPaths launch = {};
     std::function<bool()> hasTray = [] { return false; }; ///< whether the desktop shows tray icons now
 };
 
