@@ -56,6 +56,8 @@ ShellParts DesktopProgram::shellParts() {
     return {.settings = m_captions.settings,
             .status = m_captions.status,
             .usage = m_captions.usage,
+            .analytics = m_captions.analytics,
+            .history = m_captions.history,
             .defaults = m_defaults,
             .prompts = m_captions.prompts,
             .keyCheck = m_captions.keyCheck,

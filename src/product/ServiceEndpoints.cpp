@@ -28,7 +28,12 @@ QString decodeKey(const QByteArray& base64) {
 ServiceEndpoints ServiceEndpoints::builtIn() {
     return {.model = QUrl(QStringLiteral(OSTRELLE_MODEL_URL)),
             .prompt = QUrl(QStringLiteral(OSTRELLE_PROMPT_URL)),
-            .promptKey = decodeKey(QByteArrayLiteral(OSTRELLE_PROMPT_KEY))};
+            .promptKey = decodeKey(QByteArrayLiteral(OSTRELLE_PROMPT_KEY)),
+            .analytics = QUrl(QStringLiteral(OSTRELLE_ANALYTICS_URL)),
+            .analyticsKey = decodeKey(QByteArrayLiteral(OSTRELLE_ANALYTICS_KEY)),
+            .measurement = QUrl(QStringLiteral(OSTRELLE_MEASUREMENT_URL)),
+            .measurementId = QStringLiteral(OSTRELLE_MEASUREMENT_ID),
+            .measurementSecret = decodeKey(QByteArrayLiteral(OSTRELLE_MEASUREMENT_SECRET))};
 }
 
 } // namespace ostrelle

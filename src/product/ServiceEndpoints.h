@@ -14,6 +14,11 @@ struct ServiceEndpoints {
     /// The key that identifies clients to the prompt service, in printable characters; empty if it issued
     /// none.
     QString promptKey = {};
+    QUrl analytics = {};       ///< the whole address of the service for usage figures; empty: none are sent
+    QString analyticsKey = {}; ///< its public key
+    QUrl measurement = {};     ///< of the service for usage events; empty: none are sent
+    QString measurementId = {};
+    QString measurementSecret = {};
 
     /// The addresses this program was built with.
     static ServiceEndpoints builtIn();

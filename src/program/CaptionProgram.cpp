@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "program/CaptionProgram.h"
 
+#include "pipeline/PromptComposition.h"
 #include "platform/Patience.h"
 
 namespace ostrelle {
@@ -27,6 +28,13 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
     , status(given.defaults, clock)
     , progress(status, log, clock, given.progressLinger)
     , usage(given.defaults, clock, given.console)
+    , history(given.defaults, clock)
+    , measurement({.url = given.endpoints.measurement,
+                   .measurementId = given.endpoints.measurementId,
+                   .secret = given.endpoints.measurementSecret},
+                  given.defaults, clock)
+    , usageReports(given.endpoints.analytics, given.endpoints.analyticsKey, clock)
+    , analytics(given.defaults, clock, given.console, measurement, usageReports)
     , manifest(given.folders.manifestFile(), threads, clock, given.console, given.events)
     , promptAccess(accessToPrompts(given.endpoints))
     , prompts(promptAccess, given.folders.promptCache + u"/prompt-cache.json"_s, given.console, clock)
@@ -87,6 +95,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
     QObject::connect(&manifest, &ProcessedFilesManifest::savingFailureChanged, &status, showManifestFailure);
     QObject::connect(&analyzer, &Analyzer::imageFinished, &status, [this](const ImageOutcome& image) {
         failures.take(image);
+        recordOutcome(image.kind);
         if (const auto refusal = serviceRefusal(image.cause); refusal && !refusal->isRateLimit) {
             keyCheck.hearRefusal();
         }
@@ -94,8 +103,28 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
             fetched.remove(image.file); // whoever had it captioned
         }
     });
+    QObject::connect(&usage, &UsageTracker::recorded, &history,
+                     [this](double dollars) { history.recordCost(captionModel, dollars); });
+    QObject::connect(&status, &StatusStore::imageProcessed, &analytics,
+                     &AnalyticsStore::recordImageProcessed);
+    QObject::connect(&status, &StatusStore::batchFinished, &analytics, [this](const BatchTiming& timing) {
+        measurement.logEvent(u"batch_processed"_s, {{u"image_count"_s, timing.imageCount},
+                                                    {u"total_time_seconds"_s, timing.totalSeconds},
+                                                    {u"time_per_image_seconds"_s, timing.secondsPerImage},
+                                                    {u"average_time_seconds"_s, timing.averageSeconds}});
+    });
     QObject::connect(&given.events, &AppEvents::triggerManualFTPDownload, &status,
                      [this] { server.downloadAll(); });
+}
+
+void CaptionProgram::recordOutcome(OutcomeKind kind) {
+    if (kind == OutcomeKind::captioned) {
+        history.recordOutcome(u"captioned"_s);
+    } else if (isFailure(kind)) {
+        history.recordOutcome(u"failed"_s);
+    } else if (kind != OutcomeKind::notBegun) {
+        history.recordOutcome(u"left as they were"_s);
+    }
 }
 
 AnalyzerParts CaptionProgram::analyzerParts() {

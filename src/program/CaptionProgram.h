@@ -10,6 +10,10 @@
 #include "product/ServiceEndpoints.h"
 #include "promptserver/PromptServer.h"
 #include "services/KeyCheck.h"
+#include "services/MeasurementProtocol.h"
+#include "services/UsageReportClient.h"
+#include "state/AnalyticsStore.h"
+#include "state/UsageHistory.h"
 #include "transfer/AutoModeController.h"
 #include "transfer/remote/ServerSource.h"
 
@@ -71,6 +75,10 @@ public:
     StatusStore status;
     CaptionProgress progress;
     UsageTracker usage;
+    UsageHistory history;
+    MeasurementProtocol measurement;
+    UsageReportClient usageReports;
+    AnalyticsStore analytics;
     ProcessedFilesManifest manifest;
     std::optional<PromptServer> promptServer; ///< unless the endpoints name another prompt service
     PromptAccess promptAccess;
@@ -89,6 +97,7 @@ public:
     AutoModeController autoMode;
 
 private:
+    void recordOutcome(OutcomeKind kind);
     PromptAccess accessToPrompts(const ServiceEndpoints& endpoints);
 
     QCoro::Task<> finishKeychain();

@@ -177,8 +177,9 @@ HttpChannel::~HttpChannel() {
     }
 }
 
-QCoro::Task<HttpReply> HttpChannel::post(const QNetworkRequest& request, QByteArray body) {
-    return exchange(request, idleTimeOut,
+QCoro::Task<HttpReply> HttpChannel::post(const QNetworkRequest& request, QByteArray body,
+                                         std::chrono::milliseconds idle) {
+    return exchange(request, idle,
                     [body = std::move(body)](QNetworkAccessManager& manager, const QNetworkRequest& toSend) {
                         auto upload = std::make_unique<OneTimeBody>(body);
                         QNetworkReply* reply = manager.post(toSend, upload.get());

@@ -42,7 +42,8 @@ public:
     ~HttpChannel();
 
     /// Posts the body and resumes with the whole reply. Throws TransportError.
-    QCoro::Task<HttpReply> post(const QNetworkRequest& request, QByteArray body);
+    QCoro::Task<HttpReply> post(const QNetworkRequest& request, QByteArray body,
+                                std::chrono::milliseconds idle = idleTimeOut);
     /// Gets with the caller's idle time-out and resumes with the whole reply. Throws TransportError.
     QCoro::Task<HttpReply> get(const QNetworkRequest& request, std::chrono::milliseconds idle);
 

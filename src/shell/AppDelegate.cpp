@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/AppDelegate.h"
 
+#include "shell/dashboard/AnalyticsView.h"
 #include "shell/help/AboutView.h"
 #include "shell/help/HelpView.h"
 #include "shell/panel/MenuContentView.h"
@@ -83,6 +84,7 @@ AppDelegate::AppDelegate(ShellParts parts, AutoModeController& autoMode, std::fu
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching(const StartRequest& request) {
+    m_parts.analytics.recordLaunch();
     makeMainWindow();
     if (!m_parts.defaults.get<bool>(onboardingKey).value_or(false)) {
         showOnboardingWindow();
@@ -110,6 +112,9 @@ QCoro::Task<> AppDelegate::finished() const {
     }
     if (m_onboardingWindow) {
         co_await m_onboardingWindow->finished();
+    }
+    if (m_analyticsWindow) {
+        co_await m_analyticsWindow->finished();
     }
     co_await m_photoMechanic.finished();
     co_await m_tasks.finished();
@@ -156,6 +161,7 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
+    connect(&events, &AppEvents::showAnalyticsWindow, this, &AppDelegate::showAnalyticsWindow);
     connect(&events, &AppEvents::photoMechanicSettingChanged, this, [this] {
         m_parts.console.print(u"[AppDelegate] Photo Mechanic setting changed"_s);
         m_photoMechanic.setupPhotoMechanicMonitoring();
@@ -258,6 +264,11 @@ void AppDelegate::showHelpWindow() {
 void AppDelegate::showOnboardingWindow() {
     present(m_onboardingWindow, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none, m_parts);
     m_onboardingWindow->addActions(m_shortcuts); // menus of a hidden window receive no keys
+}
+
+void AppDelegate::showAnalyticsWindow() {
+    present(m_analyticsWindow, u"Analytics Dashboard"_s, {800, 700}, Resizing::free, m_parts);
+    m_analyticsWindow->setMinimumSize(fitting(*m_analyticsWindow, {700, 600}));
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {

@@ -17,6 +17,7 @@
 namespace ostrelle {
 
 class AboutView;
+class AnalyticsView;
 class HelpView;
 class MenuContentView;
 class OnboardingView;
@@ -52,6 +53,7 @@ public:
     void showSettingsWindow();
     void showHelpWindow();
     void showOnboardingWindow();
+    void showAnalyticsWindow();
 
     QMainWindow* mainWindow() const { return m_mainWindow.get(); }
 
@@ -86,6 +88,7 @@ private:
     std::unique_ptr<SettingsView> m_settingsWindow;
     std::unique_ptr<OnboardingView> m_onboardingWindow;
     std::unique_ptr<HelpView> m_helpWindow;
+    std::unique_ptr<AnalyticsView> m_analyticsWindow;
 };
 
 } // namespace ostrelle

@@ -60,6 +60,7 @@ void UsageTracker::recordUsage(qint64 inputTokens, qint64 outputTokens) {
     setToday(m_todaysCost + cost, sumOf(m_todaysTokens, tokens));
     publish(this, m_totalCostAllTime, m_totalCostAllTime + cost, &UsageTracker::totalCostAllTimeChanged);
     m_defaults.addAll({{totalCostKey, cost}}, todaysAmounts(cost, tokens));
+    Q_EMIT recorded(cost);
     m_log.print(u"[UsageTracker] Recorded: %1 in + %2 out = %3. Today: %4, All time: %5"_s.arg(
         QString::number(inputTokens), QString::number(outputTokens), dollars(cost), dollars(m_todaysCost),
         dollars(m_totalCostAllTime)));

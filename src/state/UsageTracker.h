@@ -32,6 +32,8 @@ public:
     double totalCostAllTime() const { return m_totalCostAllTime; }
 
 Q_SIGNALS:
+    /// One answer's estimated price, in US dollars.
+    void recorded(double dollars);
     void todaysCostChanged();
     void todaysTokensChanged();
     void totalCostAllTimeChanged();

@@ -119,7 +119,8 @@ TEST_F(CommandLineTest, ARunLeavesTheSettingsOfTheDesktopProgramAlone) {
     QJsonObject after = QJsonDocument::fromJson(contentsOf(settings)).object();
     for (const char* counter :
          {"UsageTracker_LastDate", "UsageTracker_TodaysCost", "UsageTracker_TodaysTokens",
-          "UsageTracker_TotalCostAllTime", "lifetime_imagesProcessed", "stats_totalProcessed"}) {
+          "UsageTracker_TotalCostAllTime", "lifetime_imagesProcessed", "stats_totalProcessed",
+          "Analytics_ImagesByDay", "UsageHistory_Days"}) {
         EXPECT_FALSE(after.take(QString::fromLatin1(counter)).isUndefined()) << counter;
     }
     EXPECT_EQ(after, QJsonDocument::fromJson(before).object());

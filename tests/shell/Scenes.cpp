@@ -11,12 +11,16 @@
 
 #include <QComboBox>
 #include <QDialog>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabBar>
 #include <QTest>
+#include <algorithm>
 
 namespace ostrelle {
 
@@ -278,6 +282,28 @@ QList<Scene> settingsScenes() {
     };
 }
 
+const QString dashboard = u"Analytics Dashboard"_s;
+
+void showDashboard(GameWorld& world, int days) {
+    QJsonArray entries;
+    const QDate today = QDate::fromString(world.program.analytics.today(), u"yyyy-MM-dd"_s);
+    for (int day = days; day > 0; --day) {
+        if (day % 7 != 3 && day % 7 != 4) {
+            entries.append(QJsonObject{{u"date"_s, today.addDays(-day).toString(u"yyyy-MM-dd")},
+                                       {u"count"_s, 40 + (day * 7919) % 560}});
+        }
+    }
+    world.defaults.set(u"Analytics_ImagesByDay"_s, QJsonDocument(entries).toJson());
+    for (int image = 0; image < std::min(days, 24); ++image) {
+        world.program.analytics.recordImageProcessed();
+        world.program.history.recordOutcome(image % 8 == 7 ? u"failed"_s : u"captioned"_s);
+        world.program.history.recordCost(u"gpt-4o-mini"_s, 0.0009);
+    }
+    Q_EMIT world.events.showAnalyticsWindow();
+    auto* range = world.find<QComboBox>(u"timeRange"_s, dashboard);
+    range->setCurrentIndex(days > 90 ? 3 : 1);
+}
+
 } // namespace
 
 QList<Scene> scenes() {
@@ -290,6 +316,9 @@ QList<Scene> scenes() {
                      {u"onboarding-roster-problem"_s, GameWorld::tour, showRosterProblem},
                      {u"help"_s, u"Help - IPTC Preset Guide"_s,
                       [](GameWorld& world) { Q_EMIT world.events.showHelpWindow(); }},
+                     {u"dashboard"_s, dashboard, [](GameWorld& world) { showDashboard(world, 45); }},
+                     {u"dashboard-years"_s, dashboard, [](GameWorld& world) { showDashboard(world, 5000); }},
+                     {u"dashboard-empty"_s, dashboard, [](GameWorld& world) { showDashboard(world, 0); }},
                      {u"about"_s, u"About Ostrelle Captions"_s,
                       [](GameWorld& world) { Q_EMIT world.events.showAboutWindow(); }},
                  };

@@ -44,6 +44,8 @@ struct ShellWorld : ShellFolder, ComposedProgram {
     ShellParts parts{.settings = settings,
                      .status = status,
                      .usage = usage,
+                     .analytics = program.analytics,
+                     .history = program.history,
                      .defaults = defaults,
                      .prompts = prompts,
                      .keyCheck = program.keyCheck,

@@ -70,6 +70,7 @@ QCoro::Task<> storeApiKey(ShellParts parts, QString entered) {
     }
     parts.defaults.set(apiKeyName, key);
     parts.settings.setHasAPIKey(true);
+    parts.analytics.updateUserProperties();
     parts.keyCheck.forget();
     const bool isSaved = co_await parts.defaults.saved(apiKeyName);
     const Alert outcome = keySavedNews(isSaved);

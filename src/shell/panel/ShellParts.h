@@ -18,8 +18,10 @@
 #include "services/KeyCheck.h"
 #include "services/PromptService.h"
 #include "shell/desktop/LaunchJob.h"
+#include "state/AnalyticsStore.h"
 #include "state/SettingsStore.h"
 #include "state/StatusStore.h"
+#include "state/UsageHistory.h"
 #include "state/UsageTracker.h"
 #include "transfer/ftp/ConnectionResult.h"
 
@@ -37,6 +39,8 @@ struct ShellParts {
     SettingsStore& settings;
     StatusStore& status;
     UsageTracker& usage;
+    AnalyticsStore& analytics;
+    UsageHistory& history;
     DefaultsStore& defaults;
     PromptService& prompts;
     KeyCheck& keyCheck;

@@ -146,6 +146,7 @@ QCoro::Task<> SettingsActions::confirmClearKey(Self self) {
         co_return;
     }
     parts.defaults.remove(apiKeyName);
+    parts.analytics.updateUserProperties();
     parts.settings.setHasAPIKey(false);
     parts.keyCheck.forget();
     const bool isSaved = co_await parts.defaults.saved(apiKeyName);

@@ -6,6 +6,7 @@
 #include "shell/toolkit/Card.h"
 #include "shell/toolkit/CounterLabel.h"
 #include "shell/toolkit/SettingRow.h"
+#include "shell/toolkit/Switch.h"
 #include "shell/toolkit/Theme.h"
 #include "state/StatisticsTexts.h"
 
@@ -51,6 +52,9 @@ StatisticsTab::StatisticsTab(ShellParts parts, SettingsActions& actions, QWidget
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(measure::cardSpacing);
+    if (m_parts.analytics.isReportingBuiltIn()) {
+        addReporting();
+    }
     addUsage();
     addCosts();
     ActionButton* clear = makeClear(u"C&lear All Statistics"_s, u"clearStatistics"_s);
@@ -60,6 +64,27 @@ StatisticsTab::StatisticsTab(ShellParts parts, SettingsActions& actions, QWidget
     layout->addStretch(1);
     showFigures();
     observe();
+}
+
+/// First in the tab, so that whoever opens it has seen it.
+void StatisticsTab::addReporting() {
+    auto* toggle = new Switch;
+    toggle->setObjectName(u"sendUsageFigures"_s);
+    toggle->setChecked(isUsageSwitchOn(m_parts.defaults));
+    connect(toggle, &Switch::toggled, this, [this](bool isOn) {
+        setUsageSwitchOn(m_parts.defaults, isOn);
+        m_parts.analytics.sendIfDue();
+    });
+    auto* row = new SettingRow(u"Send Usage Figures"_s, toggle);
+    row->setSecondLine(makeLabel(
+        u"Sent are: the numbers of launches, images, days since the installation and images per day, the "
+        "moments of the installation and of sending, how long runs took, a random number that stands "
+        "for this installation, and a fingerprint of the API key. No names, paths, captions, pictures or "
+        "keys."_s,
+        TypeSize::small, TextTone::dim));
+    auto* card = new Card(u"Usage Figures"_s, this);
+    card->addRow(row);
+    layout()->addWidget(card);
 }
 
 void StatisticsTab::addUsage() {
@@ -108,6 +133,9 @@ void StatisticsTab::observe() {
 
 void StatisticsTab::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
+    if (m_parts.analytics.isReportingBuiltIn()) {
+        markUsageSwitchSeen(m_parts.defaults);
+    }
     showFigures(); // cached prompts come and expire without a signal
 }
 

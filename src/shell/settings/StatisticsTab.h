@@ -24,6 +24,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void addReporting();
     void addUsage();
     void addCosts();
     void addPromptCache();
