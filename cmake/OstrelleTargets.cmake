@@ -6,7 +6,9 @@ target_compile_options(ostrelle_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor
   $<$<BOOL:${OSTRELLE_WERROR}>:-Werror>)
 target_compile_definitions(ostrelle_options INTERFACE
-  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CONTEXTLESS_CONNECT QT_NO_FOREACH QT_NO_KEYWORDS)
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS
+  # The headers of later QCoro connect without a context.
+  $<$<VERSION_LESS:${QCoro6_VERSION},0.9>:QT_NO_CONTEXTLESS_CONNECT>)
 if(OSTRELLE_SANITIZE)
   target_compile_options(ostrelle_options INTERFACE
     -fsanitize=${OSTRELLE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 std::optional<QDateTime> parseIso8601(QStringView text) {
     static const QRegularExpression form(
         u"^([0-9]{4})-([0-9]{2})-([0-9]{2})T([0-9]{2}):([0-9]{2}):([0-9]{2})(?:Z|([+-])([0-9]{2}):([0-9]{2}))\\z"_s);
-    const QRegularExpressionMatch match = form.match(text);
+    const QRegularExpressionMatch match = form.match(text.toString());
     if (!match.hasMatch()) {
         return std::nullopt;
     }
@@ -23,7 +23,7 @@ std::optional<QDateTime> parseIso8601(QStringView text) {
     }
     const int sign = match.capturedView(7) == u"-"_s ? -1 : 1;
     const int offsetSeconds = sign * (number(8) * 60 + number(9)) * 60;
-    return QDateTime(date, time, Qt::UTC).addSecs(-offsetSeconds);
+    return QDateTime(date, time, QTimeZone::utc()).toUTC().addSecs(-offsetSeconds);
 }
 
 QString formatIso8601(const QDateTime& moment) {

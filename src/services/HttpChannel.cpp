@@ -4,10 +4,10 @@
 #include "platform/SendQueue.h"
 #include "services/TransportError.h"
 
-#include <QCoroNetworkReply>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <algorithm>
+#include <coroutine>
 #include <utility>
 
 namespace ostrelle {
@@ -90,6 +90,18 @@ private:
     std::unique_ptr<Timer> m_wholeTimer;
     std::unique_ptr<Timer> m_uploadTimer;
     std::unique_ptr<Timer> m_idleTimer;
+};
+
+/// Awaits the end of a reply and resumes inside its signal. Later versions of QCoro resume by an event, when
+/// the reply may have gone with its channel.
+struct Finished {
+    QNetworkReply* reply;
+
+    bool await_ready() const { return reply->isFinished(); }
+    void await_suspend(std::coroutine_handle<> waiter) const {
+        QObject::connect(reply, &QNetworkReply::finished, reply, [waiter] { waiter.resume(); });
+    }
+    void await_resume() const {}
 };
 
 /// Collects a reply's body as it arrives, and ends the reply when it is too large or too slow.
@@ -204,7 +216,7 @@ QCoro::Task<HttpReply> HttpChannel::exchange(QNetworkRequest request, std::chron
     const ReplyPointer reply(send(*m_manager, request));
     Reception reception(reply.get());
     const Patience patience(m_clock, reply.get(), idle, [&reception] { reception.timeOut(); });
-    co_await reply.get();
+    co_await Finished{reply.get()};
     co_return reception.finish();
 }
 

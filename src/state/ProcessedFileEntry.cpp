@@ -3,6 +3,7 @@
 
 #include <QFileInfo>
 #include <QHashFunctions>
+#include <QTimeZone>
 #include <cmath>
 
 namespace ostrelle {
@@ -37,7 +38,7 @@ ProcessedFileEntry ProcessedFileEntry::placeholder(const QString& path, const QD
 
 QDateTime ProcessedFileEntry::date() const {
     return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(modificationDate)) + referenceDate,
-                                         Qt::UTC);
+                                         QTimeZone::utc());
 }
 
 size_t qHash(const ProcessedFileEntry& entry, size_t seed) noexcept {

@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimeZone>
 #include <csignal>
 
 namespace ostrelle {
@@ -31,7 +32,7 @@ protected:
     QTemporaryDir folder;
     QString path = folder.filePath(u"made/on demand/claims"_s);
     ImageClaims claims{path};
-    const QDateTime noon = QDateTime(QDate(2024, 10, 26), QTime(12, 0, 0, 123), Qt::UTC);
+    const QDateTime noon = QDateTime(QDate(2024, 10, 26), QTime(12, 0, 0, 123), QTimeZone::utc());
 };
 
 } // namespace

@@ -43,7 +43,7 @@ TEST_F(JsonDefaultsStoreTest, ValuesSurviveARestartWithTheirTypes) {
         QString(u'\0') + u"after NUL"_s,
         QByteArray(""),
         allBytes,
-        QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59, 7), Qt::UTC),
+        QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59, 7), QTimeZone::utc()).toUTC(),
         QVariantList(),
         QVariantList{1.0, qint64(1), u"1"_s, true, QByteArray("1"), QVariantList{2.0}},
     };

@@ -22,7 +22,7 @@ protected:
         const HttpRequest& request = standIn.requests().last();
         QByteArray bytes = request.method + ' ' + request.path + " HTTP/1.1\r\n";
         for (const auto& [name, value] : request.headers) {
-            bytes += name + ": " + (name == "Content-Length" ? "LENGTH" : value) + "\r\n";
+            bytes += name + ": " + (name.toLower() == "content-length" ? "LENGTH" : value) + "\r\n";
         }
         return bytes + "\r\n" + request.body;
     }

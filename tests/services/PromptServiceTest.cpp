@@ -57,8 +57,8 @@ TEST_F(PromptServiceTest, TheRequestHasItsHeadersAndQueryInOrder) {
         "GET /api/prompt?style=simple&sport=trackAndField&fallbackBehavior=omitCaption"
         "&includeOffenseDefense=false&prioritizeAudioFiles=true&version=a%20b%26c%2B%25 HTTP/1.1\r\n"))
         << server.heads[0].toStdString();
-    EXPECT_TRUE(server.heads[0].contains("X-API-Key: " + promptKey.toUtf8() + "\r\n"));
-    EXPECT_TRUE(server.heads[0].contains("Accept: application/json\r\n"));
+    EXPECT_TRUE(server.heads[0].toLower().contains("x-api-key: " + promptKey.toUtf8() + "\r\n"));
+    EXPECT_TRUE(server.heads[0].toLower().contains("accept: application/json\r\n"));
 }
 
 TEST_F(PromptServiceTest, AReplyThatIsNotAsPromisedIsAnErrorAndIsNotStored) {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <QJsonDocument>
+#include <QTimeZone>
 #include <chrono>
 #include <optional>
 
@@ -58,7 +59,8 @@ protected:
     void agree() { markUsageSwitchSeen(defaults); }
 
     MemoryDefaults defaults;
-    VirtualClock clock{QDateTime(QDate(2024, 10, 26), QTime(12, 0), Qt::UTC), QTimeZone("America/New_York")};
+    VirtualClock clock{QDateTime(QDate(2024, 10, 26), QTime(12, 0), QTimeZone::utc()),
+                       QTimeZone("America/New_York")};
     RecordingLog log;
     RecordingMeasurement measurement;
     CannedReports reports;
@@ -73,10 +75,10 @@ TEST_F(AnalyticsStoreTest, CountsLaunchesAndImagesByTheUsersDays) {
     EXPECT_EQ(measurement.events,
               QStringList({u"first_launch "_s, u"app_launched days_since_install,launch_number"_s}));
     EXPECT_EQ(measurement.property, u"api_key_id=2c70e12b7a0646f9"_s); // of sha256sum
-    clock.setNow(
-        QDateTime(QDate(2024, 10, 27), QTime(3, 59), Qt::UTC)); // 23:59 of the day before in New York
+    clock.setNow(QDateTime(QDate(2024, 10, 27), QTime(3, 59),
+                           QTimeZone::utc())); // 23:59 of the day before in New York
     store->recordImageProcessed();
-    clock.setNow(QDateTime(QDate(2024, 10, 27), QTime(4, 0), Qt::UTC));
+    clock.setNow(QDateTime(QDate(2024, 10, 27), QTime(4, 0), QTimeZone::utc()));
     store->recordImageProcessed();
     EXPECT_EQ(store->daysSinceInstall(), 0) << "a day is whole when its hour has come again";
     EXPECT_EQ(store->imagesPerDay(), 0);
@@ -84,7 +86,8 @@ TEST_F(AnalyticsStoreTest, CountsLaunchesAndImagesByTheUsersDays) {
     EXPECT_EQ(store->daysSinceInstall(), 1);
     store->recordImageProcessed();
     EXPECT_EQ(store->imagesPerDay(), 3);
-    clock.setNow(QDateTime(QDate(2020, 1, 1), QTime(12, 0), Qt::UTC)); // the battery of the clock is empty
+    clock.setNow(
+        QDateTime(QDate(2020, 1, 1), QTime(12, 0), QTimeZone::utc())); // the battery of the clock is empty
     store->recordImageProcessed();
     EXPECT_EQ(store->daysSinceInstall(), 0);
     const QList<DayCount> days{{u"2020-01-01"_s, 1}, {u"2024-10-26"_s, 1}, {u"2024-10-27"_s, 2}};

@@ -12,7 +12,7 @@ namespace ostrelle {
 /// A clock that stands still until a test moves it.
 class VirtualClock : public Clock {
 public:
-    explicit VirtualClock(QDateTime start = QDateTime(QDate(2024, 10, 26), QTime(12, 0), Qt::UTC),
+    explicit VirtualClock(QDateTime start = QDateTime(QDate(2024, 10, 26), QTime(12, 0), QTimeZone::utc()),
                           QTimeZone zone = QTimeZone::utc());
 
     QDateTime now() const override { return m_now; }

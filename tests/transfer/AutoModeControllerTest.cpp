@@ -4,6 +4,8 @@
 #include "support/LockedSecrets.h"
 #include "transfer/LocalScanFixture.h"
 
+#include <QCoreApplication>
+
 namespace ostrelle {
 
 using namespace Qt::StringLiterals;

@@ -63,6 +63,16 @@ void check(int status) {
     }
 }
 
+/// LibRaw 0.21 keeps the limit elsewhere than 0.20.
+template <typename Data>
+void limitMemory(Data& data, unsigned megabytes) {
+    if constexpr (requires { data.rawparams.max_raw_memory_mb; }) {
+        data.rawparams.max_raw_memory_mb = megabytes;
+    } else {
+        data.params.max_raw_memory_mb = megabytes;
+    }
+}
+
 /// LibRaw, exposing something it hides: that it has no matrix for the camera's colours.
 class CandidLibRaw : public LibRaw {
 public:
@@ -104,7 +114,7 @@ void RawReader::configure() {
     parameters.output_bps = 8;
     parameters.user_flip = 0;
     parameters.no_auto_bright = 1; // renderTones() does it
-    parameters.max_raw_memory_mb = 2048;
+    limitMemory(m_raw.imgdata, 2048);
 }
 
 void RawReader::open() {

@@ -7,13 +7,13 @@
 namespace ostrelle {
 
 int RawStream::read(void* buffer, std::size_t size, std::size_t count) {
-    const int got = LibRaw_file_datastream::read(buffer, size, count);
+    const int got = LibRaw_bigfile_datastream::read(buffer, size, count);
     miss(static_cast<std::int64_t>(size * count) - static_cast<std::int64_t>(size) * std::max(got, 0));
     return got;
 }
 
 int RawStream::get_char() {
-    const int byte = LibRaw_file_datastream::get_char();
+    const int byte = LibRaw_bigfile_datastream::get_char();
     miss(byte < 0 ? 1 : 0);
     return byte;
 }

@@ -10,9 +10,9 @@ namespace ostrelle {
 
 /// Reads a RAW file through a small buffer and counts the bytes requested past its end: several of the
 /// library's decoders ignore the end of the data and return what was left in their buffers.
-class RawStream : public LibRaw_file_datastream {
+class RawStream : public LibRaw_bigfile_datastream {
 public:
-    using LibRaw_file_datastream::LibRaw_file_datastream;
+    using LibRaw_bigfile_datastream::LibRaw_bigfile_datastream;
 
     int read(void* buffer, std::size_t size, std::size_t count) override;
     int get_char() override;

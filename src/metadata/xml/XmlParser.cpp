@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "metadata/xml/XmlParser.h"
 
+#include "metadata/xml/ExpatPlace.h"
 #include "metadata/xml/XmlError.h"
 
 #include <utility>
@@ -87,9 +88,8 @@ QString XmlParser::failure() const {
     }
     XML_Parser parser = m_parser.get();
     return u"The XML is not well formed: %1 (line %2, column %3)."_s.arg(
-        QString::fromUtf8(XML_ErrorString(XML_GetErrorCode(parser))),
-        QString::number(XML_GetCurrentLineNumber(parser)),
-        QString::number(XML_GetCurrentColumnNumber(parser) + 1));
+        QString::fromUtf8(XML_ErrorString(XML_GetErrorCode(parser))), QString::number(expat::line(parser)),
+        QString::number(expat::column(parser) + 1));
 }
 
 void XmlParser::refuse(const QString& reason) {
@@ -138,8 +138,8 @@ void XmlParser::handleDeclaration(const char* encoding, int standalone) {
 }
 
 XmlSpan XmlParser::currentSpan() const {
-    const qsizetype begin = XML_GetCurrentByteIndex(m_parser.get());
-    return {begin, begin + XML_GetCurrentByteCount(m_parser.get())};
+    const qsizetype begin = expat::byteIndex(m_parser.get());
+    return {begin, begin + expat::byteCount(m_parser.get())};
 }
 
 /// expat's form is "uri\nlocal\nprefix", without the uri and the prefix where there are none.
