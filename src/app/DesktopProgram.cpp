@@ -44,6 +44,10 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                   .clock = m_clock,
                   .console = m_console,
                   .errors = m_errors})
+    , m_updates({.url = endpoints.updates,
+                 .publicKey = endpoints.updatesKey,
+                 .current = QVersionNumber::fromString(QStringLiteral(OSTRELLE_VERSION))},
+                m_defaults, m_clock, m_console)
     , m_delegate(shellParts(), m_captions.autoMode, [this] { quit(); })
     , m_ending(std::move(ending)) {
     QObject::connect(&m_notificationCenter, &DesktopNotificationCenter::clicked, &m_delegate,
@@ -61,6 +65,7 @@ ShellParts DesktopProgram::shellParts() {
             .defaults = m_defaults,
             .prompts = m_captions.prompts,
             .keyCheck = m_captions.keyCheck,
+            .updates = m_updates,
             .analyzer = m_captions.analyzer,
             .failures = m_captions.failures,
             .log = m_captions.log,

@@ -54,6 +54,7 @@ private:
     UnsandboxedAccess m_access;
     SystemClock m_clock;
     CaptionProgram m_captions;
+    UpdateChecker m_updates;
     AppDelegate m_delegate;
     std::function<void()> m_ending;
     bool m_isQuitting = false;

@@ -33,7 +33,9 @@ ServiceEndpoints ServiceEndpoints::builtIn() {
             .analyticsKey = decodeKey(QByteArrayLiteral(OSTRELLE_ANALYTICS_KEY)),
             .measurement = QUrl(QStringLiteral(OSTRELLE_MEASUREMENT_URL)),
             .measurementId = QStringLiteral(OSTRELLE_MEASUREMENT_ID),
-            .measurementSecret = decodeKey(QByteArrayLiteral(OSTRELLE_MEASUREMENT_SECRET))};
+            .measurementSecret = decodeKey(QByteArrayLiteral(OSTRELLE_MEASUREMENT_SECRET)),
+            .updates = QUrl(QStringLiteral(OSTRELLE_UPDATES_URL)),
+            .updatesKey = QByteArray::fromBase64(QByteArrayLiteral(OSTRELLE_UPDATES_KEY))};
 }
 
 } // namespace ostrelle

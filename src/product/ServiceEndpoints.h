@@ -19,6 +19,8 @@ struct ServiceEndpoints {
     QUrl measurement = {};     ///< of the service for usage events; empty: none are sent
     QString measurementId = {};
     QString measurementSecret = {};
+    QUrl updates = {};          ///< of the list of versions; empty: updates come with the system's packages
+    QByteArray updatesKey = {}; ///< that signs it: Ed25519, 32 bytes
 
     /// The addresses this program was built with.
     static ServiceEndpoints builtIn();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/AppDelegate.h"
 
+#include "core/Text.h"
 #include "shell/dashboard/AnalyticsView.h"
 #include "shell/help/AboutView.h"
 #include "shell/help/HelpView.h"
@@ -99,6 +100,10 @@ void AppDelegate::applicationDidFinishLaunching(const StartRequest& request) {
     };
     m_tasks.spawn(ask(m_parts.notifications));
     m_photoMechanic.setupPhotoMechanicMonitoring();
+    if (m_parts.updates.isBuiltIn()) {
+        constexpr std::chrono::seconds quiet(2); // the start comes first
+        m_updateTimer = m_parts.clock.after(quiet, [this] { m_parts.updates.checkForUpdatesInBackground(); });
+    }
     observeEvents();
     m_autoMode.observeAutoModeSettings();
 }
@@ -145,6 +150,7 @@ void AppDelegate::carryOut(const StartRequest& request) {
 
 void AppDelegate::applicationWillTerminate() {
     m_photoMechanic.stop();
+    m_updateTimer.reset();
     if (m_mainWindow) {
         m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());
     }
@@ -161,6 +167,11 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
+    connect(&m_parts.updates, &UpdateChecker::checked, this, [this](const UpdateResult& result) {
+        if (result.isAsked || result.kind == UpdateResult::Kind::newer) {
+            m_tasks.spawn(tellOfUpdate(result));
+        }
+    });
     connect(&events, &AppEvents::showAnalyticsWindow, this, &AppDelegate::showAnalyticsWindow);
     connect(&events, &AppEvents::photoMechanicSettingChanged, this, [this] {
         m_parts.console.print(u"[AppDelegate] Photo Mechanic setting changed"_s);
@@ -200,6 +211,9 @@ void AppDelegate::addMenus() {
                                            &AppDelegate::showSettingsWindow);
     settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     settings->setShortcutContext(Qt::ApplicationShortcut);
+    QAction* updates = program->addAction(u"&Check for Updates..."_s, this, &AppDelegate::checkForUpdates);
+    connect(&m_parts.updates, &UpdateChecker::canCheckForUpdatesChanged, updates,
+            [this, updates] { updates->setEnabled(m_parts.updates.canCheckForUpdates()); });
     program->addSeparator();
     QAction* end = program->addAction(u"&Quit"_s, this, &AppDelegate::quit);
     end->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -264,6 +278,41 @@ void AppDelegate::showHelpWindow() {
 void AppDelegate::showOnboardingWindow() {
     present(m_onboardingWindow, u"Welcome to Ostrelle Captions"_s, {600, 500}, Resizing::none, m_parts);
     m_onboardingWindow->addActions(m_shortcuts); // menus of a hidden window receive no keys
+}
+
+void AppDelegate::checkForUpdates() {
+    if (m_parts.updates.isBuiltIn()) {
+        m_parts.updates.checkForUpdates();
+    } else {
+        m_tasks.spawn(tellOfUpdate({.kind = UpdateResult::Kind::current}));
+    }
+}
+
+QCoro::Task<> AppDelegate::tellOfUpdate(UpdateResult result) {
+    constexpr qsizetype mostNotes = 1500;
+    const QString openPage = u"Open Product Page"_s;
+    Alert alert;
+    alert.buttons = QStringList{u"OK"_s};
+    if (!m_parts.updates.isBuiltIn()) {
+        alert.title = u"Updates Come With Your System"_s;
+        alert.text = u"This version of Ostrelle Captions is updated with the packages of your system."_s;
+    } else if (result.kind == UpdateResult::Kind::newer) {
+        alert.title = u"Ostrelle Captions %1 Is Available"_s.arg(result.version);
+        alert.text = firstCharacters(result.notes, mostNotes);
+        if (!m_parts.pages.product.isEmpty()) {
+            alert.buttons = QStringList{openPage, u"Not Now"_s};
+        }
+    } else if (result.kind == UpdateResult::Kind::current) {
+        alert.title = u"Ostrelle Captions Is Up to Date"_s;
+        alert.text = u"%1 is the newest version."_s.arg(result.version);
+    } else {
+        alert.title = u"Could Not Check for Updates"_s;
+        alert.text = result.reason;
+    }
+    const QString answer = co_await m_parts.alerts.show(alert);
+    if (answer == openPage) {
+        m_parts.workspace.openLink(m_parts.pages.product);
+    }
 }
 
 void AppDelegate::showAnalyticsWindow() {

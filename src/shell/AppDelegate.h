@@ -69,6 +69,8 @@ private:
     void closeMainWindow();
     void hideMainWindow();
     QCoro::Task<> tellOfTray();
+    void checkForUpdates();
+    QCoro::Task<> tellOfUpdate(UpdateResult result);
     bool isAtWork() const;
     QCoro::Task<> askAndQuit();
 
@@ -84,6 +86,7 @@ private:
     QList<QAction*> m_shortcuts;        ///< the main window's items whose shortcuts work in all windows
     MenuContentView* m_panel = nullptr; ///< the main window's
     std::unique_ptr<TrayItem> m_tray;
+    std::unique_ptr<Timer> m_updateTimer;
     std::unique_ptr<AboutView> m_aboutWindow;
     std::unique_ptr<SettingsView> m_settingsWindow;
     std::unique_ptr<OnboardingView> m_onboardingWindow;

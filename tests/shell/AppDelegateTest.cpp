@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
 #include <QScreen>
 #include <QTest>
 #include <QToolBar>
@@ -121,6 +123,21 @@ TEST_F(AppDelegateTest, WithATrayClosingHidesThePanelWhileAutoModeIsOnAndSaysSoO
     world.settings.setAutoMode(false);
     delegate.mainWindow()->close();
     EXPECT_EQ(world.quits, 1);
+}
+
+TEST_F(AppDelegateTest, WithoutAnAddressUpdatesAreSaidToComeWithTheSystem) {
+    world.start();
+    const QList<QAction*> menus = delegate.mainWindow()->menuBar()->actions();
+    for (const QAction* menu : menus) {
+        const QList<QAction*> items = menu->menu()->actions();
+        for (QAction* item : items) {
+            if (item->text().contains(u"Updates")) {
+                item->trigger();
+            }
+        }
+    }
+    await(delegate.finished());
+    EXPECT_EQ(world.alerts.titles(), QStringList(u"Updates Come With Your System"_s));
 }
 
 TEST_F(AppDelegateTest, AHiddenStartShowsNoWindowWhereTheTrayLeadsBackToIt) {

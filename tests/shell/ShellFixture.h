@@ -41,6 +41,7 @@ struct ShellWorld : ShellFolder, ComposedProgram {
     ScriptedFileChooser files;
     RecordingWorkspace workspace;
     RecordedCommands commands;
+    UpdateChecker updates{{}, defaults, clock, console};
     ShellParts parts{.settings = settings,
                      .status = status,
                      .usage = usage,
@@ -49,6 +50,7 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .defaults = defaults,
                      .prompts = prompts,
                      .keyCheck = program.keyCheck,
+                     .updates = updates,
                      .analyzer = analyzer,
                      .failures = program.failures,
                      .log = log,

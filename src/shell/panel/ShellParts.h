@@ -17,6 +17,7 @@
 #include "product/WebPages.h"
 #include "services/KeyCheck.h"
 #include "services/PromptService.h"
+#include "services/UpdateChecker.h"
 #include "shell/desktop/LaunchJob.h"
 #include "state/AnalyticsStore.h"
 #include "state/SettingsStore.h"
@@ -44,6 +45,7 @@ struct ShellParts {
     DefaultsStore& defaults;
     PromptService& prompts;
     KeyCheck& keyCheck;
+    UpdateChecker& updates;
     Analyzer& analyzer;
     FailedImages& failures;
     AnalyzerLog& log;
