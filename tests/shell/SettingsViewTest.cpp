@@ -5,8 +5,11 @@
 #include "shell/toolkit/Popover.h"
 #include "shell/toolkit/SettingRow.h"
 #include "shell/toolkit/StatusMark.h"
+#include "support/FileFacts.h"
 
 #include <QAction>
+#include <QDir>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QLocale>
 #include <QScopeGuard>
@@ -199,7 +202,7 @@ TEST_F(SettingsViewTest, EscapeClosesAnExplanationAndThenTheWindow) {
 
 TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
     const QString orders[] = {
-        u"keyInfo apiKey apiKeyReveal saveKey getKey launchWithPhotoMechanic"_s,
+        u"keyInfo apiKey apiKeyReveal saveKey getKey launchWithPhotoMechanic startAtLogin"_s,
         u"ftpHost ftpPort ftpUsername ftpPassword ftpPasswordReveal ftpEncryption0 ftpEncryptionInfo ftpPath testConnection clearFtpSettings"_s,
         u"captionStyle0 fallbackBehaviorInfo fallbackBehavior appendCreditToCaptionInfo "
         "appendCreditToCaption defaultRightsFallbackInfo defaultRightsFallback"_s,
@@ -219,6 +222,33 @@ TEST_F(SettingsViewTest, KeysReachEachTabAndEachControlOfIt) {
     EXPECT_EQ(bar->currentIndex(), 3);
     QTest::keyClick(view.get(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(bar->currentIndex(), 2);
+}
+
+TEST_F(SettingsViewTest, StartAtLoginIsTheEntryOfTheDesktop) {
+    const QString entry =
+        world.folder.filePath(u"xdg-config/autostart/com.tobinvasquel.OstrelleCaptions.desktop"_s);
+    const auto isOn = [this] {
+        await(view->finished());
+        showTab(1);
+        showTab(0);
+        return find<QAbstractButton>(u"startAtLogin"_s)->isChecked();
+    };
+    EXPECT_FALSE(isOn());
+    click(u"startAtLogin"_s);
+    EXPECT_TRUE(isOn());
+    EXPECT_TRUE(contentsOf(entry).contains("\nExec=\"/opt/a program/ostrelle-captions\" --hidden\n"));
+    writeFile(entry, contentsOf(entry) + "X-GNOME-Autostart-enabled=false\n");
+    EXPECT_FALSE(isOn()) << "switched off by the desktop's own tool";
+    click(u"startAtLogin"_s);
+    EXPECT_TRUE(isOn());
+    click(u"startAtLogin"_s);
+    EXPECT_FALSE(isOn());
+    EXPECT_FALSE(QFileInfo::exists(entry));
+    QDir().rmdir(world.folder.filePath(u"xdg-config/autostart"_s));
+    writeFile(world.folder.filePath(u"xdg-config/autostart"_s), "a file in place of the folder");
+    click(u"startAtLogin"_s);
+    EXPECT_FALSE(isOn());
+    EXPECT_EQ(world.alerts.titles(), QStringList(u"Start at Login Not Changed"_s));
 }
 
 } // namespace ostrelle

@@ -66,6 +66,9 @@ struct ShellWorld : ShellFolder, ComposedProgram {
                      .clock = clock,
                      .console = console,
                      .connectionTest = {},
+                     .launch = {.helper = {},
+                                .program = QStringLiteral("/opt/a program/ostrelle-captions"),
+                                .config = folder.filePath(QStringLiteral("xdg-config"))},
                      .hasTray = [this] { return isTrayThere; }};
 };
 

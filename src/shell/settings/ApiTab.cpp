@@ -2,6 +2,7 @@
 #include "shell/settings/ApiTab.h"
 
 #include "product/ApiKey.h"
+#include "shell/desktop/AutostartEntry.h"
 #include "shell/panel/KeyEntry.h"
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/ActionButton.h"
@@ -95,6 +96,15 @@ void ApiTab::addIntegrations() {
                                  TypeSize::small, TextTone::dim));
     auto* card = new Card(u"Integrations"_s, this);
     card->addRow(row);
+    m_startAtLogin = new Switch;
+    m_startAtLogin->setObjectName(u"startAtLogin"_s);
+    auto* login = new SettingRow(u"Start at Login"_s, m_startAtLogin);
+    login->setSecondLine(
+        makeLabel(u"Without a window where the desktop has a tray. Auto mode goes on as it was left."_s,
+                  TypeSize::small, TextTone::dim));
+    card->addRow(login);
+    connect(m_startAtLogin, &Switch::clicked, &m_actions, &SettingsActions::setStartAtLogin);
+    connect(&m_actions, &SettingsActions::startAtLoginSettled, this, &ApiTab::showStartAtLogin);
     layout()->addWidget(card);
     bindSetting(launch, m_parts.settings,
                 {&SettingsStore::launchWithPhotoMechanic, &SettingsStore::setLaunchWithPhotoMechanic,
@@ -110,10 +120,15 @@ void ApiTab::tellOfPhotoMechanic(bool on) {
 
 void ApiTab::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    showKey(); // another process may have stored one meanwhile
+    showStartAtLogin(); // the desktop's own settings may have changed it
+    showKey();          // another process may have stored one meanwhile
     if (m_entry->isVisible() && window()->focusWidget() == nullptr) {
         m_field->setFocus(); // what a user without a key has come for
     }
+}
+
+void ApiTab::showStartAtLogin() {
+    m_startAtLogin->setChecked(AutostartEntry(m_parts.launch).isOn());
 }
 
 void ApiTab::showKey() {

@@ -12,6 +12,7 @@ class Card;
 class SecureField;
 class SettingsActions;
 class StatusMark;
+class Switch;
 
 /// The key of the model service, and the program's links to other programs.
 class ApiTab : public QWidget {
@@ -29,6 +30,7 @@ private:
     void addKeyEntry(Card& card);
     void addIntegrations();
     void showKey();
+    void showStartAtLogin();
     void tellOfPhotoMechanic(bool on);
 
     ShellParts m_parts;
@@ -38,6 +40,7 @@ private:
     QWidget* m_entry = nullptr;
     QWidget* m_verdict = nullptr;
     SecureField* m_field = nullptr;
+    Switch* m_startAtLogin = nullptr;
 };
 
 } // namespace ostrelle

@@ -2,7 +2,9 @@
 #include "shell/settings/SettingsActions.h"
 
 #include "core/Attempt.h"
+#include "core/OffMainThread.h"
 #include "product/ApiKey.h"
+#include "shell/desktop/AutostartEntry.h"
 #include "shell/panel/KeyEntry.h"
 
 #include <optional>
@@ -136,6 +138,26 @@ void SettingsActions::clearPromptCache() {
 QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests) {
     co_await questions.finished();
     co_await tests.finished();
+}
+
+void SettingsActions::setStartAtLogin(bool isOn) {
+    m_questions.spawn(changeStartAtLogin(this, isOn));
+}
+
+QCoro::Task<> SettingsActions::changeStartAtLogin(Self self, bool isOn) {
+    const ShellParts parts = self->m_parts;
+    auto change = [entry = AutostartEntry(parts.launch), isOn] {
+        entry.setOn(isOn);
+        return true;
+    };
+    const auto changed = co_await attemptOffMainThread(change);
+    if (self) {
+        Q_EMIT self->startAtLoginSettled();
+    }
+    if (!changed) {
+        const Alert failure = news(u"Start at Login Not Changed"_s, changed.words());
+        co_await parts.alerts.show(failure);
+    }
 }
 
 QCoro::Task<> SettingsActions::confirmClearKey(Self self) {

@@ -26,6 +26,8 @@ public:
     /// Stores the key without surrounding white space; does nothing when nothing is left.
     void saveKey(const QString& entered);
     void clearKey();
+    /// Makes or removes the desktop's entry that starts the program at each login.
+    void setStartAtLogin(bool isOn);
     /// Puts the result into the settings' connection status, unless the server has been cleared meanwhile.
     /// Asks whether to encrypt where the server offers it, and whether to trust a certificate that no
     /// authority has signed. Only one test runs at a time.
@@ -42,6 +44,8 @@ public:
 Q_SIGNALS:
     void isTestingConnectionChanged();
     void statisticsCleared();
+    /// Whether it could be changed or not.
+    void startAtLoginSettled();
     void promptCacheCleared();
 
 private:
@@ -49,6 +53,7 @@ private:
     using RunningTest = std::shared_ptr<const bool>;
 
     static QCoro::Task<> bothFinished(TaskGroup questions, TaskGroup tests);
+    static QCoro::Task<> changeStartAtLogin(Self self, bool isOn);
     static QCoro::Task<> confirmClearKey(Self self);
     static QCoro::Task<> confirmClearStatistics(Self self);
     static QCoro::Task<> confirmClearPromptCache(Self self);
