@@ -20,7 +20,13 @@ read_name() {
   [ -O "/proc/$1" ] || return
   read -r name < "/proc/$1/comm" || return
   case $name in
-    wine*) read -r name < "/proc/$1/cmdline" || : ;; # a process that has not told its own name yet
+    wine*) # a process that has not told its own name yet
+      read -r name < "/proc/$1/cmdline" || : # without the NULs between the words
+      case $name in
+        *.[eE][xX][eE]*) name=${name%%.[eE][xX][eE]*} ;;
+        *) name= ;;
+      esac
+      ;;
   esac
 } 2> /dev/null
 
