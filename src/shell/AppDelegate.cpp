@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/AppDelegate.h"
 
-#include "core/Text.h"
 #include "shell/dashboard/AnalyticsView.h"
 #include "shell/help/AboutView.h"
 #include "shell/help/HelpView.h"
@@ -80,7 +79,8 @@ AppDelegate::AppDelegate(ShellParts parts, AutoModeController& autoMode, std::fu
           [this](const QString& words) { m_parts.console.print(u"[AppDelegate] A task failed: "_s + words); })
     , m_photoMechanic(
           parts.launch, parts.settings, parts.commands, parts.workspace, [this] { showMainWindow(); },
-          parts.clock, parts.console) {}
+          parts.clock, parts.console)
+    , m_updateNews(parts.updates, parts.pages, parts.alerts, parts.workspace, parts.clock, parts.console) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -100,10 +100,7 @@ void AppDelegate::applicationDidFinishLaunching(const StartRequest& request) {
     };
     m_tasks.spawn(ask(m_parts.notifications));
     m_photoMechanic.setupPhotoMechanicMonitoring();
-    if (m_parts.updates.isBuiltIn()) {
-        constexpr std::chrono::seconds quiet(2); // the start comes first
-        m_updateTimer = m_parts.clock.after(quiet, [this] { m_parts.updates.checkForUpdatesInBackground(); });
-    }
+    m_updateNews.checkSoon();
     observeEvents();
     m_autoMode.observeAutoModeSettings();
 }
@@ -122,13 +119,15 @@ QCoro::Task<> AppDelegate::finished() const {
         co_await m_analyticsWindow->finished();
     }
     co_await m_photoMechanic.finished();
+    co_await m_updateNews.finished();
     co_await m_tasks.finished();
 }
 
 void AppDelegate::applicationShouldHandleReopen(const StartRequest& request) {
     using Wish = StartRequest::Wish;
-    if (!request.activationToken.isEmpty()) {
-        qputenv("XDG_ACTIVATION_TOKEN", request.activationToken); // the next window that Qt activates uses it
+    if (!request.activationToken.isEmpty() && QGuiApplication::platformName().startsWith(u"wayland")) {
+        qputenv("XDG_ACTIVATION_TOKEN",
+                request.activationToken); // the next window that Qt activates uses it up
     }
     const bool isSilent = request.wish == Wish::hide || request.wish == Wish::switchAutoMode;
     if (!isSilent || !request.files.isEmpty()) {
@@ -150,7 +149,7 @@ void AppDelegate::carryOut(const StartRequest& request) {
 
 void AppDelegate::applicationWillTerminate() {
     m_photoMechanic.stop();
-    m_updateTimer.reset();
+    m_updateNews.stop();
     if (m_mainWindow) {
         m_parts.defaults.set(placeKey, m_mainWindow->saveGeometry());
     }
@@ -167,11 +166,6 @@ void AppDelegate::observeEvents() {
     connect(&events, &AppEvents::showHelpWindow, this, &AppDelegate::showHelpWindow);
     connect(&events, &AppEvents::showMainWindow, this, &AppDelegate::showMainWindow);
     connect(&events, &AppEvents::showOnboardingWindow, this, &AppDelegate::showOnboardingWindow);
-    connect(&m_parts.updates, &UpdateChecker::checked, this, [this](const UpdateResult& result) {
-        if (result.isAsked || result.kind == UpdateResult::Kind::newer) {
-            m_tasks.spawn(tellOfUpdate(result));
-        }
-    });
     connect(&events, &AppEvents::showAnalyticsWindow, this, &AppDelegate::showAnalyticsWindow);
     connect(&events, &AppEvents::photoMechanicSettingChanged, this, [this] {
         m_parts.console.print(u"[AppDelegate] Photo Mechanic setting changed"_s);
@@ -180,7 +174,7 @@ void AppDelegate::observeEvents() {
     connect(&m_dashboardShortcut, &DashboardShortcut::pressed, &events, &AppEvents::showAnalyticsWindow);
     // Closing the tour before its end would leave the user without any window.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
-        if (!m_isInTray) {
+        if (!m_isHidden) {
             showMainWindow();
         }
     });
@@ -197,6 +191,11 @@ void AppDelegate::makeMainWindow() {
     restorePlace();
     m_tray = std::make_unique<TrayItem>(m_parts, m_panel->actions(), m_panel->problems());
     connect(m_tray.get(), &TrayItem::showRequested, this, &AppDelegate::showMainWindow);
+    connect(m_tray.get(), &TrayItem::found, this, [this] {
+        if (m_isHidden) {
+            hideMainWindow(); // as wanted at a login, when the tray was not there yet
+        }
+    });
     connect(m_tray.get(), &TrayItem::quitRequested, this, &AppDelegate::quit);
     connect(m_tray.get(), &TrayItem::clicked, this, [this] {
         m_mainWindow->isVisible() && m_mainWindow->isActiveWindow() ? hideMainWindow() : showMainWindow();
@@ -211,7 +210,7 @@ void AppDelegate::addMenus() {
                                            &AppDelegate::showSettingsWindow);
     settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     settings->setShortcutContext(Qt::ApplicationShortcut);
-    QAction* updates = program->addAction(u"&Check for Updates..."_s, this, &AppDelegate::checkForUpdates);
+    QAction* updates = program->addAction(u"&Check for Updates..."_s, &m_updateNews, &UpdateNews::check);
     connect(&m_parts.updates, &UpdateChecker::canCheckForUpdatesChanged, updates,
             [this, updates] { updates->setEnabled(m_parts.updates.canCheckForUpdates()); });
     program->addSeparator();
@@ -249,7 +248,7 @@ void AppDelegate::showMainWindow() {
         makeMainWindow();
         return;
     }
-    m_isInTray = false;
+    m_isHidden = false;
     m_mainWindow->setWindowState(m_mainWindow->windowState() & ~Qt::WindowMinimized);
     m_mainWindow->show();
     m_mainWindow->raise();
@@ -280,41 +279,6 @@ void AppDelegate::showOnboardingWindow() {
     m_onboardingWindow->addActions(m_shortcuts); // menus of a hidden window receive no keys
 }
 
-void AppDelegate::checkForUpdates() {
-    if (m_parts.updates.isBuiltIn()) {
-        m_parts.updates.checkForUpdates();
-    } else {
-        m_tasks.spawn(tellOfUpdate({.kind = UpdateResult::Kind::current}));
-    }
-}
-
-QCoro::Task<> AppDelegate::tellOfUpdate(UpdateResult result) {
-    constexpr qsizetype mostNotes = 1500;
-    const QString openPage = u"Open Product Page"_s;
-    Alert alert;
-    alert.buttons = QStringList{u"OK"_s};
-    if (!m_parts.updates.isBuiltIn()) {
-        alert.title = u"Updates Come With Your System"_s;
-        alert.text = u"This version of Ostrelle Captions is updated with the packages of your system."_s;
-    } else if (result.kind == UpdateResult::Kind::newer) {
-        alert.title = u"Ostrelle Captions %1 Is Available"_s.arg(result.version);
-        alert.text = firstCharacters(result.notes, mostNotes);
-        if (!m_parts.pages.product.isEmpty()) {
-            alert.buttons = QStringList{openPage, u"Not Now"_s};
-        }
-    } else if (result.kind == UpdateResult::Kind::current) {
-        alert.title = u"Ostrelle Captions Is Up to Date"_s;
-        alert.text = u"%1 is the newest version."_s.arg(result.version);
-    } else {
-        alert.title = u"Could Not Check for Updates"_s;
-        alert.text = result.reason;
-    }
-    const QString answer = co_await m_parts.alerts.show(alert);
-    if (answer == openPage) {
-        m_parts.workspace.openLink(m_parts.pages.product);
-    }
-}
-
 void AppDelegate::showAnalyticsWindow() {
     present(m_analyticsWindow, u"Analytics Dashboard"_s, {800, 700}, Resizing::free, m_parts);
     m_analyticsWindow->setMinimumSize(fitting(*m_analyticsWindow, {700, 600}));
@@ -343,8 +307,8 @@ void AppDelegate::closeMainWindow() {
 
 /// Where nothing would lead back to a hidden window it is minimised.
 void AppDelegate::hideMainWindow() {
-    m_isInTray = m_tray->isThere();
-    m_isInTray ? m_mainWindow->hide() : m_mainWindow->showMinimized();
+    m_isHidden = true;
+    m_tray->isThere() ? m_mainWindow->hide() : m_mainWindow->showMinimized();
 }
 
 /// Where no notification can be shown, a dialog tells it: a window that vanishes without a word looks like a

@@ -5,6 +5,7 @@
 #include "product/StartRequest.h"
 #include "shell/desktop/DashboardShortcut.h"
 #include "shell/desktop/PhotoMechanicMonitoring.h"
+#include "shell/help/UpdateNews.h"
 #include "shell/panel/ShellParts.h"
 #include "transfer/AutoModeController.h"
 
@@ -69,8 +70,6 @@ private:
     void closeMainWindow();
     void hideMainWindow();
     QCoro::Task<> tellOfTray();
-    void checkForUpdates();
-    QCoro::Task<> tellOfUpdate(UpdateResult result);
     bool isAtWork() const;
     QCoro::Task<> askAndQuit();
 
@@ -80,13 +79,13 @@ private:
     TaskGroup m_tasks;
     DashboardShortcut m_dashboardShortcut;
     PhotoMechanicMonitoring m_photoMechanic;
+    UpdateNews m_updateNews;
     bool m_isAsking = false;
-    bool m_isInTray = false; ///< the main window was hidden, and the tray leads back to it
+    bool m_isHidden = false; ///< the main window, on purpose: in the tray, or minimised without one
     std::unique_ptr<QMainWindow> m_mainWindow;
     QList<QAction*> m_shortcuts;        ///< the main window's items whose shortcuts work in all windows
     MenuContentView* m_panel = nullptr; ///< the main window's
     std::unique_ptr<TrayItem> m_tray;
-    std::unique_ptr<Timer> m_updateTimer;
     std::unique_ptr<AboutView> m_aboutWindow;
     std::unique_ptr<SettingsView> m_settingsWindow;
     std::unique_ptr<OnboardingView> m_onboardingWindow;

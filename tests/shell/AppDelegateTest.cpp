@@ -11,6 +11,7 @@
 #include <QScreen>
 #include <QTest>
 #include <QToolBar>
+#include <chrono>
 
 namespace ostrelle {
 
@@ -149,6 +150,15 @@ TEST_F(AppDelegateTest, AHiddenStartShowsNoWindowWhereTheTrayLeadsBackToIt) {
     EXPECT_FALSE(delegate.mainWindow()->isVisible());
     delegate.applicationShouldHandleReopen();
     EXPECT_TRUE(delegate.mainWindow()->isVisible());
+}
+
+TEST_F(AppDelegateTest, ATrayThatComesAfterTheLoginTakesTheMinimisedWindow) {
+    world.defaults.set(u"hasCompletedOnboarding"_s, true);
+    delegate.applicationDidFinishLaunching({.wish = StartRequest::Wish::hide});
+    EXPECT_TRUE(delegate.mainWindow()->isMinimized());
+    world.isTrayThere = true;
+    world.clock.advance(std::chrono::seconds(3));
+    EXPECT_FALSE(delegate.mainWindow()->isVisible());
 }
 
 TEST_F(AppDelegateTest, TheSignsBesideTheMenusAreThoseOfTheirItems) {

@@ -228,9 +228,9 @@ TEST_F(SettingsViewTest, StartAtLoginIsTheEntryOfTheDesktop) {
     const QString entry =
         world.folder.filePath(u"xdg-config/autostart/com.tobinvasquel.OstrelleCaptions.desktop"_s);
     const auto isOn = [this] {
-        await(view->finished());
         showTab(1);
         showTab(0);
+        await(view->finished());
         return find<QAbstractButton>(u"startAtLogin"_s)->isChecked();
     };
     EXPECT_FALSE(isOn());
@@ -241,8 +241,10 @@ TEST_F(SettingsViewTest, StartAtLoginIsTheEntryOfTheDesktop) {
     EXPECT_FALSE(isOn()) << "switched off by the desktop's own tool";
     click(u"startAtLogin"_s);
     EXPECT_TRUE(isOn());
-    click(u"startAtLogin"_s);
-    EXPECT_FALSE(isOn());
+    for (int time = 0; time < 11; ++time) {
+        click(u"startAtLogin"_s);
+    }
+    EXPECT_FALSE(isOn()) << "the last of many counts";
     EXPECT_FALSE(QFileInfo::exists(entry));
     QDir().rmdir(world.folder.filePath(u"xdg-config/autostart"_s));
     writeFile(world.folder.filePath(u"xdg-config/autostart"_s), "a file in place of the folder");

@@ -20,6 +20,7 @@
 #include <QStandardPaths>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <chrono>
 #include <utility>
 
 namespace ostrelle {
@@ -54,10 +55,13 @@ AnalyticsView::AnalyticsView(ShellParts parts, QWidget* parent)
     layout->addWidget(makeChart(), 3);
     layout->addWidget(makeActivity(), 4);
     layout->addWidget(makeFoot());
-    connect(&parts.analytics, &AnalyticsStore::changed, this, &AnalyticsView::showAll);
-    connect(&parts.history, &UsageHistory::changed, this, &AnalyticsView::showAll);
-    connect(&parts.status, &StatusStore::batchFinished, this, &AnalyticsView::showAll);
-    showAll();
+    constexpr std::chrono::milliseconds pause(500); // a run changes the figures with each image
+    m_change.setSingleShot(true);
+    m_change.setInterval(pause);
+    connect(&m_change, &QTimer::timeout, this, &AnalyticsView::showAll);
+    connect(&parts.analytics, &AnalyticsStore::changed, this, &AnalyticsView::showSoon);
+    connect(&parts.history, &UsageHistory::changed, this, &AnalyticsView::showSoon);
+    connect(&parts.status, &StatusStore::batchFinished, this, &AnalyticsView::showSoon);
 }
 
 QWidget* AnalyticsView::makeHead() {
@@ -159,6 +163,12 @@ void AnalyticsView::showEvent(QShowEvent* event) {
     showAll(); // it may be another day
 }
 
+void AnalyticsView::showSoon() {
+    if (isVisible() && !m_change.isActive()) {
+        m_change.start();
+    }
+}
+
 void AnalyticsView::showAll() {
     const QList<Figure> figures = dashboardFigures(m_parts.analytics, m_parts.status);
     for (qsizetype index = 0; index < figures.size(); ++index) {
@@ -166,9 +176,7 @@ void AnalyticsView::showAll() {
     }
     const QDate today = dayOf(m_parts.analytics);
     m_chart->setData(daysInRange(m_parts.analytics.imagesProcessedByDay(), m_selectedDays, today));
-    if (isVisible()) {
-        showActivity();
-    }
+    showActivity();
     const std::optional<QString> obstacle = m_parts.analytics.sendingObstacle();
     m_send->setEnabled(!obstacle);
     m_send->setToolTip(obstacle.value_or(QString()));

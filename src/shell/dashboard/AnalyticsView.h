@@ -7,6 +7,7 @@
 
 #include <QCoroTask>
 #include <QList>
+#include <QTimer>
 #include <QWidget>
 
 class QLabel;
@@ -38,12 +39,14 @@ private:
     QWidget* makeChart();
     QWidget* makeActivity();
     QWidget* makeFoot();
+    void showSoon();
     void showAll();
     void showActivity();
     static QCoro::Task<> exportData(ShellParts parts);
 
     ShellParts m_parts;
     TaskGroup m_tasks;
+    QTimer m_change;
     int m_selectedDays = 30; ///< 0 for all time
     Picker* m_range = nullptr;
     QList<QLabel*> m_figures;

@@ -7,8 +7,8 @@
 
 namespace ostrelle {
 
-/// The entry that has the desktop start the program, hidden, when the user logs in (Desktop Application
-/// Autostart Specification). The file is the setting: a desktop's own tool may remove it or switch it off.
+/// The entry that has the desktop start the program, hidden, when the user logs in (freedesktop.org,
+/// autostart 0.5). The file is the setting: a desktop's own tool may remove it or switch it off.
 class AutostartEntry {
 public:
     explicit AutostartEntry(LaunchPaths paths) : m_paths(std::move(paths)) {}

@@ -90,10 +90,7 @@ QCoro::Task<> LaunchAgent::installLaunchAgent() {
         co_await run(step);
     }
     co_await wait(milliseconds(300));
-    const bool isLoaded = co_await loadJob();
-    if (!isLoaded) {
-        co_return;
-    }
+    co_await loadJob();
     co_await wait(milliseconds(500));
     const CommandResult started = co_await run(LaunchStep::kickstart);
     print(started.isOk() ? u"✓ Launch Agent kickstarted successfully"_s
@@ -102,24 +99,22 @@ QCoro::Task<> LaunchAgent::installLaunchAgent() {
     co_await verifyLaunchAgent();
 }
 
-/// False when nothing was tried, as the program is ending.
-QCoro::Task<bool> LaunchAgent::loadJob() {
+QCoro::Task<> LaunchAgent::loadJob() {
     const CommandResult bootstrap = co_await run(LaunchStep::bootstrap);
     if (bootstrap.isOk()) {
         print(u"✓ Launch Agent loaded successfully (using bootstrap)"_s);
-        co_return true;
+        co_return;
     }
     const CommandResult load = co_await run(LaunchStep::load);
     if (load.isOk()) {
         print(u"✓ Launch Agent loaded successfully (using load)"_s);
-        co_return true;
+        co_return;
     }
     print(u"✗ Failed to load Launch Agent (status: %1)"_s.arg(load.status.value_or(-1)));
     const CommandResult retry = co_await run(LaunchStep::loadForced);
     if (retry.isOk()) {
         print(u"✓ Launch Agent loaded on retry"_s);
     }
-    co_return !m_isHurried;
 }
 
 QCoro::Task<> LaunchAgent::verifyLaunchAgent() {
@@ -229,7 +224,9 @@ QCoro::Task<> LaunchAgent::wait(milliseconds span) {
 }
 
 void LaunchAgent::print(const QString& words) {
-    m_log.print(u"[AppDelegate] "_s + words);
+    if (!m_isHurried) { // what was not tried has no result
+        m_log.print(u"[AppDelegate] "_s + words);
+    }
 }
 
 } // namespace ostrelle

@@ -23,14 +23,14 @@ public:
     /// Removes what is installed and installs it anew, so that a program that was moved is found.
     QCoro::Task<> install();
     QCoro::Task<> uninstall();
-    /// From now on nothing is waited for, and no command is started.
+    /// From now on nothing is waited for, no command is started, and nothing is logged.
     void hurry() { m_isHurried = true; }
 
 private:
     QCoro::Task<> installLaunchAgent();
     QCoro::Task<> uninstallLaunchAgent();
     QCoro::Task<> verifyLaunchAgent();
-    QCoro::Task<bool> loadJob();
+    QCoro::Task<> loadJob();
     QCoro::Task<> unloadJob();
     QCoro::Task<> removeJobFile();
     QCoro::Task<bool> isHelperRunning();

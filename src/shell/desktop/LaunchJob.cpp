@@ -14,30 +14,29 @@ LaunchCommand systemctl(const QStringList& arguments) {
     return {.program = u"systemctl"_s, .arguments = QStringList{u"--user"_s, u"--quiet"_s} + arguments};
 }
 
-/// What launchctl, pkill and pgrep do elsewhere. A unit ends its own processes, so nothing is found by a
+/// What the steps are as commands of systemctl. A unit ends its own processes, so nothing is found by a
 /// pattern.
+const struct {
+    LaunchStep step;
+    QStringList arguments;
+} systemdSteps[] = {
+    {LaunchStep::pkill, {u"kill"_s, u"--signal=SIGKILL"_s}}, // pkill -9 -f
+    {LaunchStep::bootout, {u"disable"_s, u"--now"_s}},       // launchctl bootout
+    {LaunchStep::unload, {u"stop"_s}},                       // launchctl unload
+    {LaunchStep::remove, {u"reset-failed"_s}},               // launchctl remove
+    {LaunchStep::bootstrap, {u"enable"_s}},                  // launchctl bootstrap
+    {LaunchStep::load, {u"reenable"_s}},                     // launchctl load
+    {LaunchStep::loadForced, {u"enable"_s, u"--force"_s}},   // launchctl load -w
+    {LaunchStep::kickstart, {u"restart"_s}},                 // launchctl kickstart -k
+    {LaunchStep::list, {u"is-enabled"_s}},                   // launchctl list
+    {LaunchStep::pgrep, {u"is-active"_s}},                   // pgrep -f
+};
+
 LaunchCommand systemdCommand(LaunchStep step) {
-    switch (step) {
-    case LaunchStep::pkill:
-        return systemctl({u"kill"_s, u"--signal=SIGKILL"_s, unit});
-    case LaunchStep::bootout:
-        return systemctl({u"disable"_s, u"--now"_s, unit});
-    case LaunchStep::unload:
-        return systemctl({u"stop"_s, unit});
-    case LaunchStep::remove:
-        return systemctl({u"reset-failed"_s, unit});
-    case LaunchStep::bootstrap:
-        return systemctl({u"enable"_s, unit});
-    case LaunchStep::load:
-        return systemctl({u"reenable"_s, unit});
-    case LaunchStep::loadForced:
-        return systemctl({u"enable"_s, u"--force"_s, unit});
-    case LaunchStep::kickstart:
-        return systemctl({u"restart"_s, unit});
-    case LaunchStep::list:
-        return systemctl({u"is-enabled"_s, unit});
-    case LaunchStep::pgrep:
-        return systemctl({u"is-active"_s, unit});
+    for (const auto& row : systemdSteps) {
+        if (row.step == step) {
+            return systemctl(row.arguments + QStringList(unit));
+        }
     }
     return {};
 }

@@ -45,7 +45,8 @@ private:
 
 /// A word of a command line in a unit file (systemd.service(5)): quoted, and no specifier or variable.
 QString unitWord(const QString& text);
-/// A word of the Exec key of a desktop entry (Desktop Entry Specification 1.5), as it stands in the file.
+/// A word of the Exec key of a desktop entry (freedesktop.org, desktop entries 1.5), as it stands in the
+/// file.
 QString desktopEntryWord(const QString& text);
 
 } // namespace ostrelle

@@ -77,6 +77,7 @@ void TrayItem::lookForTray() {
     m_icon->setIcon(trayIcon(m_state.kind));
     m_icon->setToolTip(u"Ostrelle Captions\n"_s + m_state.words);
     m_icon->show();
+    Q_EMIT found();
 }
 
 void TrayItem::update() {

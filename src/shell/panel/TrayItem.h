@@ -31,6 +31,8 @@ public:
     QMenu& menu() { return m_menu; }
 
 Q_SIGNALS:
+    /// A tray is there now.
+    void found();
     /// A click on the item: to show the window, or to hide it.
     void clicked();
     void showRequested();

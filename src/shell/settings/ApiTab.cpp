@@ -2,7 +2,6 @@
 #include "shell/settings/ApiTab.h"
 
 #include "product/ApiKey.h"
-#include "shell/desktop/AutostartEntry.h"
 #include "shell/panel/KeyEntry.h"
 #include "shell/settings/SettingsActions.h"
 #include "shell/toolkit/ActionButton.h"
@@ -104,7 +103,7 @@ void ApiTab::addIntegrations() {
                   TypeSize::small, TextTone::dim));
     card->addRow(login);
     connect(m_startAtLogin, &Switch::clicked, &m_actions, &SettingsActions::setStartAtLogin);
-    connect(&m_actions, &SettingsActions::startAtLoginSettled, this, &ApiTab::showStartAtLogin);
+    connect(&m_actions, &SettingsActions::startAtLoginKnown, m_startAtLogin, &Switch::setChecked);
     layout()->addWidget(card);
     bindSetting(launch, m_parts.settings,
                 {&SettingsStore::launchWithPhotoMechanic, &SettingsStore::setLaunchWithPhotoMechanic,
@@ -120,15 +119,11 @@ void ApiTab::tellOfPhotoMechanic(bool on) {
 
 void ApiTab::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    showStartAtLogin(); // the desktop's own settings may have changed it
-    showKey();          // another process may have stored one meanwhile
+    m_actions.lookAtStartAtLogin(); // the desktop's own settings may have changed it
+    showKey();                      // another process may have stored one meanwhile
     if (m_entry->isVisible() && window()->focusWidget() == nullptr) {
         m_field->setFocus(); // what a user without a key has come for
     }
-}
-
-void ApiTab::showStartAtLogin() {
-    m_startAtLogin->setChecked(AutostartEntry(m_parts.launch).isOn());
 }
 
 void ApiTab::showKey() {

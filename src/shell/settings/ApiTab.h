@@ -30,7 +30,6 @@ private:
     void addKeyEntry(Card& card);
     void addIntegrations();
     void showKey();
-    void showStartAtLogin();
     void tellOfPhotoMechanic(bool on);
 
     ShellParts m_parts;

@@ -141,22 +141,45 @@ QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests
 }
 
 void SettingsActions::setStartAtLogin(bool isOn) {
-    m_questions.spawn(changeStartAtLogin(this, isOn));
+    m_startAtLogin = isOn;
+    lookAtStartAtLogin();
 }
 
-QCoro::Task<> SettingsActions::changeStartAtLogin(Self self, bool isOn) {
-    const ShellParts parts = self->m_parts;
-    auto change = [entry = AutostartEntry(parts.launch), isOn] {
-        entry.setOn(isOn);
-        return true;
-    };
-    const auto changed = co_await attemptOffMainThread(change);
-    if (self) {
-        Q_EMIT self->startAtLoginSettled();
+void SettingsActions::lookAtStartAtLogin() {
+    if (!m_isSettlingStart) {
+        m_questions.spawn(settleStartAtLogin(this));
     }
-    if (!changed) {
-        const Alert failure = news(u"Start at Login Not Changed"_s, changed.words());
-        co_await parts.alerts.show(failure);
+}
+
+/// One change after the other, so that the last of several counts.
+QCoro::Task<> SettingsActions::settleStartAtLogin(Self self) {
+    const ShellParts parts = self->m_parts;
+    const AutostartEntry entry(parts.launch);
+    QString failure;
+    self->m_isSettlingStart = true;
+    do {
+        const std::optional<bool> wanted = std::exchange(self->m_startAtLogin, std::nullopt);
+        auto settle = [entry, wanted] {
+            if (wanted) {
+                entry.setOn(*wanted);
+            }
+            return true;
+        };
+        auto look = [entry] { return entry.isOn(); };
+        const auto settled = co_await attemptOffMainThread(settle);
+        const bool isOn = co_await offMainThread(look);
+        if (!self) {
+            co_return;
+        }
+        failure = settled ? QString() : settled.words();
+        if (!self->m_startAtLogin) {
+            Q_EMIT self->startAtLoginKnown(isOn);
+        }
+    } while (self->m_startAtLogin);
+    self->m_isSettlingStart = false;
+    if (!failure.isEmpty()) {
+        const Alert notChanged = news(u"Start at Login Not Changed"_s, failure);
+        co_await parts.alerts.show(notChanged);
     }
 }
 

@@ -26,8 +26,10 @@ public:
     /// Stores the key without surrounding white space; does nothing when nothing is left.
     void saveKey(const QString& entered);
     void clearKey();
-    /// Makes or removes the desktop's entry that starts the program at each login.
+    /// Makes or removes the desktop's entry that starts the program at each login, and tells how it is then.
     void setStartAtLogin(bool isOn);
+    /// Tells how it is now.
+    void lookAtStartAtLogin();
     /// Puts the result into the settings' connection status, unless the server has been cleared meanwhile.
     /// Asks whether to encrypt where the server offers it, and whether to trust a certificate that no
     /// authority has signed. Only one test runs at a time.
@@ -44,8 +46,7 @@ public:
 Q_SIGNALS:
     void isTestingConnectionChanged();
     void statisticsCleared();
-    /// Whether it could be changed or not.
-    void startAtLoginSettled();
+    void startAtLoginKnown(bool isOn);
     void promptCacheCleared();
 
 private:
@@ -53,7 +54,7 @@ private:
     using RunningTest = std::shared_ptr<const bool>;
 
     static QCoro::Task<> bothFinished(TaskGroup questions, TaskGroup tests);
-    static QCoro::Task<> changeStartAtLogin(Self self, bool isOn);
+    static QCoro::Task<> settleStartAtLogin(Self self);
     static QCoro::Task<> confirmClearKey(Self self);
     static QCoro::Task<> confirmClearStatistics(Self self);
     static QCoro::Task<> confirmClearPromptCache(Self self);
@@ -69,6 +70,8 @@ private:
     void setRunningTest(RunningTest running);
 
     ShellParts m_parts;
+    std::optional<bool> m_startAtLogin; ///< wanted, and not done yet
+    bool m_isSettlingStart = false;
     RunningTest m_runningTest; // null when none runs, or when its result is no longer wanted
     TaskGroup m_questions;
     TaskGroup m_tests;
