@@ -109,6 +109,9 @@ SettingsActions::SettingsActions(ShellParts parts, QObject* parent)
     })
     , m_tests([&console = parts.console](const QString& words) {
         console.print(u"[SettingsView] A connection test failed: "_s + words);
+    })
+    , m_starts([&console = parts.console](const QString& words) {
+        console.print(u"[SettingsView] Cannot look at the start at login: "_s + words);
     }) {}
 
 void SettingsActions::begin(QCoro::Task<> (*question)(Self self)) {
@@ -135,9 +138,10 @@ void SettingsActions::clearPromptCache() {
     begin(&SettingsActions::confirmClearPromptCache);
 }
 
-QCoro::Task<> SettingsActions::bothFinished(TaskGroup questions, TaskGroup tests) {
+QCoro::Task<> SettingsActions::allFinished(TaskGroup questions, TaskGroup tests, TaskGroup starts) {
     co_await questions.finished();
     co_await tests.finished();
+    co_await starts.finished();
 }
 
 void SettingsActions::setStartAtLogin(bool isOn) {
@@ -147,7 +151,7 @@ void SettingsActions::setStartAtLogin(bool isOn) {
 
 void SettingsActions::lookAtStartAtLogin() {
     if (!m_isSettlingStart) {
-        m_questions.spawn(settleStartAtLogin(this));
+        m_starts.spawn(settleStartAtLogin(this));
     }
 }
 

@@ -41,7 +41,7 @@ public:
     void clearPromptCache();
 
     /// Resumes when all tasks started here have ended.
-    QCoro::Task<> finished() const { return bothFinished(m_questions, m_tests); }
+    QCoro::Task<> finished() const { return allFinished(m_questions, m_tests, m_starts); }
 
 Q_SIGNALS:
     void isTestingConnectionChanged();
@@ -53,7 +53,7 @@ private:
     using Self = QPointer<SettingsActions>;
     using RunningTest = std::shared_ptr<const bool>;
 
-    static QCoro::Task<> bothFinished(TaskGroup questions, TaskGroup tests);
+    static QCoro::Task<> allFinished(TaskGroup questions, TaskGroup tests, TaskGroup starts);
     static QCoro::Task<> settleStartAtLogin(Self self);
     static QCoro::Task<> confirmClearKey(Self self);
     static QCoro::Task<> confirmClearStatistics(Self self);
@@ -75,6 +75,7 @@ private:
     RunningTest m_runningTest; // null when none runs, or when its result is no longer wanted
     TaskGroup m_questions;
     TaskGroup m_tests;
+    TaskGroup m_starts; ///< at login: looked at while questions are asked
 };
 
 } // namespace ostrelle
