@@ -54,6 +54,7 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                      [this](const QByteArray& token) {
                          m_delegate.applicationShouldHandleReopen({.activationToken = token});
                      });
+    QObject::connect(&m_sessionEnd, &SessionEnd::ending, &m_delegate, [this] { endWithSession(); });
 }
 
 ShellParts DesktopProgram::shellParts() {
@@ -86,9 +87,18 @@ ShellParts DesktopProgram::shellParts() {
             .hasTray = &QSystemTrayIcon::isSystemTrayAvailable};
 }
 
+void DesktopProgram::endWithSession() {
+    m_isSessionEnding = true;
+    if (!m_isQuitting) {
+        quit();
+    }
+}
+
 void DesktopProgram::quit() {
     if (m_isQuitting) {
-        QCoreApplication::exit();
+        if (!m_isSessionEnding) { // else a signal that comes with it
+            QCoreApplication::exit();
+        }
         return;
     }
     m_isQuitting = true;

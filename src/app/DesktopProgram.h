@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/SessionEnd.h"
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/DesktopSecretStore.h"
@@ -34,6 +35,8 @@ public:
 
     /// Hides the windows, finishes work under way and ends the event loop; a second call ends it at once.
     void quit();
+    /// The same for the end of the session, which may be told several times: only the first counts.
+    void endWithSession();
 
 private:
     ShellParts shellParts();
@@ -56,8 +59,10 @@ private:
     CaptionProgram m_captions;
     UpdateChecker m_updates;
     AppDelegate m_delegate;
+    SessionEnd m_sessionEnd{m_captions.status};
     std::function<void()> m_ending;
     bool m_isQuitting = false;
+    bool m_isSessionEnding = false;
 };
 
 } // namespace ostrelle

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopColorScheme.h"
 
-#include "platform/SessionBus.h"
+#include "platform/BusConnection.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>

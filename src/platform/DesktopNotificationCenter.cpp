@@ -2,7 +2,7 @@
 #include "platform/DesktopNotificationCenter.h"
 
 #include "core/Error.h"
-#include "platform/SessionBus.h"
+#include "platform/BusConnection.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>

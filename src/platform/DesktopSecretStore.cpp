@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopSecretStore.h"
 
+#include "platform/BusConnection.h"
 #include "platform/KeyringChanges.h"
-#include "platform/SessionBus.h"
 
 #include <qt6keychain/keychain.h>
 

@@ -12,4 +12,7 @@ namespace ostrelle {
 /// Connecting can block without limit, so it has its own thread, which holds up nobody else.
 QCoro::Task<std::optional<QDBusConnection>> sessionBus(std::chrono::milliseconds patience);
 
+/// The same for the machine's bus.
+QCoro::Task<std::optional<QDBusConnection>> systemBus(std::chrono::milliseconds patience);
+
 } // namespace ostrelle
