@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/PromptLibrary.h"
+#include "core/RosterEntry.h"
 #include "platform/FileError.h"
 
 #include <QByteArray>
@@ -65,12 +66,6 @@ struct RosterState {
 
 /// Reads the file; never throws.
 RosterState rosterState(const QString& path);
-
-/// One line of a roster.
-struct RosterEntry {
-    QString code; ///< before the first tab
-    QString name; ///< the rest of the line
-};
 
 /// The entries that go to the model, in the file's order. Lines without a tab or a code are left out.
 QList<RosterEntry> rosterEntries(const CodeReplacements& replacements);
