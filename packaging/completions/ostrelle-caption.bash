@@ -16,7 +16,7 @@ _ostrelle_caption() {
           --show-prompt --verbose --help --version --clear" -- "$current")
       else
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
-        [[ $COMP_CWORD -ne 1 || key != "$current"* ]] || COMPREPLY+=(key)
+        [[ $COMP_CWORD -ne 1 ]] || COMPREPLY+=($(compgen -W "check key" -- "$current"))
       fi
       ;;
   esac

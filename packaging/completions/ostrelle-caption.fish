@@ -20,5 +20,6 @@ complete -c ostrelle-caption -l show-prompt -d 'Print the text for the model, an
 complete -c ostrelle-caption -l verbose -d 'Also show the log lines of the pipeline'
 complete -c ostrelle-caption -s h -l help -d 'Show the help text'
 complete -c ostrelle-caption -l version -d 'Show the version'
+complete -c ostrelle-caption -n __fish_use_subcommand -a check -d 'Check the captions that files have'
 complete -c ostrelle-caption -n __fish_use_subcommand -a key -d 'Store or clear the API key'
 complete -c ostrelle-caption -n '__fish_seen_subcommand_from key' -l clear -d 'Forget the stored key'

@@ -35,13 +35,13 @@ struct WrittenPlace {
     QString city;
     qsizetype from = 0;
     qsizetype to = 0;
-    QStringList state; ///< its spellings, folded
+    QStringList state; ///< its spellings, folded; or the facts' country
     qsizetype stateFrom = 0;
     qsizetype stateTo = 0;
 };
 
 /// "in Lexington, Ky.", "LEXINGTON, KENTUCKY - " and "; Lexington, KY, USA;".
-QList<WrittenPlace> placesIn(const QString& caption) {
+QList<WrittenPlace> placesIn(const QString& caption, const QStringList& country) {
     static const QRegularExpression pattern(
         uR"((?:\b[Ii][Nn] |^ ?|; ?)((?:\p{Lu}[\p{L}'’.-]*[ -]?){1,4}), ?((?:\p{Lu}[\p{L}.]*)(?: \p{Lu}[\p{L}.]*)?))"_s,
         unicode);
@@ -50,7 +50,9 @@ QList<WrittenPlace> placesIn(const QString& caption) {
         const QRegularExpressionMatch match = found.next();
         const QString both = match.captured(2);
         for (const QString& name : {both, both.section(u' ', 0, 0)}) {
-            const QStringList state = known::spellingsOfState(foldedWords(name).join(u' '));
+            const QString folded = foldedWords(name).join(u' ');
+            const QStringList known = known::spellingsOfState(folded);
+            const QStringList state = known.isEmpty() && country.contains(folded) ? country : known;
             if (!state.isEmpty()) {
                 places.append({.city = match.captured(1).trimmed(),
                                .from = match.capturedStart(1),
@@ -74,10 +76,12 @@ QList<Finding> placeFindings(const CheckedCaption& checked) {
     const QString state = checked.context.state.value_or(QString());
     const QStringList spellings = known::spellingsOfState(foldedWords(state).join(u' '));
     QList<Finding> findings;
-    for (const WrittenPlace& place : placesIn(checked.caption)) {
+    const QString country = foldedWords(checked.context.country.value_or(QString())).join(u' ');
+    const QStringList countries = country.isEmpty() ? QStringList() : QStringList{country};
+    for (const WrittenPlace& place : placesIn(checked.caption, countries)) {
         if (!city.isEmpty() && !isSamePlace(place.city, city)) {
             findings.append(wrongFact(u"The facts have the city %1."_s.arg(city), place.from, place.to));
-        } else if (!spellings.isEmpty() && place.state != spellings) {
+        } else if (!spellings.isEmpty() && place.state != spellings && place.state != countries) {
             findings.append(
                 wrongFact(u"The facts have the state %1."_s.arg(state), place.stateFrom, place.stateTo));
         }
@@ -98,17 +102,25 @@ QString otherFacts(const CheckedCaption& checked) {
     return facts;
 }
 
+/// "St. John's Arena" and "St. John's Gym" may be one; two stadiums share but words such as these.
+bool isCommonInVenues(const QString& word) {
+    static const QSet<QString> words = {u"the"_s,    u"and"_s,        u"memorial"_s,
+                                        u"state"_s,  u"university"_s, u"community"_s,
+                                        u"sports"_s, u"municipal"_s,  u"national"_s};
+    return known::isVenue(word) || words.contains(word);
+}
+
 bool hasCommonWord(const QString& left, const QString& right) {
     const QStringList words = foldedWords(right);
     const QStringList others = foldedWords(left);
     return std::any_of(others.begin(), others.end(), [&](const QString& word) {
-        return words.contains(word) && !known::isVenue(word) && word.size() > 2;
+        return words.contains(word) && !isCommonInVenues(word) && word.size() > 2;
     });
 }
 
 QList<Finding> venueFindings(const CheckedCaption& checked) {
     static const QRegularExpression pattern(
-        uR"(\b(?:at|inside) (?:the )?((?:[\p{Lu}\d][\p{L}\d.'’&-]*(?: (?:of|the|and|de|at) (?=\p{Lu}))? ?){1,7}))"_s,
+        uR"(\b(?:at|inside) (?:the )?((?:(?:St\.|Ft\.|Mt\.|[\p{Lu}\d][\p{L}\d'’&-]*)(?: (?:of|the|and|de|at) (?=\p{Lu}))? ?){1,7}))"_s,
         unicode);
     const QString venue = checked.context.location.value_or(QString());
     if (venue.isEmpty()) {
@@ -195,21 +207,33 @@ bool isOnlyNickname(const QStringList& words) {
                        [](const QString& word) { return known::isTeam(word) || beginnings.contains(word); });
 }
 
+/// Where a caption names an opponent: "against Auburn", and "Kentucky at Auburn" where Kentucky plays.
+QString opponentPattern(const QStringList& teams) {
+    QStringList hosts;
+    for (const QString& team : teams) {
+        hosts.append(QRegularExpression::escape(team) + u" at "_s);
+    }
+    return uR"((?:\b(?:against|vs\.?|versus) (?:the )?|\b)"_s + hosts.join(u"|\\b"_s) +
+           uR"()(?:(?:No\. ?|#)\d{1,2} )?((?>(?:(?:(?:\p{Lu}\.){1,3}|St\.|\p{Lu}[\p{L}'’&-]*)[ ]?){1,4}))(?!\s*\(?#?\d))"_s;
+}
+
 QList<Finding> teamFindings(const CheckedCaption& checked, const RosterNames& roster) {
-    static const QRegularExpression pattern(
-        uR"(\b(?:against|vs\.?|versus) (?:the )?(?:(?:No\. ?|#)\d{1,2} )?((?:\p{Lu}[\p{L}'’.&-]*[ ]?){1,4})(?!\s*(?:\(?#?\d)))"_s,
-        unicode);
     const QStringList teams = teamsOf(checked.context.event.value_or(QString()));
     QList<Finding> findings;
-    for (auto found = pattern.globalMatch(checked.caption); !teams.isEmpty() && found.hasNext();) {
+    if (teams.isEmpty()) {
+        return findings;
+    }
+    const QRegularExpression pattern(opponentPattern(teams), unicode);
+    for (auto found = pattern.globalMatch(checked.caption); found.hasNext();) {
         const QRegularExpressionMatch match = found.next();
         QString name = match.captured(1).trimmed();
         while (name.endsWith(u'.')) {
             name.chop(1);
         }
         const QStringList words = nameWords(name);
-        const bool isPerson =
-            words.isEmpty() || known::isGivenName(words.first()) || !roster.meantBy(words).isEmpty();
+        const bool isVenue = !words.isEmpty() && known::isVenue(words.last());
+        const bool isPerson = words.isEmpty() || isVenue || known::isGivenName(words.first()) ||
+                              !roster.meantBy(words).isEmpty();
         const bool isInFacts = std::any_of(words.begin(), words.end(), [&](const QString& word) {
             return roster.isOtherWord(word) || otherFacts(checked).contains(u' ' + word + u' ');
         });

@@ -4,7 +4,7 @@
 #include <QRegularExpression>
 #include <QSet>
 
-#include "checks/Words.h"
+#include "checks/Credit.h"
 
 namespace ostrelle {
 
@@ -43,8 +43,18 @@ bool isUnfinishedEnd(const QString& text) {
         u"is"_s,  u"are"_s,  u"after"_s, u"before"_s, u"vs"_s,   u"on"_s};
     static const QRegularExpression open(uR"([,;:(/#&–—-]\s*$)"_s);
     static const QRegularExpression lastWord(uR"(\b(\p{Ll}+)\s*$)"_s);
+    static const QRegularExpression loneWord(uR"(, \p{Ll}+ing\s*$)"_s);
     return open.match(text).hasMatch() || words.contains(lastWord.match(text).captured(1)) ||
-           hasOpenBracket(text);
+           loneWord.match(text).hasMatch() || hasOpenBracket(text);
+}
+
+/// Whether a credit stands behind a sentence that is not finished.
+bool isUnfinishedBeforeCredit(const CheckedCaption& checked) {
+    const TextSpan body = bodyOf(checked);
+    static const QRegularExpression lastWords(
+        uR"(\b(?:the|a|an|of|to|and|during|against|try to|his|her|their|with|from|into)\s*$)"_s);
+    return body.to < checked.caption.size() &&
+           lastWords.match(checked.caption.sliced(body.from, body.to - body.from)).hasMatch();
 }
 
 std::optional<Finding> cutOff(const CheckedCaption& checked) {
@@ -53,7 +63,9 @@ std::optional<Finding> cutOff(const CheckedCaption& checked) {
                           .text = u"The caption breaks off."_s,
                           .from = checked.caption.lastIndexOf(text.right(1)),
                           .to = checked.caption.lastIndexOf(text.right(1)) + 1};
-    return checked.isReplyCutOff || isUnfinishedEnd(text) ? std::optional(finding) : std::nullopt;
+    return checked.isReplyCutOff || isUnfinishedEnd(text) || isUnfinishedBeforeCredit(checked)
+               ? std::optional(finding)
+               : std::nullopt;
 }
 
 bool isLineEnd(QChar character) {

@@ -313,7 +313,10 @@ QStringList spellingsOfState(const QString& folded) {
         "dakota|nd,"
         "ohio|oh,oklahoma|okla|ok,oregon|ore|or,pennsylvania|pa,rhode island|ri,south carolina|sc,"
         "south dakota|sd,tennessee|tenn|tn,texas|tx,utah|ut,vermont|vt,virginia|va,washington|wash|wa,"
-        "west virginia|wva|wv,wisconsin|wis|wi,wyoming|wyo|wy,district of columbia|dc"_s);
+        "west virginia|wva|wv,wisconsin|wis|wi,wyoming|wyo|wy,district of columbia|dc,"
+        "ontario|ont|on,quebec|que|qc,british "
+        "columbia|bc,alberta|alta|ab,manitoba|man|mb,saskatchewan|sask|sk,"
+        "nova scotia|ns,new brunswick|nb"_s);
     for (const QStringList& group : groups) {
         if (group.contains(folded)) {
             return group;

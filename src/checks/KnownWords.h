@@ -33,8 +33,8 @@ bool isSuffix(const QString& word);
 /// "Mike" and "Michael": given names of one person.
 bool isSameGivenName(const QString& left, const QString& right);
 
-/// The spellings of a state of the USA, such as "Kentucky", "Ky.", "KY": the group that has the word, folded.
-/// Empty if there is none.
+/// The spellings of a state of the USA or a province of Canada, such as "Kentucky", "Ky.", "KY": the group
+/// that has the word, folded. Empty if there is none.
 QStringList spellingsOfState(const QString& folded);
 
 } // namespace known

@@ -260,7 +260,28 @@ private:
                 return false;
             }
         }
-        return hasGivenName || isBehindPosition(run) || isInitials(run.first);
+        return hasGivenName || isBehindPosition(run) || isInitials(run.first) || isAmongPeople(run);
+    }
+
+    /// "Auburn's Tess Wick", "Tess Wick, right,", "beside Tess Wick", "Tess Wick of Auburn", and "and Tess
+    /// Wick" behind another person.
+    bool isAmongPeople(const Run& run) const {
+        static const QSet<QString> before = {u"beside"_s,  u"alongside"_s, u"hugs"_s,    u"congratulates"_s,
+                                             u"tackles"_s, u"guards"_s,    u"defends"_s, u"greets"_s};
+        static const QRegularExpression behind(
+            uR"(\G(?:, (?:left|right|center|top|bottom|rear|foreground|background)\b| of (?=\p{Lu})))"_s);
+        if (behind.match(m_caption, m_words.at(run.last).to).hasMatch()) {
+            return true;
+        }
+        if (run.first == 0) {
+            return false;
+        }
+        const Word& last = m_words.at(run.first - 1);
+        const QString gap = gapBehind(run.first - 1);
+        const bool isBehindPerson = last.text == u"and" && !m_people.isEmpty() && run.first > 1 &&
+                                    last.from - m_people.constLast().to < 8;
+        return isBehindPerson || (last.isPossessive() && last.isCapitalized() && gap.endsWith(u"s "_s)) ||
+               (gap == u" "_s && before.contains(m_folded.at(run.first - 1)));
     }
 
     bool isInitials(qsizetype index) const {

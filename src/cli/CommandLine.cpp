@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CommandLine.h"
 
+#include "cli/CheckCommand.h"
 #include "cli/ExitStatus.h"
 #include "cli/FilesCommand.h"
 #include "cli/FolderCommand.h"
@@ -36,6 +37,8 @@ int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoin
         return storeKey(defaultsPath, stdin, output, errors);
     case Options::Command::clearKey:
         return clearKey(defaultsPath, output, errors);
+    case Options::Command::check:
+        return runCheckCommand(parsed.options, folders, endpoints);
     case Options::Command::captionFolder:
         return runFolderCommand(parsed.options, folders, endpoints);
     case Options::Command::watchFolder:

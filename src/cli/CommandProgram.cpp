@@ -56,7 +56,7 @@ QString CommandProgram::missingConfiguration() const {
     if (!options.into.isEmpty() && !QFileInfo(options.into).isDir()) {
         return u"The folder %1 cannot be made."_s.arg(options.into);
     }
-    if (options.command == Options::Command::showPrompt) {
+    if (changesNothing()) {
         return {}; // nothing is sent, and a roster may be in the ingest folder
     }
     if (apiKey(defaults).isEmpty()) {
@@ -91,9 +91,12 @@ QStringList CommandProgram::lastFailed() const {
     return files;
 }
 
-/// A run that only shows prompts changes nothing.
+bool CommandProgram::changesNothing() const {
+    return options.command == Options::Command::showPrompt || options.command == Options::Command::check;
+}
+
 void CommandProgram::rememberFailed() {
-    if (options.command == Options::Command::showPrompt) {
+    if (changesNothing()) {
         return;
     }
     constexpr qsizetype most = 10'000;

@@ -52,6 +52,7 @@ private:
     void takeIngestFolder(const QString& folder);
     void takeServer();
     void takeRosterOfFailed();
+    bool changesNothing() const;
     void rememberFailed();
     QCoro::Task<> passwordKnown();
     bool askForPassword();

@@ -164,7 +164,20 @@ QString readRetryCommand(const QCommandLineParser& parser, Options& options) {
     return options.files.isEmpty() ? QString() : u"--retry-failed excludes files."_s;
 }
 
-/// `key` as the first word is a command; a file of that name can be given as ./key.
+/// check FILE...
+QString readCheckCommand(const QCommandLineParser& parser, Options& options) {
+    const QStringList allowed = {u"roster"_s, u"style"_s, u"json"_s, u"verbose"_s};
+    for (const QString& name : parser.optionNames()) {
+        if (!allowed.contains(name)) {
+            return u"\"check\" does not take --%1."_s.arg(name);
+        }
+    }
+    options.command = Options::Command::check;
+    options.files.removeFirst();
+    return options.files.isEmpty() ? u"No file was given."_s : QString();
+}
+
+/// `key` or `check` as the first word is a command; a file of that name can be given as ./key.
 QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
     const bool clear = parser.isSet(u"clear"_s);
@@ -177,6 +190,9 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
         return options.files.size() == 1
                    ? QString()
                    : u"\"key\" takes no argument: the API key is read from standard input, where nobody else can see it."_s;
+    }
+    if (options.files.value(0) == u"check") {
+        return readCheckCommand(parser, options);
     }
     if (clear) {
         return u"--clear belongs to \"key\"."_s;
@@ -236,6 +252,7 @@ QString helpText() {
            "  or:  ostrelle-caption [options] --watch DIR\n"
            "  or:  ostrelle-caption [options] --server ftp://USER@HOST/PATH --into DIR [--download-all]\n"
            "  or:  ostrelle-caption [options] --retry-failed\n"
+           "  or:  ostrelle-caption check [options] FILE...\n"
            "  or:  ostrelle-caption key [--clear]\n"
            "\n"
            "Writes a caption into the XMP sidecar of each RAW image and into each JPEG.\n"
@@ -269,6 +286,12 @@ QString helpText() {
            "  --verbose       also show the log lines of the pipeline\n"
            "  -h, --help      this text\n"
            "  --version       the program's version\n"
+           "\n"
+           "ostrelle-caption check reads the captions that the files hold now, whoever wrote them, and tells "
+           "what\n"
+           "does not fit the roster (--roster), the file's own metadata or the style (--style). It sends "
+           "and\n"
+           "changes nothing. Its exit status is 1 when it finds something.\n"
            "\n"
            "ostrelle-caption key stores the API key that it reads from standard input; with --clear it\n"
            "forgets the stored one.\n"

@@ -17,6 +17,7 @@ struct Options {
     enum class Command {
         caption,
         showPrompt,
+        check,
         captionFolder,
         watchFolder,
         watchServer,

@@ -28,7 +28,8 @@ TEST(RosterNames, ALineOfTheDesksOwnWordsGivesANameAndANumber) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(QString::fromUtf16(row.line).toStdString());
-        const RosterNames roster({{.code = QString::fromUtf16(row.code), .name = QString::fromUtf16(row.line)}});
+        const RosterNames roster(
+            {{.code = QString::fromUtf16(row.code), .name = QString::fromUtf16(row.line)}});
         ASSERT_EQ(roster.players().size(), 1);
         EXPECT_EQ(roster.players().first().name, QString::fromUtf16(row.name));
         EXPECT_EQ(roster.players().first().numbers.join(u' '), QString::fromUtf16(row.number));
@@ -36,7 +37,8 @@ TEST(RosterNames, ALineOfTheDesksOwnWordsGivesANameAndANumber) {
 }
 
 TEST(CaptionCheck, AFindingTellsWhereItIsAndWhatTheRosterHas) {
-    const RosterNames roster({{u"12"_s, u"Kentucky guard Dana Krupin"_s}, {u"25"_s, u"Alabama forward Marcus Teel"_s}});
+    const RosterNames roster(
+        {{u"12"_s, u"Kentucky guard Dana Krupin"_s}, {u"25"_s, u"Alabama forward Marcus Teel"_s}});
     const QString caption = u"Dana Krupin (21) passes over Marcus Teal (25)."_s;
     const QList<Finding> findings = checkCaption({.caption = caption}, roster);
     ASSERT_EQ(findings.size(), 3);

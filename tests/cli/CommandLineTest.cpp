@@ -3,6 +3,7 @@
 #include "metadata/XMPWriter.h"
 
 #include <QDir>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -144,6 +145,44 @@ TEST_F(CommandLineTest, LogLinesGoToTheFileAndOnRequestToStandardOutput) {
     EXPECT_TRUE(verbose.output.contains(u"[Analyzer] Auto mode: processing a.dng"_s));
     EXPECT_TRUE(verbose.output.contains(u"[OpenAIClient] Usage: "_s));
     EXPECT_TRUE(QFile::exists(folder.filePath(u"data/com.tobinvasquel.OstrelleCaptions/Analyzer.log"_s)));
+}
+
+TEST_F(CommandLineTest, CaptionsThatFilesHoldAreCheckedAgainstTheirRosterWithoutAModel) {
+    const auto withCaption = [this](const QString& name, const QByteArray& caption) {
+        rawImage(name + u".dng"_s);
+        write(name + u".xmp"_s,
+              "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+              "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+              "<rdf:Description rdf:about='' "
+              "xmlns:dc='http://purl.org/dc/elements/1.1/'><dc:description><rdf:Alt>"
+              "<rdf:li xml:lang='x-default'>" +
+                  caption + "</rdf:li></rdf:Alt></dc:description></rdf:Description></rdf:RDF></x:xmpmeta>");
+        return name + u".dng"_s;
+    };
+    const QString right = withCaption(u"right"_s, "Sam Abel (12) cheers.");
+    const QString wrong = withCaption(u"wrong"_s, "\xf0\x9f\x98\x80 Sam Abel (21) cheers.");
+    const QByteArray before = contentsOf(folder.filePath(u"wrong.xmp"_s));
+
+    const Result clean = run({u"check"_s, u"--roster"_s, roster(), right});
+    EXPECT_EQ(clean.status, 0);
+    EXPECT_EQ(clean.output, u"right.dng: nothing found\n"_s);
+
+    const Result found = run({u"check"_s, right, u"--json"_s, u"--roster"_s, roster(), wrong, u"none.jpg"_s});
+    EXPECT_EQ(found.status, 1);
+    const QStringList lines = found.output.split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3);
+    const QJsonObject json = QJsonDocument::fromJson(lines[1].toUtf8()).object();
+    EXPECT_EQ(json.value(u"file"), wrong);
+    const QJsonArray findings = json.value(u"findings").toArray();
+    ASSERT_EQ(findings.size(), 2);
+    EXPECT_EQ(findings[0].toObject().value(u"kind"), u"unusualCharacters"_s);
+    EXPECT_EQ(findings[1].toObject(), (QJsonObject{{u"kind"_s, u"numberMismatch"_s},
+                                                   {u"severity"_s, u"error"_s},
+                                                   {u"text"_s, u"The roster has Sam Abel under 12."_s},
+                                                   {u"from"_s, 12}, // the emoji counts as one
+                                                   {u"to"_s, 14}}));
+    EXPECT_TRUE(lines[2].contains(u"\"error\":\"There is no such file.\""_s));
+    EXPECT_EQ(contentsOf(folder.filePath(u"wrong.xmp"_s)), before);
 }
 
 TEST(ProgressBar, FitsItsLine) {
