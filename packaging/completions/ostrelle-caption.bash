@@ -8,15 +8,15 @@ _ostrelle_caption() {
       mapfile -t COMPREPLY < <(compgen -W "baseball basketball crossCountry football horseRacing lacrosse soccer \
         softball trackAndField volleyball" -- "$current")
       ;;
-    --server | --certificate) ;;
+    --server | --certificate | --before) ;;
     *)
       if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "--folder --only-new --watch --retry-failed --server --into \
           --download-all --password-stdin --tls --certificate --style --sport --roster --overwrite --keep --json \
-          --show-prompt --verbose --help --version --clear" -- "$current")
+          --show-prompt --verbose --help --version --clear --last-run --before" -- "$current")
       else
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
-        [[ $COMP_CWORD -ne 1 ]] || COMPREPLY+=($(compgen -W "check key" -- "$current"))
+        [[ $COMP_CWORD -ne 1 ]] || COMPREPLY+=($(compgen -W "check forget key undo" -- "$current"))
       fi
       ;;
   esac

@@ -101,6 +101,15 @@ bool isDay(const WrittenDate& date, const QDate& day) {
     return date.month == day.month() && date.day == day.day() && (date.year == 0 || date.year == day.year());
 }
 
+bool isOneOf(const WrittenDate& date, const QList<QDate>& days) {
+    return std::any_of(days.begin(), days.end(), [&](const QDate& day) { return isDay(date, day); });
+}
+
+/// Beside the picture's own date one of another year is history: "the mark set on June 1, 2019".
+bool isOtherYear(const WrittenDate& date, const QList<QDate>& days) {
+    return date.year > 0 && !days.isEmpty() && date.year != days.constFirst().year();
+}
+
 QString shown(const QDate& day) {
     return QLocale::c().toString(day, u"MMMM d, yyyy"_s);
 }
@@ -109,9 +118,7 @@ std::optional<Finding> judged(const WrittenDate& date, const QList<QDate>& days)
     const auto wrong = [&date](const QString& text) {
         return Finding{.kind = FindingKind::wrongFact, .text = text, .from = date.from, .to = date.to};
     };
-    const bool isRight =
-        std::any_of(days.begin(), days.end(), [&](const QDate& day) { return isDay(date, day); });
-    if (!days.isEmpty() && !isRight) {
+    if (!days.isEmpty() && !isOneOf(date, days)) {
         return wrong(u"The picture is of %1."_s.arg(shown(days.constFirst())));
     }
     const int year = date.year > 0 ? date.year : days.isEmpty() ? 0 : days.constFirst().year();
@@ -143,9 +150,11 @@ QList<QDate> daysOf(const QString& date, const std::optional<QDate>& local) {
 QList<Finding> dateFindings(const CheckedCaption& checked) {
     QList<Finding> findings;
     const QList<WrittenDate> dates = datesIn(checked.caption);
+    const bool hasRight = std::any_of(dates.begin(), dates.end(),
+                                      [&](const WrittenDate& date) { return isOneOf(date, checked.days); });
     for (const WrittenDate& date : dates) {
         const std::optional<Finding> finding = judged(date, checked.days);
-        if (finding && !isHistory(checked.caption, date)) {
+        if (finding && !isHistory(checked.caption, date) && !(hasRight && isOtherYear(date, checked.days))) {
             findings.append(*finding);
         }
     }

@@ -44,8 +44,11 @@ bool isUnfinishedEnd(const QString& text) {
     static const QRegularExpression open(uR"([,;:(/#&–—-]\s*$)"_s);
     static const QRegularExpression lastWord(uR"(\b(\p{Ll}+)\s*$)"_s);
     static const QRegularExpression loneWord(uR"(, \p{Ll}+ing\s*$)"_s);
-    return open.match(text).hasMatch() || words.contains(lastWord.match(text).captured(1)) ||
-           loneWord.match(text).hasMatch() || hasOpenBracket(text);
+    static const QRegularExpression ordinal(
+        uR"(\bthe (?:first|second|third|fourth|final|opening|closing)\s*$)"_s);
+    return open.match(text).hasMatch() || ordinal.match(text).hasMatch() ||
+           words.contains(lastWord.match(text).captured(1)) || loneWord.match(text).hasMatch() ||
+           hasOpenBracket(text);
 }
 
 /// Whether a credit stands behind a sentence that is not finished.

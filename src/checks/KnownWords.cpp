@@ -45,7 +45,7 @@ bool isPosition(const QString& word) {
         "hitters blocker blockers spiker server specialist faceoff sprinter jumper thrower vaulter hurdler "
         "freshman sophomore junior senior redshirt captain player teammate teammates star rookie veteran "
         "swingman "
-        "jockey rider qb rb wr te lb db dl ol cb fs ss ws og ot dt de pg sg sf pf lhp rhp of if mf fw gk df "
+        "jockey rider qb rb wr te lb db dl ol cb fs ss ws og ot dt de pg sg sf pf lhp rhp mf fw gk df "
         "oh mb "
         "opposite utility reliever closer starter slugger leadoff point wide tight running defensive "
         "offensive "

@@ -69,13 +69,19 @@ private:
 
     bool isNumber(qsizetype index) const { return m_words.at(index).text.at(0).isDigit(); }
 
+    /// "N.Y." in "in Syracuse, N.Y. McSorley made 19 saves".
+    bool isStateAtEnd(qsizetype index) const {
+        return index > 0 && m_words.at(index).text.endsWith(u'.') && gapBehind(index - 1) == u", "_s &&
+               !known::spellingsOfState(m_folded.at(index)).isEmpty();
+    }
+
     /// Whether the word goes on with the stretch that ends before it.
     bool isContinuing(qsizetype index) const {
         const QString gap = gapBehind(index - 1);
         const bool isSuffix = known::isSuffix(m_folded.at(index)) && m_words.at(index).isCapitalized();
         static const QRegularExpression nickname(uR"(^ ?[“"'‘(]$|^[”"'’)] ?$|^ [“"'‘(]$|^ $)"_s);
         const bool isJoined = nickname.match(gap).hasMatch() || (isSuffix && gap == u", "_s);
-        if (!isJoined || isNumber(index)) {
+        if (!isJoined || isNumber(index) || isStateAtEnd(index - 1)) {
             return false;
         }
         const bool isParticle =
@@ -269,7 +275,7 @@ private:
         static const QSet<QString> before = {u"beside"_s,  u"alongside"_s, u"hugs"_s,    u"congratulates"_s,
                                              u"tackles"_s, u"guards"_s,    u"defends"_s, u"greets"_s};
         static const QRegularExpression behind(
-            uR"(\G(?:, (?:left|right|center|top|bottom|rear|foreground|background)\b| of (?=\p{Lu})))"_s);
+            uR"(\G(?:, (?:left|right|center|top|bottom|rear|foreground|background)\b| of (?:the )?(?=\p{Lu})))"_s);
         if (behind.match(m_caption, m_words.at(run.last).to).hasMatch()) {
             return true;
         }

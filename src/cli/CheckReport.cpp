@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CheckReport.h"
 
+#include "cli/TerminalText.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -46,7 +48,7 @@ QString checkText(const CheckedFile& file) {
     for (const Finding& finding : file.findings) {
         text += findingLine(finding, file.caption);
     }
-    return text;
+    return printable(text);
 }
 
 QString checkJson(const CheckedFile& file) {

@@ -5,6 +5,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/FilesCommand.h"
 #include "cli/FolderCommand.h"
+#include "cli/JournalCommand.h"
 #include "cli/KeyCommand.h"
 #include "cli/Options.h"
 #include "cli/WatchCommand.h"
@@ -39,6 +40,9 @@ int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoin
         return clearKey(defaultsPath, output, errors);
     case Options::Command::check:
         return runCheckCommand(parsed.options, folders, endpoints);
+    case Options::Command::undo:
+    case Options::Command::forget:
+        return runJournalCommand(parsed.options, folders, endpoints);
     case Options::Command::captionFolder:
         return runFolderCommand(parsed.options, folders, endpoints);
     case Options::Command::watchFolder:

@@ -56,7 +56,7 @@ QString CommandProgram::missingConfiguration() const {
     if (!options.into.isEmpty() && !QFileInfo(options.into).isDir()) {
         return u"The folder %1 cannot be made."_s.arg(options.into);
     }
-    if (changesNothing()) {
+    if (asksNoModel()) {
         return {}; // nothing is sent, and a roster may be in the ingest folder
     }
     if (apiKey(defaults).isEmpty()) {
@@ -91,12 +91,20 @@ QStringList CommandProgram::lastFailed() const {
     return files;
 }
 
-bool CommandProgram::changesNothing() const {
-    return options.command == Options::Command::showPrompt || options.command == Options::Command::check;
+bool CommandProgram::asksNoModel() const {
+    switch (options.command) {
+    case Options::Command::showPrompt:
+    case Options::Command::check:
+    case Options::Command::undo:
+    case Options::Command::forget:
+        return true;
+    default:
+        return false;
+    }
 }
 
 void CommandProgram::rememberFailed() {
-    if (changesNothing()) {
+    if (asksNoModel()) {
         return;
     }
     constexpr qsizetype most = 10'000;

@@ -52,7 +52,7 @@ private:
     void takeIngestFolder(const QString& folder);
     void takeServer();
     void takeRosterOfFailed();
-    bool changesNothing() const;
+    bool asksNoModel() const;
     void rememberFailed();
     QCoro::Task<> passwordKnown();
     bool askForPassword();

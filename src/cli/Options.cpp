@@ -40,6 +40,8 @@ void addOptions(QCommandLineParser& parser) {
         {u"keep"_s, {}},
         {u"json"_s, {}},
         {u"verbose"_s, {}},
+        {u"last-run"_s, {}},
+        {u"before"_s, {}, u"day"_s},
         {u"clear"_s, {}},
         {u"show-prompt"_s, {}},
         {u"folder"_s, {}, u"dir"_s},
@@ -164,20 +166,51 @@ QString readRetryCommand(const QCommandLineParser& parser, Options& options) {
     return options.files.isEmpty() ? QString() : u"--retry-failed excludes files."_s;
 }
 
-/// check FILE...
-QString readCheckCommand(const QCommandLineParser& parser, Options& options) {
-    const QStringList allowed = {u"roster"_s, u"style"_s, u"json"_s, u"verbose"_s};
+/// What is wrong with options that the command does not take; empty if nothing is.
+QString refusedOption(const QCommandLineParser& parser, const QString& command, const QStringList& allowed) {
     for (const QString& name : parser.optionNames()) {
         if (!allowed.contains(name)) {
-            return u"\"check\" does not take --%1."_s.arg(name);
+            return u"\"%1\" does not take --%2."_s.arg(command, name);
         }
     }
-    options.command = Options::Command::check;
-    options.files.removeFirst();
-    return options.files.isEmpty() ? u"No file was given."_s : QString();
+    return {};
 }
 
-/// `key` or `check` as the first word is a command; a file of that name can be given as ./key.
+/// check FILE...
+QString readCheckCommand(const QCommandLineParser& parser, Options& options) {
+    options.command = Options::Command::check;
+    options.files.removeFirst();
+    const QString refused =
+        refusedOption(parser, u"check"_s, {u"roster"_s, u"style"_s, u"json"_s, u"verbose"_s});
+    return refused.isEmpty() && options.files.isEmpty() ? u"No file was given."_s : refused;
+}
+
+/// undo FILE... and undo --last-run
+QString readUndoCommand(const QCommandLineParser& parser, Options& options) {
+    options.command = Options::Command::undo;
+    options.files.removeFirst();
+    options.isLastRun = parser.isSet(u"last-run"_s);
+    const QString refused = refusedOption(parser, u"undo"_s, {u"last-run"_s, u"json"_s, u"verbose"_s});
+    if (!refused.isEmpty()) {
+        return refused;
+    }
+    return options.isLastRun != options.files.isEmpty() ? u"Name files to \"undo\", or --last-run."_s
+                                                        : QString();
+}
+
+/// forget --before DATE
+QString readForgetCommand(const QCommandLineParser& parser, Options& options) {
+    options.command = Options::Command::forget;
+    const QString refused = refusedOption(parser, u"forget"_s, {u"before"_s});
+    if (!refused.isEmpty() || options.files.size() > 1) {
+        return refused.isEmpty() ? u"\"forget\" takes no files."_s : refused;
+    }
+    options.before = QDate::fromString(parser.value(u"before"_s), Qt::ISODate).startOfDay();
+    return options.before.isValid() ? QString() : u"Name a day: forget --before 2026-01-31"_s;
+}
+
+/// `key`, `check`, `undo` or `forget` as the first word is a command; a file of that name can be given as
+/// ./key.
 QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
     const bool clear = parser.isSet(u"clear"_s);
@@ -193,6 +226,15 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
     }
     if (options.files.value(0) == u"check") {
         return readCheckCommand(parser, options);
+    }
+    if (options.files.value(0) == u"undo") {
+        return readUndoCommand(parser, options);
+    }
+    if (options.files.value(0) == u"forget") {
+        return readForgetCommand(parser, options);
+    }
+    if (parser.isSet(u"last-run"_s) || parser.isSet(u"before"_s)) {
+        return u"--last-run belongs to \"undo\", --before to \"forget\"."_s;
     }
     if (clear) {
         return u"--clear belongs to \"key\"."_s;
@@ -253,6 +295,8 @@ QString helpText() {
            "  or:  ostrelle-caption [options] --server ftp://USER@HOST/PATH --into DIR [--download-all]\n"
            "  or:  ostrelle-caption [options] --retry-failed\n"
            "  or:  ostrelle-caption check [options] FILE...\n"
+           "  or:  ostrelle-caption undo FILE... | --last-run\n"
+           "  or:  ostrelle-caption forget --before DAY\n"
            "  or:  ostrelle-caption key [--clear]\n"
            "\n"
            "Writes a caption into the XMP sidecar of each RAW image and into each JPEG.\n"
@@ -292,6 +336,13 @@ QString helpText() {
            "does not fit the roster (--roster), the file's own metadata or the style (--style). It sends "
            "and\n"
            "changes nothing. Its exit status is 1 when it finds something.\n"
+           "\n"
+           "ostrelle-caption undo puts back the captions that the files had before this program or the "
+           "window\n"
+           "wrote theirs, for the files or with --last-run for all of the last run. A caption that somebody "
+           "has\n"
+           "changed since stays. Captions are remembered for 90 days; ostrelle-caption forget --before\n"
+           "2026-01-31 forgets what is older than that day.\n"
            "\n"
            "ostrelle-caption key stores the API key that it reads from standard input; with --clear it\n"
            "forgets the stored one.\n"

@@ -5,6 +5,7 @@
 #include "core/Sport.h"
 #include "pipeline/FolderSource.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -18,6 +19,8 @@ struct Options {
         caption,
         showPrompt,
         check,
+        undo,
+        forget,
         captionFolder,
         watchFolder,
         watchServer,
@@ -45,6 +48,8 @@ struct Options {
     Overwrite overwrite = Overwrite::asSet;
     bool json = false;
     bool verbose = false;
+    bool isLastRun = false; ///< undo all of the last run, instead of files
+    QDateTime before;       ///< forget what is older
 };
 
 /// The options, or an error.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/ReportPrinter.h"
 
+#include "cli/TerminalText.h"
 #include "core/Text.h"
 
 #include <QFileInfo>
@@ -24,16 +25,6 @@ QString outcomeWord(OutcomeKind kind) {
 
 QString detail(const QString& label, const QString& text) {
     return u"\n  %1%2"_s.arg(label.leftJustified(11), text);
-}
-
-/// Captions and names come from others, so control characters that a terminal would obey become a mark.
-QString printable(QString text) {
-    for (QChar& character : text) {
-        if (character.category() == QChar::Other_Control && character != u'\n') {
-            character = QChar::ReplacementCharacter;
-        }
-    }
-    return text;
 }
 
 QJsonValue textOrNull(const std::optional<QString>& text) {

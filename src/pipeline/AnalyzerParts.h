@@ -19,6 +19,8 @@
 #include "state/SettingsStore.h"
 #include "state/UsageTracker.h"
 
+#include "journal/Journal.h"
+
 namespace ostrelle {
 
 /// What the caption pipeline works with. All of it must outlive the pipeline.
@@ -40,6 +42,7 @@ struct AnalyzerParts {
     CaptionTurns& turns;
     FolderThreads& threads;
     ImageClaims& claims;
+    Journal& journal;
 };
 
 } // namespace ostrelle

@@ -42,6 +42,7 @@ QCoro::Task<RunTally> CaptionRun::execute(RunSource* source) {
 }
 
 QCoro::Task<RunTally> CaptionRun::captionInTurn(RunSource* source) {
+    m_parts.journal.beginRun();
     const auto turn = co_await m_parts.turns.runTurn();
     if (!turn) {
         co_return RunTally{.ending = Ending::interrupted, .images = {}};

@@ -5,6 +5,7 @@
 #include "metadata/ImageMetadata.h"
 #include "metadata/facts/OvertakenError.h"
 #include "pipeline/FolderWork.h"
+#include "pipeline/PromptComposition.h"
 
 #include <QFileInfo>
 
@@ -94,6 +95,21 @@ private:
     std::optional<QString> m_before;
 };
 
+JournalEntry journalEntry(const AnalyzerParts& parts, const PreparedImage& image, const QString& caption) {
+    JournalEntry entry;
+    entry.file = QFileInfo(image.file).absoluteFilePath();
+    if (const std::optional<FileStamp>& stamp = image.source.picture.stamp) {
+        entry.size = stamp->size;
+        entry.inode = static_cast<qint64>(stamp->number);
+    }
+    entry.before = image.source.facts.caption;
+    entry.after = caption;
+    entry.style = rawValue(parts.settings.captionStyle());
+    entry.sport = rawValue(parts.settings.sport());
+    entry.model = captionModel;
+    return entry;
+}
+
 } // namespace
 
 std::optional<QString> acceptReply(CaptionPath path, const QString& reply, const PreparedImage& image,
@@ -120,10 +136,13 @@ QCoro::Task<WrittenCaption> writeCaption(AnalyzerParts parts, CaptionPath path, 
     const ScopedAccess folderAccess(parts.access, QFileInfo(image.file).path());
     WriteLog lines(parts.log, path, image);
     lines.begin(caption, fileAccess, folderAccess);
+    const std::optional<qint64> entry = co_await parts.journal.begin(journalEntry(parts, image, caption));
     auto write = [image, caption](PlainLog& log) {
         return ImageMetadata(image.file).writeCaption(caption, image.source, log);
     };
     const auto written = co_await attempt(onThreadOf(parts.threads, image.file, parts.log.console(), write));
+    const auto state = written ? JournalEntry::State::written : JournalEntry::State::failed;
+    parts.journal.end(entry, state, written ? written->image : std::nullopt);
     if (!written) {
         if (!written.failureAs<OvertakenError>()) {
             lines.fail(written.words());

@@ -23,6 +23,7 @@ CaptionProgram::CaptionProgram(const ProgramSurroundings& given)
     , notifications(given.notificationCenter, given.console)
     , log(given.folders.data, given.console, clock)
     , previews(given.folders.data + u"/OpenAI_Previews"_s)
+    , journal(given.folders.data + u"/Journal.sqlite"_s, clock, given.errors)
     , keychain(given.secrets, given.errors)
     , settings(given.settingsDefaults, keychain, references, given.console)
     , status(given.defaults, clock)
@@ -144,7 +145,8 @@ AnalyzerParts CaptionProgram::analyzerParts() {
             .clock = clock,
             .turns = turns,
             .threads = threads,
-            .claims = claims};
+            .claims = claims,
+            .journal = journal};
 }
 
 QCoro::Task<> CaptionProgram::finishWork() {
@@ -155,6 +157,7 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await server.finished();
     co_await turns.idle();
     co_await prompts.finishPending();
+    co_await journal.finished();
     co_await endsWithin(settings.pathsSettled(), clock, sharePatience);
     co_await finishKeychain();
     co_await m_given.defaults.finished(); // last, as the work above has changed counters

@@ -70,6 +70,7 @@ public:
     NotificationManager notifications;
     AnalyzerLog log;
     PreviewCopies previews;
+    Journal journal;
     KeychainHelper keychain;
     SettingsStore settings;
     StatusStore status;

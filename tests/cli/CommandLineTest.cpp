@@ -185,6 +185,28 @@ TEST_F(CommandLineTest, CaptionsThatFilesHoldAreCheckedAgainstTheirRosterWithout
     EXPECT_EQ(contentsOf(folder.filePath(u"wrong.xmp"_s)), before);
 }
 
+TEST_F(CommandLineTest, CaptionsOfTheLastRunAreTakenBackAndForgotten) {
+    storeKey();
+    const QStringList images = {rawImage(u"a.dng"_s), rawImage(u"b.dng"_s)};
+    EXPECT_EQ(run({u"undo"_s, images[0]}).output, u"unknown  a.dng: The journal has no caption for it.\n"_s);
+    EXPECT_EQ(run(QStringList{u"--roster"_s, roster()} + images).status, 0);
+    const Result undone = run({u"undo"_s, u"--last-run"_s, u"--json"_s});
+    EXPECT_EQ(undone.status, 0);
+    EXPECT_EQ(undone.output.count(u"\"outcome\":\"undone\""_s), 2);
+    EXPECT_EQ(run({u"check"_s, images[1]}).output, u"b.dng:\n  Empty: There is no caption.\n"_s);
+    EXPECT_EQ(run({u"undo"_s, u"--last-run"_s}).status, 1); // nothing is left to take back
+
+    const QString tomorrow = QDate::currentDate().addDays(1).toString(Qt::ISODate);
+    EXPECT_EQ(run({u"forget"_s, u"--before"_s, tomorrow}).output, u"Forgot 2 captions.\n"_s);
+    EXPECT_EQ(run({u"undo"_s, images[1]}).status, 1);
+    for (const QStringList& wrong : {QStringList{u"undo"_s},
+                                     {u"undo"_s, u"--last-run"_s, images[0]},
+                                     {u"forget"_s},
+                                     {u"forget"_s, u"--before"_s, u"soon"_s}}) {
+        EXPECT_EQ(run(wrong).status, 2) << wrong.join(u' ').toStdString();
+    }
+}
+
 TEST(ProgressBar, FitsItsLine) {
     EXPECT_EQ(progressLine(0, u"a.dng"_s, 80), u"[--------------------]  a.dng"_s);
     EXPECT_EQ(progressLine(0.75, u"a.dng"_s, 80), u"[###############-----]  a.dng"_s);

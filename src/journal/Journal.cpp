@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "journal/Journal.h"
+
+#include "core/Attempt.h"
+#include "core/OnThreadPool.h"
+#include "platform/Patience.h"
+
+#include <QCoreApplication>
+#include <QUuid>
+#include <utility>
+
+namespace ostrelle {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// How long a caption waits for its entry.
+constexpr std::chrono::seconds patience(2);
+
+} // namespace
+
+/// The database, opened when it is first needed.
+struct Journal::Connection {
+    std::unique_ptr<JournalDatabase> database;
+
+    /// Returns a notice for the user, if there is one.
+    QString open(const QString& file, const QDateTime& oldest) {
+        if (database) {
+            return {};
+        }
+        database = std::make_unique<JournalDatabase>(file);
+        database->forget(oldest);
+        return database->notice();
+    }
+};
+
+Journal::Journal(QString file, Clock& clock, PlainLog& log)
+    : m_file(std::move(file)), m_clock(clock), m_log(log), m_connection(std::make_shared<Connection>()) {
+    m_thread->setMaxThreadCount(1);
+    m_thread->setExpiryTimeout(-1); // a connection belongs to its thread
+    beginRun();
+}
+
+/// A hanging thread is left behind, so that it cannot keep the program from ending.
+Journal::~Journal() {
+    constexpr int longestEnd = 3000; // milliseconds
+    m_thread->start([connection = m_connection] { connection->database.reset(); });
+    if (!m_thread->waitForDone(longestEnd)) {
+        static_cast<void>(m_thread.release());
+    }
+}
+
+void Journal::beginRun() {
+    m_run = QUuid::createUuid().toString(QUuid::WithoutBraces);
+}
+
+template <typename Answer>
+QCoro::Task<Answer> Journal::ask(std::function<Answer(JournalDatabase&)> question) {
+    const QDateTime oldest = m_clock.now().addDays(-usualAge.count());
+    struct Told {
+        Answer answer;
+        QString notice;
+    };
+    auto work = [connection = m_connection, file = m_file, oldest, question]() -> Told {
+        const QString notice = connection->open(file, oldest);
+        return {.answer = question(*connection->database), .notice = notice};
+    };
+    const std::weak_ptr<const bool> life = m_life;
+    const auto told = co_await attempt(onThreadPool(m_thread.get(), work));
+    if (life.expired()) {
+        throw JournalError(u"The program ends."_s);
+    }
+    if (!told) {
+        tell(u"The journal of captions cannot be used: %1"_s.arg(told.words()));
+        told.rethrow();
+    }
+    tell(told->notice);
+    co_return told->answer;
+}
+
+void Journal::tell(const QString& notice) {
+    if (!notice.isEmpty() && notice != m_trouble) {
+        m_log.print(u"[Journal] "_s + notice);
+        m_trouble = notice;
+    }
+}
+
+QCoro::Task<std::optional<qint64>> Journal::begin(JournalEntry entry) {
+    entry.run = m_run;
+    entry.at = m_clock.now().toUTC();
+    entry.process = QCoreApplication::applicationPid();
+    const auto id = std::make_shared<std::optional<qint64>>();
+    const std::weak_ptr<const bool> life = m_life;
+    if (!m_isHanging) {
+        const bool isAnswered = co_await endsWithin(keep(entry, id), m_clock, patience);
+        if (!life.expired()) {
+            m_isHanging = !isAnswered;
+        }
+    }
+    co_return *id;
+}
+
+QCoro::Task<> Journal::keep(JournalEntry entry, std::shared_ptr<std::optional<qint64>> id) {
+    const auto kept =
+        co_await attempt(ask<qint64>([entry](JournalDatabase& database) { return database.insert(entry); }));
+    if (kept) {
+        *id = *kept;
+    }
+    m_isHanging = false;
+}
+
+QCoro::Task<> Journal::end(std::optional<qint64> id, JournalEntry::State state,
+                           std::optional<FileStamp> image) {
+    if (id) {
+        co_await attempt(ask<bool>([id = *id, state, image](JournalDatabase& database) {
+            database.setState(id, state);
+            if (image) {
+                database.setPicture(id, image->size, static_cast<qint64>(image->number));
+            }
+            return true;
+        }));
+    }
+}
+
+QCoro::Task<> Journal::finished() {
+    co_await endsWithin(lastAnswer(), m_clock, patience);
+}
+
+QCoro::Task<> Journal::lastAnswer() {
+    if (!m_isHanging) {
+        co_await onThreadPool(m_thread.get(), [] {});
+    }
+}
+
+QCoro::Task<std::optional<JournalEntry>> Journal::newestOf(QString file) {
+    return ask<std::optional<JournalEntry>>(
+        [file](JournalDatabase& database) { return database.newestOf(file); });
+}
+
+QCoro::Task<QList<JournalEntry>> Journal::newestLike(qint64 size, qint64 inode) {
+    return ask<QList<JournalEntry>>(
+        [size, inode](JournalDatabase& database) { return database.newestLike(size, inode); });
+}
+
+QCoro::Task<QList<JournalEntry>> Journal::newestRun() {
+    return ask<QList<JournalEntry>>([](JournalDatabase& database) { return database.newestRun(); });
+}
+
+QCoro::Task<QList<JournalEntry>> Journal::unsettled() {
+    return ask<QList<JournalEntry>>([](JournalDatabase& database) { return database.unsettled(); });
+}
+
+QCoro::Task<qint64> Journal::forget(QDateTime before) {
+    return ask<qint64>([before](JournalDatabase& database) { return database.forget(before); });
+}
+
+} // namespace ostrelle

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Error.h"
+
+#include <QList>
+#include <QSqlDatabase>
+#include <QString>
+#include <optional>
+
+#include "journal/JournalEntry.h"
+
+class QSqlQuery;
+
+namespace ostrelle {
+
+/// The journal cannot be read or written.
+class JournalError : public Error {
+public:
+    using Error::Error;
+};
+
+/// The journal's SQLite file. For the one thread that opened it. Each operation throws JournalError; a locked
+/// file is waited for up to two seconds. Several programs may use one file.
+class JournalDatabase {
+public:
+    /// Changed when a later program could not read what this one writes.
+    static constexpr int version = 1;
+
+    /// Opens the file, or makes it with mode 0600. One that is damaged is renamed first, and `notice` tells
+    /// so. Also throws for one of a newer version, which stays as it is.
+    explicit JournalDatabase(const QString& file);
+    ~JournalDatabase();
+    JournalDatabase(const JournalDatabase&) = delete;
+    JournalDatabase& operator=(const JournalDatabase&) = delete;
+
+    /// Returns its id.
+    qint64 insert(const JournalEntry& entry);
+    void setState(qint64 id, JournalEntry::State state);
+    /// What the image file looks like now, to find it by when it is renamed.
+    void setPicture(qint64 id, qint64 size, qint64 inode);
+
+    /// The newest entry of the image; nothing if there is none.
+    std::optional<JournalEntry> newestOf(const QString& file);
+    /// The newest entry of each image with the size and the inode, wherever it was.
+    QList<JournalEntry> newestLike(qint64 size, qint64 inode);
+    /// The entries of the newest run with a written caption, in their order.
+    QList<JournalEntry> newestRun();
+    /// The entries that were being written.
+    QList<JournalEntry> unsettled();
+    /// Removes what is older, for good. Returns how many entries.
+    qint64 forget(const QDateTime& before);
+
+    const QString& notice() const { return m_notice; }
+
+private:
+    void open(const QString& file);
+    void close();
+    QSqlQuery run(const QString& statement, const QVariantList& values = {});
+    QList<JournalEntry> entries(const QString& condition, const QVariantList& values = {});
+
+    QSqlDatabase m_database;
+    QString m_notice;
+};
+
+} // namespace ostrelle
