@@ -85,6 +85,7 @@ private:
         }
         if (files.isEmpty()) {
             m_program.errors.print(u"There is no run whose captions could be taken back."_s);
+            co_return false;
         }
         bool isAllUndone = true;
         for (const QString& file : std::as_const(files)) {
