@@ -8,15 +8,16 @@ _ostrelle_caption() {
       mapfile -t COMPREPLY < <(compgen -W "baseball basketball crossCountry football horseRacing lacrosse soccer \
         softball trackAndField volleyball" -- "$current")
       ;;
-    --server | --certificate | --before) ;;
+    --server | --certificate | --before | --day) ;;
     *)
       if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "--folder --only-new --watch --retry-failed --server --into \
           --download-all --password-stdin --tls --certificate --style --sport --roster --overwrite --keep --json \
-          --show-prompt --verbose --help --version --clear --last-run --before" -- "$current")
+          --show-prompt --verbose --help --version --clear --last-run --before \
+          --day --html" -- "$current")
       else
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
-        [[ $COMP_CWORD -ne 1 ]] || COMPREPLY+=($(compgen -W "check forget key undo" -- "$current"))
+        [[ $COMP_CWORD -ne 1 ]] || COMPREPLY+=($(compgen -W "check forget key report undo" -- "$current"))
       fi
       ;;
   esac

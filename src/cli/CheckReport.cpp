@@ -51,6 +51,10 @@ QString checkText(const CheckedFile& file) {
     return printable(text);
 }
 
+QString withoutRosterWords() {
+    return u"There is no roster to use, so names and numbers are not checked. Name one with: --roster FILE"_s;
+}
+
 QString checkJson(const CheckedFile& file) {
     QJsonObject json{{u"file"_s, file.file}};
     if (!file.error.isEmpty()) {

@@ -8,6 +8,7 @@
 #include "cli/JournalCommand.h"
 #include "cli/KeyCommand.h"
 #include "cli/Options.h"
+#include "cli/ReportCommand.h"
 #include "cli/WatchCommand.h"
 #include "platform/ConsoleLog.h"
 #include "product/AppFolders.h"
@@ -40,6 +41,8 @@ int runCommandLine(const QStringList& arguments, const ServiceEndpoints& endpoin
         return clearKey(defaultsPath, output, errors);
     case Options::Command::check:
         return runCheckCommand(parsed.options, folders, endpoints);
+    case Options::Command::report:
+        return runReportCommand(parsed.options, folders, endpoints);
     case Options::Command::undo:
     case Options::Command::forget:
         return runJournalCommand(parsed.options, folders, endpoints);

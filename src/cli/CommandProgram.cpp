@@ -97,6 +97,7 @@ bool CommandProgram::asksNoModel() const {
     case Options::Command::check:
     case Options::Command::undo:
     case Options::Command::forget:
+    case Options::Command::report:
         return true;
     default:
         return false;

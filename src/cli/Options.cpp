@@ -41,6 +41,8 @@ void addOptions(QCommandLineParser& parser) {
         {u"json"_s, {}},
         {u"verbose"_s, {}},
         {u"last-run"_s, {}},
+        {u"day"_s, {}, u"day"_s},
+        {u"html"_s, {}, u"file"_s},
         {u"before"_s, {}, u"day"_s},
         {u"clear"_s, {}},
         {u"show-prompt"_s, {}},
@@ -198,6 +200,33 @@ QString readUndoCommand(const QCommandLineParser& parser, Options& options) {
                                                         : QString();
 }
 
+/// report --html FILE, of files, a folder, a day or the last run
+QString readReportCommand(const QCommandLineParser& parser, Options& options) {
+    options.command = Options::Command::report;
+    options.files.removeFirst();
+    const QString refused = refusedOption(
+        parser, u"report"_s,
+        {u"html"_s, u"last-run"_s, u"day"_s, u"folder"_s, u"roster"_s, u"style"_s, u"verbose"_s});
+    if (!refused.isEmpty()) {
+        return refused;
+    }
+    options.isLastRun = parser.isSet(u"last-run"_s);
+    options.day = QDate::fromString(parser.value(u"day"_s), Qt::ISODate);
+    if (parser.isSet(u"folder"_s)) {
+        options.folder = parser.value(u"folder"_s);
+    }
+    options.html = parser.value(u"html"_s);
+    if (parser.isSet(u"day"_s) && !options.day.isValid()) {
+        return u"Name a day: report --day 2026-01-31"_s;
+    }
+    const int sources = (options.files.isEmpty() ? 0 : 1) + (options.isLastRun ? 1 : 0) +
+                        (options.day.isValid() ? 1 : 0) + (options.folder ? 1 : 0);
+    if (sources != 1) {
+        return u"Name files to \"report\", or one of --last-run, --day and --folder."_s;
+    }
+    return options.html.isEmpty() ? u"Name the page that \"report\" writes: --html FILE"_s : QString();
+}
+
 /// forget --before DATE
 QString readForgetCommand(const QCommandLineParser& parser, Options& options) {
     options.command = Options::Command::forget;
@@ -209,7 +238,8 @@ QString readForgetCommand(const QCommandLineParser& parser, Options& options) {
     return options.before.isValid() ? QString() : u"Name a day: forget --before 2026-01-31"_s;
 }
 
-/// `key`, `check`, `undo` or `forget` as the first word is a command; a file of that name can be given as
+/// `key`, `check`, `report`, `undo` or `forget` as the first word is a command; a file of that name can be
+/// given as
 /// ./key.
 QString readCommand(const QCommandLineParser& parser, Options& options) {
     options.files = parser.positionalArguments();
@@ -230,11 +260,17 @@ QString readCommand(const QCommandLineParser& parser, Options& options) {
     if (options.files.value(0) == u"undo") {
         return readUndoCommand(parser, options);
     }
+    if (options.files.value(0) == u"report") {
+        return readReportCommand(parser, options);
+    }
     if (options.files.value(0) == u"forget") {
         return readForgetCommand(parser, options);
     }
-    if (parser.isSet(u"last-run"_s) || parser.isSet(u"before"_s)) {
-        return u"--last-run belongs to \"undo\", --before to \"forget\"."_s;
+    if (parser.isSet(u"last-run"_s) || parser.isSet(u"day"_s) || parser.isSet(u"html"_s)) {
+        return u"--last-run belongs to \"undo\" and \"report\", --day and --html to \"report\"."_s;
+    }
+    if (parser.isSet(u"before"_s)) {
+        return u"--before belongs to \"forget\"."_s;
     }
     if (clear) {
         return u"--clear belongs to \"key\"."_s;
@@ -295,6 +331,7 @@ QString helpText() {
            "  or:  ostrelle-caption [options] --server ftp://USER@HOST/PATH --into DIR [--download-all]\n"
            "  or:  ostrelle-caption [options] --retry-failed\n"
            "  or:  ostrelle-caption check [options] FILE...\n"
+           "  or:  ostrelle-caption report FILE... | --last-run | --day DAY | --folder DIR --html FILE\n"
            "  or:  ostrelle-caption undo FILE... | --last-run\n"
            "  or:  ostrelle-caption forget --before DAY\n"
            "  or:  ostrelle-caption key [--clear]\n"
@@ -336,6 +373,10 @@ QString helpText() {
            "does not fit the roster (--roster), the file's own metadata or the style (--style). It sends "
            "and\n"
            "changes nothing. Its exit status is 1 when it finds something.\n"
+           "\n"
+           "ostrelle-caption report writes an HTML page with the pictures, their captions and what the "
+           "checks find:\n"
+           "of files, of a folder, of all that was captioned on a day, or of the last run.\n"
            "\n"
            "ostrelle-caption undo puts back the captions that the files had before this program or the "
            "window\n"

@@ -21,6 +21,7 @@ struct Options {
         check,
         undo,
         forget,
+        report,
         captionFolder,
         watchFolder,
         watchServer,
@@ -48,7 +49,9 @@ struct Options {
     Overwrite overwrite = Overwrite::asSet;
     bool json = false;
     bool verbose = false;
-    bool isLastRun = false; ///< undo all of the last run, instead of files
+    bool isLastRun = false; ///< undo or report all of the last run, instead of files
+    QDate day;              ///< report what was captioned on it
+    QString html;           ///< where the report goes
     QDateTime before;       ///< forget what is older
 };
 

@@ -147,6 +147,11 @@ QCoro::Task<QList<JournalEntry>> Journal::newestRun() {
     return ask<QList<JournalEntry>>([](JournalDatabase& database) { return database.newestRun(); });
 }
 
+QCoro::Task<QList<JournalEntry>> Journal::between(QDateTime from, QDateTime to) {
+    return ask<QList<JournalEntry>>(
+        [from, to](JournalDatabase& database) { return database.between(from, to); });
+}
+
 QCoro::Task<QList<JournalEntry>> Journal::unsettled() {
     return ask<QList<JournalEntry>>([](JournalDatabase& database) { return database.unsettled(); });
 }

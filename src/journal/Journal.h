@@ -50,6 +50,7 @@ public:
     QCoro::Task<std::optional<JournalEntry>> newestOf(QString file);
     QCoro::Task<QList<JournalEntry>> newestLike(qint64 size, qint64 inode);
     QCoro::Task<QList<JournalEntry>> newestRun();
+    QCoro::Task<QList<JournalEntry>> between(QDateTime from, QDateTime to);
     QCoro::Task<QList<JournalEntry>> unsettled();
     QCoro::Task<qint64> forget(QDateTime before);
 

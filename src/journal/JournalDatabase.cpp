@@ -211,6 +211,11 @@ QList<JournalEntry> JournalDatabase::newestRun() {
                    "AND state <> 'failed' ORDER BY id"_s);
 }
 
+QList<JournalEntry> JournalDatabase::between(const QDateTime& from, const QDateTime& to) {
+    return entries(u"at >= ? AND at < ? AND state <> 'failed' ORDER BY id"_s,
+                   {from.toMSecsSinceEpoch(), to.toMSecsSinceEpoch()});
+}
+
 QList<JournalEntry> JournalDatabase::unsettled() {
     return entries(u"state = 'writing' ORDER BY id"_s);
 }

@@ -46,6 +46,8 @@ public:
     QList<JournalEntry> newestLike(qint64 size, qint64 inode);
     /// The entries of the newest run with a written caption, in their order.
     QList<JournalEntry> newestRun();
+    /// The entries of that time with a written caption, in their order.
+    QList<JournalEntry> between(const QDateTime& from, const QDateTime& to);
     /// The entries that were being written.
     QList<JournalEntry> unsettled();
     /// Removes what is older, for good. Returns how many entries.
