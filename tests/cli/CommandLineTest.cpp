@@ -196,13 +196,23 @@ TEST_F(CommandLineTest, CaptionsOfTheLastRunAreTakenBackAndForgotten) {
     EXPECT_EQ(run({u"check"_s, images[1]}).output, u"b.dng:\n  Empty: There is no caption.\n"_s);
     EXPECT_EQ(run({u"undo"_s, u"--last-run"_s}).status, 1); // nothing is left to take back
 
+    const QString today = QDate::currentDate().toString(Qt::ISODate);
+    for (const QStringList& of :
+         {QStringList{u"--last-run"_s}, {u"--day"_s, today}, {u"--folder"_s, u"."_s}, images}) {
+        EXPECT_EQ(run(QStringList{u"report"_s, u"--html"_s, u"sheet.html"_s} + of).status, 0);
+        EXPECT_EQ(contentsOf(folder.filePath(u"sheet.html"_s)).count("<img "), 2) << of.first().toStdString();
+    }
+    EXPECT_EQ(run({u"report"_s, u"--folder"_s, u"."_s, u"--html"_s, u"none/sheet.html"_s}).status, 1);
+
     const QString tomorrow = QDate::currentDate().addDays(1).toString(Qt::ISODate);
     EXPECT_EQ(run({u"forget"_s, u"--before"_s, tomorrow}).output, u"Forgot 2 captions.\n"_s);
     EXPECT_EQ(run({u"undo"_s, images[1]}).status, 1);
     for (const QStringList& wrong : {QStringList{u"undo"_s},
                                      {u"undo"_s, u"--last-run"_s, images[0]},
                                      {u"forget"_s},
-                                     {u"forget"_s, u"--before"_s, u"soon"_s}}) {
+                                     {u"forget"_s, u"--before"_s, u"soon"_s},
+                                     {u"report"_s, images[0]},
+                                     {u"report"_s, u"--last-run"_s, images[0], u"--html"_s, u"x"_s}}) {
         EXPECT_EQ(run(wrong).status, 2) << wrong.join(u' ').toStdString();
     }
 }
