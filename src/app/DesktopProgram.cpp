@@ -55,6 +55,7 @@ DesktopProgram::DesktopProgram(const AppFolders& folders, const ServiceEndpoints
                          m_delegate.applicationShouldHandleReopen({.activationToken = token});
                      });
     QObject::connect(&m_sessionEnd, &SessionEnd::ending, &m_delegate, [this] { endWithSession(); });
+    m_tasks.spawn(forgetOld(*this));
 }
 
 ShellParts DesktopProgram::shellParts() {
@@ -87,6 +88,11 @@ ShellParts DesktopProgram::shellParts() {
             .hasTray = &QSystemTrayIcon::isSystemTrayAvailable};
 }
 
+QCoro::Task<> DesktopProgram::forgetOld(DesktopProgram& program) {
+    const QDateTime oldest = program.m_clock.now().addDays(-Journal::usualAge.count());
+    co_await program.m_captions.forget(oldest);
+}
+
 void DesktopProgram::endWithSession() {
     m_isSessionEnding = true;
     if (!m_isQuitting) {
@@ -116,6 +122,7 @@ void DesktopProgram::quit() {
 }
 
 QCoro::Task<> DesktopProgram::finish(DesktopProgram& program) {
+    co_await program.m_tasks.finished();
     co_await program.m_captions.finishWork();
     co_await program.m_delegate.finished();
     co_await program.m_defaults.finished(); // which these may have changed

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/SessionEnd.h"
+#include "core/TaskGroup.h"
 #include "platform/ConsoleLog.h"
 #include "platform/DesktopNotificationCenter.h"
 #include "platform/DesktopSecretStore.h"
@@ -40,6 +41,7 @@ public:
 
 private:
     ShellParts shellParts();
+    static QCoro::Task<> forgetOld(DesktopProgram& program);
     static QCoro::Task<> finish(DesktopProgram& program);
 
     ConsoleLog m_console;
@@ -61,6 +63,8 @@ private:
     AppDelegate m_delegate;
     SessionEnd m_sessionEnd{m_captions.status};
     std::function<void()> m_ending;
+    TaskGroup m_tasks{
+        [this](const QString& words) { m_errors.print(QStringLiteral("ostrelle-captions: ") + words); }};
     bool m_isQuitting = false;
     bool m_isSessionEnding = false;
 };

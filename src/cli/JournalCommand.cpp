@@ -73,7 +73,7 @@ public:
 
 private:
     QCoro::Task<bool> forget() {
-        const qint64 count = co_await m_program.captions.journal.forget(m_program.options.before);
+        const qint64 count = co_await m_program.captions.forget(m_program.options.before);
         m_program.output.print(u"Forgot %1 caption%2."_s.arg(QString::number(count), plural(count)));
         co_return true;
     }

@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 
 #include <QFile>
+#include <algorithm>
 #include <utility>
 
 namespace ostrelle {
@@ -17,6 +18,32 @@ AnalyzerLog::AnalyzerLog(QString folder, PlainLog& console, const Clock& clock)
 
 QString AnalyzerLog::path() const {
     return m_folder + u"/Analyzer.log"_s;
+}
+
+void AnalyzerLog::forget(const QString& path, const QDateTime& before) {
+    constexpr qint64 mostBytes = qint64{256} * 1024 * 1024;
+    constexpr qsizetype stampLength = 20; // "2026-01-03T19:02:33Z"
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return; // there is none
+    }
+    const qint64 surplus = file.size() - mostBytes;
+    if (surplus > 0) {
+        file.seek(surplus);
+        file.readLine(); // which is cut
+    }
+    qint64 start = file.pos();
+    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine()) {
+        const auto moment = parseIso8601(QString::fromLatin1(line.first(std::min(line.size(), stampLength))));
+        if (moment && *moment >= before) {
+            break; // the lines are in the order of time; one without a time belongs to the one before
+        }
+        start = file.pos();
+    }
+    if (start > 0) {
+        file.seek(start);
+        replaceFile(path, file.readAll());
+    }
 }
 
 void AnalyzerLog::appendToLog(const QString& message) {

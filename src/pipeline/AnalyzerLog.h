@@ -4,12 +4,13 @@
 #include "platform/Clock.h"
 #include "platform/PlainLog.h"
 
+#include <QDateTime>
 #include <QString>
 
 namespace ostrelle {
 
-/// The pipeline's log: lines on the console, lines in the file Analyzer.log, or both. Nothing here throws: a
-/// caption must not be lost for a line about it.
+/// The pipeline's log: lines on the console, lines in the file Analyzer.log, or both. Nothing but forget()
+/// throws: a caption must not be lost for a line about it.
 class AnalyzerLog {
 public:
     /// `folder` holds Analyzer.log and is made when the first line is written. The references must outlive
@@ -24,6 +25,9 @@ public:
     void printAndAppend(const QString& message);
 
     QString path() const;
+    /// Removes the lines from before that time, and all but the last 256 MiB. A line that another program
+    /// appends at that very moment may be lost. For worker threads. Throws FileError.
+    static void forget(const QString& path, const QDateTime& before);
     PlainLog& console() { return m_console; }
 
 private:

@@ -3,6 +3,8 @@
 
 #include "platform/Files.h"
 
+#include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 
 namespace ostrelle {
@@ -16,6 +18,16 @@ QString PreviewCopies::path(const QString& imagePath) const {
 void PreviewCopies::save(const QByteArray& jpeg, const QString& imagePath) const {
     makeFolder(m_folder);
     replaceFile(path(imagePath), jpeg);
+}
+
+void PreviewCopies::forget(const QDateTime& before) const {
+    QDirIterator copies(m_folder, {u"*_preview.jpg"_s}, QDir::Files | QDir::Hidden);
+    while (copies.hasNext()) {
+        copies.next();
+        if (copies.fileInfo().lastModified() < before) {
+            QFile::remove(copies.filePath());
+        }
+    }
 }
 
 } // namespace ostrelle

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <utility>
 
@@ -16,6 +17,8 @@ public:
     QString path(const QString& imagePath) const;
     /// Writes the copy, over any earlier one of the same name. Safe on any thread. Throws FileError.
     void save(const QByteArray& jpeg, const QString& imagePath) const;
+    /// Removes the copies from before that time. Safe on any thread; what cannot be removed stays.
+    void forget(const QDateTime& before) const;
 
 private:
     QString m_folder;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "program/CaptionProgram.h"
 
+#include "core/OffMainThread.h"
 #include "pipeline/PromptComposition.h"
 #include "platform/Patience.h"
 
@@ -162,6 +163,15 @@ QCoro::Task<> CaptionProgram::finishWork() {
     co_await finishKeychain();
     co_await m_given.defaults.finished(); // last, as the work above has changed counters
     co_await m_given.settingsDefaults.finished();
+}
+
+QCoro::Task<qint64> CaptionProgram::forget(QDateTime before) {
+    auto remove = [logFile = log.path(), copies = previews, before] {
+        copies.forget(before);
+        AnalyzerLog::forget(logFile, before);
+    };
+    co_await offMainThread(remove);
+    co_return co_await journal.forget(before);
 }
 
 /// A keyring may ask the user first, who may have left; the program must end nevertheless.

@@ -58,6 +58,10 @@ public:
     /// paths and the password if a network share or the keyring does not answer in time.
     QCoro::Task<> finishWork();
 
+    /// Removes what is known of captions from before that time: entries of the journal, lines of the log and
+    /// copies of pictures. Returns how many captions the journal had. Throws JournalError or FileError.
+    QCoro::Task<qint64> forget(QDateTime before);
+
 private:
     const ProgramSurroundings m_given;
 

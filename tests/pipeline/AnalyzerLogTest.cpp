@@ -28,4 +28,25 @@ TEST_F(PipelineTest, ALogFolderThatCannotBeWrittenCostsALineOnTheConsoleForEachM
     setMode(locked, 0755);
 }
 
+TEST(AnalyzerLog, LinesFromBeforeATimeAreForgottenWithWhatBelongsToThem) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("Analyzer.log"));
+    const QByteArray kept = "2026-01-03T00:00:00Z new\nof it\n2026-01-02T23:00:00Z clock set back\n";
+    const struct {
+        const char* name;
+        QByteArray before;
+        QByteArray after;
+    } rows[] = {{"old and new", "2026-01-02T23:59:59Z old\nits second line\n" + kept, kept},
+                {"only new", kept, kept},
+                {"only old", "2026-01-01T00:00:00Z old\nwithout an end", ""},
+                {"empty", "", ""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        writeFile(path, row.before);
+        AnalyzerLog::forget(path, QDateTime(QDate(2026, 1, 3), QTime(0, 0), QTimeZone::utc()));
+        EXPECT_EQ(contentsOf(path), row.after);
+    }
+    AnalyzerLog::forget(folder.filePath(QStringLiteral("none.log")), QDateTime::currentDateTimeUtc());
+}
+
 } // namespace ostrelle
