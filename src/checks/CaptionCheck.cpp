@@ -17,6 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// In UTF-16 code units. Twice what IPTC has room for: something longer is no caption.
+constexpr qsizetype longestJudged = 4000;
+
 QString namesOf(const QList<RosterPlayer>& players) {
     QStringList names;
     for (const RosterPlayer& player : players) {
@@ -114,6 +117,9 @@ bool isOnlySmallDifference(const QString& left, const QString& right) {
 QList<Finding> checkCaption(const CheckedCaption& checked, const RosterNames& roster) {
     QList<Finding> findings = formFindings(checked);
     if (checked.caption.trimmed().isEmpty()) {
+        return findings;
+    }
+    if (checked.caption.size() > longestJudged) {
         return findings;
     }
     findings += nameFindings(checked, roster) + factFindings(checked, roster) + creditFindings(checked);

@@ -36,12 +36,12 @@ QString findingLine(const Finding& finding, const QString& caption) {
 
 QString checkText(const CheckedFile& file) {
     if (!file.error.isEmpty()) {
-        return u"%1: %2"_s.arg(file.file, file.error);
+        return u"%1: %2"_s.arg(printableName(file.file), file.error);
     }
     if (file.findings.isEmpty()) {
-        return u"%1: nothing found"_s.arg(file.file);
+        return u"%1: nothing found"_s.arg(printableName(file.file));
     }
-    QString text = file.file + u':';
+    QString text = printableName(file.file) + u':';
     if (!file.caption.trimmed().isEmpty()) {
         text += u"\n  "_s + file.caption.simplified();
     }

@@ -39,7 +39,8 @@ QString undoText(const UndoOutcome& outcome) {
     const QString detail = !isUndone           ? outcome.reason
                            : caption.isEmpty() ? u"It has no caption again."_s
                                                : caption;
-    return printable(u"%1  %2: %3"_s.arg(word(outcome.kind).leftJustified(7), outcome.file, detail));
+    return printable(
+        u"%1  %2: %3"_s.arg(word(outcome.kind).leftJustified(7), printableName(outcome.file), detail));
 }
 
 QString undoJson(const UndoOutcome& outcome) {

@@ -15,4 +15,9 @@ inline QString printable(QString text) {
     return text;
 }
 
+/// The same for what has to stay on its line, such as a file's name.
+inline QString printableName(QString name) {
+    return printable(name.replace(u'\n', QChar::ReplacementCharacter));
+}
+
 } // namespace ostrelle

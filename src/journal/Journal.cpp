@@ -17,6 +17,8 @@ namespace {
 
 /// How long a caption waits for its entry.
 constexpr std::chrono::seconds patience(2);
+/// How long the end of the program waits for a journal that is locked.
+constexpr std::chrono::seconds lastPatience(11);
 
 } // namespace
 
@@ -29,8 +31,13 @@ struct Journal::Connection {
         if (database) {
             return {};
         }
-        database = std::make_unique<JournalDatabase>(file);
-        database->forget(oldest);
+        auto opened = std::make_unique<JournalDatabase>(file);
+        try {
+            opened->forget(oldest);
+        } catch (const DamagedJournal& damage) {
+            opened->beginAnew(damage);
+        }
+        database = std::move(opened);
         return database->notice();
     }
 };
@@ -64,7 +71,12 @@ QCoro::Task<Answer> Journal::ask(std::function<Answer(JournalDatabase&)> questio
     };
     auto work = [connection = m_connection, file = m_file, oldest, question]() -> Told {
         const QString notice = connection->open(file, oldest);
-        return {.answer = question(*connection->database), .notice = notice};
+        try {
+            return {.answer = question(*connection->database), .notice = notice};
+        } catch (const DamagedJournal& damage) {
+            connection->database->beginAnew(damage);
+            return {.answer = question(*connection->database), .notice = connection->database->notice()};
+        }
     };
     const std::weak_ptr<const bool> life = m_life;
     const auto told = co_await attempt(onThreadPool(m_thread.get(), work));
@@ -86,51 +98,54 @@ void Journal::tell(const QString& notice) {
     }
 }
 
-QCoro::Task<std::optional<qint64>> Journal::begin(JournalEntry entry) {
+QCoro::Task<QString> Journal::begin(JournalEntry entry) {
+    const QString key = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    entry.key = key;
     entry.run = m_run;
     entry.at = m_clock.now().toUTC();
     entry.process = QCoreApplication::applicationPid();
-    const auto id = std::make_shared<std::optional<qint64>>();
-    const std::weak_ptr<const bool> life = m_life;
+    QCoro::Task<> keeping = keep(entry);
     if (!m_isHanging) {
-        const bool isAnswered = co_await endsWithin(keep(entry, id), m_clock, patience);
+        const std::weak_ptr<const bool> life = m_life;
+        const bool isKept = co_await endsWithin(std::move(keeping), m_clock, patience);
         if (!life.expired()) {
-            m_isHanging = !isAnswered;
+            m_isHanging = !isKept;
         }
     }
-    co_return *id;
+    co_return key;
 }
 
-QCoro::Task<> Journal::keep(JournalEntry entry, std::shared_ptr<std::optional<qint64>> id) {
-    const auto kept =
-        co_await attempt(ask<qint64>([entry](JournalDatabase& database) { return database.insert(entry); }));
-    if (kept) {
-        *id = *kept;
+QCoro::Task<> Journal::keep(JournalEntry entry) {
+    const std::weak_ptr<const bool> life = m_life;
+    co_await attempt(ask<bool>([entry](JournalDatabase& database) {
+        database.insert(entry);
+        return true;
+    }));
+    if (!life.expired()) {
+        m_isHanging = false;
     }
-    m_isHanging = false;
 }
 
-QCoro::Task<> Journal::end(std::optional<qint64> id, JournalEntry::State state,
-                           std::optional<FileStamp> image) {
-    if (id) {
-        co_await attempt(ask<bool>([id = *id, state, image](JournalDatabase& database) {
-            database.setState(id, state);
-            if (image) {
-                database.setPicture(id, image->size, static_cast<qint64>(image->number));
-            }
-            return true;
-        }));
-    }
+QCoro::Task<> Journal::end(QString key, JournalEntry::State state, std::optional<FileStamp> image,
+                           std::optional<QString> caption) {
+    co_await attempt(ask<bool>([key, state, image, caption](JournalDatabase& database) {
+        database.setState(key, state);
+        if (image) {
+            database.setPicture(key, image->size, static_cast<qint64>(image->number));
+        }
+        if (caption) {
+            database.setCaption(key, *caption);
+        }
+        return true;
+    }));
 }
 
 QCoro::Task<> Journal::finished() {
-    co_await endsWithin(lastAnswer(), m_clock, patience);
+    co_await endsWithin(lastAnswer(), m_clock, lastPatience);
 }
 
 QCoro::Task<> Journal::lastAnswer() {
-    if (!m_isHanging) {
-        co_await onThreadPool(m_thread.get(), [] {});
-    }
+    co_await onThreadPool(m_thread.get(), [] {});
 }
 
 QCoro::Task<std::optional<JournalEntry>> Journal::newestOf(QString file) {

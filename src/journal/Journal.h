@@ -38,12 +38,13 @@ public:
     /// What is written from now on belongs together.
     void beginRun();
 
-    /// Keeps the entry before its file is written. Returns its id, or nothing if it could not be kept in
-    /// time. Fills in the run, the time and the process.
-    QCoro::Task<std::optional<qint64>> begin(JournalEntry entry);
-    /// Tells what became of it, and what the image file looks like since. Nobody has to await it.
-    QCoro::Task<> end(std::optional<qint64> id, JournalEntry::State state,
-                      std::optional<FileStamp> image = {});
+    /// Keeps the entry before its file is written, and returns its key. Does not wait long: a locked or
+    /// hanging journal gets the entry later, or never. Fills in the key, the run, the time and the process.
+    QCoro::Task<QString> begin(JournalEntry entry);
+    /// Tells what became of it: the caption as it stands in the file now, and what the image file looks like.
+    /// Nobody has to await it.
+    QCoro::Task<> end(QString key, JournalEntry::State state, std::optional<FileStamp> image = {},
+                      std::optional<QString> caption = {});
 
     // Throw JournalError.
 
@@ -63,7 +64,7 @@ public:
 private:
     template <typename Answer>
     QCoro::Task<Answer> ask(std::function<Answer(JournalDatabase&)> question);
-    QCoro::Task<> keep(JournalEntry entry, std::shared_ptr<std::optional<qint64>> id);
+    QCoro::Task<> keep(JournalEntry entry);
     QCoro::Task<> lastAnswer();
     void tell(const QString& notice);
 

@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString columns =
-    u"id, run, at, file, size, inode, before, after, style, sport, model, state, process"_s;
+    u"key, run, at, file, size, inode, before, after, style, sport, model, state, process"_s;
 
 /// Names that SQLite gives the files beside its own.
 const QStringList companions = {QString(), u"-wal"_s, u"-shm"_s, u"-journal"_s};
@@ -59,11 +59,6 @@ bool isOnNetwork(const QString& file) {
            type.startsWith("fuse");
 }
 
-class DamagedJournal : public JournalError {
-public:
-    using JournalError::JournalError;
-};
-
 /// A null text is an empty one here.
 QVariant stored(const QString& text) {
     return text.isNull() ? QString(u""_s) : text;
@@ -76,7 +71,7 @@ QVariant stored(const std::optional<QString>& text) {
 JournalEntry entryIn(const QSqlQuery& row) {
     const QVariant before = row.value(6);
     return {
-        .id = row.value(0).toLongLong(),
+        .key = row.value(0).toString(),
         .run = row.value(1).toString(),
         .at = QDateTime::fromMSecsSinceEpoch(row.value(2).toLongLong()).toUTC(),
         .file = row.value(3).toString(),
@@ -94,19 +89,22 @@ JournalEntry entryIn(const QSqlQuery& row) {
 
 } // namespace
 
-JournalDatabase::JournalDatabase(const QString& file) {
+JournalDatabase::JournalDatabase(const QString& file) : m_file(file) {
     try {
-        open(file);
+        open();
     } catch (const DamagedJournal& damage) {
-        close();
-        m_notice =
-            u"The journal of captions was damaged (%1). It is kept as %2, and a new one was begun."_s.arg(
-                damage.localizedDescription(), setAside(file));
-        open(file);
+        beginAnew(damage);
     } catch (...) {
         close();
         throw;
     }
+}
+
+void JournalDatabase::beginAnew(const DamagedJournal& damage) {
+    close();
+    m_notice = u"The journal of captions was damaged (%1). It is kept as %2, and a new one was begun."_s.arg(
+        damage.localizedDescription(), setAside(m_file));
+    open();
 }
 
 JournalDatabase::~JournalDatabase() {
@@ -120,15 +118,15 @@ void JournalDatabase::close() {
     QSqlDatabase::removeDatabase(name);
 }
 
-void JournalDatabase::open(const QString& file) {
-    makePrivate(file);
+void JournalDatabase::open() {
+    makePrivate(m_file);
     m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, QUuid::createUuid().toString());
-    m_database.setDatabaseName(file);
-    m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=2000"_s);
+    m_database.setDatabaseName(m_file);
+    m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
     if (!m_database.open()) {
         throw JournalError(m_database.lastError().text().trimmed());
     }
-    run(isOnNetwork(file) ? u"PRAGMA journal_mode = DELETE"_s : u"PRAGMA journal_mode = WAL"_s);
+    run(isOnNetwork(m_file) ? u"PRAGMA journal_mode = DELETE"_s : u"PRAGMA journal_mode = WAL"_s);
     run(u"PRAGMA synchronous = NORMAL"_s);
     QSqlQuery found = run(u"PRAGMA user_version"_s);
     const int foundVersion = found.next() ? found.value(0).toInt() : 0;
@@ -136,7 +134,8 @@ void JournalDatabase::open(const QString& file) {
     if (foundVersion > version) {
         throw JournalError(u"The journal of captions is of a newer version of this program."_s);
     }
-    run(u"CREATE TABLE IF NOT EXISTS captions (id INTEGER PRIMARY KEY AUTOINCREMENT, run TEXT NOT NULL, "
+    run(u"CREATE TABLE IF NOT EXISTS captions (id INTEGER PRIMARY KEY AUTOINCREMENT, key TEXT NOT NULL "
+        u"UNIQUE, run TEXT NOT NULL, "
         "at INTEGER NOT NULL, file TEXT NOT NULL, size INTEGER NOT NULL, inode INTEGER NOT NULL, before "
         "TEXT, "
         "after TEXT NOT NULL, style TEXT NOT NULL, sport TEXT NOT NULL, model TEXT NOT NULL, "
@@ -166,23 +165,25 @@ QSqlQuery JournalDatabase::run(const QString& statement, const QVariantList& val
     return query;
 }
 
-qint64 JournalDatabase::insert(const JournalEntry& entry) {
-    const QSqlQuery query =
-        run(u"INSERT INTO captions (run, at, file, size, inode, before, after, style, "
-            u"sport, model, state, process) "
-            "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
-            {stored(entry.run), entry.at.toMSecsSinceEpoch(), stored(entry.file), entry.size, entry.inode,
-             stored(entry.before), stored(entry.after), stored(entry.style), stored(entry.sport),
-             stored(entry.model), rawValue(entry.state), entry.process});
-    return query.lastInsertId().toLongLong();
+void JournalDatabase::insert(const JournalEntry& entry) {
+    run(u"INSERT INTO captions (key, run, at, file, size, inode, before, after, style, sport, model, state, "
+        u"process) "
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
+        {stored(entry.key), stored(entry.run), entry.at.toMSecsSinceEpoch(), stored(entry.file), entry.size,
+         entry.inode, stored(entry.before), stored(entry.after), stored(entry.style), stored(entry.sport),
+         stored(entry.model), rawValue(entry.state), entry.process});
 }
 
-void JournalDatabase::setState(qint64 id, JournalEntry::State state) {
-    run(u"UPDATE captions SET state = ? WHERE id = ?"_s, {rawValue(state), id});
+void JournalDatabase::setState(const QString& key, JournalEntry::State state) {
+    run(u"UPDATE captions SET state = ? WHERE key = ?"_s, {rawValue(state), key});
 }
 
-void JournalDatabase::setPicture(qint64 id, qint64 size, qint64 inode) {
-    run(u"UPDATE captions SET size = ?, inode = ? WHERE id = ?"_s, {size, inode, id});
+void JournalDatabase::setPicture(const QString& key, qint64 size, qint64 inode) {
+    run(u"UPDATE captions SET size = ?, inode = ? WHERE key = ?"_s, {size, inode, key});
+}
+
+void JournalDatabase::setCaption(const QString& key, const QString& caption) {
+    run(u"UPDATE captions SET after = ? WHERE key = ?"_s, {stored(caption), key});
 }
 
 QList<JournalEntry> JournalDatabase::entries(const QString& condition, const QVariantList& values) {
@@ -196,7 +197,7 @@ QList<JournalEntry> JournalDatabase::entries(const QString& condition, const QVa
 
 std::optional<JournalEntry> JournalDatabase::newestOf(const QString& file) {
     const QList<JournalEntry> found =
-        entries(u"file = ? AND state <> 'failed' ORDER BY id DESC LIMIT 1"_s, {file});
+        entries(u"file = ? AND state <> 'failed' ORDER BY state = 'undone', id DESC LIMIT 1"_s, {file});
     return found.isEmpty() ? std::nullopt : std::optional(found.constFirst());
 }
 

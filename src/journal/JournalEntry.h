@@ -19,7 +19,7 @@ struct JournalEntry {
         undone, ///< the caption before it is back
     };
 
-    qint64 id = 0;
+    QString key;     ///< of this entry alone
     QString run;     ///< of the entries that belong together
     QDateTime at;    ///< when it was about to be written, UTC
     QString file;    ///< absolute path of the image

@@ -8,6 +8,7 @@
 #include "pipeline/ImageClaiming.h"
 
 #include <QFileInfo>
+#include <algorithm>
 #include <utility>
 
 namespace ostrelle {
@@ -21,6 +22,13 @@ namespace {
 
 bool isSame(const std::optional<QString>& left, const std::optional<QString>& right) {
     return isSameText(left.value_or(QString()).trimmed(), right.value_or(QString()).trimmed());
+}
+
+/// Whether the other fields for captions, too, hold ours: whole, or as much as has room.
+bool holdsNothingElse(const ImageFacts& facts, const QString& caption) {
+    return std::all_of(facts.otherCaptions.begin(), facts.otherCaptions.end(), [&](const QString& other) {
+        return isSame(other, caption) || caption.trimmed().startsWith(other.trimmed());
+    });
 }
 
 /// The image that was renamed to this file: the same file, and none is left where it was.
@@ -84,6 +92,11 @@ QCoro::Task<std::optional<JournalEntry>> CaptionUndo::entryOf(QString file) {
 }
 
 QCoro::Task<UndoOutcome> CaptionUndo::undoEntry(JournalEntry entry, QString file) {
+    auto look = [file] { return QFileInfo::exists(file); };
+    const bool isThere = co_await onThreadOf(m_parts.threads, file, look);
+    if (!isThere) {
+        co_return {.file = file, .kind = Kind::failed, .reason = u"There is no such file."_s};
+    }
     const HeldImage claim = co_await claimImage(m_parts.claims, m_parts.threads, m_parts.log, file);
     if (!claim.isHeld()) {
         co_return {.file = file, .kind = Kind::failed, .reason = u"Another program is captioning it."_s};
@@ -100,8 +113,9 @@ QCoro::Task<UndoOutcome> CaptionUndo::writeBack(JournalEntry entry, QString file
     auto read = [file, zone] { return ImageMetadata(file).read(zone); };
     const MetadataReading reading = co_await onThreadOf(m_parts.threads, file, read);
     const std::optional<QString> now = reading.facts.caption;
-    const bool isBack = isSame(now, entry.before);
-    if (!isBack && !isSame(now, entry.after)) {
+    const bool isBack = isSame(now, entry.before) && !isSame(now, entry.after);
+    const bool isOurs = isSame(now, entry.after) && holdsNothingElse(reading.facts, entry.after);
+    if (!isBack && !isOurs) {
         co_return {.file = file,
                    .kind = Kind::left,
                    .reason = u"Its caption has been changed since."_s,
@@ -119,7 +133,7 @@ QCoro::Task<UndoOutcome> CaptionUndo::writeBack(JournalEntry entry, QString file
             co_await onThreadOf(m_parts.threads, file, m_parts.log.console(), write);
         image = written.image;
     }
-    co_await m_parts.journal.end(entry.id, State::undone, image);
+    co_await m_parts.journal.end(entry.key, State::undone, image);
     co_await m_parts.manifest.markProcessed(file, image);
     m_parts.log.printAndAppend(u"[Analyzer] Took back the caption of "_s + QFileInfo(file).fileName());
     co_return {.file = file, .kind = Kind::undone, .caption = entry.before};

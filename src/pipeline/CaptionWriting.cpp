@@ -95,6 +95,12 @@ private:
     std::optional<QString> m_before;
 };
 
+/// The caption, or else what stands in another of the fields that the write goes over.
+std::optional<QString> captionBefore(const ImageFacts& facts) {
+    const bool isEmpty = facts.caption.value_or(QString()).trimmed().isEmpty();
+    return isEmpty && !facts.otherCaptions.isEmpty() ? facts.otherCaptions.constFirst() : facts.caption;
+}
+
 JournalEntry journalEntry(const AnalyzerParts& parts, const PreparedImage& image, const QString& caption) {
     JournalEntry entry;
     entry.file = QFileInfo(image.file).absoluteFilePath();
@@ -102,7 +108,7 @@ JournalEntry journalEntry(const AnalyzerParts& parts, const PreparedImage& image
         entry.size = stamp->size;
         entry.inode = static_cast<qint64>(stamp->number);
     }
-    entry.before = image.source.facts.caption;
+    entry.before = captionBefore(image.source.facts);
     entry.after = caption;
     entry.style = rawValue(parts.settings.captionStyle());
     entry.sport = rawValue(parts.settings.sport());
@@ -136,13 +142,14 @@ QCoro::Task<WrittenCaption> writeCaption(AnalyzerParts parts, CaptionPath path, 
     const ScopedAccess folderAccess(parts.access, QFileInfo(image.file).path());
     WriteLog lines(parts.log, path, image);
     lines.begin(caption, fileAccess, folderAccess);
-    const std::optional<qint64> entry = co_await parts.journal.begin(journalEntry(parts, image, caption));
+    const QString entry = co_await parts.journal.begin(journalEntry(parts, image, caption));
     auto write = [image, caption](PlainLog& log) {
         return ImageMetadata(image.file).writeCaption(caption, image.source, log);
     };
     const auto written = co_await attempt(onThreadOf(parts.threads, image.file, parts.log.console(), write));
     const auto state = written ? JournalEntry::State::written : JournalEntry::State::failed;
-    parts.journal.end(entry, state, written ? written->image : std::nullopt);
+    parts.journal.end(entry, state, written ? written->image : std::nullopt,
+                      written ? written->caption : std::nullopt);
     if (!written) {
         if (!written.failureAs<OvertakenError>()) {
             lines.fail(written.words());

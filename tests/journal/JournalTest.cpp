@@ -32,12 +32,12 @@ public:
 
 class JournalTest : public testing::Test {
 protected:
-    std::optional<qint64> write(Journal& journal, const QString& image, State state = State::written) {
+    QString write(Journal& journal, const QString& image, State state = State::written) {
         JournalEntry entry;
         entry.file = image;
         entry.before = u"Embargoed words."_s;
         entry.after = u"after"_s;
-        const std::optional<qint64> id = await(journal.begin(entry));
+        const QString id = await(journal.begin(entry));
         await(journal.end(id, state));
         return id;
     }
@@ -75,7 +75,7 @@ TEST_F(JournalTest, TheEntryIsThereBeforeTheFileIsWrittenAndOutlivesTheProgram) 
         JournalEntry entry;
         entry.file = u"/game/a.jpg"_s;
         entry.after = u"after"_s;
-        ASSERT_TRUE(await(journal.begin(entry)));
+        await(journal.begin(entry));
     }
     Journal next(file, clock, log);
     const QList<JournalEntry> unsettled = await(next.unsettled());
@@ -122,25 +122,41 @@ TEST_F(JournalTest, ADamagedOneIsSetAsideAndANewOneBegun) {
     QDir().mkpath(QFileInfo(file).path());
     writeFile(file, QByteArray("SQLite format 3").append(5000, 'x'));
     Journal journal(file, clock, log);
-    EXPECT_TRUE(write(journal, u"/a"_s));
+    write(journal, u"/a"_s);
     EXPECT_TRUE(await(journal.newestOf(u"/a"_s)));
     ASSERT_EQ(log.lines.size(), 1);
     EXPECT_TRUE(log.lines.first().contains(u"was damaged"_s));
     EXPECT_EQ(QDir(folder.filePath(u"data"_s)).entryList({u"*.damaged-*"_s}).size(), 1);
 }
 
+TEST_F(JournalTest, OneThatIsDamagedInItsMiddleIsSetAsideWhenItShows) {
+    {
+        Journal journal(file, clock, log);
+        for (int index = 0; index < 200; ++index) {
+            write(journal, u"/game/%1.jpg"_s.arg(index));
+        }
+    }
+    QByteArray bytes = contentsOf(file);
+    bytes.replace(4096, bytes.size() - 4096, QByteArray(bytes.size() - 4096, 'x'));
+    writeFile(file, bytes);
+    Journal journal(file, clock, log);
+    write(journal, u"/a"_s);
+    EXPECT_TRUE(await(journal.newestOf(u"/a"_s)));
+    EXPECT_TRUE(log.lines.join(u' ').contains(u"was damaged"_s));
+}
+
 TEST_F(JournalTest, OneThatCannotBeUsedStaysAsItIsAndStopsNoCaption) {
     write(*std::make_unique<Journal>(file, clock, log), u"/a"_s);
     alter(u"PRAGMA user_version = 7"_s);
     Journal newer(file, clock, log);
-    EXPECT_EQ(write(newer, u"/b"_s), std::nullopt);
-    EXPECT_EQ(write(newer, u"/c"_s), std::nullopt);
+    write(newer, u"/b"_s);
+    write(newer, u"/c"_s);
     ASSERT_EQ(log.lines.size(), 1); // told once
     EXPECT_TRUE(log.lines.first().contains(u"newer version"_s));
     EXPECT_FALSE(failureOf<JournalError>(newer.newestRun()).localizedDescription().isEmpty());
 
     Journal nowhere(u"/proc/nowhere/Journal.sqlite"_s, clock, log);
-    EXPECT_EQ(write(nowhere, u"/b"_s), std::nullopt);
+    write(nowhere, u"/b"_s);
     EXPECT_FALSE(nowhere.trouble().isEmpty());
 }
 

@@ -53,6 +53,36 @@ TEST_F(CaptionUndoTest, ACaptionThatSomebodyHasChangedSinceStays) {
     EXPECT_EQ(caption(), u"Better words."_s);
 }
 
+TEST_F(CaptionUndoTest, TextThatSomebodyHasChangedInAnotherFieldStays) {
+    settings.setAlwaysOverwriteCaptions(true);
+    const QString image = rawImage();
+    sidecar("By hand.");
+    ASSERT_TRUE(run(image));
+    QByteArray edited = read(u"IMG_1.xmp"_s);
+    const qsizetype english = edited.indexOf("\"en-US\">") + 8;
+    edited.replace(english, edited.indexOf('<', english) - english, "Better words.");
+    write(u"IMG_1.xmp"_s, edited);
+    EXPECT_EQ(undo(image).kind, Kind::left);
+    EXPECT_EQ(read(u"IMG_1.xmp"_s), edited);
+}
+
+TEST_F(CaptionUndoTest, EachUndoGoesBackByOneCaption) {
+    settings.setAlwaysOverwriteCaptions(true);
+    const QString image = rawImage();
+    sidecar("By hand.");
+    model.enqueue(reply(u"First words."_s));
+    ASSERT_TRUE(run(image));
+    model.enqueue(reply(u"Second words."_s));
+    clock.advance(std::chrono::minutes(1));
+    ASSERT_TRUE(run(image));
+    EXPECT_EQ(caption(), u"Second words."_s);
+    EXPECT_EQ(undo(image).kind, Kind::undone);
+    EXPECT_EQ(caption(), u"First words."_s);
+    EXPECT_EQ(undo(image).kind, Kind::undone);
+    EXPECT_EQ(caption(), u"By hand."_s);
+    EXPECT_EQ(undo(image).kind, Kind::left);
+}
+
 TEST_F(CaptionUndoTest, ARenamedImageIsFoundAndACopyIsNot) {
     const QString image = jpegImage(u"a.jpg"_s);
     ASSERT_TRUE(run(image));
