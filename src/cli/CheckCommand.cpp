@@ -34,6 +34,9 @@ QCoro::Task<int> check(CommandProgram& program) {
         return file.error.isEmpty() && file.findings.isEmpty();
     });
     const bool isTold = co_await program.finish();
+    if (program.options.roster && !checked.hasRoster) {
+        co_return ExitStatus::usageOrConfiguration; // nobody should take this for a clean bill
+    }
     co_return isTold&& isClean ? ExitStatus::success : ExitStatus::fileFailed;
 }
 

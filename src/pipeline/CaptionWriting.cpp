@@ -8,6 +8,7 @@
 #include "pipeline/PromptComposition.h"
 
 #include <QFileInfo>
+#include <algorithm>
 
 namespace ostrelle {
 
@@ -97,8 +98,11 @@ private:
 
 /// The caption, or else what stands in another of the fields that the write goes over.
 std::optional<QString> captionBefore(const ImageFacts& facts) {
-    const bool isEmpty = facts.caption.value_or(QString()).trimmed().isEmpty();
-    return isEmpty && !facts.otherCaptions.isEmpty() ? facts.otherCaptions.constFirst() : facts.caption;
+    QStringList texts = facts.otherCaptions;
+    texts.prepend(facts.caption.value_or(QString()));
+    const auto text = std::find_if(texts.begin(), texts.end(),
+                                   [](const QString& candidate) { return !candidate.trimmed().isEmpty(); });
+    return text == texts.end() ? facts.caption : std::optional(*text);
 }
 
 JournalEntry journalEntry(const AnalyzerParts& parts, const PreparedImage& image, const QString& caption) {

@@ -183,6 +183,7 @@ TEST_F(CommandLineTest, CaptionsThatFilesHoldAreCheckedAgainstTheirRosterWithout
                                                    {u"to"_s, 14}}));
     EXPECT_TRUE(lines[2].contains(u"\"error\":\"There is no such file.\""_s));
     EXPECT_EQ(contentsOf(folder.filePath(u"wrong.xmp"_s)), before);
+    EXPECT_EQ(run({u"check"_s, u"--roster"_s, write(u"empty.txt"_s, ""), right}).status, 2);
 }
 
 TEST_F(CommandLineTest, CaptionsOfTheLastRunAreTakenBackAndForgotten) {
